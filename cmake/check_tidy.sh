@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# clang-tidy over the product, the tools and the samples, as .clang-tidy says: pure logic as it is
+# built natively, the rest as it is built for Windows. Arguments pick sources by a part of their
+# path. Both presets have been configured (test.sh does). Takes some minutes, so test.sh leaves it out.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# The folders that the cross compiler searches for the system's headers, but not its own intrinsics.
+mapfile -t folders < <(x86_64-w64-mingw32-g++-win32 -E -v -x c++ - </dev/null 2>&1 >/dev/null |
+  sed -n '/^#include </,/^End of search/s/^ //p' | grep -E '/c\+\+|/x86_64-w64-mingw32/include$')
+windows=(--extra-arg-before=--target=x86_64-w64-windows-gnu --extra-arg-before=-nostdlibinc)
+for folder in "${folders[@]}"; do
+  windows+=("--extra-arg=-isystem$folder")
+done
+
+sources() { # BUILD FOLDER: the sources of its compile commands, from the root
+  sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$1/compile_commands.json" | sed "s|^$PWD/||" |
+    grep -E '^(effect|module|platform|propertypage|renderer|samples|support|tools)/.*\.cpp$' |
+    grep -F -- "$pattern" | sort -u
+}
+
+# Complaints without a place are this version's own: it does not know what `requires` makes of a type.
+tidy() { # BUILD FOLDER, OPTION..., then sources on standard input
+  xargs -r -P "$(nproc)" -n 1 clang-tidy --quiet -p "$@" 2>/dev/null |
+    grep -vE "^[0-9]+ warnings? treated as error|^error: invalid case style" | tee "$output" >&2
+  ! grep -q ': \(error\|warning\): ' "$output"
+}
+
+output=$(mktemp)
+trap 'rm -f "$output"' EXIT
+status=0
+for pattern in "${@:-}"; do
+  sources build/native | tidy build/native --extra-arg=-Wno-unknown-warning-option || status=1
+  comm -13 <(sources build/native) <(sources build/release) |
+    tidy build/release --extra-arg=-Wno-unknown-warning-option "${windows[@]}" || status=1
+done
+exit $status

@@ -1,0 +1,56 @@
+# Header-only libraries and GoogleTest from the system's packages. /usr/include itself must never
+# be on the cross compiler's path, so each library's own folder is linked into the build tree.
+set(third_party_headers ${CMAKE_BINARY_DIR}/third_party)
+file(MAKE_DIRECTORY ${third_party_headers})
+foreach(folder IN ITEMS CLI nlohmann stb rapidxml)
+  if(NOT EXISTS /usr/include/${folder})
+    message(FATAL_ERROR "/usr/include/${folder} is missing: run ./setup.sh")
+  endif()
+  file(CREATE_LINK /usr/include/${folder} ${third_party_headers}/${folder} SYMBOLIC)
+endforeach()
+add_library(third_party_headers INTERFACE)
+target_include_directories(third_party_headers SYSTEM INTERFACE ${third_party_headers})
+
+set(INSTALL_GTEST OFF CACHE INTERNAL "")
+set(BUILD_GMOCK OFF CACHE INTERNAL "")
+if(WIN32)
+  set(gtest_disable_pthreads ON CACHE INTERNAL "") # the win32 thread model has none
+endif()
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+if(WIN32)
+  target_compile_definitions(gtest PUBLIC GTEST_HAS_NOTIFICATION_=1
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 STRICT)
+  target_compile_options(gtest PUBLIC
+    "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include \"${PROJECT_SOURCE_DIR}/cmake/gtest_notification.h\">")
+endif()
+include(GoogleTest)
+
+# A test program: glazel_add_test(NAME label SOURCES ... LIBS ...). `label` is one of
+# unit component ui registration install fuzz bench. A program is one CTest test; with EACH_ALONE
+# every TEST of it runs in a process of its own, for code that keeps one state per process. FOLDER
+# names a folder below bin/ for programs that must not find the other programs' DLLs around them.
+function(glazel_add_test name label)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "EACH_ALONE" "FOLDER" "SOURCES;LIBS;PROPERTIES")
+  set(folder ${CMAKE_BINARY_DIR}/bin)
+  if(arg_FOLDER)
+    string(APPEND folder /${arg_FOLDER})
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LIBS} glazel_options GTest::gtest_main)
+  # What is tested is optimised; the tests themselves only cost time to compile.
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O0>)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder} GLAZEL_TEST ON)
+  if(WIN32)
+    set_target_properties(${name} PROPERTIES
+      CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/wine-test.sh)
+  endif()
+  if(arg_EACH_ALONE)
+    gtest_discover_tests(${name}
+      DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+      WORKING_DIRECTORY ${folder}
+      PROPERTIES LABELS ${label} TIMEOUT 120 ${arg_PROPERTIES})
+    return()
+  endif()
+  add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 WORKING_DIRECTORY ${folder})
+  set_tests_properties(${name} PROPERTIES LABELS ${label} TIMEOUT 300 ${arg_PROPERTIES})
+endfunction()

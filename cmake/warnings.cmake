@@ -1,0 +1,34 @@
+# What everything written here is compiled with: link glazel_options, privately.
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # GCC 12 sees overlapping copies in plain std::string concatenation (its bug 105329). Not an
+  # option of the target: clang reads the sources with those, and does not know this one.
+  string(APPEND CMAKE_CXX_FLAGS " -Wno-restrict")
+endif()
+
+add_library(glazel_options INTERFACE)
+target_compile_features(glazel_options INTERFACE cxx_std_20)
+target_include_directories(glazel_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(glazel_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+  -Woverloaded-virtual -Wformat=2 -Werror
+  -fno-strict-aliasing # records and pixels are read through the types that binary interfaces fix
+)
+if(WIN32)
+  target_compile_definitions(glazel_options INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 STRICT)
+  target_compile_options(glazel_options INTERFACE
+    -fstack-protector-strong
+    # The symbols end up in files of their own, see shipped_image.cmake. Test programs have none.
+    $<$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:$<TARGET_PROPERTY:GLAZEL_TEST>>>>:-g>
+    # The same sources give the same bytes wherever they stand. The last rule that fits is taken.
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+    -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+  target_link_libraries(glazel_options INTERFACE stack_guard) # in place of the compiler's libssp
+  # The run time is linked in: nothing but the system's own DLLs is needed to run.
+  target_link_options(glazel_options INTERFACE
+    -static -Wl,--dynamicbase,--nxcompat,--high-entropy-va -Wl,--no-insert-timestamp)
+else()
+  target_compile_options(glazel_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(glazel_options INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,320 @@
+#include "platform/dxtransform/dxbasento1.h"
+
+#include "platform/dxtransform/hook_guard.h"
+
+#include <servprov.h>
+
+namespace
+{
+
+// Everything that the base class itself can do; options off.
+constexpr DWORD kDefaultMiscFlags = DXTMF_BLEND_SUPPORTED | DXTMF_DITHER_SUPPORTED |
+                                    DXTMF_BOUNDS_SUPPORTED | DXTMF_PLACEMENT_SUPPORTED;
+
+constexpr DWORD kSafetyOptions =
+    INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
+
+DWORD BltFlagsOf(DWORD miscFlags) noexcept
+{
+    DWORD flags = 0;
+    flags |= (miscFlags & DXTMF_BLEND_WITH_OUTPUT) != 0 ? DXBOF_DO_OVER : 0U;
+    flags |= (miscFlags & DXTMF_DITHER_OUTPUT) != 0 ? DXBOF_DITHER : 0U;
+    return flags;
+}
+
+// Null when the site does not offer the service.
+template <typename Service>
+CComPtr<Service> ServiceOf(IServiceProvider* provider, REFGUID service) noexcept
+{
+    CComPtr<Service> found;
+    if (provider != nullptr && FAILED(provider->QueryService(service, __uuidof(Service),
+                                                             reinterpret_cast<void**>(&found))))
+    {
+        return nullptr;
+    }
+    return found;
+}
+
+} // namespace
+
+CDXBaseNTo1::CDXBaseNTo1() noexcept : m_dwMiscFlags(kDefaultMiscFlags) {}
+
+CDXBaseNTo1::~CDXBaseNTo1() = default;
+
+// What a transform gets that does not override.
+
+HRESULT CDXBaseNTo1::OnSetup(DWORD)
+{
+    return S_OK;
+}
+
+HRESULT CDXBaseNTo1::OnInitInstData(CDXTWorkInfoNTo1&, ULONG&)
+{
+    return S_OK;
+}
+
+HRESULT CDXBaseNTo1::WorkProc(const CDXTWorkInfoNTo1&, BOOL*)
+{
+    return E_NOTIMPL;
+}
+
+HRESULT CDXBaseNTo1::OnFreeInstData(CDXTWorkInfoNTo1&)
+{
+    return S_OK;
+}
+
+HRESULT CDXBaseNTo1::DetermineBnds(CDXDBnds&)
+{
+    return S_OK;
+}
+
+ULONG CDXBaseNTo1::OnGetObjectSize()
+{
+    return sizeof(*this);
+}
+
+HRESULT CDXBaseNTo1::OnReleaseObjects()
+{
+    return S_OK;
+}
+
+void CDXBaseNTo1::OnUpdateGenerationId()
+{
+    for (Object& input : m_inputs)
+    {
+        if (HasChanged(input))
+        {
+            SetDirty();
+        }
+    }
+    if (HasChanged(m_output))
+    {
+        SetDirty();
+    }
+}
+
+// IDXBaseObject
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetGenerationId(ULONG* pID) noexcept
+{
+    if (pID == nullptr)
+    {
+        return E_POINTER;
+    }
+    const ObjectLock lock(this);
+    const HRESULT hr = CallHook([this] {
+        OnUpdateGenerationId();
+        return S_OK;
+    });
+    if (SUCCEEDED(hr))
+    {
+        *pID = m_dwGenerationId;
+    }
+    return hr;
+}
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::IncrementGenerationId(BOOL bRefresh) noexcept
+{
+    const ObjectLock lock(this);
+    if (bRefresh != FALSE && m_setUp)
+    {
+        return Prepare();
+    }
+    SetDirty();
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetObjectSize(ULONG* pcbSize) noexcept
+{
+    if (pcbSize == nullptr)
+    {
+        return E_POINTER;
+    }
+    const ObjectLock lock(this);
+    return CallHook([&] {
+        *pcbSize = OnGetObjectSize();
+        return S_OK;
+    });
+}
+
+// IDXTransform: flags, quality, what goes in and out
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::SetMiscFlags(DWORD dwMiscFlags) noexcept
+{
+    const ObjectLock lock(this);
+    const DWORD options = dwMiscFlags & DXTMF_OPTION_MASK;
+    const bool unknown = (options & ~DWORD{DXTMF_VALID_OPTIONS}) != 0;
+    const bool cannotBlend =
+        (options & DXTMF_BLEND_WITH_OUTPUT) != 0 && (m_dwMiscFlags & DXTMF_BLEND_SUPPORTED) == 0;
+    const bool cannotDither =
+        (options & DXTMF_DITHER_OUTPUT) != 0 && (m_dwMiscFlags & DXTMF_DITHER_SUPPORTED) == 0;
+    if (unknown || cannotBlend || cannotDither)
+    {
+        return E_INVALIDARG;
+    }
+    const DWORD flags = (m_dwMiscFlags & ~DWORD{DXTMF_OPTION_MASK}) | options;
+    m_dwBltFlags = BltFlagsOf(flags);
+    if (flags != m_dwMiscFlags)
+    {
+        m_dwMiscFlags = flags;
+        SetDirty();
+    }
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetMiscFlags(DWORD* pdwMiscFlags) noexcept
+{
+    if (pdwMiscFlags == nullptr)
+    {
+        return E_POINTER;
+    }
+    const ObjectLock lock(this);
+    *pdwMiscFlags = m_dwMiscFlags;
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetInOutInfo(BOOL bIsOutput, ULONG ulIndex, DWORD* pdwFlags,
+                                                    GUID* pIDs, ULONG* pcIDs,
+                                                    IUnknown** ppUnkCurrentObject) noexcept
+{
+    if (pdwFlags == nullptr || (pIDs != nullptr && pcIDs == nullptr))
+    {
+        return E_POINTER;
+    }
+    const ObjectLock lock(this);
+    const bool exists = ulIndex < (bIsOutput != FALSE ? 1 : m_ulMaxInputs);
+    if (exists && pIDs != nullptr && *pcIDs == 0)
+    {
+        return E_INVALIDARG;
+    }
+    const bool optional = exists && bIsOutput == FALSE && ulIndex >= m_ulNumInRequired;
+    *pdwFlags = optional ? DWORD{DXINOUTF_OPTIONAL} : 0;
+    const bool answersId = exists && pIDs != nullptr;
+    if (answersId)
+    {
+        pIDs[0] = IID_IDXSurface;
+    }
+    if (pcIDs != nullptr)
+    {
+        *pcIDs = answersId ? 1 : 0;
+    }
+    if (ppUnkCurrentObject != nullptr)
+    {
+        IDXSurface* const current = bIsOutput == FALSE ? InputSurface(ulIndex)
+                                    : exists           ? OutputSurface()
+                                                       : nullptr;
+        *ppUnkCurrentObject = CComPtr<IUnknown>(current).Detach();
+    }
+    return exists ? S_OK : S_FALSE;
+}
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::SetQuality(float fQuality) noexcept
+{
+    const ObjectLock lock(this);
+    if (!(fQuality >= 0.0F && fQuality <= 1.0F)) // no number fails here too
+    {
+        return E_INVALIDARG;
+    }
+    if ((m_dwMiscFlags & DXTMF_QUALITY_SUPPORTED) == 0)
+    {
+        return E_NOTIMPL;
+    }
+    if (fQuality != m_fQuality)
+    {
+        m_fQuality = fQuality;
+        SetDirty();
+    }
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetQuality(float* fQuality) noexcept
+{
+    if (fQuality == nullptr)
+    {
+        return E_POINTER;
+    }
+    const ObjectLock lock(this);
+    *fQuality = m_fQuality;
+    return S_OK;
+}
+
+// IObjectWithSite
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::SetSite(IUnknown* pUnkSite) noexcept
+{
+    // The services are fetched before the lock is taken, and what they replace is released by these
+    // locals after it is given back: a site may wait for another thread that is in this object.
+    CComPtr<IUnknown> site(pUnkSite);
+    const CComQIPtr<IServiceProvider> provider(pUnkSite);
+    auto transformFactory = ServiceOf<IDXTransformFactory>(provider, SID_SDXTransformFactory);
+    auto surfaceFactory = ServiceOf<IDXSurfaceFactory>(provider, SID_SDXSurfaceFactory);
+    auto taskManager = ServiceOf<IDXTaskManager>(provider, SID_SDXTaskManager);
+
+    const ObjectLock lock(this);
+    std::swap(m_site, site);
+    std::swap(m_cpTransFact, transformFactory);
+    std::swap(m_cpSurfFact, surfaceFactory);
+    std::swap(m_cpTaskMgr, taskManager);
+    if (pUnkSite == nullptr)
+    {
+        DropObjects();
+    }
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetSite(REFIID riid, void** ppvSite) noexcept
+{
+    if (ppvSite == nullptr)
+    {
+        return E_POINTER;
+    }
+    *ppvSite = nullptr;
+    CComPtr<IUnknown> site;
+    {
+        const ObjectLock lock(this);
+        site = m_site;
+    }
+    return site != nullptr ? site->QueryInterface(riid, ppvSite) : E_FAIL;
+}
+
+// IObjectSafety
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetInterfaceSafetyOptions(REFIID riid,
+                                                                 DWORD* pdwSupportedOptions,
+                                                                 DWORD* pdwEnabledOptions) noexcept
+{
+    if (pdwSupportedOptions == nullptr || pdwEnabledOptions == nullptr)
+    {
+        return E_POINTER;
+    }
+    *pdwSupportedOptions = 0;
+    *pdwEnabledOptions = 0;
+    CComPtr<IUnknown> asked;
+    const HRESULT hr = QueryInterface(riid, reinterpret_cast<void**>(&asked));
+    if (FAILED(hr))
+    {
+        return hr;
+    }
+    const ObjectLock lock(this);
+    *pdwSupportedOptions = kSafetyOptions;
+    *pdwEnabledOptions = m_safetyOptions;
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::SetInterfaceSafetyOptions(REFIID riid, DWORD dwOptionSetMask,
+                                                                 DWORD dwEnabledOptions) noexcept
+{
+    CComPtr<IUnknown> asked;
+    const HRESULT hr = QueryInterface(riid, reinterpret_cast<void**>(&asked));
+    if (FAILED(hr))
+    {
+        return hr;
+    }
+    if ((dwOptionSetMask & ~kSafetyOptions) != 0)
+    {
+        return E_FAIL;
+    }
+    const ObjectLock lock(this);
+    m_safetyOptions = (m_safetyOptions & ~dwOptionSetMask) | (dwEnabledOptions & dwOptionSetMask);
+    return S_OK;
+}

@@ -1,0 +1,240 @@
+// CDXBaseNTo1: the base of transforms that make one image from any number of images. Stands in for
+// the platform's dxbasento1.h. Left out: mesh inputs and outputs, the DirectDraw and 3D members,
+// registration helpers. Different from the platform: m_ulMaxImageBands starts at 1, so that a frame
+// is a single call of WorkProc on the thread that executes unless a transform asks for more.
+//
+// The object lock is held during Setup, Execute, picking and every setter; it is recursive. Code
+// that a task manager runs on other threads must not take it: it may read what cannot change during
+// Execute (the surfaces, the members that setters change).
+// Tests: tests/platform/dxtransform/.
+#pragma once
+
+#include "platform/atl/atlcom.h"
+#include "platform/dxtransform/dxbounds.h"
+#include "platform/dxtransform/dxtrans.h"
+
+#include <windows.h>
+
+#include <objsafe.h>
+#include <ocidl.h>
+
+#include <vector>
+
+class CDXBaseNTo1;
+
+// What a band of one execution is told.
+struct CDXTWorkInfoNTo1
+{
+    CDXBaseNTo1* pvThis = nullptr; // the transform
+    HRESULT hr = S_OK;             // result of the band, or of all for OnFreeInstData
+    CDXDBnds DoBnds;               // what to make, in the transform's output space
+    CDXDBnds OutputBnds;           // where that goes on the output surface: same width and height
+    void* pvInstData = nullptr;    // for OnInitInstData to share with the bands
+};
+
+// Bits of m_dwOptionFlags. The fourth one restricts several inputs in a way that is not enforced.
+inline constexpr DWORD kDXBaseSameSizeInputs = 4; // widths and heights of all inputs are equal
+
+class CDXBaseNTo1 : public CComObjectRootEx<CComMultiThreadModel>,
+                    public IDXTransform,
+                    public IDXSurfacePick,
+                    public IObjectWithSite,
+                    public IObjectSafety
+{
+public:
+    CDXBaseNTo1() noexcept;
+    CDXBaseNTo1(const CDXBaseNTo1&) = delete;
+    CDXBaseNTo1& operator=(const CDXBaseNTo1&) = delete;
+
+    BEGIN_COM_MAP(CDXBaseNTo1)
+    COM_INTERFACE_ENTRY(IDXTransform)
+    COM_INTERFACE_ENTRY(IDXBaseObject)
+    COM_INTERFACE_ENTRY(IDXSurfacePick)
+    COM_INTERFACE_ENTRY(IObjectWithSite)
+    COM_INTERFACE_ENTRY_IID(IID_IObjectSafety, IObjectSafety)
+    END_COM_MAP()
+
+    // IDXBaseObject. A null place is E_POINTER.
+    // Looks at the surfaces first: a changed one is a change of the transform.
+    HRESULT STDMETHODCALLTYPE GetGenerationId(ULONG* pID) noexcept override;
+    // TRUE also runs OnSetup again on the surfaces that are set up, with Setup's consequences.
+    HRESULT STDMETHODCALLTYPE IncrementGenerationId(BOOL bRefresh) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetObjectSize(ULONG* pcbSize) noexcept override;
+
+    // IDXTransform
+    // No inputs and no outputs clear the transform. A call that is rejected (E_INVALIDARG, or a
+    // surface's own failure) keeps the previous set-up; one whose OnSetup fails leaves none.
+    HRESULT STDMETHODCALLTYPE Setup(IUnknown* const* punkInputs, ULONG ulNumInputs,
+                                    IUnknown* const* punkOutputs, ULONG ulNumOutputs,
+                                    DWORD dwFlags) noexcept override;
+    // A transform that changed since it was last ready runs OnSetup first. DXTERR_UNINITIALIZED
+    // without Setup; E_INVALIDARG for a clip or placement that m_dwMiscFlags does not support.
+    HRESULT STDMETHODCALLTYPE Execute(const GUID* pRequestID, const DXBNDS* pClipBnds,
+                                      const DXVEC* pPlacement) noexcept override;
+    // A null array stands for the current inputs; without any, the output's bounds are the start.
+    HRESULT STDMETHODCALLTYPE MapBoundsIn2Out(const DXBNDS* pInBounds, ULONG ulNumInBnds,
+                                              ULONG ulOutIndex,
+                                              DXBNDS* pOutBounds) noexcept override;
+    // Takes no lock, so that bands can ask it on any thread.
+    HRESULT STDMETHODCALLTYPE MapBoundsOut2In(ULONG ulOutIndex, const DXBNDS* pOutBounds,
+                                              ULONG ulInIndex, DXBNDS* pInBounds) noexcept override;
+    // Takes the two options from the word and ignores what describes the transform; an unknown or
+    // unsupported option is E_INVALIDARG and changes nothing.
+    HRESULT STDMETHODCALLTYPE SetMiscFlags(DWORD dwMiscFlags) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetMiscFlags(DWORD* pdwMiscFlags) noexcept override;
+    // S_FALSE and nothing for an index that there is not, so that a caller can count.
+    HRESULT STDMETHODCALLTYPE GetInOutInfo(BOOL bIsOutput, ULONG ulIndex, DWORD* pdwFlags,
+                                           GUID* pIDs, ULONG* pcIDs,
+                                           IUnknown** ppUnkCurrentObject) noexcept override;
+    // 0 to 1, else E_INVALIDARG; E_NOTIMPL while quality is not supported.
+    HRESULT STDMETHODCALLTYPE SetQuality(float fQuality) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetQuality(float* fQuality) noexcept override;
+
+    // IDXSurfacePick
+    // S_FALSE when the point is not on the output or everything there is transparent,
+    // DXT_S_HITOUTPUT when no input has a sample under it.
+    HRESULT STDMETHODCALLTYPE PointPick(const DXVEC* pPoint, ULONG* pulInputSurfaceIndex,
+                                        DXVEC* pInputPoint) noexcept override;
+
+    // IObjectWithSite
+    // The site is also asked for the services below; one that it has not stays null. Null releases
+    // everything that is held, surfaces included.
+    HRESULT STDMETHODCALLTYPE SetSite(IUnknown* pUnkSite) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetSite(REFIID riid, void** ppvSite) noexcept override;
+
+    // IObjectSafety. One word for all interfaces of the object.
+    HRESULT STDMETHODCALLTYPE GetInterfaceSafetyOptions(REFIID riid, DWORD* pdwSupportedOptions,
+                                                        DWORD* pdwEnabledOptions) noexcept override;
+    HRESULT STDMETHODCALLTYPE SetInterfaceSafetyOptions(REFIID riid, DWORD dwOptionSetMask,
+                                                        DWORD dwEnabledOptions) noexcept override;
+
+protected:
+    ~CDXBaseNTo1();
+
+    // What a transform overrides: at least WorkProc or OnExecute. Called under the object lock but
+    // for WorkProc, which may be on other threads. An exception that one lets out becomes
+    // E_OUTOFMEMORY or E_UNEXPECTED.
+
+    // After new surfaces are in place, and before the execution of a transform that changed.
+    virtual HRESULT OnSetup(DWORD dwFlags);
+    // Makes the output. The body here runs WorkProc over the bands; E_NOTIMPL when
+    // m_ulMaxImageBands is 0.
+    virtual HRESULT OnExecute(const GUID* pRequestID, const DXBNDS* pClipBnds,
+                              const DXVEC* pPlacement);
+    // Once before the bands of an execution; may change their number. A failure ends the execution.
+    virtual HRESULT OnInitInstData(CDXTWorkInfoNTo1& WorkInfo, ULONG& ulNumBandsToDo);
+    // Makes one band; leaves when *pbContinueProcessing becomes FALSE.
+    virtual HRESULT WorkProc(const CDXTWorkInfoNTo1& WorkInfo, BOOL* pbContinueProcessing);
+    // After all bands, even if one failed.
+    virtual HRESULT OnFreeInstData(CDXTWorkInfoNTo1& WorkInfo);
+    // In: around all inputs. Out: size of the output space.
+    virtual HRESULT DetermineBnds(CDXDBnds& Bnds);
+    // Both arrays have m_ulMaxInputs elements; topmost input first, its share of the result as
+    // weight.
+    virtual void OnGetSurfacePickOrder(const CDXDBnds& OutPoint, ULONG& ulInToTest,
+                                       ULONG aInIndex[], BYTE aWeight[]);
+    // Full control over picking; E_NOTIMPL leaves it to the order above.
+    virtual HRESULT OnSurfacePick(const CDXDBnds& OutPoint, ULONG& ulInputIndex, CDXDVec& InVec);
+    // Raises the transform's own id for each surface that changed since the last look.
+    virtual void OnUpdateGenerationId();
+    virtual ULONG OnGetObjectSize(); // bytes
+    // The surfaces are gone: drop what was made for them.
+    virtual HRESULT OnReleaseObjects();
+
+    // Slots given to Setup, of which optional ones may be empty.
+    ULONG GetNumInputs() const noexcept { return m_ulNumInputs; }
+    bool HaveInput(ULONG index = 0) const noexcept { return InputSurface(index) != nullptr; }
+    bool HaveOutput() const noexcept { return m_output.surface != nullptr; }
+    // Borrowed; null for an empty slot.
+    IDXSurface* InputSurface(ULONG index = 0) const noexcept
+    {
+        return index < m_inputs.size() ? m_inputs[index].surface.p : nullptr;
+    }
+    IDXSurface* OutputSurface() const noexcept { return m_output.surface; }
+    // DXPF_NONSTANDARD for a surface that is not there or does not say.
+    DXSAMPLEFORMATENUM InputSampleFormat(ULONG index = 0) const noexcept
+    {
+        return SampleFormatOf(InputSurface(index));
+    }
+    DXSAMPLEFORMATENUM OutputSampleFormat() const noexcept
+    {
+        return SampleFormatOf(OutputSurface());
+    }
+    bool DoOver() const noexcept { return (m_dwBltFlags & DXBOF_DO_OVER) != 0; }
+    // Only where the output loses precision by its format.
+    bool DoDither() const noexcept;
+    float GetEffectProgress() const noexcept { return m_Progress; }
+
+    // Whether the input changed since this was last asked; a new one has.
+    bool IsInputDirty(ULONG index = 0) noexcept;
+    bool IsTransformDirty() const noexcept { return m_dwGenerationId != m_dwCleanGenId; }
+    // After every change that affects the result: callers skip the execution of a clean transform.
+    void SetDirty() noexcept { ++m_dwGenerationId; }
+    void ClearDirty() noexcept { m_dwCleanGenId = m_dwGenerationId; }
+
+    // From the site; null where it does not offer them.
+    CComPtr<IDXTransformFactory> m_cpTransFact;
+    CComPtr<IDXSurfaceFactory> m_cpSurfFact;
+    CComPtr<IDXTaskManager> m_cpTaskMgr;
+
+    float m_Duration = 1.0F; // seconds
+    float m_Progress = 0.0F; // 0 to 1
+    float m_StepResolution = 0.0F;
+    float m_fQuality = 0.5F; // 0 to 1
+    DWORD m_dwMiscFlags;     // DXTMISCFLAGS; a transform clears what it does not honour
+    DWORD m_dwBltFlags = 0;  // DXBLTOPTIONS, following the options in m_dwMiscFlags
+    DWORD m_dwOptionFlags = 0;
+    DWORD m_dwGenerationId = 1;
+    DWORD m_dwCleanGenId = 0;
+    ULONG m_ulLockTimeOut = 10000; // ms, for LockSurface
+    ULONG m_ulMaxImageBands = 1;   // 1: WorkProc is not re-entrant; 0: OnExecute is overridden
+    ULONG m_ulMaxInputs = 1;
+    ULONG m_ulNumInRequired = 1;
+    ULONG m_ulNumInputs = 0;
+
+private:
+    friend class CDXTBandBatch;
+
+    struct Object
+    {
+        CComPtr<IDXSurface> surface;
+        ULONG seenId = 0;      // its generation id when the transform last looked
+        ULONG askedId = 0;     // its generation id when IsInputDirty last looked
+        bool wasAsked = false; // whether askedId means anything
+    };
+
+    static DXSAMPLEFORMATENUM SampleFormatOf(IDXSurface* surface) noexcept;
+    static void NoteGenerationId(Object& object) noexcept;
+    static bool HasChanged(Object& object) noexcept;
+
+    HRESULT CheckCounts(IUnknown* const* inputs, ULONG numInputs, IUnknown* const* outputs,
+                        ULONG numOutputs) const noexcept;
+    HRESULT FetchSurfaces(IUnknown* const* inputs, ULONG numInputs, IUnknown* output);
+    HRESULT FetchSurface(IUnknown* object, CComPtr<IDXSurface>& surface) const noexcept;
+    HRESULT CheckFetchedSizes() const noexcept;
+    void DropFetched() noexcept;
+    void DropObjects() noexcept;
+    HRESULT Prepare() noexcept;
+    HRESULT RunOnSetup() noexcept;
+
+    HRESULT CurrentInputBounds(CDXDBnds& bounds) const noexcept;
+    HRESULT ComputeBounds(const DXBNDS* clip, const DXVEC* placement, CDXDBnds& doBounds,
+                          CDXDBnds& outputBounds) noexcept;
+    ULONG BandsToStartWith(ULONG rows) const noexcept;
+    HRESULT ExecuteBands(const GUID* requestId, CDXTWorkInfoNTo1& work) noexcept;
+    HRESULT RunBands(const GUID* requestId, const CDXTWorkInfoNTo1& work, ULONG bands) noexcept;
+    HRESULT RunBand(const CDXTWorkInfoNTo1& work, BOOL* continueProcessing) noexcept;
+
+    HRESULT PickInOrder(const CDXDBnds& outPoint, ULONG& index, CDXDVec& inPoint);
+    HRESULT AlphaUnder(const CDXDBnds& outPoint, ULONG index, CDXDVec& inPoint, BYTE& alpha);
+
+    // All guarded by the object lock; during Execute they do not change.
+    std::vector<Object> m_inputs;
+    Object m_output;
+    bool m_setUp = false;
+    // Where Setup gathers the new surfaces; kept to reuse its memory.
+    std::vector<Object> m_fetchedInputs;
+    Object m_fetchedOutput;
+    CComPtr<IUnknown> m_site;
+    DWORD m_safetyOptions = 0;
+};

@@ -1,0 +1,205 @@
+// Message maps and modeless dialogs.
+#include "platform/atl/atlwin.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+namespace
+{
+
+constexpr UINT kHandled = WM_APP;
+constexpr UINT kDeclined = WM_APP + 1;
+constexpr UINT kOfBase = WM_APP + 2;
+constexpr UINT kUnknown = WM_APP + 3;
+constexpr UINT kClose = WM_APP + 4;
+
+class CMapOfBase
+{
+public:
+    BEGIN_MSG_MAP(CMapOfBase)
+    MESSAGE_HANDLER(kOfBase, OnBase)
+    END_MSG_MAP()
+
+private:
+    LRESULT OnBase(UINT, WPARAM, LPARAM, BOOL&) noexcept { return 77; }
+};
+
+class CSampleDialog : public CMapOfBase, public CDialogImpl<CSampleDialog>
+{
+public:
+    static constexpr UINT IDD = 1;
+
+    BEGIN_MSG_MAP(CSampleDialog)
+    CHAIN_MSG_MAP(CMapOfBase)
+    MESSAGE_HANDLER(WM_INITDIALOG, OnInitDialog)
+    MESSAGE_HANDLER(WM_CTLCOLORSTATIC, OnColour)
+    MESSAGE_HANDLER(kHandled, OnHandled)
+    MESSAGE_HANDLER(kDeclined, OnDeclined)
+    MESSAGE_HANDLER(kDeclined, OnDeclinedByFirst)
+    MESSAGE_HANDLER(kClose, OnClose)
+    MESSAGE_HANDLER(WM_NCDESTROY, OnNcDestroy)
+    END_MSG_MAP()
+
+    LPARAM initParam = 0;
+    HWND atInit = nullptr;
+    HWND atNcDestroy = nullptr;
+    std::vector<UINT> declined;
+
+private:
+    LRESULT OnInitDialog(UINT, WPARAM, LPARAM lParam, BOOL&) noexcept
+    {
+        initParam = lParam;
+        atInit = m_hWnd;
+        return TRUE;
+    }
+    LRESULT OnColour(UINT, WPARAM, LPARAM, BOOL&) noexcept { return 0x1234; }
+    LRESULT OnHandled(UINT, WPARAM wParam, LPARAM lParam, BOOL&) noexcept
+    {
+        return static_cast<LRESULT>(wParam) * 100 + lParam;
+    }
+    LRESULT OnDeclined(UINT message, WPARAM, LPARAM, BOOL& handled) noexcept
+    {
+        declined.push_back(message);
+        handled = FALSE;
+        return 1;
+    }
+    LRESULT OnDeclinedByFirst(UINT message, WPARAM, LPARAM, BOOL&) noexcept
+    {
+        declined.push_back(message);
+        return 2;
+    }
+    LRESULT OnClose(UINT, WPARAM, LPARAM, BOOL&) noexcept
+    {
+        DestroyWindow();
+        return 0;
+    }
+    LRESULT OnNcDestroy(UINT, WPARAM, LPARAM, BOOL&) noexcept
+    {
+        atNcDestroy = m_hWnd;
+        return 0;
+    }
+};
+
+template <UINT id>
+class CShape : public CDialogImpl<CShape<id>>
+{
+public:
+    static constexpr UINT IDD = id;
+    BEGIN_MSG_MAP(CShape)
+    END_MSG_MAP()
+};
+
+} // namespace
+
+TEST(Dialog, IsMadeFromItsTemplateAndKnowsItsWindowFromWmInitDialogOn)
+{
+    CSampleDialog dialog;
+    const HWND window = dialog.Create(nullptr, 4711);
+    ASSERT_NE(window, nullptr);
+    EXPECT_EQ(dialog.m_hWnd, window);
+    EXPECT_EQ(dialog.atInit, window);
+    EXPECT_EQ(dialog.initParam, 4711);
+    EXPECT_TRUE(dialog.DestroyWindow());
+    EXPECT_EQ(dialog.atNcDestroy, window) << "still known to the last message";
+    EXPECT_EQ(dialog.m_hWnd, nullptr);
+    EXPECT_FALSE(dialog.DestroyWindow());
+    EXPECT_NE(dialog.Create(nullptr), nullptr) << "it can be made again";
+    dialog.DestroyWindow();
+}
+
+TEST(Dialog, WithoutItsTemplateItIsNotMade)
+{
+    CShape<999> dialog;
+    EXPECT_EQ(dialog.Create(nullptr), nullptr);
+    EXPECT_EQ(dialog.m_hWnd, nullptr);
+}
+
+TEST(Dialog, AHandledMessageReturnsItsHandlersResult)
+{
+    CSampleDialog dialog;
+    dialog.Create(nullptr);
+    EXPECT_EQ(::SendMessageW(dialog, kHandled, 12, 34), 1234);
+    EXPECT_EQ(::SendMessageW(dialog, WM_CTLCOLORSTATIC, 0, 0), 0x1234);
+    EXPECT_EQ(::SendMessageW(dialog, kOfBase, 0, 0), 77) << "chained";
+    dialog.DestroyWindow();
+}
+
+TEST(Dialog, AMessageThatNoEntryTakesIsLeftToTheDialogManager)
+{
+    CSampleDialog dialog;
+    dialog.Create(nullptr);
+    EXPECT_EQ(CSampleDialog::DialogProc(dialog, kUnknown, 0, 0), FALSE);
+    EXPECT_EQ(CSampleDialog::DialogProc(dialog, kHandled, 0, 0), TRUE);
+    dialog.DestroyWindow();
+}
+
+TEST(Dialog, AHandlerThatDeclinesLetsTheNextEntryTry)
+{
+    CSampleDialog dialog;
+    dialog.Create(nullptr);
+    EXPECT_EQ(::SendMessageW(dialog, kDeclined, 0, 0), 2);
+    EXPECT_EQ(dialog.declined.size(), 2U);
+    dialog.DestroyWindow();
+}
+
+TEST(Dialog, AHandlerMayDestroyItsWindow)
+{
+    CSampleDialog dialog;
+    const HWND window = dialog.Create(nullptr);
+    EXPECT_EQ(::SendMessageW(window, kClose, 0, 0), 0);
+    EXPECT_FALSE(::IsWindow(window));
+    EXPECT_EQ(dialog.m_hWnd, nullptr);
+}
+
+TEST(Dialog, AWindowThatOutlivesItsObjectDoesNotFindItAnyMore)
+{
+    auto dialog = std::make_unique<CSampleDialog>();
+    const HWND window = dialog->Create(nullptr);
+    dialog.reset();
+    ASSERT_TRUE(::IsWindow(window));
+    EXPECT_EQ(::SendMessageW(window, kHandled, 12, 34), 0);
+    EXPECT_TRUE(::DestroyWindow(window));
+}
+
+template <UINT id>
+void ExpectTheDialogManagersSize()
+{
+    SIZE size{};
+    ASSERT_EQ(AtlGetDialogSize(AtlGetResourceInstance(), id, &size), S_OK);
+    CShape<id> dialog;
+    ASSERT_NE(dialog.Create(nullptr), nullptr);
+    RECT client{};
+    ::GetClientRect(dialog, &client);
+    EXPECT_EQ(size.cx, client.right);
+    EXPECT_EQ(size.cy, client.bottom);
+    dialog.DestroyWindow();
+}
+
+TEST(Dialog, ItsSizeIsTheDialogManagersForAnExtendedTemplate)
+{
+    ExpectTheDialogManagersSize<1>();
+}
+
+TEST(Dialog, ItsSizeIsTheDialogManagersForAPlainTemplate)
+{
+    ExpectTheDialogManagersSize<2>();
+}
+
+TEST(Dialog, ItsSizeIsTheDialogManagersWithoutAFont)
+{
+    ExpectTheDialogManagersSize<3>();
+}
+
+TEST(Dialog, ItsSizeIsTheDialogManagersForABoldItalicFont)
+{
+    ExpectTheDialogManagersSize<4>();
+}
+
+TEST(Dialog, TheSizeOfATemplateThatThereIsNotIsAnError)
+{
+    SIZE size{1, 2};
+    EXPECT_EQ(AtlGetDialogSize(AtlGetResourceInstance(), 999, &size), E_UNEXPECTED);
+    EXPECT_EQ(size.cx, 1);
+}

@@ -1,0 +1,63 @@
+#include "support/exception_info.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace
+{
+
+constexpr std::int32_t kSomeFailure = -2;
+
+} // namespace
+
+TEST(ExceptionInfo, AFailedCheckCarriesItsResultAndMessage)
+{
+    try
+    {
+        CheckThat(false, kSomeFailure, "no");
+        FAIL() << "the check passed";
+    }
+    catch (const ExceptionInfo& error)
+    {
+        EXPECT_EQ(error.result, kSomeFailure);
+        EXPECT_STREQ(error.message, "no");
+    }
+}
+
+TEST(ExceptionInfo, ANullPointerCarriesOutOfMemory)
+{
+    std::int32_t current = kResultOk;
+    EXPECT_EQ(ResultOf(current, [] { CheckPtr(nullptr, "null"); }), kResultOutOfMemory);
+}
+
+TEST(ExceptionInfo, ACheckOnAResultFailsOnlyWhenItIsNegative)
+{
+    EXPECT_NO_THROW(CheckHr(0, "ok"));
+    EXPECT_NO_THROW(CheckHr(1, "also a success"));
+    EXPECT_THROW(CheckHr(kSomeFailure, "failed"), ExceptionInfo);
+}
+
+TEST(ExceptionInfo, StepsEndAtTheFirstFailedCheck)
+{
+    int steps = 0;
+    EXPECT_FALSE(RunSteps([&] {
+        ++steps;
+        CheckThat(false, kSomeFailure, "stop");
+        ++steps;
+    }));
+    EXPECT_EQ(steps, 1);
+    EXPECT_TRUE(RunSteps([&] { ++steps; }));
+    EXPECT_EQ(steps, 2);
+}
+
+TEST(ExceptionInfo, ForeignExceptionsEndAnOperationWithItsCurrentResult)
+{
+    std::int32_t current = kResultOk;
+    const std::int32_t result = ResultOf(current, [&] {
+        current = 1;
+        throw std::runtime_error("foreign");
+    });
+    EXPECT_EQ(result, 1);
+    EXPECT_FALSE(RunSteps([] { throw std::runtime_error("foreign"); }));
+}
