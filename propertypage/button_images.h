@@ -1,0 +1,40 @@
+// The pictures of the panel's two controls. The data stand in button_images.cpp, which
+// make_button_images.py draws.
+// Pure: no windows.h. Tests: tests/propertypage/button_images_test.cpp.
+#pragma once
+
+#include "propertypage/panel_layout.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+enum class StoredForm
+{
+    Bgra, // 4 bytes a pixel: blue, green, red, alpha
+    Rgb,  // 3 bytes a pixel: red, green, blue
+};
+
+// Rows from the top, without padding.
+struct ButtonImage
+{
+    StoredForm form;
+    PanelSize size;
+    std::span<const std::uint8_t> bytes;
+};
+
+extern const std::array<std::uint8_t, 3200> kEditNormalPixels;
+extern const std::array<std::uint8_t, 3200> kEditPressedPixels;
+extern const std::array<std::uint8_t, 6000> kCheckBoxOffPixels;
+extern const std::array<std::uint8_t, 6000> kCheckBoxOnPixels;
+
+inline ButtonImage EditImage(bool pressed) noexcept
+{
+    return {StoredForm::Bgra, kEditSize, pressed ? kEditPressedPixels : kEditNormalPixels};
+}
+
+// Drawn on the panel's own grey, so that it needs no transparency.
+inline ButtonImage CheckBoxImage(bool checked) noexcept
+{
+    return {StoredForm::Rgb, kCheckBoxSize, checked ? kCheckBoxOnPixels : kCheckBoxOffPixels};
+}

@@ -1,0 +1,15 @@
+// Draws the parts of the panel on a window. What cannot be drawn for want of memory is left out.
+// Window thread. Tests: tests/propertypage/panel_paint_test.cpp.
+#pragma once
+
+#include "propertypage/panel_layout.h"
+#include "propertypage/window_context.h"
+#include "renderer/frame_buffer_desc.h"
+
+// The black frame, and the grey ground inside it.
+void DrawGround(const WindowContext& context, PanelSize page) noexcept;
+void DrawEditButton(const WindowContext& context, bool pressed) noexcept;
+void DrawCheckBox(const WindowContext& context, bool checked) noexcept;
+// Nothing when the renderer gave no pixels.
+void DrawThumbnail(const WindowContext& context, const FrameBufferDesc& thumbnail,
+                   PanelSize page) noexcept;

@@ -1,0 +1,228 @@
+#include "propertypage/plugin_pp.h"
+
+#include "propertypage/editor_launch.h"
+#include "propertypage/panel_painter.h"
+#include "renderer/renderer_binding.h"
+
+#include <tuple>
+
+namespace
+{
+
+// String resources.
+constexpr UINT kTitleId = 102;
+constexpr UINT kHelpFileId = 103;
+constexpr UINT kDocStringId = 104;
+
+PanelSize ClientSize(HWND window) noexcept
+{
+    RECT client{};
+    ::GetClientRect(window, &client);
+    return {static_cast<int>(client.right), static_cast<int>(client.bottom)};
+}
+
+// BeginPaint for as long as this lives. Window thread.
+class PaintScope
+{
+public:
+    explicit PaintScope(HWND window) noexcept
+        : m_window(window), m_dc(::BeginPaint(window, &m_paint))
+    {
+    }
+    ~PaintScope() { ::EndPaint(m_window, &m_paint); }
+    PaintScope(const PaintScope&) = delete;
+    PaintScope& operator=(const PaintScope&) = delete;
+    HDC Dc() const noexcept { return m_dc; } // borrowed; null when the window is gone
+
+private:
+    HWND m_window;
+    PAINTSTRUCT m_paint{};
+    HDC m_dc; // initialised through m_paint, so declared after it
+};
+
+} // namespace
+
+CPluginPP::CPluginPP() noexcept
+{
+    m_dwTitleID = kTitleId;
+    m_dwHelpFileID = kHelpFileId;
+    m_dwDocStringID = kDocStringId;
+}
+
+HRESULT STDMETHODCALLTYPE CPluginPP::Apply() noexcept
+{
+    HRESULT result = S_OK;
+    const CComPtr<Exchange> effect = Effect(result);
+    if (effect == nullptr)
+    {
+        return result;
+    }
+    std::ignore = effect->SetProps(&m_record); // the page has done its part: it is not dirty
+    m_bDirty = FALSE;
+    return S_OK;
+}
+
+LRESULT CPluginPP::OnInitDialog(UINT, WPARAM, LPARAM, BOOL&) noexcept
+{
+    Notify(ID_PROPS_CHANGED);
+    Refresh();
+    return 0;
+}
+
+LRESULT CPluginPP::OnDestroy(UINT, WPARAM, LPARAM, BOOL&) noexcept
+{
+    Notify(0);
+    m_press = {}; // a press that this window began ends with it
+    return 0;
+}
+
+LRESULT CPluginPP::OnCommand(UINT, WPARAM wParam, LPARAM, BOOL&) noexcept
+{
+    if (LOWORD(wParam) == ID_PROPS_CHANGED)
+    {
+        Refresh();
+    }
+    return 0;
+}
+
+LRESULT CPluginPP::OnPaint(UINT, WPARAM, LPARAM, BOOL&) noexcept
+{
+    const PanelSize page = ClientSize(m_hWnd);
+    const PaintScope paint(m_hWnd);
+    if (paint.Dc() == nullptr)
+    {
+        return 0;
+    }
+    const WindowContext context(m_hWnd, {}, paint.Dc());
+    DrawGround(context, page);
+    DrawEditButton(context, m_press.EditPressed());
+    DrawCheckBox(context, m_record.GetFlag() == kAssumeLinearGamma);
+    if (m_record.data != nullptr && m_record.size != 0)
+    {
+        // Asked for anew with every paint: the pixels stay the renderer's. Whether there are any is
+        // the answer: renderers do not agree on what the result of this call means.
+        FrameBufferDesc thumbnail{};
+        std::ignore =
+            RendererAPI::Binding().GetSessionIcon(m_record.data, m_record.size, &thumbnail);
+        DrawThumbnail(context, thumbnail, page);
+    }
+    return 0;
+}
+
+LRESULT CPluginPP::OnEraseBackground(UINT, WPARAM, LPARAM, BOOL&) noexcept
+{
+    return 0; // the paint covers the whole client area
+}
+
+LRESULT CPluginPP::OnLButtonDown(UINT, WPARAM, LPARAM, BOOL&) noexcept
+{
+    ::SetCapture(m_hWnd);
+    m_press.Press();
+    FollowPointer();
+    return 0;
+}
+
+LRESULT CPluginPP::OnLButtonUp(UINT, WPARAM, LPARAM, BOOL&) noexcept
+{
+    const PressTracker::Release release = m_press.ReleaseButton();
+    if (release.wasPressed)
+    {
+        ::ReleaseCapture();
+    }
+    if (release.editClicked)
+    {
+        DrawEditButton(WindowContext(m_hWnd), false);
+        Edit();
+    }
+    return 0;
+}
+
+LRESULT CPluginPP::OnMouseMove(UINT, WPARAM, LPARAM, BOOL&) noexcept
+{
+    FollowPointer();
+    return 0;
+}
+
+CComPtr<CPluginPP::Exchange> CPluginPP::Effect(HRESULT& result) const noexcept
+{
+    CComPtr<Exchange> effect;
+    result = E_UNEXPECTED;
+    if (m_nObjects > 0 && m_ppUnk[0] != nullptr)
+    {
+        result =
+            m_ppUnk[0]->QueryInterface(IID_ISfExchangeProps, reinterpret_cast<void**>(&effect));
+    }
+    return effect;
+}
+
+void CPluginPP::Notify(UINT command) noexcept
+{
+    HRESULT result = S_OK;
+    const CComPtr<Exchange> effect = Effect(result);
+    if (effect != nullptr)
+    {
+        std::ignore = effect->SetNotifyWindow(m_hWnd, command); // then the page does not follow
+    }
+}
+
+void CPluginPP::Refresh() noexcept
+{
+    HRESULT result = S_OK;
+    const CComPtr<Exchange> effect = Effect(result);
+    if (effect != nullptr)
+    {
+        std::ignore = effect->GetProps(&m_record); // when it fails the page keeps what it has
+    }
+    Invalidate();
+}
+
+// One step of a press. The message's own position is not used: it is where the pointer was when the
+// message was made.
+void CPluginPP::FollowPointer() noexcept
+{
+    POINT pointer{};
+    if (!m_press.IsTracking() || ::GetCursorPos(&pointer) == FALSE)
+    {
+        return;
+    }
+    ::ScreenToClient(m_hWnd, &pointer);
+    const WindowContext context(m_hWnd);
+    const PressTracker::Move move =
+        m_press.MoveTo({static_cast<int>(pointer.x), static_cast<int>(pointer.y)});
+    if (move.editChanged)
+    {
+        DrawEditButton(context, m_press.EditPressed());
+    }
+    if (move.toggleCheck)
+    {
+        ToggleLinearGamma(context);
+    }
+}
+
+void CPluginPP::ToggleLinearGamma(const WindowContext& context) noexcept
+{
+    const CComPtr<IUnknown> self = GetUnknown(); // the host may let the page go when it is told
+    const std::uint32_t option = m_record.GetFlag() ^ kAssumeLinearGamma;
+    m_record.SetFlag(option);
+    DrawCheckBox(context, option == kAssumeLinearGamma);
+    std::ignore = Apply(); // the user sees the picture; there is nobody else to tell
+}
+
+void CPluginPP::Edit() noexcept
+{
+    if (m_editing)
+    {
+        return; // an editor that does not block the page's frame: one at a time
+    }
+    const CComPtr<IUnknown> self = GetUnknown(); // the host may let the page go meanwhile
+    HRESULT result = S_OK;
+    const CComPtr<Exchange> effect = Effect(result);
+    m_editing = true;
+    const bool accepted = LaunchEditor(effect, m_record);
+    m_editing = false;
+    if (accepted)
+    {
+        std::ignore = Apply(); // as for the check box
+        Invalidate();
+    }
+}
