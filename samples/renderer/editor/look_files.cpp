@@ -1,0 +1,67 @@
+#include "samples/renderer/editor/look_files.h"
+
+#include <memory>
+#include <type_traits>
+
+#include <commdlg.h>
+
+namespace
+{
+
+struct DropFinisher
+{
+    void operator()(HDROP drop) const noexcept { ::DragFinish(drop); }
+};
+
+using DropHandle = std::unique_ptr<std::remove_pointer_t<HDROP>, DropFinisher>;
+
+} // namespace
+
+std::wstring AskForLookFile(HWND owner)
+{
+    constexpr std::size_t kLongestPath = 32768;
+    std::wstring path(kLongestPath, L'\0');
+    OPENFILENAMEW question{};
+    question.lStructSize = sizeof question;
+    question.hwndOwner = owner;
+    question.lpstrFilter = L"Looks (*.cube, *.cc, *.ccc, *.cdl, *.look)\0"
+                           L"*.cube;*.cc;*.ccc;*.cdl;*.look\0"
+                           L"All files\0*.*\0";
+    question.lpstrFile = path.data();
+    question.nMaxFile = static_cast<DWORD>(path.size());
+    question.lpstrTitle = L"Import a look";
+    // The current folder is the host's.
+    question.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
+    if (!::GetOpenFileNameW(&question))
+    {
+        return {};
+    }
+    path.resize(path.find(L'\0'));
+    return path;
+}
+
+std::vector<std::wstring> TakeDroppedFiles(HDROP drop)
+{
+    constexpr UINT kCount = 0xFFFFFFFF; // asks for the number of files
+    const DropHandle handle(drop);
+    std::vector<std::wstring> files(::DragQueryFileW(drop, kCount, nullptr, 0));
+    for (UINT i = 0; i < files.size(); ++i)
+    {
+        const UINT length = ::DragQueryFileW(drop, i, nullptr, 0);
+        files[i].resize(length);
+        ::DragQueryFileW(drop, i, files[i].data(), length + 1);
+    }
+    return files;
+}
+
+std::wstring_view FileNameOf(std::wstring_view path) noexcept
+{
+    const std::size_t slash = path.find_last_of(L"\\/");
+    return slash == std::wstring_view::npos ? path : path.substr(slash + 1);
+}
+
+std::wstring_view FileStemOf(std::wstring_view path) noexcept
+{
+    const std::wstring_view name = FileNameOf(path);
+    return name.substr(0, name.find_last_of(L'.')); // npos takes all
+}

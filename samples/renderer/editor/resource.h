@@ -1,0 +1,23 @@
+// The windows of the look editor as other programs, such as its tests, find them.
+#pragma once
+
+#define EDITOR_CLASS L"GlazelLookEditor"
+#define EDITOR_SLIDER_CLASS L"GlazelLookSlider"
+#define EDITOR_PICTURE_CLASS L"GlazelLookPicture"
+
+// Children of the editor's window. The first three are counted on by the index of the Control.
+#define IDC_SLIDER 100
+#define IDC_NUMBER 200
+#define IDC_RESET 300
+#define IDC_PICTURE 400
+#define IDC_SHOW_GRADED 401
+#define IDC_SHOW_SPLIT 402
+#define IDC_SHOW_ORIGINAL 403
+#define IDC_IMPORT 410
+#define IDC_REMOVE_TABLES 411
+#define IDC_RESET_ALL 412
+#define IDC_STATUS 420
+
+// What a slider's WM_COMMAND says.
+#define SLIDER_MOVED 1
+#define SLIDER_RESET 2

@@ -1,0 +1,60 @@
+// Four floats that the compiler keeps in one register, and what lets one formula work on a single
+// float and on four: lane by lane, to the same bits. Pure: no windows.h.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+using FourFloats = float __attribute__((vector_size(16)));
+using FourInts = std::int32_t __attribute__((vector_size(16))); // of a comparison: -1 = true
+using FourBits = std::uint32_t __attribute__((vector_size(16)));
+
+// From any address.
+inline FourFloats LoadFour(const void* floats) noexcept
+{
+    FourFloats lanes;
+    std::memcpy(&lanes, floats, sizeof lanes);
+    return lanes;
+}
+
+// What stands for one value of a float or of four.
+template <typename Value>
+struct LanesOf;
+
+template <>
+struct LanesOf<float>
+{
+    using Bits = std::uint32_t;
+    using Ints = std::int32_t;
+    static float All(float value) noexcept { return value; }
+    static float FromInts(Ints value) noexcept { return static_cast<float>(value); }
+    static Ints Truncated(float value) noexcept { return static_cast<Ints>(value); }
+};
+
+template <>
+struct LanesOf<FourFloats>
+{
+    using Bits = FourBits;
+    using Ints = FourInts;
+    static FourFloats All(float value) noexcept { return FourFloats{value, value, value, value}; }
+    static FourFloats FromInts(Ints value) noexcept
+    {
+        return __builtin_convertvector(value, FourFloats);
+    }
+    static Ints Truncated(FourFloats value) noexcept
+    {
+        return __builtin_convertvector(value, FourInts);
+    }
+};
+
+// Takes no jump.
+inline float Chosen(bool condition, float yes, float no) noexcept
+{
+    return condition ? yes : no;
+}
+
+inline FourFloats Chosen(FourInts condition, FourFloats yes, FourFloats no) noexcept
+{
+    return condition ? yes : no;
+}

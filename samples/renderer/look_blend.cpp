@@ -1,0 +1,207 @@
+#include "samples/renderer/look_blend.h"
+
+#include "samples/renderer/common_lattice.h"
+
+#include <algorithm>
+
+namespace
+{
+
+float Mix(double weightA, float a, double weightB, float b) noexcept
+{
+    return static_cast<float>(weightA * a + weightB * b);
+}
+
+void MixTriples(double weightB, const std::array<float, 3>& a, const std::array<float, 3>& b,
+                std::array<float, 3>& blend) noexcept
+{
+    for (std::size_t channel = 0; channel < blend.size(); ++channel)
+    {
+        blend[channel] = Mix(1.0 - weightB, a[channel], weightB, b[channel]);
+    }
+}
+
+CdlMode BlendedMode(CdlMode a, CdlMode b) noexcept
+{
+    if (a == CdlMode::None && b == CdlMode::None)
+    {
+        return CdlMode::None;
+    }
+    return a == CdlMode::Clamped || b == CdlMode::Clamped ? CdlMode::Clamped : CdlMode::Unclamped;
+}
+
+void CopyTables(const StoredLook& source, StoredLook& blend) noexcept
+{
+    blend.curveSize = source.curveSize;
+    blend.curveDomain = source.curveDomain;
+    blend.curveRange = source.curveRange;
+    std::copy_n(source.curveValues.begin(), std::size_t{3} * source.curveSize,
+                blend.curveValues.begin());
+    blend.cubeSize = source.cubeSize;
+    blend.cubeDomain = source.cubeDomain;
+    blend.cubeRange = source.cubeRange;
+    std::copy_n(source.cubeNodes.begin(), 3 * NodeCount(source.cubeSize), blend.cubeNodes.begin());
+}
+
+// A weighted mean of what two looks' tables hold or give.
+struct TableMix
+{
+    double weightA;
+    double weightB;
+
+    float operator()(float a, float b) const noexcept { return Mix(weightA, a, weightB, b); }
+
+    Rgb operator()(const Rgb& a, const Rgb& b) const noexcept
+    {
+        return {(*this)(a.r, b.r), (*this)(a.g, b.g), (*this)(a.b, b.b)};
+    }
+
+    // Encloses the mean of values out of two ranges.
+    Domain operator()(const Domain& a, const Domain& b) const noexcept
+    {
+        Domain mixed;
+        for (std::size_t channel = 0; channel < mixed.size(); ++channel)
+        {
+            mixed[channel] = {(*this)(a[channel].low, b[channel].low),
+                              (*this)(a[channel].high, b[channel].high)};
+        }
+        return mixed;
+    }
+
+    void operator()(const std::vector<float>& a, const std::vector<float>& b, std::size_t count,
+                    std::vector<float>& mixed) const noexcept
+    {
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            mixed[i] = (*this)(a[i], b[i]);
+        }
+    }
+};
+
+bool SameCurves(const StoredLook& a, const StoredLook& b) noexcept
+{
+    return std::equal(a.curveValues.begin(),
+                      a.curveValues.begin() + 3 * std::ptrdiff_t{a.curveSize},
+                      b.curveValues.begin());
+}
+
+bool SameLattice(const StoredLook& a, const StoredLook& b) noexcept
+{
+    const bool sameCurveLattice =
+        a.curveSize == b.curveSize && (a.curveSize == 0 || a.curveDomain == b.curveDomain);
+    const bool sameCubeLattice =
+        a.cubeSize == b.cubeSize && (a.cubeSize == 0 || a.cubeDomain == b.cubeDomain);
+    // Curves in front of a cube move its nodes: they must be the very same ones.
+    return sameCurveLattice && sameCubeLattice &&
+           (a.curveSize == 0 || a.cubeSize == 0 || SameCurves(a, b));
+}
+
+void MixEntries(const StoredLook& a, const StoredLook& b, const TableMix& mix,
+                StoredLook& blend) noexcept
+{
+    CopyTables(a, blend);
+    if (a.cubeSize == 0)
+    {
+        blend.curveRange = mix(a.curveRange, b.curveRange);
+        mix(a.curveValues, b.curveValues, std::size_t{3} * a.curveSize, blend.curveValues);
+        return;
+    }
+    blend.cubeRange = mix(a.cubeRange, b.cubeRange);
+    mix(a.cubeNodes, b.cubeNodes, 3 * NodeCount(a.cubeSize), blend.cubeNodes);
+}
+
+const Domain& OutputRange(const StoredLook& look) noexcept
+{
+    return look.cubeSize != 0 ? look.cubeRange : look.curveRange;
+}
+
+void MixSampledCurves(const PreparedLook& a, const PreparedLook& b, const TableMix& mix,
+                      StoredLook& blend) noexcept
+{
+    blend.curveSize = CurveCapacity(0);
+    blend.curveDomain = CommonDomain(a.Stored(), b.Stored());
+    blend.curveRange = mix(OutputRange(a.Stored()), OutputRange(b.Stored()));
+    for (std::size_t channel = 0; channel < 3; ++channel)
+    {
+        float* const values = blend.curveValues.data() + channel * blend.curveSize;
+        for (std::uint32_t i = 0; i < blend.curveSize; ++i)
+        {
+            const float input = EntryValue(blend.curveDomain[channel], i, blend.curveSize);
+            values[i] =
+                mix(a.CurvesView().Sample(channel, input), b.CurvesView().Sample(channel, input));
+        }
+    }
+}
+
+void MixSampledCubes(const PreparedLook& a, const PreparedLook& b, const TableMix& mix,
+                     StoredLook& blend) noexcept
+{
+    const CommonLattice lattice(a, b, blend);
+    blend.cubeRange = mix(OutputRange(a.Stored()), OutputRange(b.Stored()));
+    float* node = blend.cubeNodes.data();
+    for (std::uint32_t blue = 0; blue < blend.cubeSize; ++blue)
+    {
+        for (std::uint32_t green = 0; green < blend.cubeSize; ++green)
+        {
+            for (std::uint32_t red = 0; red < blend.cubeSize; ++red)
+            {
+                const Rgb input = lattice.InputOf(red, green, blue);
+                const Rgb mixed = mix(a.SampleTables(input), b.SampleTables(input));
+                *node++ = mixed.r;
+                *node++ = mixed.g;
+                *node++ = mixed.b;
+            }
+        }
+    }
+}
+
+// With o = (1 - s) x + s T(x) for a look of strength s and tables T, the mean of two outputs is of
+// that form again: the strengths and the weights of T below follow from it.
+void BlendTables(const PreparedLook& a, const PreparedLook& b, double fraction,
+                 StoredLook& blend) noexcept
+{
+    const StoredLook& storedA = a.Stored();
+    const StoredLook& storedB = b.Stored();
+    const double strengthA = storedA.HasTables() ? (1.0 - fraction) * storedA.strength : 0.0;
+    const double strengthB = storedB.HasTables() ? fraction * storedB.strength : 0.0;
+    const double strength = strengthA + strengthB;
+    if (!storedA.HasTables() || !storedB.HasTables())
+    {
+        CopyTables(storedA.HasTables() ? storedA : storedB, blend);
+        blend.strength = blend.HasTables() ? static_cast<float>(strength) : 1.0F;
+        return;
+    }
+    blend.strength = static_cast<float>(std::min(strength, 1.0));
+    const double weightB = strength > 0.0 ? strengthB / strength : fraction;
+    const TableMix mix{1.0 - weightB, weightB};
+    if (SameLattice(storedA, storedB))
+    {
+        MixEntries(storedA, storedB, mix, blend);
+    }
+    else if (storedA.cubeSize == 0 && storedB.cubeSize == 0)
+    {
+        MixSampledCurves(a, b, mix, blend);
+    }
+    else
+    {
+        MixSampledCubes(a, b, mix, blend);
+    }
+}
+
+} // namespace
+
+void BlendLooks(const PreparedLook& a, const PreparedLook& b, double fraction,
+                StoredLook& blend) noexcept
+{
+    const double t = BlendFraction(fraction);
+    const StoredLook& storedA = a.Stored();
+    const StoredLook& storedB = b.Stored();
+    blend.Clear();
+    blend.cdlMode = BlendedMode(storedA.cdlMode, storedB.cdlMode);
+    MixTriples(t, storedA.cdl.slope, storedB.cdl.slope, blend.cdl.slope);
+    MixTriples(t, storedA.cdl.offset, storedB.cdl.offset, blend.cdl.offset);
+    MixTriples(t, storedA.cdl.power, storedB.cdl.power, blend.cdl.power);
+    blend.cdl.saturation = Mix(1.0 - t, storedA.cdl.saturation, t, storedB.cdl.saturation);
+    blend.title = t < 0.5 ? storedA.title : storedB.title;
+    BlendTables(a, b, t, blend);
+}

@@ -1,0 +1,68 @@
+#include "samples/renderer/prepared_look.h"
+
+#include "samples/renderer/colour_math.h"
+#include "samples/renderer/row_functions.h"
+
+#include <array>
+#include <cstring>
+
+namespace
+{
+
+float FirstStepOf(const StoredLook& look, std::size_t channel, std::size_t code) noexcept
+{
+    const float value = static_cast<float>(code) / 255.0F;
+    switch (look.cdlMode)
+    {
+    case CdlMode::None:
+        break;
+    case CdlMode::Clamped:
+        return ApplySlopeOffsetPower<CdlMode::Clamped>(look.cdl, channel, value);
+    case CdlMode::Unclamped:
+        return ApplySlopeOffsetPower<CdlMode::Unclamped>(look.cdl, channel, value);
+    }
+    return value;
+}
+
+} // namespace
+
+RecordState PreparedLook::Read(std::span<const std::uint8_t> bytes) noexcept
+{
+    const RecordState state = ReadRecord(bytes, m_stored);
+    m_curves = {m_stored.curveValues.data(), m_stored.curveSize, {}};
+    if (m_curves.size != 0)
+    {
+        m_curves.axes = AxesOf(m_stored.curveDomain, m_curves.size);
+    }
+    m_cube = {m_stored.cubeNodes.data(), m_stored.cubeSize, {}};
+    if (m_cube.size != 0)
+    {
+        m_cube.axes = AxesOf(m_stored.cubeDomain, m_cube.size);
+    }
+    for (std::size_t channel = 0; channel < m_firstStep.size(); ++channel)
+    {
+        for (std::size_t code = 0; code < m_firstStep[channel].size(); ++code)
+        {
+            m_firstStep[channel][code] = FirstStepOf(m_stored, channel, code);
+        }
+    }
+    const RowFunctions rows = RowFunctionsOf(m_stored.cdlMode, TableKindOf(m_stored));
+    m_row8 = rows.eightBit;
+    m_rowFloat = rows.floats;
+    m_rowLinear = rows.linear;
+    return state;
+}
+
+Rgb PreparedLook::SampleTables(const Rgb& value) const noexcept
+{
+    const Rgb curved = m_curves.size != 0 ? m_curves.Sample(value) : value;
+    return m_cube.size != 0 ? m_cube.Sample(curved) : curved;
+}
+
+Rgb PreparedLook::Grade(const Rgb& value) const noexcept
+{
+    std::array<float, 4> pixel{value.b, value.g, value.r, 1.0F};
+    auto* const bytes = reinterpret_cast<std::byte*>(pixel.data());
+    m_rowFloat(*this, bytes, bytes, 1);
+    return {pixel[2], pixel[1], pixel[0]};
+}

@@ -1,0 +1,61 @@
+// A look made ready for pixels: tables decoded, the first steps of 8-bit values looked up, and the
+// row functions chosen, so that no pixel asks what kind of look it is.
+// Pure: no windows.h. Tests: tests/samples/renderer/prepared_look_test.cpp.
+#pragma once
+
+#include "samples/renderer/look_record.h"
+#include "samples/renderer/lut_sampling.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+class PreparedLook;
+
+// Renders `width` pixels of blue, green, red, alpha from `source` to `target`, which are the same
+// memory or do not overlap. Alpha is copied as it is.
+using RowFunction = void(const PreparedLook& look, const std::byte* source, std::byte* target,
+                         std::size_t width);
+
+// Allocates in its constructor only. Not thread-safe while it is read into; any thread may render
+// with it afterwards.
+class PreparedLook
+{
+public:
+    PreparedLook() = default;
+    PreparedLook(const PreparedLook&) = delete; // its views point into itself
+    PreparedLook& operator=(const PreparedLook&) = delete;
+
+    // Anything but Usable leaves a neutral look without tables.
+    RecordState Read(std::span<const std::uint8_t> bytes) noexcept;
+
+    const StoredLook& Stored() const noexcept { return m_stored; }
+    const CurveView& CurvesView() const noexcept { return m_curves; }
+    const CubeView& CubesView() const noexcept { return m_cube; }
+    // Display value after slope, offset and power of an 8-bit code.
+    float FirstStep(std::size_t channel, std::size_t code) const noexcept
+    {
+        return m_firstStep[channel][code];
+    }
+
+    // One value through the tables at full strength; the value itself when there are none.
+    Rgb SampleTables(const Rgb& value) const noexcept;
+    // One display value through the whole look.
+    Rgb Grade(const Rgb& value) const noexcept;
+
+    // 8 bits per channel, 4 bytes a pixel, rounded to nearest.
+    RowFunction* Row8() const noexcept { return m_row8; }
+    // Floats, 16 bytes a pixel. Colours come out finite: NaN counts as 0, infinities as the largest
+    // float. Linear rows are encoded with the sRGB curve before the look and decoded after it.
+    RowFunction* RowFloat(bool linear) const noexcept { return linear ? m_rowLinear : m_rowFloat; }
+
+private:
+    StoredLook m_stored;
+    CurveView m_curves;
+    CubeView m_cube;
+    std::array<std::array<float, 256>, 3> m_firstStep{};
+    RowFunction* m_row8 = nullptr;
+    RowFunction* m_rowFloat = nullptr;
+    RowFunction* m_rowLinear = nullptr;
+};
