@@ -1,0 +1,43 @@
+#include "propertypage/panel_layout.h"
+
+#include <gtest/gtest.h>
+
+TEST(PanelLayout, TheEditButtonStandsFrom5And25To45And45)
+{
+    EXPECT_EQ(kEditRect, (PanelRect{5, 25, 45, 45}));
+}
+
+TEST(PanelLayout, TheCheckBoxStandsFrom7And70To132And86)
+{
+    EXPECT_EQ(kCheckBoxRect, (PanelRect{7, 70, 132, 86}));
+}
+
+TEST(PanelLayout, TheThumbnailBeginsAt50And18)
+{
+    EXPECT_EQ(kThumbnailOrigin, (PanelPoint{50, 18}));
+}
+
+TEST(PanelLayout, ARectangleHoldsItsLeftAndTopEdgesButNotItsRightAndBottomOnes)
+{
+    for (const PanelRect& rect : {kEditRect, kCheckBoxRect})
+    {
+        EXPECT_TRUE(rect.Contains({rect.left, rect.top}));
+        EXPECT_TRUE(rect.Contains({rect.right - 1, rect.bottom - 1}));
+        EXPECT_FALSE(rect.Contains({rect.left - 1, rect.top}));
+        EXPECT_FALSE(rect.Contains({rect.left, rect.top - 1}));
+        EXPECT_FALSE(rect.Contains({rect.right, rect.top}));
+        EXPECT_FALSE(rect.Contains({rect.left, rect.bottom}));
+    }
+}
+
+TEST(PanelLayout, NoPointIsInBothControls)
+{
+    for (int y = -1; y < 100; ++y)
+    {
+        for (int x = -1; x < 200; ++x)
+        {
+            ASSERT_FALSE(kEditRect.Contains({x, y}) && kCheckBoxRect.Contains({x, y}))
+                << x << ", " << y;
+        }
+    }
+}

@@ -1,0 +1,421 @@
+"""What ffmpeg writes is read as ffmpeg reads it, and the other way round; pipes, paths and
+interruptions with real processes."""
+
+import os
+import signal
+import struct
+import subprocess
+import time
+import zlib
+
+import numpy as np
+import pytest
+
+RUN = [os.environ["WINE_RUN"], os.environ["FRAME_COPY"]]
+WIDTH, HEIGHT = 96, 64
+PATTERN = f"testsrc2=size={WIDTH}x{HEIGHT}:rate=25"
+# Two sine waves in each plane: what chroma filters must agree on.
+SMOOTH = (f"nullsrc=size={WIDTH}x{HEIGHT}:rate=25,format=yuv444p,geq="
+          "lum='126+90*sin(X/17+N)*cos(Y/13)':cb='128+60*sin(X/19)*cos(Y/23)':"
+          "cr='128+60*cos(X/21)*sin(Y/18+1)'")
+
+
+# ffmpeg's names of the matrices, and the flags with which its scaler computes exactly. It does so
+# only into planes: straight into packed pixels it takes chroma rows to be where they are not.
+MATRICES = {"bt601": "smpte170m", "bt709": "bt709", "bt2020": "bt2020nc"}
+EXACT = "accurate_rnd+full_chroma_int+full_chroma_inp+bitexact+bilinear"
+# Pixel format, and where its chroma is, in 1/256 of a luma sample.
+SAMPLINGS = {
+    "444": ("yuv444p", ""),
+    "422": ("yuv422p", "h_chr_pos=0"),
+    "420jpeg": ("yuv420p", "h_chr_pos=128:v_chr_pos=128"),
+    "420mpeg2": ("yuv420p", "h_chr_pos=0:v_chr_pos=128"),
+}
+
+
+def sited(sampling, side):
+    """The scaler's options that say where chroma is; `side` is in or out."""
+    return "".join(f":{side}_{option}" for option in SAMPLINGS[sampling][1].split(":") if option)
+
+
+def copy(source, target, *options, check=True, **settings):
+    def run():
+        return subprocess.run([*RUN, str(source), str(target), *options], timeout=60,
+                              stderr=subprocess.PIPE, **settings)
+
+    result = run()
+    if not result.stderr:  # the program always says something: Wine has not started it
+        result = run()
+    if check:
+        assert result.returncode == 0, result.stderr.decode()
+    return result
+
+
+def ffmpeg(*words, **settings):
+    return subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-y", *map(str, words)],
+                          check=True, timeout=60, stdout=subprocess.PIPE, **settings).stdout
+
+
+def picture(path, pixel_format, *options):
+    ffmpeg("-f", "lavfi", "-i", PATTERN, "-frames:v", 1, "-pix_fmt", pixel_format, *options, path)
+
+
+def pixels_by_ffmpeg(path, pixel_format, dtype=np.uint8, *options):
+    raw = ffmpeg("-i", path, *options, "-f", "rawvideo", "-pix_fmt", pixel_format, "-")
+    return np.frombuffer(raw, dtype)
+
+
+def pixels_by_copy(path, tmp_path, *options):
+    target = tmp_path / "copied.bgra"
+    copy(path, target, "overwrite=1", *options)
+    return np.fromfile(target, np.uint8)
+
+
+@pytest.mark.parametrize("name, pixel_format", [
+    ("a.png", "rgb24"), ("a.png", "rgba"), ("a.png", "gray"), ("a.png", "ya8"),
+    ("a.png", "pal8"), ("a.png", "monob"),
+    ("a.tif", "rgb24"), ("a.tif", "rgba"), ("a.tif", "gray"),
+    ("a.bmp", "bgr24"), ("a.bmp", "rgb565le"), ("a.bmp", "pal8"), ("a.bmp", "gray"),
+])
+def test_8_bit_pictures_decode_to_the_same_bytes(tmp_path, name, pixel_format):
+    picture(tmp_path / name, pixel_format)
+    ours = pixels_by_copy(tmp_path / name, tmp_path)
+    # ffmpeg's own conversion of 5-bit and 6-bit codes to bytes fills the low bits in another way.
+    tolerance = 7 if pixel_format == "rgb565le" else 0
+    theirs = pixels_by_ffmpeg(tmp_path / name, "bgra")
+    assert np.abs(ours.astype(int) - theirs.astype(int)).max() <= tolerance
+
+
+@pytest.mark.parametrize("compression", ["raw", "packbits", "lzw", "deflate"])
+def test_every_compression_of_tiff_is_read(tmp_path, compression):
+    picture(tmp_path / "a.tif", "rgb24", "-compression_algo", compression)
+    assert np.array_equal(pixels_by_copy(tmp_path / "a.tif", tmp_path),
+                          pixels_by_ffmpeg(tmp_path / "a.tif", "bgra"))
+
+
+@pytest.mark.parametrize("name, pixel_format, native", [
+    ("a.png", "rgb48be", "rgb48le"), ("a.png", "rgba64be", "rgba64le"),
+    ("a.png", "gray16be", "gray16le"), ("a.tif", "rgb48le", "rgb48le"),
+    ("a.tif", "rgba64le", "rgba64le"), ("a.tif", "gray16le", "gray16le"),
+])
+@pytest.mark.parametrize("target", ["b.png", "b.tif"])
+def test_16_bit_pictures_keep_every_code_in_both_directions(tmp_path, name, pixel_format, native,
+                                                            target):
+    picture(tmp_path / name, pixel_format)
+    copy(tmp_path / name, tmp_path / target, "depth=float", "bits=16")
+    theirs = pixels_by_ffmpeg(tmp_path / name, native, np.uint16)
+    channels = 1 if native == "gray16le" else 0
+    if channels:  # grey is written as three equal colours
+        theirs = np.repeat(theirs, 3)
+        native = "rgb48le"
+    assert np.array_equal(pixels_by_ffmpeg(tmp_path / target, native, np.uint16), theirs)
+
+
+@pytest.mark.parametrize("target, pixel_format", [
+    ("b.png", "bgra"), ("b.tif", "bgra"), ("b.bmp", "bgra")])
+def test_alpha_that_is_written_is_read_by_others(tmp_path, target, pixel_format):
+    raw = np.random.default_rng(1).integers(0, 256, WIDTH * HEIGHT * 4, np.uint8)
+    raw.tofile(tmp_path / "a.bgra")
+    copy(tmp_path / "a.bgra", tmp_path / target, f"size={WIDTH}x{HEIGHT}")
+    assert np.array_equal(pixels_by_ffmpeg(tmp_path / target, pixel_format), raw)
+
+
+def test_a_float_tiff_is_read_by_others(tmp_path):
+    raw = np.random.default_rng(2).integers(0, 256, WIDTH * HEIGHT * 4, np.uint8)
+    raw.tofile(tmp_path / "a.bgra")
+    copy(tmp_path / "a.bgra", tmp_path / "b.tif", f"size={WIDTH}x{HEIGHT}", "depth=float",
+         "bits=32")
+    file = (tmp_path / "b.tif").read_bytes()
+    # One directory, strips one after the other up to the end of the file.
+    values = np.frombuffer(file[-WIDTH * HEIGHT * 16:], "<f4").reshape(-1, 4)
+    expected = raw.reshape(-1, 4)[:, [2, 1, 0, 3]].astype(np.float32) / np.float32(255)
+    assert np.array_equal(values, expected)
+
+
+@pytest.mark.parametrize("sampling, pixel_format", [("444", "yuvj444p"), ("420jpeg", "yuvj420p")])
+def test_jpeg_decodes_nearly_to_the_same_bytes(tmp_path, sampling, pixel_format):
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", pixel_format, "-q:v", 1,
+           tmp_path / "a.jpg")
+    ours = pixels_by_copy(tmp_path / "a.jpg", tmp_path).astype(int)
+    theirs = pixels_by_ffmpeg(
+        tmp_path / "a.jpg", "bgra", np.uint8, "-vf",
+        f"scale=flags={EXACT}{sited(sampling, 'in')},format=gbrp").astype(int)
+    # The decoders round their transforms, and chroma once more where it is of half size.
+    assert np.abs(ours - theirs).max() <= (3 if sampling == "444" else 6)
+    assert np.abs(ours - theirs).mean() < 0.5
+
+
+def test_jpeg_is_written_so_that_others_read_it(tmp_path):
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", "rgb24", tmp_path / "a.png")
+    copy(tmp_path / "a.png", tmp_path / "b.jpg")
+    ours = pixels_by_ffmpeg(tmp_path / "b.jpg", "rgb24").astype(int)
+    theirs = pixels_by_ffmpeg(tmp_path / "a.png", "rgb24").astype(int)
+    assert np.abs(ours - theirs).max() <= 8
+    assert np.abs(ours - theirs).mean() < 1
+
+
+@pytest.mark.parametrize("sampling, pixel_format", [("444", "yuvj444p"), ("420jpeg", "yuvj420p")])
+def test_jpeg_decodes_nearly_to_the_same_bytes(tmp_path, sampling, pixel_format):
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", pixel_format, "-q:v", 1,
+           tmp_path / "a.jpg")
+    ours = pixels_by_copy(tmp_path / "a.jpg", tmp_path).astype(int)
+    theirs = pixels_by_ffmpeg(
+        tmp_path / "a.jpg", "bgra", np.uint8, "-vf",
+        f"scale=flags={EXACT}{sited(sampling, 'in')},format=gbrp").astype(int)
+    # The decoders round their transforms, and chroma once more where it is of half size.
+    assert np.abs(ours - theirs).max() <= (3 if sampling == "444" else 6)
+    assert np.abs(ours - theirs).mean() < 0.5
+
+
+def test_jpeg_is_written_so_that_others_read_it(tmp_path):
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", "rgb24", tmp_path / "a.png")
+    copy(tmp_path / "a.png", tmp_path / "b.jpg")
+    ours = pixels_by_ffmpeg(tmp_path / "b.jpg", "rgb24").astype(int)
+    theirs = pixels_by_ffmpeg(tmp_path / "a.png", "rgb24").astype(int)
+    assert np.abs(ours - theirs).max() <= 8
+    assert np.abs(ours - theirs).mean() < 1
+
+
+# Names of ffmpeg for the matrices, and the flags with which its scaler computes exactly.
+MATRICES = {"bt601": "smpte170m", "bt709": "bt709", "bt2020": "bt2020nc"}
+EXACT = "accurate_rnd+full_chroma_int+full_chroma_inp+bitexact+bilinear"
+
+
+@pytest.mark.parametrize("sampling", SAMPLINGS)
+@pytest.mark.parametrize("wide", ["limited", "full"])
+@pytest.mark.parametrize("matrix", MATRICES)
+def test_y4m_decodes_within_two_codes_of_ffmpeg(tmp_path, sampling, wide, matrix):
+    clip = tmp_path / "a.y4m"
+    location = {"420jpeg": "center", "420mpeg2": "left"}.get(sampling, "unspecified")
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 3, "-pix_fmt", SAMPLINGS[sampling][0],
+           "-chroma_sample_location", location, clip)
+    assert f" C{sampling}".encode() in clip.read_bytes()[:100]
+    in_range = "pc" if wide == "full" else "tv"
+    ours = pixels_by_copy(clip, tmp_path, f"range={wide}", f"matrix={matrix}").astype(int)
+    theirs = pixels_by_ffmpeg(
+        clip, "bgra", np.uint8, "-vf",
+        f"scale=in_color_matrix={MATRICES[matrix]}:in_range={in_range}:out_range=pc:"
+        f"flags={EXACT}{sited(sampling, 'in')},format=gbrp").astype(int)
+    assert ours.shape == theirs.shape
+    assert np.abs(ours - theirs).max() <= 2
+
+
+@pytest.mark.parametrize("sampling", SAMPLINGS)
+@pytest.mark.parametrize("wide", ["limited", "full"])
+def test_y4m_encodes_within_two_codes_of_ffmpeg(tmp_path, sampling, wide):
+    pixel_format = SAMPLINGS[sampling][0]
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", "rgb24", tmp_path / "a.png")
+    copy(tmp_path / "a.png", tmp_path / "b.y4m", f"sampling={sampling}", f"write_range={wide}")
+    out_range = "pc" if wide == "full" else "tv"
+    theirs = pixels_by_ffmpeg(
+        tmp_path / "a.png", pixel_format, np.uint8, "-vf",
+        f"scale=out_color_matrix=smpte170m:out_range={out_range}:flags={EXACT}"
+        f"{sited(sampling, 'out')}").astype(int)
+    # The planes as they are in the file, behind its two lines.
+    file = (tmp_path / "b.y4m").read_bytes()
+    ours = np.frombuffer(file[file.index(b"FRAME\n") + 6:], np.uint8).astype(int)
+    luma = WIDTH * HEIGHT
+    assert np.abs(ours - theirs)[:luma].max() <= 1
+    assert np.abs(ours - theirs)[luma:].max() <= 2
+
+
+def test_ffmpeg_reads_our_y4m_header(tmp_path):
+    clip = tmp_path / "a.y4m"
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 2, "-r", "30000/1001", "-pix_fmt", "yuv420p",
+           "-vf", "setsar=16/15", clip)
+    copy(clip, tmp_path / "b.y4m", "range=full")
+    facts = subprocess.run(
+        ["ffprobe", "-v", "error", "-count_frames", "-show_entries",
+         "stream=width,height,pix_fmt,sample_aspect_ratio,r_frame_rate,nb_read_frames,color_range",
+         "-of", "default=nw=1", str(tmp_path / "b.y4m")], check=True, stdout=subprocess.PIPE)
+    text = facts.stdout.decode()
+    for fact in (f"width={WIDTH}", f"height={HEIGHT}", "pix_fmt=yuv420p", "nb_read_frames=2",
+                 "sample_aspect_ratio=16:15", "r_frame_rate=30000/1001", "color_range=pc"):
+        assert fact in text, text
+
+
+def test_interlaced_and_deep_clips_of_ffmpeg_are_refused_by_name(tmp_path):
+    clip = tmp_path / "a.y4m"
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", "yuv420p10le", "-strict", -1,
+           clip)
+    result = copy(clip, tmp_path / "b.y4m", check=False)
+    assert result.returncode == 1 and b'"420p10" is not supported' in result.stderr
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", "yuv411p", clip)
+    result = copy(clip, tmp_path / "b.y4m", check=False)
+    assert result.returncode == 1 and b'"411" is not supported' in result.stderr
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", "yuv420p", "-vf",
+           "setfield=tff,fieldorder=bff", clip)
+    data = clip.read_bytes()
+    clip.write_bytes(data.replace(b" Ip ", b" It ", 1).replace(b" Ib ", b" It ", 1))
+    result = copy(clip, tmp_path / "b.y4m", check=False)
+    assert result.returncode == 1 and b"interlaced (It)" in result.stderr
+    assert sorted(p.name for p in tmp_path.iterdir()) == ["a.y4m"]
+
+
+def test_frames_of_a_cut_clip_are_delivered_before_the_error(tmp_path):
+    clip = tmp_path / "a.y4m"
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 3, "-pix_fmt", "yuv420p", clip)
+    data = clip.read_bytes()
+    clip.write_bytes(data[:-100])
+    result = copy(clip, "-", "out=bgra", check=False, stdout=subprocess.PIPE)
+    assert result.returncode == 1
+    assert len(result.stdout) == 2 * WIDTH * HEIGHT * 4
+    assert f"frame 3 of {clip}: the data ends in this frame: 100 of its 9216".encode() \
+        in result.stderr
+
+
+def test_pipes_carry_the_same_bytes_as_files(tmp_path):
+    clip = tmp_path / "a.y4m"
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 5, "-pix_fmt", "yuv422p", clip)
+    copy(clip, tmp_path / "b.y4m")
+    # Every byte that a text mode would change occurs in pixels; slow writers give short reads.
+    with open(clip, "rb") as source:
+        reader = subprocess.Popen(["dd", "bs=777", "status=none"], stdin=source,
+                                  stdout=subprocess.PIPE)
+        piped = copy("-", "-", "in=y4m", "out=y4m", stdin=reader.stdout, stdout=subprocess.PIPE)
+        reader.wait()
+    assert piped.stdout == (tmp_path / "b.y4m").read_bytes()
+    with open(clip, "rb") as source:
+        redirected = copy("-", "-", "in=y4m", "out=y4m", stdin=source, stdout=subprocess.PIPE)
+    assert redirected.stdout == piped.stdout
+
+
+def test_an_empty_input_pipe_is_an_error_and_no_wait(tmp_path):
+    for stdin in (subprocess.DEVNULL, None):
+        settings = {"stdin": stdin} if stdin is not None else {"input": b""}
+        result = copy("-", tmp_path / "b.y4m", "in=y4m", check=False, **settings)
+        assert result.returncode == 1
+        assert b"standard input: it is empty" in result.stderr
+    assert list(tmp_path.iterdir()) == []
+
+
+def test_a_closed_output_pipe_is_one_clear_error(tmp_path):
+    clip = tmp_path / "a.y4m"
+    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 50, "-pix_fmt", "yuv444p", clip)
+    process = subprocess.Popen([*RUN, str(clip), "-", "out=bgra"], stdout=subprocess.PIPE,
+                               stderr=subprocess.PIPE)
+    process.stdout.read(1000)
+    process.stdout.close()
+    error = process.stderr.read()
+    assert process.wait(30) == 1
+    assert b"standard output: the program that reads it closed the pipe" in error
+
+
+def test_a_killed_run_leaves_nothing(tmp_path):
+    process = subprocess.Popen([*RUN, "-", str(tmp_path / "b.bgra"), "in=bgra", "size=64x64"],
+                               stdin=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    process.stdin.write(b"x" * 64 * 64 * 4 * 3 + b"half a frame")
+    process.stdin.flush()
+    wait_until(lambda: any(p.stat().st_size == 64 * 64 * 4 * 3 for p in tmp_path.iterdir()))
+    assert not (tmp_path / "b.bgra").exists()
+    process.send_signal(signal.SIGKILL)
+    process.wait(30)
+    wait_until(lambda: not list(tmp_path.iterdir()))
+
+
+def wait_until(condition, seconds=20):
+    deadline = time.monotonic() + seconds
+    while not condition():
+        assert time.monotonic() < deadline, "it did not happen in time"
+        time.sleep(0.02)
+
+
+@pytest.mark.parametrize("name", ["plain.png", "with space & 'quotes'.png", "größe 映像.png",
+                                  "n" * 200 + ".png"])
+def test_unix_and_windows_forms_of_a_path_name_the_same_file(tmp_path, name):
+    picture(tmp_path / "a.png", "rgb24")
+    os.rename(tmp_path / "a.png", tmp_path / name)
+    windows = "Z:" + str(tmp_path / name).replace("/", "\\")
+    copy(tmp_path / name, tmp_path / "unix.bmp", cwd="/")
+    copy(windows, "Z:" + str(tmp_path / "windows.bmp").replace("/", "\\"))
+    copy(name, "relative.bmp", cwd=tmp_path)
+    content = (tmp_path / "unix.bmp").read_bytes()
+    assert content == (tmp_path / "windows.bmp").read_bytes()
+    assert content == (tmp_path / "relative.bmp").read_bytes()
+    assert len(list(tmp_path.iterdir())) == 4
+
+
+def test_names_in_every_script_work_without_a_locale(tmp_path):
+    picture(tmp_path / "a.png", "rgb24")
+    environment = {name: value for name, value in os.environ.items()
+                   if name != "LANG" and not name.startswith("LC_")}
+    copy(tmp_path / "a.png", tmp_path / "größe 映像.bmp", env=environment)
+    assert (tmp_path / "größe 映像.bmp").exists()
+
+
+def png_of_size(width, height):
+    """A PNG that is right in everything but its pixels, which it has not."""
+    def chunk(kind, data):
+        return (struct.pack(">I", len(data)) + kind + data
+                + struct.pack(">I", zlib.crc32(kind + data)))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(b"")) + chunk(b"IEND", b""))
+
+
+@pytest.mark.parametrize("width, height", [(16385, 1), (1, 16385), (2_000_000_000, 2_000_000_000)])
+def test_pictures_that_are_too_large_are_refused_by_their_header(tmp_path, width, height):
+    (tmp_path / "a.png").write_bytes(png_of_size(width, height))
+    result = copy(tmp_path / "a.png", tmp_path / "b.png", check=False)
+    assert result.returncode == 1
+    assert f"a.png: its size is {width} x {height}".encode() in result.stderr
+    assert sorted(p.name for p in tmp_path.iterdir()) == ["a.png"]
+
+
+@pytest.mark.parametrize("width, height", [(16384, 3), (3, 16384)])
+def test_pictures_of_the_largest_side_are_taken(tmp_path, width, height):
+    raw = np.random.default_rng(3).integers(0, 256, width * height * 4, np.uint8)
+    raw.tofile(tmp_path / "a.bgra")
+    for name in ("b.png", "b.tif", "b.bmp"):
+        copy(tmp_path / "a.bgra", tmp_path / name, f"size={width}x{height}")
+        assert np.array_equal(pixels_by_copy(tmp_path / name, tmp_path), raw)
+
+
+def test_paths_beyond_the_old_limit_work(tmp_path):
+    folder = tmp_path
+    for _ in range(4):
+        folder = folder / ("d" * 100)
+    folder.mkdir(parents=True)
+    picture(tmp_path / "a.png", "rgb24")
+    copy(tmp_path / "a.png", folder / "b.png")
+    copy(folder / "b.png", folder / "c_%03d.png")
+    copy(folder / "c_%03d.png", folder / "d.png")
+    assert sorted(p.name for p in folder.iterdir()) == ["b.png", "c_001.png", "d.png"]
+
+
+def test_a_sequence_of_ffmpeg_becomes_a_clip_and_back(tmp_path):
+    ffmpeg("-f", "lavfi", "-i", PATTERN, "-frames:v", 4, "-start_number", 98, "-pix_fmt", "rgb24",
+           tmp_path / "s_%02d.png")
+    copy(tmp_path / "s_%02d.png", tmp_path / "clip.bgra")
+    copy(tmp_path / "s_%02d.png", tmp_path / "t_%02d.tif")
+    assert sorted(p.name for p in tmp_path.glob("t_*")) == [
+        "t_100.tif", "t_101.tif", "t_98.tif", "t_99.tif"]
+    raw = np.fromfile(tmp_path / "clip.bgra", np.uint8).reshape(4, -1)
+    for row, number in zip(raw, (98, 99, 100, 101)):
+        assert np.array_equal(row, pixels_by_ffmpeg(tmp_path / f"t_{number}.tif", "bgra"))
+
+
+def test_a_folder_that_must_not_be_written_is_an_error(tmp_path):
+    if os.geteuid() == 0:
+        pytest.skip("nothing is forbidden to this user")
+    picture(tmp_path / "a.png", "rgb24")
+    (tmp_path / "closed").mkdir(mode=0o555)
+    result = copy(tmp_path / "a.png", tmp_path / "closed" / "b.png", check=False)
+    assert result.returncode == 1 and b"it cannot be created" in result.stderr
+
+
+def test_a_full_disk_is_an_error():
+    with open("/dev/full", "wb") as full:
+        result = copy("-", "-", "in=bgra", "out=bgra", "size=64x64", check=False, stdout=full,
+                      input=b"x" * 64 * 64 * 4)
+    assert result.returncode == 1
+    assert b"standard output: writing failed: " in result.stderr
+
+
+def test_a_device_or_pipe_is_no_output_file_and_stays_what_it_is(tmp_path):
+    os.mkfifo(tmp_path / "pipe")
+    for path in ("/dev/null", tmp_path / "pipe"):
+        result = copy("-", path, "in=bgra", "out=bgra", "size=1x1", "overwrite=1", check=False,
+                      input=b"abcd")
+        assert result.returncode == 1
+        assert b"this is a device or a pipe" in result.stderr
+        assert not os.path.isfile(path)

@@ -1,0 +1,115 @@
+// What the user asks for, out of the words of the command line.
+// Pure: no windows.h. Tests: tests/tools/glazelhost/commands/command_line_test.cpp.
+#pragma once
+
+#include "tools/glazelhost/host/keyframe_track.h"
+#include "tools/glazelhost/io/frame_io.h"
+#include "tools/glazelhost/io/frame_list.h"
+#include "tools/glazelhost/io/open_frames.h"
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+// Texts are UTF-8; an empty path means the default.
+
+struct ToolPaths
+{
+    std::string rendererFolder;
+    std::string plugin;
+};
+
+enum class ProgressChoice
+{
+    Auto, // a bar on a console, else plain lines
+    Bar,
+    Plain,
+    Json,
+    None,
+};
+
+// A look at a time.
+struct KeyLook
+{
+    KeyTime time;
+    std::string look;
+};
+
+struct RenderCommand
+{
+    SourceOptions source;
+    SinkOptions sink;
+    // At most one of look, keys and project; none only with a preset.
+    std::optional<std::string> look;
+    std::vector<KeyLook> keys; // as they were given, in any order
+    std::optional<std::string> project;
+    std::optional<Ease> ease; // none: as the project says, else linear
+    std::optional<std::string> preset;
+    std::optional<std::string> savedProject; // where to keep what was rendered with
+    std::optional<SampleType> depth;         // none: 8 bits for an 8-bit source, else float
+    std::optional<bool> linear;              // none: as the look says
+    bool unclamped = false;
+    FrameList frames;
+    std::optional<std::int64_t> expectedFrames; // of a source that does not say how many it has
+    bool skipBadFrames = false;
+    ProgressChoice progress = ProgressChoice::Auto;
+    ToolPaths tools;
+};
+
+struct PageCommand
+{
+    std::optional<std::string> image; // none: a test chart
+    std::optional<std::string> look;  // none: the effect has no look at first
+    std::optional<bool> linear;       // none: as the look says
+    bool unclamped = false;
+    std::optional<SampleType> depth;      // none: as a render chooses it
+    std::optional<std::string> savedLook; // where the look is kept when the window closes
+    bool overwrite = false;
+    ToolPaths tools;
+};
+
+struct LookCommand
+{
+    std::string input;
+    std::string output;
+    std::optional<bool> linear;
+    bool unclamped = false;
+    bool overwrite = false;
+    ToolPaths tools;
+};
+
+struct BlendCommand
+{
+    std::string earlier;
+    std::string later;
+    double fraction = 0.0; // 0 to 1
+    std::string output;
+    bool unclamped = false;
+    bool overwrite = false;
+    ToolPaths tools;
+};
+
+struct PresetsCommand
+{
+    bool json = false;
+    ToolPaths tools;
+};
+
+struct InfoCommand
+{
+    bool json = false;
+    ToolPaths tools;
+};
+
+// Help or the version: to standard output, and nothing else to do.
+struct TextCommand
+{
+    std::string text;
+};
+
+using Command = std::variant<RenderCommand, PageCommand, LookCommand, BlendCommand, PresetsCommand,
+                             InfoCommand, TextCommand>;
+
+// `arguments` without the program's name. Throws HostError (WrongUsage) with one line.
+Command ParseCommandLine(const std::vector<std::string>& arguments);

@@ -1,0 +1,20 @@
+// The commands of the program. Each runs on one thread, which has initialised COM (for RunPage as a
+// single-threaded apartment), and throws HostError when the job failed.
+#pragma once
+
+#include "tools/glazelhost/commands/command_line.h"
+
+class Reporter;
+
+// Notes, progress and warnings go to `reporter`.
+void RunRender(const RenderCommand& command, Reporter& reporter);
+// Returns when the user has closed the window. Warnings about the look go to `reporter`.
+void RunPage(const PageCommand& command, Reporter& reporter);
+// What the look holds goes to standard output.
+void RunLook(const LookCommand& command);
+// The record between two looks, as the effect blends keyframes.
+void RunBlend(const BlendCommand& command);
+// The effect's presets go to standard output.
+void RunPresets(const PresetsCommand& command);
+// Everything goes to standard output; that something is missing is an answer, not a failure.
+void RunInfo(const InfoCommand& command);

@@ -1,0 +1,72 @@
+// What "--help" says beside the options. Pure: no windows.h.
+#pragma once
+
+inline constexpr char kProgramHelp[] =
+    "Renders pictures and video through the Glazel DX plug-in, as an editor would.";
+
+inline constexpr char kProgramFooter[] = R"text(
+Exit codes: 0 done, 1 the job failed, 2 wrong usage.
+"glazelhost COMMAND --help" tells more about a command.)text";
+
+inline constexpr char kRenderFooter[] = R"text(
+INPUT and OUTPUT are
+  a picture             photo.png, photo.jpg, photo.tif, photo.bmp
+  a numbered sequence   shot_%04d.png
+  a Y4M stream          clip.y4m, or - for standard input or output
+  raw BGRA              clip.bgra or -, 8 bits a channel, with --size
+A look is a file that the renderer reads: FILE, FILE#ID for one correction out of a
+collection, or "CDL|LUT" for both.
+
+TIME is seconds (2.5), HH:MM:SS.mmm (00:01:02.500) or a frame (48f), counted from the
+input's first frame, which is 0 (and number 1 in --frames). A time within half a
+millisecond of a frame's is that frame's. The first keyframe holds before its time, the
+last one after.
+A project holds a look, or keyframes and their ease; it is written before the first frame.
+--linear and --ease change what it holds for this render, and for --save-project.
+"glazelhost presets" lists the presets. "(Default)" keeps the look and turns on the option
+"assume linear gamma", which counts with --depth float.
+
+Examples:
+  glazelhost render photo.png graded.png --look warm.cube
+  glazelhost render photo.tif graded.tif --look warm.cube --depth float --bits 16
+  glazelhost render shot_%04d.png out_%04d.png --look day.ccc#shot12 --frames 1-10,15,20-40x2
+  glazelhost render clip.y4m out.y4m --key 0=warm.cube --key 00:00:05=cool.cc --ease smooth
+  ffmpeg -i in.mp4 -f yuv4mpegpipe - | glazelhost render - out.y4m --look warm.cube
+
+An output appears under its name when it is whole. Standard output carries pixels only;
+what there is to say goes to standard error.)text";
+
+inline constexpr char kPageFooter[] = R"text(
+The window shows the picture as the effect renders it, and below it the effect's own page:
+"Edit..." opens the look editor, "Assume Linear Gamma" counts with --depth float. Every change
+is rendered at once.
+"Save look..." keeps the look as a file. "Copy command" puts the "glazelhost render" command
+that makes the same picture on the clipboard; a look that no file holds is saved first.
+With --save-look the window closes without asking; else it asks when a changed look would be
+lost.
+
+Examples:
+  glazelhost page --image photo.png --look warm.cube
+  glazelhost page --image photo.tif --save-look mine.look)text";
+
+inline constexpr char kLookFooter[] = R"text(
+Examples:
+  glazelhost look warm.cube warm.look
+  glazelhost look day.ccc#shot12 shot12.look --linear off)text";
+
+inline constexpr char kBlendFooter[] = R"text(
+FRACTION is 0 for all of A to 1 for all of B. The record's option "assume linear gamma" is
+on, unless FRACTION is 0 or 1.
+
+Examples:
+  glazelhost blend warm.cube cool.cc 0.5 between.look)text";
+
+inline constexpr char kPresetsFooter[] = R"text(
+Examples:
+  glazelhost presets
+  glazelhost presets --json)text";
+
+inline constexpr char kInfoFooter[] = R"text(
+Examples:
+  glazelhost info
+  glazelhost info --json --renderer D:\renderer)text";

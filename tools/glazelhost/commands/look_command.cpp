@@ -1,0 +1,80 @@
+#include "tools/glazelhost/commands/commands.h"
+
+#include "tools/glazelhost/commands/look_record.h"
+#include "tools/glazelhost/host/renderer_library.h"
+#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/ui/console.h"
+
+#include <array>
+#include <cstdio>
+
+namespace
+{
+
+// The renderer started for as long as this lives.
+class StartedRenderer
+{
+public:
+    explicit StartedRenderer(RendererLibrary& renderer) : m_renderer(renderer)
+    {
+        m_renderer.Start();
+    }
+    ~StartedRenderer() { m_renderer.Shutdown(); }
+    StartedRenderer(const StartedRenderer&) = delete;
+    StartedRenderer& operator=(const StartedRenderer&) = delete;
+
+private:
+    RendererLibrary& m_renderer;
+};
+
+std::string TextOf(const LookCommand& command, const Look& look)
+{
+    std::string text;
+    const auto add = [&text](const char* name, const std::string& value) {
+        if (!value.empty())
+        {
+            std::array<char, 32> label{};
+            std::snprintf(label.data(), label.size(), "%-15s", name);
+            text += label.data() + value + "\n";
+        }
+    };
+    const LookDescription& description = look.description;
+    add("look", command.input);
+    add("kind", description.kind);
+    add("title", description.title);
+    add("contents", description.contents);
+    if (const auto linear = LinearOption(look.record))
+    {
+        add("linear gamma", *linear ? "on" : "off");
+    }
+    if (description.largestError)
+    {
+        std::array<char, 32> error{};
+        std::snprintf(error.data(), error.size(), "%.3g", *description.largestError);
+        add("largest error", error.data());
+    }
+    for (const std::string& warning : description.warnings)
+    {
+        add("warning", warning);
+    }
+    add("record", command.output + ", " + std::to_string(look.record.size()) + " bytes");
+    return text;
+}
+
+} // namespace
+
+void RunLook(const LookCommand& command)
+{
+    CheckOutputTarget(command.output, command.overwrite);
+    RendererLibrary renderer(command.tools.rendererFolder);
+    renderer.Require();
+    const StartedRenderer started(renderer);
+    Look look =
+        renderer.ImportLook(command.input, command.unclamped ? RendererAPI::kImportUnclampedCdl
+                                                             : RendererAPI::kImportRecord);
+    SetLinear(look.record, command.linear, command.input);
+    const auto output = OpenSafeOutput(command.output, command.overwrite);
+    output->Write(look.record.data(), look.record.size());
+    output->Commit();
+    WriteStandardOutput(TextOf(command, look));
+}

@@ -1,0 +1,152 @@
+#include "tools/glazelhost/commands/commands.h"
+
+#include "tools/glazelhost/commands/look_record.h"
+#include "tools/glazelhost/host/message_boxes.h"
+#include "tools/glazelhost/host/project_file.h"
+#include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/open_frames.h"
+#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/page/page_window.h"
+#include "tools/glazelhost/ui/reporter.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+namespace
+{
+
+// A still picture with what a render would know of it.
+struct Still
+{
+    Image image;
+    FrameInformation information;
+    bool isFirstOfSeveral = false;
+};
+
+bool IsRawName(const std::string& path)
+{
+    constexpr std::string_view kRaw = ".bgra";
+    return path.size() >= kRaw.size() &&
+           std::equal(
+               kRaw.begin(), kRaw.end(), path.end() - static_cast<std::ptrdiff_t>(kRaw.size()),
+               [](char raw, char c) { return raw == std::tolower(static_cast<unsigned char>(c)); });
+}
+
+Still OpenStill(const PageCommand& command)
+{
+    if (!command.image)
+    {
+        return {TestChart(command.depth.value_or(SampleType::Byte)), {}, false};
+    }
+    SourceOptions options;
+    options.path = *command.image;
+    if (IsRawName(options.path))
+    {
+        throw HostError(options.path, "raw frames do not say how large they are",
+                        "convert one with \"glazelhost render\" and --size, and name the result");
+    }
+    const std::unique_ptr<FrameSource> source = OpenSource(options);
+    const StreamInfo& info = source->Info();
+    Still still;
+    still.information = {info.pixelAspect, info.framesPerSecond, 0};
+    still.isFirstOfSeveral = info.frameCount != 1;
+    const SampleType type =
+        command.depth.value_or(info.bitsPerChannel > 8 ? SampleType::Float : SampleType::Byte);
+    if (!source->Read(still.image, type))
+    {
+        throw HostError(*command.image, "there is no picture in it", "name another --image");
+    }
+    return still;
+}
+
+// For a command that is copied to another prompt. "A|B" is two files.
+std::string FullLookPath(const std::string& look)
+{
+    const std::size_t bar = look.find('|');
+    const std::string first = FullPath(look.substr(0, bar));
+    return bar == std::string::npos ? first : first + "|" + FullLookPath(look.substr(bar + 1));
+}
+
+std::optional<LookFile> OriginOf(const PageCommand& command)
+{
+    if (!command.look)
+    {
+        return std::nullopt;
+    }
+    return LookFile{FullLookPath(*command.look), command.linear, command.unclamped};
+}
+
+PageWindow::Options WindowOptions(const PageCommand& command, const Still& still)
+{
+    PageWindow::Options options;
+    options.pictureName = command.image
+                              ? command.image->substr(command.image->find_last_of("\\/:") + 1)
+                              : "Test chart";
+    options.overwrite = command.overwrite;
+    if (command.savedLook)
+    {
+        options.savedLook = FullPath(*command.savedLook);
+    }
+    if (command.image)
+    {
+        RepeatedRender& render = options.command.emplace();
+        render.image = FullPath(*command.image);
+        render.firstFrameOnly = still.isFirstOfSeveral;
+        render.depth = command.depth;
+        const ToolPaths& tools = command.tools;
+        render.tools.rendererFolder =
+            tools.rendererFolder.empty() ? "" : FullPath(tools.rendererFolder);
+        render.tools.plugin = tools.plugin.empty() ? "" : FullPath(tools.plugin);
+    }
+    return options;
+}
+
+} // namespace
+
+void RunPage(const PageCommand& command, Reporter& reporter)
+{
+    if (command.savedLook)
+    {
+        CheckOutputTarget(*command.savedLook, command.overwrite);
+    }
+    Still still = OpenStill(command);
+    PageWindow::Options options = WindowOptions(command, still);
+    const std::optional<std::string> savedLook = options.savedLook;
+    if (command.linear && still.image.type == SampleType::Byte)
+    {
+        reporter.Warn("--linear has an effect with --depth float only");
+    }
+
+    LetMessageBoxesAppear();
+    RendererLibrary renderer(command.tools.rendererFolder);
+    renderer.Require();
+    const PluginModule plugin(command.tools.plugin);
+    EffectSession session(plugin);
+    EffectControls controls(session.Effect(), session.Path());
+    if (command.look)
+    {
+        const std::vector<std::byte> record =
+            ImportRecord(renderer, *command.look, command.unclamped, command.linear, reporter);
+        CheckStorable(*command.look, record, controls);
+        session.LoadLook(record);
+    }
+    GradedPicture picture(session, std::move(still.image), still.information);
+    picture.Render();
+    LookKeeper keeper(controls, OriginOf(command));
+    {
+        PageContainer page(plugin, session.Effect());
+        PageWindow(std::move(options), picture, keeper, controls, page).Run();
+    }
+    if (savedLook && !keeper.IsSavedIn(*savedLook))
+    {
+        throw HostError(*savedLook,
+                        keeper.HasLook() ? "the look was not saved in it"
+                                         : "no look was made, so none was saved",
+                        keeper.HasLook()
+                            ? "start again with the look that was saved elsewhere"
+                            : "press Edit... on the page and make one, or start with --look FILE");
+    }
+}

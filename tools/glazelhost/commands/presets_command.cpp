@@ -1,0 +1,28 @@
+#include "tools/glazelhost/commands/commands.h"
+
+#include "tools/glazelhost/host/effect_controls.h"
+#include "tools/glazelhost/host/plugin_module.h"
+#include "tools/glazelhost/host/renderer_library.h"
+#include "tools/glazelhost/ui/console.h"
+
+#include <nlohmann/json.hpp>
+
+void RunPresets(const PresetsCommand& command)
+{
+    const RendererLibrary renderer(command.tools.rendererFolder);
+    renderer.Require();
+    const PluginModule plugin(command.tools.plugin);
+    const CComPtr<IUnknown> effect = plugin.CreateEffect();
+    const std::vector<std::string> names = EffectControls(*effect, plugin.Path()).PresetNames();
+
+    std::string text;
+    auto presets = nlohmann::ordered_json::array();
+    for (std::size_t index = 0; index < names.size(); ++index)
+    {
+        text += std::to_string(index) + "  " + names[index] + "\n";
+        presets.push_back({{"index", index}, {"name", names[index]}});
+    }
+    WriteStandardOutput(command.json
+                            ? nlohmann::ordered_json{{"presets", std::move(presets)}}.dump(2) + "\n"
+                            : text);
+}

@@ -1,0 +1,175 @@
+#include "tools/glazelhost/commands/commands.h"
+
+#include "tools/glazelhost/commands/render_look.h"
+#include "tools/glazelhost/host/effect_session.h"
+#include "tools/glazelhost/host/frame_clock.h"
+#include "tools/glazelhost/host/renderer_library.h"
+#include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/ui/reporter.h"
+
+#include <memory>
+
+namespace
+{
+
+// The rate of a sequence that nobody states: without one an effect could not tell its frames apart.
+constexpr double kUsualRate = 25.0;
+
+std::string NameOf(const std::string& path, const char* standardStream)
+{
+    return path == kStandardStream ? standardStream : path;
+}
+
+SampleType DepthOf(const RenderCommand& command, const StreamInfo& info)
+{
+    return command.depth.value_or(info.bitsPerChannel > 8 ? SampleType::Float : SampleType::Byte);
+}
+
+std::optional<std::int64_t> FramesToRender(const RenderCommand& command, const StreamInfo& info)
+{
+    const auto count = info.frameCount ? info.frameCount : command.expectedFrames;
+    return count ? std::optional(command.frames.CountWithin(*count)) : std::nullopt;
+}
+
+// Takes the frames that are wanted from the source through the effect to the sink.
+class FrameLoop
+{
+public:
+    FrameLoop(const RenderCommand& command, FrameSource& source, FrameSink& sink, ShownLook& look,
+              SampleType depth, Reporter& reporter)
+        : m_command(command), m_source(source), m_sink(sink), m_look(look), m_depth(depth),
+          m_reporter(reporter),
+          m_rate(source.Info().framesPerSecond > 0.0 ? source.Info().framesPerSecond : kUsualRate)
+    {
+    }
+
+    // Throws HostError for the first frame that fails, unless bad frames are to be skipped.
+    void Run()
+    {
+        for (std::int64_t number = 1;; ++number)
+        {
+            const bool wanted = m_command.frames.Contains(number);
+            if (!wanted && !m_command.frames.NextAfter(number))
+            {
+                return; // the rest of the source is of no interest
+            }
+            switch (TakeFrame(wanted))
+            {
+            case Taken::End:
+                return;
+            case Taken::Nothing:
+                m_sink.Pass();
+                break;
+            case Taken::Picture:
+                RenderFrame(number);
+                break;
+            }
+        }
+    }
+
+    std::int64_t Written() const noexcept { return m_written; }
+    std::int64_t Bad() const noexcept { return m_bad; }
+    // The source failed, as opposed to the effect or the output.
+    bool SourceFailed() const noexcept { return m_sourceFailed; }
+
+private:
+    enum class Taken
+    {
+        End,
+        Nothing, // not wanted, or bad and skipped
+        Picture, // m_image
+    };
+
+    Taken TakeFrame(bool wanted)
+    {
+        try
+        {
+            if (wanted)
+            {
+                return m_source.Read(m_image, m_depth) ? Taken::Picture : Taken::End;
+            }
+            return m_source.Skip() ? Taken::Nothing : Taken::End;
+        }
+        catch (const HostError& error)
+        {
+            if (!m_command.skipBadFrames)
+            {
+                m_sourceFailed = true;
+                throw;
+            }
+            ++m_bad;
+            m_reporter.Warn(error.what());
+            return Taken::Nothing;
+        }
+    }
+
+    void RenderFrame(std::int64_t number)
+    {
+        const std::int64_t frame = number - 1;
+        m_look.Render(frame, m_image, m_graded,
+                      {m_source.Info().pixelAspect, m_rate, FrameTime(frame, m_rate)});
+        m_sink.Write(m_graded);
+        m_reporter.Advance(++m_written);
+    }
+
+    const RenderCommand& m_command;
+    FrameSource& m_source;
+    FrameSink& m_sink;
+    ShownLook& m_look;
+    SampleType m_depth;
+    Reporter& m_reporter;
+    double m_rate;
+    Image m_image;
+    Image m_graded;
+    std::int64_t m_written = 0;
+    std::int64_t m_bad = 0;
+    bool m_sourceFailed = false;
+};
+
+} // namespace
+
+void RunRender(const RenderCommand& command, Reporter& reporter)
+{
+    const std::unique_ptr<FrameSource> source = OpenSource(command.source);
+    const StreamInfo& info = source->Info();
+    const std::unique_ptr<FrameSink> sink = OpenSink(command.sink, info);
+    const SampleType depth = DepthOf(command, info);
+    const std::string output = NameOf(command.sink.path, "standard output");
+
+    RendererLibrary renderer(command.tools.rendererFolder);
+    renderer.Require();
+    const PluginModule plugin(command.tools.plugin);
+    EffectSession session(plugin);
+    ShownLook look(command, info.framesPerSecond, depth, renderer, session, reporter);
+
+    // Said when all that could stop the job at once has been passed: an error then stands alone.
+    reporter.Note(NameOf(command.source.path, "standard input") + ": " + info.description +
+                  ", rendered in " + (depth == SampleType::Byte ? "8 bits" : "float"));
+    look.Tell(reporter);
+    FrameLoop frames(command, *source, *sink, look, depth, reporter);
+    reporter.Begin(FramesToRender(command, info));
+    try
+    {
+        frames.Run();
+    }
+    catch (const HostError&)
+    {
+        // What came before a source broke is good: it is kept, though the job failed.
+        if (frames.SourceFailed() && frames.Written() > 0)
+        {
+            sink->Finish();
+            reporter.Note(output + ": holds the " + FrameCountText(frames.Written()) +
+                          " before the failure");
+        }
+        throw;
+    }
+    sink->Finish();
+    reporter.Done(output);
+    if (frames.Bad() > 0)
+    {
+        throw HostError(NameOf(command.source.path, "standard input"),
+                        FrameCountText(frames.Bad()) + " could not be read and " +
+                            (frames.Bad() == 1 ? "was" : "were") + " left out",
+                        "render the missing ones again from good files");
+    }
+}

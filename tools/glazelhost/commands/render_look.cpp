@@ -1,0 +1,137 @@
+#include "tools/glazelhost/commands/render_look.h"
+
+#include "tools/glazelhost/commands/look_record.h"
+#include "tools/glazelhost/host/preset_list.h"
+#include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/ui/reporter.h"
+
+#include <map>
+#include <utility>
+
+ShownLook::ShownLook(const RenderCommand& command, double framesPerSecond, SampleType depth,
+                     const RendererLibrary& renderer, EffectSession& session, Reporter& reporter)
+    : m_command(command), m_renderer(renderer), m_session(session),
+      m_controls(session.Effect(), session.Path())
+{
+    if (command.savedProject)
+    {
+        CheckProjectTarget(*command.savedProject, command.sink.overwrite);
+    }
+    if (command.look)
+    {
+        UseLook(reporter);
+    }
+    else if (command.project)
+    {
+        UseProject();
+    }
+    else
+    {
+        UseKeys(reporter);
+    }
+    if (command.preset)
+    {
+        UsePreset();
+    }
+    if (command.linear && depth == SampleType::Byte)
+    {
+        reporter.Warn("--linear has an effect with --depth float only");
+    }
+    m_project.ease = command.ease.value_or(m_project.ease);
+    if (!m_project.keyframes.empty())
+    {
+        KeyframeTrack track(m_project.keyframes, framesPerSecond, m_project.ease);
+        // What a host shows, and keeps, of an animated effect beside its keyframes.
+        m_session.LoadLook(m_project.keyframes.front().record);
+        m_player.emplace(session, m_controls, m_project.keyframes, std::move(track));
+    }
+    if (command.savedProject)
+    {
+        SaveProject(*command.savedProject, command.sink.overwrite, m_project, m_controls);
+    }
+}
+
+void ShownLook::Tell(Reporter& reporter) const
+{
+    if (m_player)
+    {
+        const auto& keyframes = m_project.keyframes;
+        reporter.Note(
+            std::to_string(keyframes.size()) +
+            (keyframes.size() == 1 ? " keyframe at " : " keyframes, the first at ") +
+            TextOf(keyframes.front().time) +
+            (keyframes.size() == 1 ? "" : ", the last at " + TextOf(keyframes.back().time)) +
+            (m_project.ease == Ease::Smooth ? ", smooth" : ", linear"));
+    }
+    if (m_command.savedProject)
+    {
+        reporter.Note(*m_command.savedProject + ": project saved");
+    }
+}
+
+void ShownLook::Render(std::int64_t frame, const Image& input, Image& output,
+                       const FrameInformation& information)
+{
+    if (m_player)
+    {
+        m_player->Render(frame, input, output, information);
+    }
+    else
+    {
+        m_session.Render(input, output, information);
+    }
+}
+
+std::vector<std::byte> ShownLook::Import(const std::string& path, Reporter& reporter) const
+{
+    return ImportRecord(m_renderer, path, m_command.unclamped, m_command.linear, reporter);
+}
+
+void ShownLook::UseLook(Reporter& reporter)
+{
+    const std::vector<std::byte> record = Import(*m_command.look, reporter);
+    if (m_command.savedProject)
+    {
+        CheckStorable(*m_command.look, record, m_controls);
+    }
+    m_session.LoadLook(record);
+}
+
+void ShownLook::UseKeys(Reporter& reporter)
+{
+    std::map<std::string, std::vector<std::byte>> records; // a look may stand at several times
+    for (const KeyLook& key : m_command.keys)
+    {
+        if (!records.contains(key.look))
+        {
+            records[key.look] = Import(key.look, reporter);
+        }
+        m_project.keyframes.push_back({key.time, records[key.look]});
+    }
+}
+
+void ShownLook::UseProject()
+{
+    const std::string& path = *m_command.project;
+    m_project = OpenProject(path, m_controls);
+    if (m_command.preset && !m_project.keyframes.empty())
+    {
+        throw HostError(path, "its look is animated, and a preset does not change keyframes",
+                        "leave --preset out", ExitCode::WrongUsage);
+    }
+    if (m_command.linear)
+    {
+        for (Keyframe& keyframe : m_project.keyframes)
+        {
+            SetLinear(keyframe.record, m_command.linear, path);
+        }
+        std::vector<std::byte> record = m_controls.StoredLook();
+        SetLinear(record, m_command.linear, path);
+        m_session.LoadLook(record);
+    }
+}
+
+void ShownLook::UsePreset()
+{
+    m_controls.ApplyPreset(PresetIndex(m_controls.PresetNames(), *m_command.preset));
+}

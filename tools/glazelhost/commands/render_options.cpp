@@ -1,0 +1,209 @@
+#include "tools/glazelhost/commands/render_options.h"
+
+#include "tools/glazelhost/commands/shared_options.h"
+#include "tools/glazelhost/host_error.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <tuple>
+#include <utility>
+
+namespace
+{
+
+[[noreturn]] void ThrowUsage(const std::string& what, const std::string& why)
+{
+    throw HostError(what, why, "see \"glazelhost render --help\"", ExitCode::WrongUsage);
+}
+
+std::optional<StreamFormat> FormatOf(const std::string& word)
+{
+    if (word.empty())
+    {
+        return std::nullopt;
+    }
+    return word == "y4m" ? StreamFormat::Y4m : StreamFormat::Bgra;
+}
+
+// "1920x1080".
+std::pair<int, int> SizeOf(const std::string& word)
+{
+    int width = 0;
+    int height = 0;
+    const char* const end = word.data() + word.size();
+    const auto first = std::from_chars(word.data(), end, width);
+    const bool hasCross = first.ec == std::errc() && first.ptr != end && *first.ptr == 'x';
+    const auto second = hasCross ? std::from_chars(first.ptr + 1, end, height) : first;
+    if (!hasCross || second.ec != std::errc() || second.ptr != end)
+    {
+        ThrowUsage("--size " + word, "a size is WIDTHxHEIGHT, as in 1920x1080");
+    }
+    if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide)
+    {
+        ThrowUsage("--size " + word,
+                   "width and height are from 1 to " + std::to_string(kLargestSide));
+    }
+    return {width, height};
+}
+
+ProgressChoice ProgressOf(const RenderWords& words)
+{
+    constexpr std::array kNames{
+        std::pair{"auto", ProgressChoice::Auto}, std::pair{"bar", ProgressChoice::Bar},
+        std::pair{"plain", ProgressChoice::Plain}, std::pair{"json", ProgressChoice::Json},
+        std::pair{"none", ProgressChoice::None}};
+    if (words.quiet)
+    {
+        return ProgressChoice::None;
+    }
+    const auto found = std::find_if(kNames.begin(), kNames.end(), [&words](const auto& row) {
+        return words.progress == row.first;
+    });
+    return found->second; // CLI11 let only these names pass
+}
+
+void AddRenderPlaces(CLI::App& command, RenderCommand& render, RenderWords& words)
+{
+    command.add_option("INPUT", render.source.path, "what to render")->required()->type_name("");
+    command.add_option("OUTPUT", render.sink.path, "where to put it")->required()->type_name("");
+    command.add_flag("--overwrite", render.sink.overwrite,
+                     "replace an output, or a project, that exists");
+    command
+        .add_option("--frames", words.frames,
+                    "frames to render, from 1: 1-10,15,20-40x2 (default: all)")
+        ->type_name("LIST");
+    command
+        .add_option("--expect", words.expected,
+                    "frames to expect of a stream that does not say, for the time left")
+        ->check(Undescribed(CLI::PositiveNumber))
+        ->type_name("N");
+    command
+        .add_option("--first", words.firstNumber,
+                    "number of the sequence's first picture (default: the lowest there is)")
+        ->check(Undescribed(CLI::NonNegativeNumber))
+        ->type_name("N");
+    command.add_flag("--skip-bad-frames", render.skipBadFrames,
+                     "go on after a frame that cannot be read; the exit code is then still 1");
+}
+
+void AddRenderFormats(CLI::App& command, RenderCommand& render, RenderWords& words)
+{
+    AddDepth(command, words.depth);
+    command.add_option("--fps", render.source.framesPerSecond, "frames per second of the input")
+        ->check(Undescribed(CLI::PositiveNumber))
+        ->type_name("RATE");
+    command
+        .add_option("--aspect", render.source.pixelAspect, "width of a pixel divided by its height")
+        ->check(Undescribed(CLI::PositiveNumber))
+        ->type_name("RATIO");
+    command.add_option("--bits", words.bits, "bits a channel of output pictures")
+        ->check(Undescribed(CLI::IsMember({8, 16, 32})))
+        ->type_name("8|16|32");
+    command.add_option("--quality", render.sink.quality, "quality of output JPEGs (default: 95)")
+        ->check(Undescribed(CLI::Range(1, 100)))
+        ->type_name("1-100");
+}
+
+void AddRenderStreams(CLI::App& command, RenderWords& words)
+{
+    constexpr char kStreams[] = "Streams";
+    command.add_option("--size", words.size, "size of raw input")
+        ->type_name("WxH")
+        ->group(kStreams);
+    command.add_option("--input-format", words.inputFormat, "what standard input holds")
+        ->check(OneOf({"y4m", "bgra"}))
+        ->type_name("y4m|bgra")
+        ->group(kStreams);
+    command.add_option("--output-format", words.outputFormat, "what standard output gets")
+        ->check(OneOf({"y4m", "bgra"}))
+        ->type_name("y4m|bgra")
+        ->group(kStreams);
+    command.add_option("--range", words.range, "codes of Y4M (default: as it says, else limited)")
+        ->check(OneOf({"limited", "full"}))
+        ->type_name("limited|full")
+        ->group(kStreams);
+    command
+        .add_option("--matrix", words.matrix,
+                    "colour matrix of Y4M (default: bt709 from 1280 x 720 on, else bt601)")
+        ->check(OneOf({"bt601", "bt709", "bt2020"}))
+        ->type_name("bt601|bt709|bt2020")
+        ->group(kStreams);
+    command.add_option("--chroma", words.chroma, "chroma of output Y4M (default: as the input)")
+        ->check(OneOf({"420jpeg", "420mpeg2", "420paldv", "420", "422", "444", "mono"}))
+        ->type_name("420|422|444|...")
+        ->group(kStreams);
+}
+
+void AddRenderProgress(CLI::App& command, RenderWords& words)
+{
+    command.add_option("--progress", words.progress, "how to show progress (default: auto)")
+        ->check(OneOf({"auto", "bar", "plain", "json", "none"}))
+        ->type_name("auto|bar|plain|json|none");
+    command.add_flag("--quiet", words.quiet, "say nothing but errors");
+}
+
+} // namespace
+
+void AddRenderOptions(CLI::App& command, RenderCommand& render, RenderWords& words)
+{
+    AddRenderPlaces(command, render, words);
+    AddLookOptions(command, words.linear, render.unclamped);
+    AddRenderLook(command, render, words.look);
+    AddRenderFormats(command, render, words);
+    AddRenderStreams(command, words);
+    AddRenderProgress(command, words);
+    AddToolOptions(command, render.tools, true);
+}
+
+RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
+{
+    render.depth = SampleTypeOf(words.depth);
+    render.linear = SwitchOf(words.linear);
+    FinishRenderLook(render, words.look);
+    if (words.frames)
+    {
+        render.frames = FrameList::Parse(*words.frames);
+    }
+    if (words.size)
+    {
+        std::tie(render.source.width, render.source.height) = SizeOf(*words.size);
+    }
+    if (words.firstNumber >= 0)
+    {
+        render.source.firstNumber = words.firstNumber;
+    }
+    render.source.format = FormatOf(words.inputFormat);
+    render.sink.format = FormatOf(words.outputFormat);
+    // Standard input and output are video unless the user says otherwise.
+    if (render.source.path == kStandardStream && !render.source.format)
+    {
+        render.source.format = !words.size ? StreamFormat::Y4m : StreamFormat::Bgra;
+    }
+    if (render.sink.path == kStandardStream && !render.sink.format)
+    {
+        render.sink.format = render.source.format.value_or(StreamFormat::Y4m);
+    }
+    render.source.range = RangeFromName(words.range);
+    render.source.matrix = MatrixFromName(words.matrix);
+    render.sink.range = render.source.range;
+    render.sink.matrix = render.source.matrix;
+    render.sink.sampling = SamplingFromName(words.chroma);
+    if (words.bits != 0)
+    {
+        render.sink.bits = words.bits;
+    }
+    if (words.expected > 0)
+    {
+        render.expectedFrames = words.expected;
+    }
+    render.progress = ProgressOf(words);
+    if (!std::isfinite(render.source.framesPerSecond) || !std::isfinite(render.source.pixelAspect))
+    {
+        ThrowUsage("--fps, --aspect", "the number is not finite");
+    }
+    return render;
+}

@@ -1,0 +1,41 @@
+// The options of "render". Pure: no windows.h.
+// Tests: tests/tools/glazelhost/commands/command_line_test.cpp.
+#pragma once
+
+#include "tools/glazelhost/commands/command_line.h"
+#include "tools/glazelhost/commands/look_options.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace CLI
+{
+class App;
+}
+
+// What CLI11 fills before it becomes a command.
+struct RenderWords
+{
+    std::string linear;
+    std::string depth;
+    std::optional<std::string> frames; // an empty word is an error, not an absence
+    std::optional<std::string> size;
+    std::string inputFormat;
+    std::string outputFormat;
+    std::string range;
+    std::string matrix;
+    std::string chroma;
+    std::string progress = "auto";
+    LookWords look;
+    bool quiet = false;
+    int bits = 0;
+    std::int64_t firstNumber = -1;
+    std::int64_t expected = 0;
+};
+
+// `render` and `words` live as long as `command`.
+void AddRenderOptions(CLI::App& command, RenderCommand& render, RenderWords& words);
+
+// Throws HostError (WrongUsage) when the options do not make sense together.
+RenderCommand FinishRender(RenderCommand render, const RenderWords& words);

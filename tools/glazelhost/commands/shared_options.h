@@ -1,0 +1,26 @@
+// Options that several commands have. Pure: no windows.h.
+#pragma once
+
+#include "tools/glazelhost/commands/command_line.h"
+#include "tools/glazelhost/io/frame_io.h"
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// What the options fill lives as long as `command`.
+
+// Without the text that CLI11 would add to the help: the option's own says it already.
+CLI::Validator Undescribed(CLI::Validator validator);
+CLI::Validator OneOf(const std::vector<std::string>& words);
+
+void AddToolOptions(CLI::App& command, ToolPaths& tools, bool withPlugin);
+void AddUnclamped(CLI::App& command, bool& unclamped);
+void AddLookOptions(CLI::App& command, std::string& linear, bool& unclamped);
+void AddDepth(CLI::App& command, std::string& depth);
+
+// Of words that the options have checked; none for an empty one.
+std::optional<bool> SwitchOf(const std::string& word);
+std::optional<SampleType> SampleTypeOf(const std::string& word);

@@ -1,0 +1,172 @@
+#include "tools/glazelhost/host/renderer_library.h"
+
+#include "renderer/entry_point_table.h"
+#include "tools/glazelhost/host/message_boxes.h"
+#include "tools/glazelhost/host/one_line.h"
+#include "tools/glazelhost/host/windows_text.h"
+#include "tools/glazelhost/host_error.h"
+
+#include <bit>
+#include <string_view>
+
+namespace
+{
+
+// The largest record that an effect stores; a larger one would vanish from the user's project.
+constexpr std::uint32_t kLargestRecord = 131072;
+// A description is a few lines of text.
+constexpr std::uint32_t kLargestDescription = 1U << 20;
+
+// Where the system finds the renderer by its plain name; empty when it does not.
+std::string SystemPathOfRenderer()
+{
+    std::wstring path(32768, L'\0');
+    path.resize(::SearchPathW(nullptr, Wide(RendererAPI::kLibraryName).c_str(), nullptr,
+                              static_cast<DWORD>(path.size()), path.data(), nullptr));
+    return Utf8(path);
+}
+
+std::string Joined(const std::vector<std::string>& names)
+{
+    std::string list;
+    for (const std::string& name : names)
+    {
+        list += (list.empty() ? "" : ", ") + name;
+    }
+    return list;
+}
+
+} // namespace
+
+RendererLibrary::RendererLibrary(const std::string& folder)
+{
+    const std::string name = RendererAPI::kLibraryName;
+    const std::string path =
+        folder.empty() ? SystemPathOfRenderer() : FullPath(folder + "\\" + name);
+    m_state.path = path.empty() ? name : path;
+    if (path.empty())
+    {
+        m_state.library = {LibraryProblem::NotFound,
+                           "the renderer is in none of the places where the system looks",
+                           "name its folder with --renderer DIR",
+                           {}};
+        return;
+    }
+    if (!folder.empty())
+    {
+        // The effect asks for the plain name, and the renderer for what lies beside it.
+        ::SetDllDirectoryW(Wide(FullPath(folder)).c_str());
+    }
+    m_library = LoadLibraryFile(path, m_state.library);
+    m_state.version = FileVersion(path);
+    if (m_library)
+    {
+        RedirectMessageBoxesOfLoadedModules();
+        FindEntryPoints();
+    }
+}
+
+void RendererLibrary::FindEntryPoints()
+{
+    for (const RendererAPI::EntryPoint& entry : RendererAPI::kEntryPoints)
+    {
+        if (::GetProcAddress(m_library.Get(), entry.name) == nullptr)
+        {
+            (entry.required ? m_state.missingEntryPoints : m_state.absentOptions)
+                .emplace_back(entry.name);
+        }
+    }
+}
+
+void RendererLibrary::Require() const
+{
+    if (m_state.library.problem != LibraryProblem::None)
+    {
+        throw HostError(m_state.path, m_state.library.why, m_state.library.remedy);
+    }
+    if (!m_state.missingEntryPoints.empty())
+    {
+        throw HostError(m_state.path,
+                        "the renderer does not export " + Joined(m_state.missingEntryPoints),
+                        "use a renderer that has every required entry point");
+    }
+}
+
+template <typename Function>
+Function* RendererLibrary::EntryPoint(const char* name) const noexcept
+{
+    return std::bit_cast<Function*>(::GetProcAddress(m_library.Get(), name));
+}
+
+void RendererLibrary::Start()
+{
+    Require();
+    const std::int32_t result =
+        EntryPoint<RendererAPI::InitRendererFunction>("InitRenderer")(RendererAPI::kStartMode);
+    ThrowRecordedMessageBoxes(m_state.path);
+    if (result != 0)
+    {
+        throw HostError(m_state.path,
+                        "the renderer did not start (InitRenderer answered " +
+                            std::to_string(result) + ")",
+                        "check that this machine has what the renderer needs");
+    }
+}
+
+void RendererLibrary::Shutdown() noexcept
+{
+    EntryPoint<RendererAPI::ExitRendererFunction>("ExitRenderer")();
+}
+
+std::vector<std::byte> RendererLibrary::LastProduced() const
+{
+    const std::uint32_t size =
+        EntryPoint<RendererAPI::GetSessionDataSizeFunction>("GetSessionDataSize")();
+    // A size beyond all reason must not become an allocation.
+    std::vector<std::byte> bytes(size <= kLargestDescription ? size : 0U);
+    if (!bytes.empty())
+    {
+        EntryPoint<RendererAPI::GetSessionDataFunction>("GetSessionData")(bytes.data(), size);
+    }
+    return bytes;
+}
+
+DescriptionText RendererLibrary::Describe(const std::string& path, std::uint32_t options) const
+{
+    EntryPoint<RendererAPI::LoadSessionFileFunction>("LoadSessionFile")(
+        path.c_str(), options | RendererAPI::kImportDescribe);
+    const std::vector<std::byte> text = LastProduced();
+    const std::string_view json(reinterpret_cast<const char*>(text.data()), text.size());
+    // A renderer without descriptions leaves something else there.
+    return ParseDescription(json).value_or(DescriptionText{});
+}
+
+Look RendererLibrary::ImportLook(const std::string& path, std::uint32_t options) const
+{
+    Require();
+    const std::int32_t result =
+        EntryPoint<RendererAPI::LoadSessionFileFunction>("LoadSessionFile")(path.c_str(), options);
+    ThrowRecordedMessageBoxes(m_state.path);
+    if (result != RendererAPI::kImportDone)
+    {
+        const std::string said = OneLine(Describe(path, options).error);
+        if (!said.empty())
+        {
+            throw HostError(said);
+        }
+        throw HostError(path,
+                        "the renderer cannot import this look (LoadSessionFile answered " +
+                            std::to_string(result) + ")",
+                        "check that the file is there and of a kind that the renderer reads");
+    }
+    Look look{LastProduced(), {}};
+    if (look.record.empty() || look.record.size() > kLargestRecord)
+    {
+        throw HostError(path,
+                        "the renderer made a record of " + std::to_string(look.record.size()) +
+                            " bytes, where 1 to " + std::to_string(kLargestRecord) + " are allowed",
+                        "use another renderer for this look");
+    }
+    look.description = Describe(path, options).description;
+    return look;
+}

@@ -1,0 +1,193 @@
+#include "tools/glazelhost/io/open_frames.h"
+
+#include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/file_kind.h"
+#include "tools/glazelhost/io/file_stream.h"
+#include "tools/glazelhost/io/picture_frames.h"
+#include "tools/glazelhost/io/raw_stream.h"
+#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/io/sequence_pattern.h"
+#include "tools/glazelhost/io/y4m_stream.h"
+
+#include <utility>
+
+namespace
+{
+
+const std::string kUseKnownKind = "use " + std::string(kKnownKinds);
+
+[[noreturn]] void RefuseUse(const std::string& what, const std::string& why,
+                            const std::string& remedy)
+{
+    throw HostError(what, why, remedy, ExitCode::WrongUsage);
+}
+
+FileKind KindOf(StreamFormat format) noexcept
+{
+    return format == StreamFormat::Y4m ? FileKind::Y4m : FileKind::Bgra;
+}
+
+void CheckNumber(const std::string& what, const std::optional<std::int64_t>& firstNumber)
+{
+    if (firstNumber && *firstNumber < 0)
+    {
+        RefuseUse(what, "the first number is below 0", "give a number from 0 on");
+    }
+}
+
+// Raw pixels may begin like anything, so their extension goes before the content; everything else
+// is what it says inside, whatever its name.
+FileKind KindOfFile(const std::string& path)
+{
+    const auto byName = KindFromName(path);
+    if (byName == FileKind::Bgra)
+    {
+        return *byName;
+    }
+    const std::vector<std::byte> firstBytes = ReadFirstBytes(path, kKindBytes);
+    if (firstBytes.empty())
+    {
+        throw HostError(path, "it is empty", "make the file again");
+    }
+    const auto byContent = KindFromContent(firstBytes);
+    if (byContent)
+    {
+        return *byContent;
+    }
+    if (byName)
+    {
+        throw HostError(path,
+                        "it does not begin like a " + std::string(DescribeKind(*byName)) + " file",
+                        "the file is damaged or has the wrong extension; make it again");
+    }
+    throw HostError(path, "this kind of file is not known", kUseKnownKind);
+}
+
+std::unique_ptr<FrameSource> StreamSource(FileKind kind, std::unique_ptr<ByteReader> stream,
+                                          std::string name, const SourceOptions& options)
+{
+    if (kind == FileKind::Y4m)
+    {
+        return std::make_unique<Y4mSource>(std::move(stream), std::move(name), options);
+    }
+    return std::make_unique<RawSource>(std::move(stream), std::move(name), options);
+}
+
+std::unique_ptr<FrameSink> StreamSink(FileKind kind, std::unique_ptr<ByteWriter> stream,
+                                      std::string name, const SinkOptions& options,
+                                      const StreamInfo& info)
+{
+    if (kind == FileKind::Y4m)
+    {
+        return std::make_unique<Y4mSink>(std::move(stream), std::move(name), options, info);
+    }
+    return std::make_unique<RawSink>(std::move(stream), std::move(name));
+}
+
+bool CanHold(FileKind kind, int bits) noexcept
+{
+    switch (kind)
+    {
+    case FileKind::Png:
+        return bits == 8 || bits == 16;
+    case FileKind::Tiff:
+        return bits == 8 || bits == 16 || bits == 32;
+    default:
+        return bits == 8;
+    }
+}
+
+void CheckSinkOptions(const SinkOptions& options, FileKind kind)
+{
+    if (options.bits && !CanHold(kind, *options.bits))
+    {
+        RefuseUse(options.path,
+                  std::string(DescribeKind(kind)) + " does not hold " +
+                      std::to_string(*options.bits) + " bits a channel",
+                  "PNG holds 8 or 16, TIFF 8, 16 or 32, all others 8");
+    }
+    if (options.quality < 1 || options.quality > 100)
+    {
+        RefuseUse(options.path, "a quality of " + std::to_string(options.quality) + " is not known",
+                  "give one from 1 to 100");
+    }
+    CheckNumber(options.path, options.firstNumber);
+}
+
+FileKind KindOfSink(const SinkOptions& options)
+{
+    if (options.format)
+    {
+        return KindOf(*options.format);
+    }
+    if (options.path == kStandardStream)
+    {
+        RefuseUse("standard output", "its format is not said",
+                  "give --output-format y4m or --output-format bgra");
+    }
+    const auto kind = KindFromName(options.path);
+    if (!kind)
+    {
+        RefuseUse(options.path, "the extension does not say what to write", kUseKnownKind);
+    }
+    return *kind;
+}
+
+} // namespace
+
+std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
+{
+    CheckNumber(options.path, options.firstNumber);
+    if (options.path == kStandardStream)
+    {
+        if (!options.format)
+        {
+            RefuseUse("standard input", "its format is not said",
+                      "give --input-format y4m or --input-format bgra");
+        }
+        return StreamSource(KindOf(*options.format), OpenStandardInput(), "standard input",
+                            options);
+    }
+    const auto pattern = SequencePattern::Parse(options.path);
+    if (pattern && options.format)
+    {
+        RefuseUse(options.path, "a sequence of pictures has no stream format",
+                  "leave --input-format out, or name one file");
+    }
+    if (pattern)
+    {
+        return std::make_unique<PictureSource>(options, *pattern);
+    }
+    const FileKind kind = options.format ? KindOf(*options.format) : KindOfFile(options.path);
+    if (IsPicture(kind))
+    {
+        return std::make_unique<PictureSource>(options);
+    }
+    return StreamSource(kind, OpenFileReader(options.path), options.path, options);
+}
+
+std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info)
+{
+    const FileKind kind = KindOfSink(options);
+    CheckSinkOptions(options, kind);
+    if (options.path == kStandardStream)
+    {
+        return StreamSink(kind, OpenStandardOutput(), "standard output", options, info);
+    }
+    const auto pattern = SequencePattern::Parse(options.path);
+    if (!IsPicture(kind))
+    {
+        if (pattern)
+        {
+            RefuseUse(options.path, "a stream is one file, not a sequence",
+                      "name one file, or pictures like out_%04d.png");
+        }
+        return StreamSink(kind, OpenSafeOutput(options.path, options.overwrite), options.path,
+                          options, info);
+    }
+    if (pattern)
+    {
+        return std::make_unique<PictureSink>(options, info, kind, *pattern);
+    }
+    return std::make_unique<PictureSink>(options, info, kind);
+}

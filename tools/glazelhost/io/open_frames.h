@@ -1,0 +1,60 @@
+// Opens what frames are read from and written to: pictures, numbered sequences, Y4M and raw BGRA
+// streams, by extension and content. Pure declarations: no windows.h.
+//
+// Pictures are PNG, JPEG, TIFF (8-bit, 16-bit, 32-bit float) and BMP; the first page counts. Their
+// numbers are taken as they are: colour profiles, gamma tags and orientation tags are ignored.
+// "shot_%04d.png" (%d or %0Nd, once, in the file name; %% is a per cent sign) is a sequence.
+// The caller has initialised COM on the calling thread, and calls one object from that thread only.
+#pragma once
+
+#include "tools/glazelhost/io/frame_io.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+// What a stream without an own name or extension holds.
+enum class StreamFormat
+{
+    Y4m,
+    Bgra, // 8 bits a channel, rows top-down without padding, straight alpha
+};
+
+// The path that means standard input or standard output.
+inline constexpr char kStandardStream[] = "-";
+
+struct SourceOptions
+{
+    std::string path;                   // UTF-8; "-" is standard input
+    std::optional<StreamFormat> format; // none: by content, then by extension; "-" needs one
+    int width = 0;                      // of raw BGRA, which does not say
+    int height = 0;
+    double framesPerSecond = 0.0;            // > 0 replaces what the stream says
+    double pixelAspect = 0.0;                // > 0 replaces what the stream says
+    std::optional<YCbCrRange> range;         // Y4M; none: what the header says, else limited
+    std::optional<YCbCrMatrix> matrix;       // Y4M; none: DefaultMatrix of the size
+    std::optional<std::int64_t> firstNumber; // of a sequence; none: the lowest that exists
+};
+
+struct SinkOptions
+{
+    std::string path;                   // UTF-8; "-" is standard output
+    std::optional<StreamFormat> format; // none: by extension; "-" needs one
+    bool overwrite = false;             // an output that exists is an error otherwise
+    // Bits a channel of a picture: 8, 16 or 32 (float, TIFF alone). None: JPEG and BMP 8; others 8
+    // for a Byte image; for a Float image PNG 16, TIFF 16 when the source had 16, else 32.
+    std::optional<int> bits;
+    int quality = 95;                        // JPEG, 1 to 100
+    std::optional<ChromaSampling> sampling;  // Y4M; none: the source's, else 4:2:0 (420jpeg)
+    std::optional<YCbCrRange> range;         // Y4M; none: the source's, else limited
+    std::optional<YCbCrMatrix> matrix;       // Y4M; none: the source's, else DefaultMatrix
+    std::optional<std::int64_t> firstNumber; // of a sequence; none: the source's, else 1
+};
+
+// Throws HostError (WrongUsage when the options contradict each other or are incomplete).
+std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options);
+
+// `info` is the source's, with the rate and aspect that the output shall state. Checks the target
+// (folder, existing output, options) before anything is created; throws HostError.
+std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info);

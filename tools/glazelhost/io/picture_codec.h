@@ -1,0 +1,62 @@
+// Picture files through the Windows Imaging Component. COM is initialised on the calling thread.
+//
+// Only integer pixels of at most 8 bits are ever converted by the component's own converter: it
+// takes floats for linear light and would change their values.
+#pragma once
+
+#include "platform/atl/atlcomcli.h"
+#include "tools/glazelhost/io/byte_stream.h"
+#include "tools/glazelhost/io/file_kind.h"
+#include "tools/glazelhost/io/frame_io.h"
+#include "tools/glazelhost/io/pixel_convert.h"
+
+#include <windows.h>
+
+#include <wincodec.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// One picture of a file that is held in memory.
+class PictureDecoder
+{
+public:
+    // Reads as much as tells the size and the pixels' layout. `file` is the whole file, `name`
+    // stands for it in messages. Throws HostError for what is damaged, of no known kind, of a
+    // layout that is not supported, or of a size that CheckSize refuses.
+    PictureDecoder(std::vector<std::byte> file, std::string name);
+
+    int Width() const noexcept { return m_width; }
+    int Height() const noexcept { return m_height; }
+    int BitsPerChannel() const noexcept { return m_layout.BitsPerChannel(); }
+
+    // Throws HostError when the pixels are damaged or some are missing.
+    void Decode(Image& image, SampleType type);
+
+private:
+    void FindLayout();
+    void ConvertToBytes(const WICPixelFormatGUID& format);
+    void Check(HRESULT result, const char* what) const;
+
+    std::string m_name;
+    CComPtr<IWICImagingFactory> m_factory;
+    CComPtr<IWICBitmapFrameDecode> m_frame;
+    CComPtr<IWICBitmapSource> m_source; // the frame, or a converter on it
+    int m_width = 0;
+    int m_height = 0;
+    PixelLayout m_layout;
+    bool m_hasAlpha = false;
+};
+
+struct PictureFormat
+{
+    FileKind kind = FileKind::Png; // a picture
+    int bits = 8;                  // per channel: 8; PNG and TIFF 16; TIFF 32 (float)
+    int quality = 95;              // JPEG, 1 to 100; from 90 on chroma keeps its full resolution
+};
+
+// Writes a whole file to `target`, which is not committed. Alpha is written where the image has it
+// and the kind can hold it (not JPEG). Throws HostError.
+void EncodePicture(const Image& image, const PictureFormat& format, ByteWriter& target,
+                   const std::string& name);

@@ -1,0 +1,63 @@
+// Pictures, single and in numbered sequences, as sources and sinks of frames.
+#pragma once
+
+#include "tools/glazelhost/io/file_kind.h"
+#include "tools/glazelhost/io/frame_io.h"
+#include "tools/glazelhost/io/open_frames.h"
+#include "tools/glazelhost/io/picture_codec.h"
+#include "tools/glazelhost/io/sequence_pattern.h"
+
+#include <optional>
+#include <string>
+
+class PictureSource final : public FrameSource
+{
+public:
+    // A single picture. Throws HostError when its size and layout cannot be read.
+    explicit PictureSource(const SourceOptions& options);
+    // The numbers from the first to the last that exists. A picture that is missing or cannot be
+    // read is an error of its frame, also the first one. Throws HostError when there is none.
+    PictureSource(const SourceOptions& options, const SequencePattern& pattern);
+
+    const StreamInfo& Info() const noexcept override { return m_info; }
+    bool Read(Image& image, SampleType type) override;
+    bool Skip() override;
+    std::string FrameName() const override { return m_path; }
+
+private:
+    std::string PathOf(std::int64_t number) const;
+    void Open(const std::string& path);
+    void ApplyOptions(const SourceOptions& options);
+
+    std::optional<SequencePattern> m_pattern; // none: a single picture
+    std::string m_path;                       // of the picture last tried
+    std::int64_t m_next = 0;
+    std::int64_t m_last = 0;
+    StreamInfo m_info;
+    std::optional<PictureDecoder> m_opened; // the picture m_next, when it was looked at already
+};
+
+class PictureSink final : public FrameSink
+{
+public:
+    // A single picture.
+    PictureSink(const SinkOptions& options, const StreamInfo& info, FileKind kind);
+    PictureSink(const SinkOptions& options, const StreamInfo& info, FileKind kind,
+                const SequencePattern& pattern);
+
+    void Write(const Image& image) override;
+    void Pass() override { ++m_number; }
+    void Finish() override;
+
+private:
+    int BitsFor(SampleType type) const noexcept;
+    void CheckNothingIsThere(const SequencePattern& pattern, const StreamInfo& info) const;
+
+    SinkOptions m_options;
+    FileKind m_kind;
+    int m_sourceBits;
+    std::optional<SequencePattern> m_pattern; // none: a single picture
+    std::int64_t m_number = 1;                // of the next picture
+    bool m_anyFrame = false;
+    std::unique_ptr<ByteWriter> m_single; // the single picture, written and not yet named
+};

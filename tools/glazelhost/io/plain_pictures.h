@@ -1,0 +1,17 @@
+// Uncompressed picture files that not every version of the system's codecs can write: TIFF of
+// 32-bit floats and BMP with alpha. The files are plain baseline ones that the codecs read.
+// Pure: no windows.h. Tests: tests/tools/glazelhost/io/plain_pictures_test.cpp.
+#pragma once
+
+#include "tools/glazelhost/io/byte_stream.h"
+#include "tools/glazelhost/io/frame_io.h"
+
+#include <string>
+
+// RGB, or RGBA with straight alpha, in strips; little-endian. Any image; Byte images are divided
+// by 255. Throws HostError, which names `name`, when the file would pass the 4 GB of the format.
+void WriteFloatTiff(const Image& image, ByteWriter& target, const std::string& name);
+
+// 32 bits a pixel with a mask for straight alpha (bitmap header version 4), rows bottom-up. Throws
+// like WriteFloatTiff.
+void WriteAlphaBmp(const Image& image, ByteWriter& target, const std::string& name);

@@ -1,0 +1,35 @@
+#include "tools/glazelhost/io/sequence_files.h"
+
+#include "tools/glazelhost/host/windows_text.h"
+#include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/file_handle.h"
+#include "tools/glazelhost/io/windows_path.h"
+
+#include <algorithm>
+
+std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
+{
+    std::vector<std::int64_t> numbers;
+    WIN32_FIND_DATAW found{};
+    const FindHandle search(::FindFirstFileW(WindowsPath(pattern.Folder() + '*').c_str(), &found));
+    if (search.get() == INVALID_HANDLE_VALUE)
+    {
+        const DWORD error = ::GetLastError();
+        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
+        {
+            return numbers;
+        }
+        throw HostError(pattern.Path(), "its folder cannot be listed: " + WindowsErrorText(error),
+                        "check the path and the right to read it");
+    }
+    do
+    {
+        const auto number = pattern.NumberOf(Utf8(found.cFileName));
+        if (number && (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+        {
+            numbers.push_back(*number);
+        }
+    } while (::FindNextFileW(search.get(), &found) != 0);
+    std::ranges::sort(numbers);
+    return numbers;
+}

@@ -1,0 +1,230 @@
+// The host program: words in, a command run, one error line and an exit code out.
+
+#include "tools/glazelhost/commands/commands.h"
+#include "tools/glazelhost/host/one_line.h"
+#include "tools/glazelhost/host/windows_text.h"
+#include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/page/page_window.h"
+#include "tools/glazelhost/ui/console.h"
+#include "tools/glazelhost/ui/reporter.h"
+
+#include <windows.h>
+
+#include <ole2.h>
+#include <shellapi.h>
+
+#include <array>
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <new>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace
+{
+
+struct LocalMemoryDeleter
+{
+    void operator()(wchar_t** memory) const noexcept { ::LocalFree(memory); }
+};
+
+// The arguments as UTF-8: main's own are in the machine's code page and may have lost characters.
+std::vector<std::string> Arguments()
+{
+    int count = 0;
+    const std::unique_ptr<wchar_t*, LocalMemoryDeleter> words(
+        ::CommandLineToArgvW(::GetCommandLineW(), &count));
+    std::vector<std::string> arguments;
+    for (int index = 1; words && index < count; ++index)
+    {
+        arguments.push_back(Utf8(words.get()[index]));
+    }
+    return arguments;
+}
+
+// Ends without running anybody's clean-up code, which may wait for what is going on right now.
+[[noreturn]] void EndAtOnce()
+{
+    ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(ExitCode::Failed));
+    ::ExitProcess(static_cast<UINT>(ExitCode::Failed)); // not reached; says so to the compiler
+}
+
+BOOL WINAPI OnBreak(DWORD event) noexcept
+{
+    if (PageWindow::AskToClose())
+    {
+        if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+        {
+            ::Sleep(INFINITE); // the system ends the process when this returns
+        }
+        return TRUE;
+    }
+    DiscardUnfinishedOutputs();
+    const char* const bar = StandardErrorIsConsole() ? "\n" : ""; // the bar may stand on the line
+    WriteStandardError(std::string(bar) + "glazelhost: interrupted: unfinished outputs were "
+                                          "discarded; run it again\n");
+    EndAtOnce();
+}
+
+// A crash in the plug-in or the renderer ends a batch job with an error, not with a window.
+LONG WINAPI OnCrash(EXCEPTION_POINTERS* pointers) noexcept
+{
+    DiscardUnfinishedOutputs();
+    const EXCEPTION_RECORD* record = pointers->ExceptionRecord;
+    HMODULE module = nullptr;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                             GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                         static_cast<const wchar_t*>(record->ExceptionAddress), &module);
+    std::array<char, MAX_PATH> path{};
+    ::GetModuleFileNameA(module, path.data(), static_cast<DWORD>(path.size() - 1));
+    std::array<char, MAX_PATH + 128> line{};
+    std::snprintf(
+        line.data(), line.size(),
+        "glazelhost: %s: it crashed (exception 0x%08lX at offset 0x%llX); report this to "
+        "its makers\n",
+        module != nullptr ? path.data() : "unknown module", record->ExceptionCode,
+        static_cast<unsigned long long>(static_cast<const char*>(record->ExceptionAddress) -
+                                        reinterpret_cast<const char*>(module)));
+    WriteStandardError(line.data());
+    EndAtOnce();
+}
+
+ReportStyle StyleOf(ProgressChoice choice)
+{
+    switch (choice)
+    {
+    case ProgressChoice::Bar:
+        return ReportStyle::Bar;
+    case ProgressChoice::Plain:
+        return ReportStyle::Plain;
+    case ProgressChoice::Json:
+        return ReportStyle::Json;
+    case ProgressChoice::None:
+        return ReportStyle::Quiet;
+    case ProgressChoice::Auto:
+        break;
+    }
+    return StandardErrorIsConsole() ? ReportStyle::Bar : ReportStyle::Plain;
+}
+
+Reporter MakeReporter(ReportStyle style)
+{
+    return Reporter(style, {WriteStandardError, SecondsNow, StandardErrorColumns});
+}
+
+// COM for as long as this lives. Only a thread that handles messages may be an apartment.
+class ComScope
+{
+public:
+    explicit ComScope(bool hasWindows)
+        : m_hasWindows(hasWindows),
+          m_result(hasWindows ? ::OleInitialize(nullptr)
+                              : ::CoInitializeEx(nullptr, COINIT_MULTITHREADED))
+    {
+    }
+    ~ComScope()
+    {
+        if (FAILED(m_result))
+        {
+            return;
+        }
+        if (m_hasWindows)
+        {
+            ::OleUninitialize();
+        }
+        else
+        {
+            ::CoUninitialize();
+        }
+    }
+    ComScope(const ComScope&) = delete;
+    ComScope& operator=(const ComScope&) = delete;
+
+private:
+    bool m_hasWindows;
+    HRESULT m_result;
+};
+
+// Runs `operation` and turns what it throws into a line and an exit code.
+template <typename Operation>
+ExitCode ResultOf(Reporter& reporter, Operation&& operation)
+{
+    try
+    {
+        operation();
+        return ExitCode::Done;
+    }
+    catch (const HostError& error)
+    {
+        reporter.Fail(OneLine(error.what()));
+        return error.Code();
+    }
+    catch (const std::bad_alloc&)
+    {
+        reporter.Fail("this job: there is not enough memory; render a smaller picture");
+    }
+    catch (const std::exception& error)
+    {
+        reporter.Fail("this job: " + OneLine(error.what()) + "; report this to the makers");
+    }
+    return ExitCode::Failed;
+}
+
+ExitCode Run(const Command& command, Reporter& reporter)
+{
+    return ResultOf(reporter, [&] {
+        const ComScope com(std::holds_alternative<PageCommand>(command));
+        if (const auto* render = std::get_if<RenderCommand>(&command))
+        {
+            RunRender(*render, reporter);
+        }
+        else if (const auto* page = std::get_if<PageCommand>(&command))
+        {
+            RunPage(*page, reporter);
+        }
+        else if (const auto* look = std::get_if<LookCommand>(&command))
+        {
+            RunLook(*look);
+        }
+        else if (const auto* blend = std::get_if<BlendCommand>(&command))
+        {
+            RunBlend(*blend);
+        }
+        else if (const auto* presets = std::get_if<PresetsCommand>(&command))
+        {
+            RunPresets(*presets);
+        }
+        else if (const auto* info = std::get_if<InfoCommand>(&command))
+        {
+            RunInfo(*info);
+        }
+        else if (const auto* text = std::get_if<TextCommand>(&command))
+        {
+            WriteStandardOutput(text->text);
+        }
+    });
+}
+
+} // namespace
+
+int main()
+{
+    ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    ::SetUnhandledExceptionFilter(OnCrash);
+    ::SetConsoleCtrlHandler(OnBreak, TRUE);
+
+    Command command;
+    Reporter plain = MakeReporter(ReportStyle::Plain);
+    const ExitCode parsed = ResultOf(plain, [&] { command = ParseCommandLine(Arguments()); });
+    if (parsed != ExitCode::Done)
+    {
+        return static_cast<int>(parsed);
+    }
+    const auto* render = std::get_if<RenderCommand>(&command);
+    Reporter reporter =
+        MakeReporter(render != nullptr ? StyleOf(render->progress) : ReportStyle::Plain);
+    return static_cast<int>(Run(command, reporter));
+}

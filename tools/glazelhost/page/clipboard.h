@@ -1,0 +1,9 @@
+// Text for other programs.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+// Replaces what the clipboard holds. `owner` is a window of this thread. Throws HostError.
+void PutOnClipboard(HWND owner, const std::wstring& text);

@@ -1,0 +1,39 @@
+// The "glazelhost render" command that repeats a picture, as a line for a Windows command prompt.
+// Pure: no windows.h. Tests: tests/tools/glazelhost/page/command_text_test.cpp.
+#pragma once
+
+#include "tools/glazelhost/commands/command_line.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+// A file that a look is read from, and how.
+struct LookFile
+{
+    std::string path; // or FILE#ID, or CDL|LUT
+    std::optional<bool> linear;
+    bool unclamped = false;
+
+    friend bool operator==(const LookFile&, const LookFile&) = default;
+};
+
+// All paths are UTF-8.
+struct RepeatedRender
+{
+    std::string image;
+    std::string output;
+    bool firstFrameOnly = false;
+    LookFile look;
+    std::optional<SampleType> depth;
+    ToolPaths tools;
+};
+
+// Every word that a prompt or the program would take apart is quoted. A percent sign is left as it
+// is: a prompt has no way to quote it.
+std::string CommandText(const RepeatedRender& render);
+
+// Beside the image: "C:\a\photo.png" gives "C:\a\photo_graded.png", or, where that `exists`,
+// "photo_graded_2.png" and so on. An extension that a render cannot write becomes ".png".
+std::string GradedNameOf(const std::string& image,
+                         const std::function<bool(const std::string&)>& exists);

@@ -1,0 +1,25 @@
+// Where the parts of the page's window stand: the picture above, the effect's page below it, a line
+// of status and the buttons at the bottom. Pure: no windows.h.
+// Tests: tests/tools/glazelhost/page/window_layout_test.cpp.
+#pragma once
+
+#include "tools/glazelhost/page/display_picture.h"
+
+struct WindowLayout
+{
+    Placement picture;
+    Placement page;
+    Placement status;
+    Placement saveLook;
+    Placement copyCommand;
+};
+
+// Pixels of the client area. Where there is less than LeastClient the picture loses its rows first,
+// then the page.
+WindowLayout LayoutOf(Extent client, int pageHeight) noexcept;
+
+// The smallest client area in which every part can be used.
+Extent LeastClient(int pageHeight) noexcept;
+
+// The client area that shows all of the picture, or as much as `most` allows.
+Extent ClientFor(Extent picture, int pageHeight, Extent most) noexcept;

@@ -1,0 +1,17 @@
+// Standard output and standard error of this program, for text.
+#pragma once
+
+#include <string>
+
+// UTF-8, shown right on a console whatever its code page. Nothing can be done about a failure.
+void WriteStandardError(const std::string& text) noexcept;
+// Throws HostError when it cannot be written.
+void WriteStandardOutput(const std::string& text);
+
+// Whether standard error is a console: a window that can redraw a line, not a file or a pipe.
+bool StandardErrorIsConsole() noexcept;
+// Columns of that console; 80 when it does not say.
+int StandardErrorColumns() noexcept;
+
+// A clock that only goes forward.
+double SecondsNow() noexcept;
