@@ -1,0 +1,136 @@
+"""What the end-to-end tests share: running the host program under Wine, and making inputs."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+
+import numpy as np
+import pytest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = pathlib.Path(os.environ.get("GLAZEL_BUILD", ROOT / "build/release"))
+BIN = BUILD / "bin"
+LOOKS = ROOT / "samples/looks"
+WARM = LOOKS / "warm_print.cube"
+COOL = LOOKS / "cool_night.cc"
+IMAGES = ROOT / "samples/images"
+DEADLINE = 120  # seconds that no run ever needs
+
+
+def environment():
+    # No test here opens a window, and none may depend on the tester's own settings.
+    kept = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "GLAZEL_RENDERER")}
+    return kept | {"GLAZEL_BUILD": str(BUILD)}
+
+
+class Result:
+    """A finished run: exit code, standard output as bytes, lines of standard error."""
+
+    def __init__(self, finished):
+        self.code = finished.returncode
+        self.output = finished.stdout
+        # A thread that Wine ends while it talks to its server says so: nothing that the program did.
+        self.lines = [line for line in finished.stderr.decode("utf-8").splitlines()
+                      if not line.startswith("wine client error:")]
+
+    def only_line(self):
+        assert len(self.lines) == 1, self.lines
+        return self.lines[0]
+
+
+def run(command, data=None, cwd=None, env=None):
+    return Result(subprocess.run([str(word) for word in command], input=data if data else b"",
+                                 capture_output=True, cwd=cwd, env=environment() | (env or {}),
+                                 timeout=DEADLINE, check=False))
+
+
+def host_command(*words, program=None):
+    return [ROOT / "cmake/wine-run.sh", program or BIN / "glazelhost.exe", *words]
+
+
+def host(*words, data=None, cwd=None, env=None, program=None):
+    return run(host_command(*words, program=program), data, cwd, env)
+
+
+def succeed(result):
+    assert result.code == 0, result.lines
+    return result
+
+
+def render(source, target, *options, look=WARM, **more):
+    return host("render", source, target, "--look", look, *options, **more)
+
+
+def ffmpeg(*words, data=None):
+    """Standard output of ffmpeg, which must succeed."""
+    finished = subprocess.run(["ffmpeg", "-nostdin" if data is None else "-y", "-v", "error", "-y",
+                               *[str(word) for word in words]],
+                              input=data, capture_output=True, timeout=DEADLINE, check=False)
+    assert finished.returncode == 0, finished.stderr.decode()
+    return finished.stdout
+
+
+def probe(path, entries, stream="v:0"):
+    text = subprocess.run(["ffprobe", "-v", "error", "-select_streams", stream, "-show_entries",
+                           f"stream={entries}", "-of", "default=noprint_wrappers=1", str(path)],
+                          capture_output=True, check=True, timeout=DEADLINE).stdout.decode()
+    return dict(line.split("=", 1) for line in text.splitlines())
+
+
+def pixels(path, pixel_format="rgb24"):
+    """The picture as rows x columns x channels of integers, read by ffmpeg."""
+    shape = probe(path, "width,height")
+    kind, channels = {"rgb24": (np.uint8, 3), "rgba": (np.uint8, 4), "rgb48le": ("<u2", 3),
+                      "rgba64le": ("<u2", 4)}[pixel_format]
+    raw = ffmpeg("-i", path, "-frames:v", 1, "-f", "rawvideo", "-pix_fmt", pixel_format, "-")
+    return np.frombuffer(raw, kind).reshape(int(shape["height"]), int(shape["width"]),
+                                            channels).astype(np.int64)
+
+
+def write_png(path, array):
+    """8-bit RGB or RGBA."""
+    height, width, channels = array.shape
+    ffmpeg("-f", "rawvideo", "-pix_fmt", {3: "rgb24", 4: "rgba"}[channels], "-s",
+           f"{width}x{height}", "-i", "-", path, data=array.astype(np.uint8).tobytes())
+
+
+def write_y4m(path, frames, size=(64, 48), pixel_format="yuv420p", rate="25"):
+    """A moving test picture."""
+    ffmpeg("-f", "lavfi", "-i", f"testsrc=size={size[0]}x{size[1]}:rate={rate}", "-frames:v",
+           frames, "-pix_fmt", pixel_format, "-f", "yuv4mpegpipe", path)
+
+
+def y4m_frames(data):
+    """Header and frames of 8-bit 4:2:0 or 4:4:4 Y4M."""
+    header, _, rest = data.partition(b"\n")
+    words = {word[:1]: word[1:].decode() for word in header.split()[1:]}
+    width, height = int(words[b"W"]), int(words[b"H"])
+    half = (width + 1) // 2 * ((height + 1) // 2)
+    size = width * height + 2 * (width * height if words[b"C"].startswith("444") else half)
+    frames = []
+    while rest:
+        line, _, rest = rest.partition(b"\n")
+        assert line.startswith(b"FRAME")
+        assert len(rest) >= size, "a frame is cut"
+        frames.append(rest[:size])
+        rest = rest[size:]
+    return header.decode(), frames
+
+
+@pytest.fixture
+def small(tmp_path):
+    """A small colourful picture."""
+    path = tmp_path / "small.png"
+    write_png(path, np.random.default_rng(7).integers(0, 256, (12, 16, 3)))
+    return path
+
+
+@pytest.fixture
+def lonely_program(tmp_path):
+    """The program with the plug-in but without a renderer beside it."""
+    folder = tmp_path / "program"
+    folder.mkdir()
+    for name in ("glazelhost.exe", "GlazelDX_x64.dll"):
+        shutil.copy(BIN / name, folder)
+    return folder / "glazelhost.exe"

@@ -1,0 +1,192 @@
+"""Projects: kept by one process, rendered by another, read by an independent program."""
+
+import struct
+
+import numpy as np
+import olefile
+import pytest
+
+from conftest import (COOL, ROOT, WARM, ffmpeg, host, render, run, succeed, write_png, write_y4m,
+                      y4m_frames)
+
+EFFECT_CLASS = "B47A199B-15E2-4836-BD39-419904B5D292"
+
+
+@pytest.fixture
+def clip(tmp_path):
+    path = tmp_path / "clip.y4m"
+    write_y4m(path, 10)
+    return path
+
+
+@pytest.fixture
+def project(tmp_path, small):
+    """A project that holds one look."""
+    path = tmp_path / "a project.glz"
+    succeed(render(small, tmp_path / "graded.png", "--save-project", path))
+    return path
+
+
+def record_of(look, path, *options):
+    succeed(host("look", look, path, *options))
+    return path.read_bytes()
+
+
+def test_a_look_kept_by_one_process_renders_the_same_in_another(project, small, tmp_path):
+    succeed(host("render", small, tmp_path / "again.png", "--project", project))
+    assert (tmp_path / "again.png").read_bytes() == (tmp_path / "graded.png").read_bytes()
+
+
+def test_the_linear_option_is_kept_with_the_look(small, tmp_path):
+    def picture(name, *options):
+        succeed(host("render", small, tmp_path / name, "--depth", "float", *options))
+        return (tmp_path / name).read_bytes()
+    path = tmp_path / "off.glz"
+    off = picture("off.png", "--look", WARM, "--linear", "off", "--save-project", path)
+    assert picture("again.png", "--project", path) == off
+    on = picture("on.png", "--look", WARM)
+    assert on != off
+    assert picture("changed.png", "--project", path, "--linear", "on") == on
+
+
+def test_an_independent_program_finds_exactly_the_records_bytes(project, tmp_path):
+    record = record_of(WARM, tmp_path / "warm.look")
+    with olefile.OleFileIO(project) as document:
+        assert document.openstream(["Effect", "Contents"]).read() == record
+        assert document.getclsid("Effect") == EFFECT_CLASS
+        assert sorted(document.listdir()) == [["Effect", "Contents"], ["Project"]]
+        assert not document.parsing_issues
+
+
+def test_an_animation_is_kept_with_its_keyframes(clip, tmp_path):
+    path = tmp_path / "animated.glz"
+    succeed(host("render", clip, tmp_path / "out.y4m", "--key", f"8f={WARM}", "--key",
+                 f"0.08={COOL}", "--ease", "smooth", "--save-project", path))
+    succeed(host("render", clip, tmp_path / "again.y4m", "--project", path))
+    assert (tmp_path / "again.y4m").read_bytes() == (tmp_path / "out.y4m").read_bytes()
+
+    cool = record_of(COOL, tmp_path / "cool.look")
+    with olefile.OleFileIO(path) as document:
+        assert document.openstream(["Effect", "Contents"]).read() == cool, "the first keyframe"
+        assert document.openstream(["Keyframes", "0000"]).read() == cool
+        assert (document.openstream(["Keyframes", "0001"]).read()
+                == record_of(WARM, tmp_path / "warm.look"))
+        text = document.openstream("Project").read().decode()
+        assert '"time":"0.08"' in text and '"time":"8f"' in text and '"smooth"' in text
+
+
+def test_the_ease_of_a_project_can_be_changed_and_kept(clip, tmp_path):
+    keys = ["--key", f"0f={COOL}", "--key", f"8f={WARM}"]
+    succeed(host("render", clip, tmp_path / "linear.y4m", *keys, "--save-project",
+                 tmp_path / "a.glz"))
+    succeed(host("render", clip, tmp_path / "smooth.y4m", *keys, "--ease", "smooth"))
+    succeed(host("render", clip, tmp_path / "1.y4m", "--project", tmp_path / "a.glz", "--ease",
+                 "smooth", "--save-project", tmp_path / "b.glz"))
+    succeed(host("render", clip, tmp_path / "2.y4m", "--project", tmp_path / "b.glz"))
+    smooth = (tmp_path / "smooth.y4m").read_bytes()
+    assert (tmp_path / "1.y4m").read_bytes() == smooth
+    assert (tmp_path / "2.y4m").read_bytes() == smooth
+    assert (tmp_path / "linear.y4m").read_bytes() != smooth
+
+
+def test_a_project_that_exists_is_replaced_only_with_overwrite(project, small, tmp_path):
+    before = project.read_bytes()
+    refused = render(small, tmp_path / "b.png", "--save-project", project, look=COOL)
+    assert refused.code == 1
+    assert "exists already" in refused.only_line() and str(project) in refused.only_line()
+    assert project.read_bytes() == before
+    assert not (tmp_path / "b.png").exists()
+    succeed(render(small, tmp_path / "b.png", "--save-project", project, "--overwrite", look=COOL))
+    succeed(host("render", small, tmp_path / "c.png", "--project", project))
+    assert (tmp_path / "c.png").read_bytes() == (tmp_path / "b.png").read_bytes()
+
+
+def newer(data):
+    """The same with the next version's number in its description, which is longer than its seal."""
+    assert data.count(b'"version":1') == 1
+    return data.replace(b'"version":1', b'"version":2')
+
+
+def circular(data):
+    """A document whose longest stream leads back to its own beginning."""
+    fat = 512 + 512 * struct.unpack_from("<I", data, 76)[0]
+    links = list(struct.unpack_from("<128I", data, fat))
+    start = next(i for i in range(8, 120) if links[i] == i + 1 and links[i + 1] == i + 2)
+    changed = bytearray(data)
+    struct.pack_into("<I", changed, fat + 4 * (start + 2), start)
+    return bytes(changed)
+
+
+def flipped(data):
+    """One bit of the look is another."""
+    place = data.index(b"GLZK") + 300
+    return data[:place] + bytes([data[place] ^ 4]) + data[place + 1:]
+
+
+def someone_elses(data):
+    return data.replace("Project".encode("utf-16-le"), "Diagram".encode("utf-16-le"))
+
+
+BAD = {
+    "text": (lambda data: b"no compound document at all", "not a project"),
+    "empty": (lambda data: b"", "not a project"),
+    "foreign": (someone_elses, "not a project"),
+    "cut": (lambda data: data[:len(data) // 2], "damaged"),
+    "circular": (circular, "damaged"),
+    "flipped": (flipped, "damaged"),
+    "newer": (newer, "newer version"),
+}
+
+
+@pytest.mark.parametrize("kind", BAD)
+def test_a_bad_project_is_one_line_and_stays_as_it_is(kind, project, small, tmp_path):
+    make, words = BAD[kind]
+    data = make(project.read_bytes())
+    project.write_bytes(data)
+    used = host("render", small, tmp_path / "b.png", "--project", project)
+    assert used.code == 1
+    assert words in used.only_line() and str(project) in used.only_line()
+    assert not (tmp_path / "b.png").exists()
+    if kind == "flipped":
+        return  # whether the effect's own part is whole only matters to who loads it
+    kept = render(small, tmp_path / "b.png", "--save-project", project, "--overwrite")
+    assert kept.code == 1
+    assert "it is not replaced" in kept.only_line() and str(project) in kept.only_line()
+    assert project.read_bytes() == data
+    assert not (tmp_path / "b.png").exists()
+
+
+def test_a_picture_is_never_taken_for_a_project_to_replace(small, tmp_path):
+    before = small.read_bytes()
+    result = render(small, tmp_path / "b.png", "--save-project", small, "--overwrite")
+    assert result.code == 1
+    assert small.read_bytes() == before
+
+
+def test_a_missing_project_is_named(small, tmp_path):
+    result = host("render", small, tmp_path / "b.png", "--project", tmp_path / "nowhere.glz")
+    assert result.code == 1
+    assert "nowhere.glz" in result.only_line()
+
+
+def test_a_render_that_cannot_begin_keeps_no_project(tmp_path):
+    write_png(tmp_path / "in.png", np.zeros((4, 4, 3)))
+    (tmp_path / "out.png").write_bytes(b"there already")
+    result = render(tmp_path / "in.png", tmp_path / "out.png", "--save-project",
+                    tmp_path / "a.glz")
+    assert result.code == 1
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["in.png", "out.png"]
+
+
+def test_the_script_animates_a_video_and_keeps_the_project(tmp_path):
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=64x48:rate=24", "-frames:v", 12, tmp_path / "a.mp4")
+    succeed(run([ROOT / "render.sh", "a.mp4", "b.y4m", "--key", f"0={WARM}", "--key",
+                 f"00:00:00.250={COOL}", "--ease", "smooth", "--save-project", "a.glz"],
+                cwd=tmp_path))
+    succeed(run([ROOT / "render.sh", "a.mp4", "c.y4m", "--project", "a.glz"], cwd=tmp_path))
+    succeed(run([ROOT / "render.sh", "a.mp4", "cool.y4m", "--look", COOL], cwd=tmp_path))
+    frames = [y4m_frames((tmp_path / name).read_bytes())[1]
+              for name in ("b.y4m", "c.y4m", "cool.y4m")]
+    assert len(frames[0]) == 12
+    assert frames[0] == frames[1]
+    assert frames[0][6:] == frames[2][6:] and frames[0][5] != frames[2][5]

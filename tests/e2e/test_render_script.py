@@ -1,0 +1,181 @@
+"""render.sh: the whole job for pictures and for video, with ffmpeg around the host program."""
+
+import pathlib
+
+import numpy as np
+import pytest
+
+from conftest import COOL, IMAGES, ROOT, WARM, ffmpeg, pixels, probe, render, run
+
+SCRIPT = ROOT / "render.sh"
+
+
+def script(*words, cwd):
+    return run([SCRIPT, *words], cwd=cwd)
+
+
+@pytest.fixture
+def folder(tmp_path):
+    path = tmp_path / "it's a folder"
+    path.mkdir()
+    return path
+
+
+@pytest.fixture
+def clip(folder):
+    """One second with sound."""
+    path = folder / "my 'clip'.mp4"
+    make_clip(path)
+    return path
+
+
+def make_clip(path, size="160x90", pixel_format="yuv420p", options=(), rate="24", scale=""):
+    ffmpeg("-f", "lavfi", "-i", f"testsrc=size={size}:rate={rate}", "-f", "lavfi", "-i",
+           "sine=frequency=440:sample_rate=48000", "-t", 1, "-vf",
+           f"scale=out_color_matrix=bt709{scale}", "-pix_fmt", pixel_format, "-c:v", "libx264",
+           "-qp", 4, *options, "-c:a", "aac", path)
+
+
+TAGS = ("-colorspace", "bt709", "-color_primaries", "bt709", "-color_trc", "bt709",
+        "-color_range", "tv")
+
+
+def left(folder, *kept):
+    return {path.name for path in folder.iterdir()} - {pathlib.Path(name).name for name in kept}
+
+
+def test_a_picture_is_rendered_like_by_the_host_itself(folder, tmp_path):
+    result = script(IMAGES / "coffee.png", "out put.png", "--look", WARM, cwd=folder)
+    assert result.code == 0, result.lines
+    assert render(IMAGES / "coffee.png", tmp_path / "direct.png").code == 0
+    assert (folder / "out put.png").read_bytes() == (tmp_path / "direct.png").read_bytes()
+
+
+def test_three_seconds_of_a_photograph_in_720p_are_rendered_frame_by_frame(folder, tmp_path):
+    ffmpeg("-loop", 1, "-framerate", 25, "-i", IMAGES / "coffee.png", "-t", 3, "-vf",
+           "scale=1280:720,format=yuv420p", "-c:v", "libx264", "-qp", 8, folder / "clip.mp4")
+    result = script("clip.mp4", "graded.mp4", "--look", WARM, cwd=folder)
+    assert result.code == 0, result.lines
+    entries = "width,height,r_frame_rate,nb_frames"
+    assert probe(folder / "graded.mp4", entries) == {"width": "1280", "height": "720",
+                                                     "r_frame_rate": "25/1", "nb_frames": "75"}
+    ffmpeg("-i", folder / "clip.mp4", "-frames:v", 1, tmp_path / "first.png")
+    assert render(tmp_path / "first.png", tmp_path / "expected.png").code == 0
+    first = pixels(folder / "graded.mp4")
+    difference = np.abs(first - pixels(tmp_path / "expected.png"))
+    assert difference.mean() < 2, "apart from coding and colour conversion it is that picture"
+    assert np.abs(first - pixels(tmp_path / "first.png")).mean() > 5, "the look shows"
+
+
+def test_a_video_keeps_its_size_rate_length_sound_and_tags(folder, clip):
+    make_clip(clip, options=TAGS, rate="30000/1001")
+    result = script(clip.name, "out's.mp4", "--look", WARM, cwd=folder)
+    assert result.code == 0, result.lines
+    kept = "width,height,r_frame_rate,nb_frames,pix_fmt,color_range,color_space,color_transfer," \
+           "color_primaries,sample_aspect_ratio"
+    assert probe(folder / "out's.mp4", kept) == probe(clip, kept)
+    sound = "codec_name,nb_frames,sample_rate,channels"
+    assert probe(folder / "out's.mp4", sound, "a:0") == probe(clip, sound, "a:0")
+    assert left(folder, clip) == {"out's.mp4"}
+
+
+def test_the_frames_of_a_video_are_graded_right(folder, clip):
+    make_clip(clip, options=TAGS)
+    assert script(clip.name, "out.mp4", "--look", WARM, cwd=folder).code == 0
+    to_rgb = "scale=in_color_matrix=bt709:flags=accurate_rnd+full_chroma_int+bicubic,format=gbrp"
+    pick = "select=eq(n\\,12)"
+    ffmpeg("-i", folder / "out.mp4", "-vf", f"{pick},{to_rgb}", "-frames:v", 1, folder / "o.png")
+    ffmpeg("-i", clip, "-vf",
+           f"{pick},{to_rgb},lut3d=file={WARM}:interp=tetrahedral,format=rgb24", "-frames:v", 1,
+           folder / "r.png")
+    # Both went through a lossy codec and halved chroma: judged where colour is even.
+    difference = np.abs(pixels(folder / "o.png") - pixels(folder / "r.png"))
+    assert np.median(difference) <= 2
+    assert difference.mean() < 6
+
+
+def test_full_range_and_444_survive(folder, clip):
+    make_clip(clip, pixel_format="yuvj444p", scale=":out_range=pc")
+    assert script(clip.name, "out.mp4", "--look", COOL, cwd=folder).code == 0
+    assert probe(folder / "out.mp4", "color_range,pix_fmt") == \
+        {"color_range": "pc", "pix_fmt": "yuvj444p"}
+
+
+def test_an_odd_size_is_kept(folder):
+    make_clip(folder / "odd.mkv", size="161x91", pixel_format="yuv444p")
+    assert script("odd.mkv", "out.mp4", "--look", WARM, cwd=folder).code == 0
+    shape = probe(folder / "out.mp4", "width,height")
+    assert shape == {"width": "161", "height": "91"}
+
+
+def test_sound_that_the_container_does_not_take_becomes_aac(folder, clip):
+    ffmpeg("-i", clip, "-c:v", "copy", "-c:a", "pcm_s16le", folder / "pcm.mkv")
+    assert script("pcm.mkv", "copied.mkv", "--look", WARM, cwd=folder).code == 0
+    assert probe(folder / "copied.mkv", "codec_name", "a:0")["codec_name"] == "pcm_s16le"
+    assert script("pcm.mkv", "encoded.mp4", "--look", WARM, cwd=folder).code == 0
+    assert probe(folder / "encoded.mp4", "codec_name", "a:0")["codec_name"] == "aac"
+
+
+def test_a_video_becomes_a_sequence_and_a_sequence_a_video(folder, clip):
+    assert script(clip.name, "f_%02d.png", "--look", WARM, "--frames", "3-5", cwd=folder).code == 0
+    assert left(folder, clip) == {"f_03.png", "f_04.png", "f_05.png"}
+    result = script("f_%02d.png", "back.mp4", "--look", COOL, "--fps", "12", cwd=folder)
+    assert result.code == 0, result.lines
+    assert probe(folder / "back.mp4", "nb_frames,r_frame_rate") == \
+        {"nb_frames": "3", "r_frame_rate": "12/1"}
+
+
+def test_chosen_frames_go_without_sound(folder, clip):
+    result = script(clip.name, "out.mp4", "--look", WARM, "--frames", "1-6", cwd=folder)
+    assert result.code == 0
+    assert probe(folder / "out.mp4", "nb_frames")["nb_frames"] == "6"
+    assert not probe(folder / "out.mp4", "codec_name", "a:0")
+    assert any("without sound" in line for line in result.lines)
+
+
+@pytest.mark.parametrize("source, target, options, parts", [
+    ("nowhere.mp4", "out.mp4", (), ("nowhere.mp4", "no such file")),
+    ("text.mp4", "out.mp4", (), ("text.mp4", "cannot read")),
+    ("my 'clip'.mp4", "deeper/out.mp4", (), ("deeper", "does not exist")),
+    ("my 'clip'.mp4", "old.mp4", (), ("old.mp4", "--overwrite")),
+    ("my 'clip'.mp4", "out.mp4", ("--look", "nowhere.cube"), ("nowhere.cube",)),
+    ("my 'clip'.mp4", "out.nonsense", (), ("out.nonsense", "cannot be encoded")),
+])
+def test_bad_input_is_told_once_and_leaves_nothing(source, target, options, parts, folder, clip):
+    (folder / "old.mp4").write_text("mine")
+    (folder / "text.mp4").write_text("hello")
+    result = script(source, target, *(options or ("--look", WARM)), "--quiet", cwd=folder)
+    assert result.code == 1
+    line = result.only_line()
+    for part in parts:
+        assert part in line, line
+    assert left(folder, clip) == {"old.mp4", "text.mp4"}
+    assert (folder / "old.mp4").read_text() == "mine"
+
+
+def test_a_video_that_is_cut_is_told_and_rendered_on_demand(folder, clip):
+    ffmpeg("-i", clip, "-c", "copy", folder / "whole.mkv")
+    data = (folder / "whole.mkv").read_bytes()
+    (folder / "cut.mkv").write_bytes(data[:len(data) * 2 // 3])
+    result = script("cut.mkv", "out.mp4", "--look", WARM, "--quiet", cwd=folder)
+    assert result.code == 1
+    assert "cut.mkv" in result.only_line()
+    assert not (folder / "out.mp4").exists()
+
+    result = script("cut.mkv", "out.mp4", "--look", WARM, "--skip-bad-frames", cwd=folder)
+    assert result.code == 1
+    assert "cut.mkv" in result.lines[-1]
+    assert int(probe(folder / "out.mp4", "nb_frames")["nb_frames"]) > 5
+
+
+def test_wrong_usage_is_exit_code_2(folder):
+    assert script(cwd=folder).code == 2
+    assert script("--look", WARM, "a.png", "b.png", cwd=folder).code == 2
+    assert script("a.png", "b.png", cwd=folder).code == 2
+
+
+def test_help_tells_the_options_of_both(folder):
+    result = script("--help", cwd=folder)
+    assert result.code == 0
+    assert b"./render.sh INPUT OUTPUT" in result.output
+    assert b"--skip-bad-frames" in result.output

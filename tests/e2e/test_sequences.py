@@ -1,0 +1,90 @@
+"""Numbered sequences: which pictures are rendered, and under which numbers."""
+
+import numpy as np
+import pytest
+
+from conftest import WARM, render, write_png
+
+
+@pytest.fixture
+def shot(tmp_path):
+    """Pictures 7 to 11 of a sequence."""
+    for number in range(7, 12):
+        write_png(tmp_path / f"shot_{number:04}.png", np.full((4, 6, 3), number * 20))
+    return tmp_path / "shot_%04d.png"
+
+
+def names(folder, start):
+    return sorted(path.name for path in folder.iterdir() if path.name.startswith(start))
+
+
+def test_a_sequence_keeps_its_numbers(shot, tmp_path):
+    result = render(shot, tmp_path / "out_%04d.png")
+    assert result.code == 0, result.lines
+    assert names(tmp_path, "out") == [f"out_{n:04}.png" for n in range(7, 12)]
+    assert render(tmp_path / "shot_0009.png", tmp_path / "alone.png").code == 0
+    assert (tmp_path / "alone.png").read_bytes() == (tmp_path / "out_0009.png").read_bytes()
+
+
+def test_chosen_frames_count_from_the_first_picture(shot, tmp_path):
+    assert render(shot, tmp_path / "out_%d.png", "--frames", "2-5x2").code == 0
+    assert names(tmp_path, "out") == ["out_10.png", "out_8.png"]
+
+
+def test_the_first_number_can_be_given(shot, tmp_path):
+    assert render(shot, tmp_path / "out_%d.png", "--first", "10").code == 0
+    assert names(tmp_path, "out") == ["out_10.png", "out_11.png"]
+
+
+def test_a_gap_is_an_error_that_names_the_missing_picture(shot, tmp_path):
+    (tmp_path / "shot_0009.png").unlink()
+    result = render(shot, tmp_path / "out_%04d.png")
+    assert result.code == 1
+    assert "shot_0009.png" in result.lines[-1]
+    assert names(tmp_path, "out") == ["out_0007.png", "out_0008.png"]
+
+
+def test_bad_frames_are_skipped_on_demand_and_still_told(shot, tmp_path):
+    (tmp_path / "shot_0008.png").write_bytes(b"damaged")
+    (tmp_path / "shot_0010.png").unlink()
+    result = render(shot, tmp_path / "out_%04d.png", "--skip-bad-frames")
+    assert result.code == 1
+    warnings = [line for line in result.lines if "warning" in line]
+    assert len(warnings) == 2
+    assert "shot_0008.png" in warnings[0] and "shot_0010.png" in warnings[1]
+    assert "2 frames could not be read" in result.lines[-1]
+    assert names(tmp_path, "out") == [f"out_{n:04}.png" for n in (7, 9, 11)]
+
+
+def test_without_skipping_the_first_bad_frame_ends_the_job(shot, tmp_path):
+    (tmp_path / "shot_0008.png").write_bytes(b"damaged")
+    result = render(shot, tmp_path / "out_%04d.png")
+    assert result.code == 1
+    assert "shot_0008.png" in result.lines[-1]
+    assert names(tmp_path, "out") == ["out_0007.png"]
+
+
+def test_a_sequence_without_pictures_is_an_error(tmp_path):
+    result = render(tmp_path / "none_%04d.png", tmp_path / "out_%04d.png")
+    assert result.code == 1
+    assert "none_%04d.png" in result.only_line()
+
+
+def test_pictures_of_different_sizes_are_rendered_each_in_its_own(shot, tmp_path):
+    write_png(tmp_path / "shot_0008.png", np.full((5, 3, 3), 99))
+    assert render(shot, tmp_path / "out_%04d.png").code == 0
+    assert names(tmp_path, "out") == [f"out_{n:04}.png" for n in range(7, 12)]
+
+
+def test_a_sequence_becomes_a_video(shot, tmp_path):
+    result = render(shot, tmp_path / "out.y4m", "--fps", "12.5", look=WARM)
+    assert result.code == 0, result.lines
+    header = (tmp_path / "out.y4m").read_bytes().partition(b"\n")[0]
+    assert b"F25:2" in header
+    assert (tmp_path / "out.y4m").read_bytes().count(b"FRAME") == 5
+
+
+def test_frames_that_are_not_wanted_need_not_be_good(shot, tmp_path):
+    (tmp_path / "shot_0008.png").write_bytes(b"damaged")
+    assert render(shot, tmp_path / "out_%04d.png", "--frames", "3-4").code == 0
+    assert names(tmp_path, "out") == ["out_0009.png", "out_0010.png"]
