@@ -1,0 +1,507 @@
+"""The installer and the portable archive, used as a person would, each time in the same prefix."""
+
+import hashlib
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import time
+import zipfile
+
+import pytest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path[:0] = [str(ROOT / "packaging"), str(ROOT / "tests/wine")]
+import contents  # noqa: E402
+import package  # noqa: E402
+from wine_prefix import BIN, BUILD, WinePrefix, changes, windows_path  # noqa: E402
+
+CLASSES = "HKEY_LOCAL_MACHINE\\Software\\Classes\\"
+SERVER = CLASSES + "CLSID\\{B47A199B-15E2-4836-BD39-419904B5D292}\\InprocServer32"
+ENTRY = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\GlazelDX"
+DEFAULT = "C:\\Program Files\\Brellin\\Glazel DX"
+VERSION = contents.version()
+OLDER, NEWER = "0.0.1", "99.0.0"
+PACKAGED = 1_700_000_000  # the time that packages are made to bear, in seconds since 1970
+DEADLINE = 30  # seconds that no removal ever needs
+DAMAGED, IN_USE, DOWNGRADE, REGISTRATION, FILES, RIGHTS, RUNNING, OLD_VERSION = range(2, 10)
+NO_REGISTRAR = {"WINEDLLOVERRIDES": "mscoree,mshtml,atl="}  # the plug-in cannot change its entries
+PLUGIN_ONLY = {"GlazelDX_x64.dll", "LICENSE.txt", "third-party-licences.txt",
+               "troubleshooting.md", "uninstall.exe"}
+EVERYTHING = PLUGIN_ONLY | {"GZ3Renderer_x64.dll", "glazelhost.exe", "looks/README.md",
+                            "looks/bleach_bypass.cube", "looks/cool_night.cc",
+                            "looks/warm_print.cube"}
+
+
+@pytest.fixture(scope="session")
+def out(tmp_path_factory):
+    """What package.sh makes of this build, and installers that call themselves older and newer."""
+    folder = tmp_path_factory.mktemp("out")
+    subprocess.run([ROOT / "package.sh", folder], check=True,
+                   env=os.environ | {"SOURCE_DATE_EPOCH": str(PACKAGED)})
+    notices = folder / "notices.txt"
+    contents.write_notices(notices)
+    for version in (OLDER, NEWER):
+        package.make_installer(contents.items(BUILD, notices), version, folder / setup(version))
+    return folder
+
+
+def setup(version):
+    return f"GlazelDX-{version}-setup.exe"
+
+
+class Machine:
+    """A prefix with what was in it before."""
+
+    def __init__(self, folder, out):
+        self.prefix = WinePrefix(folder)
+        self.out = out
+        self.log_length = 0
+        self.remember()
+
+    def remember(self):
+        """From now on this is the machine as it was."""
+        self.registry = without_pending_deletions(self.prefix.registry())
+        self.files = self.prefix.files()
+        self.found_clean = True
+
+    def setup(self, *words, version=VERSION, env=None):
+        """The exit code. The runner quotes words with spaces, which /D= must not have: such a path
+        is given as several words."""
+        self.found_clean = False
+        return self.prefix.run(self.out / setup(version), "/S", *words, env=env).code
+
+    def uninstall(self, folder=DEFAULT, env=None):
+        """Waits, and ends with the uninstaller's exit code."""
+        return self.prefix.run(f"{folder}\\uninstall.exe", "/S", *f"_?={folder}".split(" "),
+                               env=env).code
+
+    def uninstall_quietly(self):
+        """As the list of programs does it. The program returns early; this waits for the end."""
+        command = self.key(ENTRY)["QuietUninstallString"]
+        program, words = command[1:].split('" ')
+        self.log()
+        self.prefix.run(program, words)
+        deadline = time.monotonic() + DEADLINE
+        news = ""
+        while "\nuninstalled" not in news:
+            assert time.monotonic() < deadline, news
+            assert "failed (" not in news, news
+            time.sleep(0.05)
+            news += self.log()
+        return news
+
+    def key(self, name):
+        """The values of one key of the registry."""
+        return self.prefix.registry(name)[name]
+
+    def path(self, windows_path):
+        return self.prefix.drive_c / windows_path[3:].replace("\\", "/")
+
+    def installed(self, folder=DEFAULT):
+        top = self.path(folder)
+        return {path.relative_to(top).as_posix() for path in top.rglob("*") if path.is_file()}
+
+    def log(self):
+        """What was logged since the last time."""
+        (file,) = (self.prefix.drive_c / "users").glob("*/Temp/GlazelDX-setup.log")
+        text = file.read_text(encoding="utf-16")
+        news, self.log_length = text[self.log_length:], len(text)
+        return news
+
+    def leftovers(self):
+        """Differences to the machine as it was: registry, files. Temporary files are no leftovers."""
+        added, lost = changes(self.registry, without_pending_deletions(self.prefix.registry()))
+        new, gone = changes(self.files, self.prefix.files())
+        result = {**added, **lost}, {name for name in {*new, *gone} if "/Temp/" not in name}
+        self.found_clean = result == NOTHING
+        return result
+
+
+def without_pending_deletions(registry):
+    """The uninstaller runs as a temporary copy, which the system deletes when it starts again."""
+    values = registry["HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Control\\Session Manager"]
+    pending = values.get("PendingFileRenameOperations", "")
+    data = bytes.fromhex(re.sub(r"^hex\(7\):|[ ,]", "", pending))
+    names = [name for name in data.decode("utf-16-le").split("\0") if name]
+    if names and all("\\Temp\\~nsu" in name for name in names):
+        del values["PendingFileRenameOperations"]
+    return registry
+
+
+NOTHING = ({}, set())
+
+
+@pytest.fixture(scope="module")
+def machine(tmp_path_factory, out):
+    made = Machine(tmp_path_factory.mktemp("install") / "prefix", out)
+    yield made
+    made.prefix.close()
+
+
+@pytest.fixture(autouse=True)
+def clean(request):
+    """Every test leaves the machine as it found it, but for an installation, which is removed here;
+    otherwise it fails, and what it left is taken as found from then on."""
+    machine = request.getfixturevalue("machine") if "machine" in request.fixturenames else None
+    if machine:
+        machine.found_clean = False
+    yield
+    if machine and not machine.found_clean:  # looking takes long: not twice
+        try:
+            if machine.prefix.run("reg", "query", ENTRY).code == 0:
+                machine.uninstall_quietly()
+            assert machine.leftovers() == NOTHING
+        finally:
+            if not machine.found_clean:
+                machine.remember()
+
+
+def render(machine, folder=DEFAULT):
+    """A picture through the installed host, plug-in, renderer and look."""
+    target = machine.path(folder) / "graded.png"
+    picture = windows_path(ROOT / "samples/images/coffee.png")
+    result = machine.prefix.run(f"{folder}\\glazelhost.exe", "render", picture,
+                                f"{folder}\\graded.png", "--look",
+                                f"{folder}\\looks\\warm_print.cube")
+    assert result.code == 0, result
+    data = target.read_bytes()
+    target.unlink()
+    return data
+
+
+def test_installed_used_and_removed_leaves_the_machine_as_it_was(machine):
+    assert machine.setup() == 0
+    assert machine.installed() == EVERYTHING
+    assert machine.key(SERVER) == {"@": f"{DEFAULT}\\GlazelDX_x64.dll", "ThreadingModel": "Both"}
+    assert len(render(machine)) > 1000
+    info = json.loads(machine.prefix.run(f"{DEFAULT}\\glazelhost.exe", "info", "--json").output)
+    assert info["renderer"]["file"] == f"{DEFAULT}\\GZ3Renderer_x64.dll"
+    assert info["plugin"]["version"] == f"{VERSION}.0"
+    assert info["plugin"]["effect"]["created"]
+    seen = machine.prefix.run(BIN / "com_probe.exe", "create", "BrellinGlazel_x64.Plugin").output
+    assert seen.splitlines() == ["create 00000000", f"module {DEFAULT}\\GlazelDX_x64.dll"]
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+def test_the_list_of_programs_tells_version_size_publisher_and_how_to_remove(machine):
+    assert machine.setup() == 0
+    entry = machine.key(ENTRY)
+    size = int(entry.pop("EstimatedSize").removeprefix("dword:"), 16)
+    actual = sum((machine.path(DEFAULT) / name).stat().st_size for name in machine.installed())
+    assert abs(size - actual / 1024) < 16
+    assert entry == {
+        "DisplayName": "Glazel DX", "DisplayVersion": VERSION, "Publisher": "Brellin",
+        "DisplayIcon": f"{DEFAULT}\\uninstall.exe", "InstallLocation": DEFAULT,
+        "ExistingFolder": "C:\\Program Files",
+        "UninstallString": f'"{DEFAULT}\\uninstall.exe"',
+        "QuietUninstallString": f'"{DEFAULT}\\uninstall.exe" /S',
+        "NoModify": "dword:00000001", "NoRepair": "dword:00000001"}
+
+
+def test_upgraded_not_downgraded_repaired_and_removed(machine):
+    assert machine.setup(version=OLDER) == 0
+    assert machine.key(ENTRY)["DisplayVersion"] == OLDER
+    own = machine.path(DEFAULT) / "looks" / "my own.cube"
+    own.write_text("TITLE mine\n")
+    machine.log()
+
+    assert machine.setup() == 0
+    assert f"upgrade from {OLDER}" in machine.log()
+    assert machine.key(ENTRY)["DisplayVersion"] == VERSION
+
+    before = machine.prefix.registry(), machine.prefix.files()
+    assert machine.setup(version=OLDER) == DOWNGRADE
+    assert f"newer version, {VERSION}" in machine.log()
+    registry, files = machine.prefix.registry(), machine.prefix.files()
+    assert registry == before[0]
+    assert [name for name in changes(before[1], files)[0] if "/Temp/" not in name] == []
+
+    good = (machine.path(DEFAULT) / "GlazelDX_x64.dll").read_bytes()
+    (machine.path(DEFAULT) / "GlazelDX_x64.dll").write_bytes(b"damaged")
+    (machine.path(DEFAULT) / "looks/warm_print.cube").unlink()
+    assert machine.setup() == 0
+    assert "repair" in machine.log()
+    assert (machine.path(DEFAULT) / "GlazelDX_x64.dll").read_bytes() == good
+    assert machine.installed() == EVERYTHING | {"looks/my own.cube"}
+    assert len(render(machine)) > 1000
+
+    machine.uninstall_quietly()
+    assert machine.installed() == {"looks/my own.cube"}, "a file of the user"
+    own.unlink()
+    own.parent.rmdir()
+    machine.path(DEFAULT).rmdir()
+    machine.path(DEFAULT).parent.rmdir()
+    assert machine.leftovers() == NOTHING
+
+
+def test_parts_are_left_out_and_come_later(machine):
+    assert machine.setup("/NORENDERER", "/NOHOST", "/NOLOOKS") == 0
+    assert machine.installed() == PLUGIN_ONLY
+    assert machine.setup("/NOHOST") == 0
+    assert machine.installed() == EVERYTHING - {"glazelhost.exe"}
+    assert machine.setup("/NORENDERER", "/NOHOST", "/NOLOOKS") == 0
+    assert machine.installed() == PLUGIN_ONLY
+
+
+def test_without_a_renderer_the_host_program_says_why_none_was_loaded(machine):
+    assert machine.setup("/NORENDERER") == 0
+    info = json.loads(machine.prefix.run(f"{DEFAULT}\\glazelhost.exe", "info", "--json").output)
+    assert not info["renderer"]["usable"]
+    assert "in none of the places where the system looks" in info["renderer"]["problem"]
+    assert not info["plugin"]["effect"]["created"]
+
+
+def test_a_folder_with_spaces_an_apostrophe_and_other_letters(machine):
+    folder = "C:\\Somebody's Grüße\\фильтр 映像\\Glazel DX"
+    assert machine.setup(*f"/D={folder}".split(" ")) == 0
+    assert machine.installed(folder) == EVERYTHING
+    assert machine.key(SERVER)["@"] == f"{folder}\\GlazelDX_x64.dll"
+    assert len(render(machine, folder)) > 1000
+    assert machine.setup(version=NEWER) == 0
+    assert machine.installed(folder) == EVERYTHING, "an upgrade stays where it is"
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+def test_another_folder_moves_the_installation(machine):
+    assert machine.setup() == 0
+    assert machine.setup("/D=C:\\Elsewhere") == 0
+    assert machine.installed("C:\\Elsewhere") == EVERYTHING
+    assert not machine.path(DEFAULT).parent.exists()
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+def test_a_plugin_in_use_is_neither_replaced_nor_removed(machine):
+    assert machine.setup(version=OLDER) == 0
+    before = machine.prefix.registry(), machine.installed()
+    machine.log()
+    with machine.prefix.running(BIN / "com_probe.exe", "hold", "BrellinGlazel_x64.PluginPP",
+                                ready="holding"):
+        assert machine.setup() == IN_USE
+        log = machine.log()
+        assert "is in use. Close the video editor" in log
+        assert machine.uninstall() == IN_USE
+        assert "is in use. Close the video editor" in machine.log()
+        assert (machine.prefix.registry(), machine.installed()) == before
+    assert machine.setup() == 0
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+@pytest.mark.parametrize("name", ["GZ3Renderer_x64.dll", "glazelhost.exe"])
+def test_neither_are_its_other_programs(machine, name):
+    assert machine.setup() == 0
+    with machine.prefix.running(BIN / "com_probe.exe", "hold-file", f"{DEFAULT}\\{name}",
+                                ready="holding"):
+        assert machine.setup() == IN_USE
+        assert machine.uninstall() == IN_USE
+        assert f"{name} is in use" in machine.log()
+        assert machine.installed() == EVERYTHING
+
+
+def test_removal_tells_of_a_file_that_stays_and_can_be_run_again(machine):
+    assert machine.setup() == 0
+    with machine.prefix.running(BIN / "com_probe.exe", "hold-file",
+                                f"{DEFAULT}\\looks\\warm_print.cube", ready="holding"):
+        assert machine.uninstall() == FILES
+    assert "warm_print.cube cannot be deleted" in machine.log()
+    assert machine.installed() == {"looks/warm_print.cube", "uninstall.exe"}
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+def test_an_old_version_that_cannot_be_removed_stays(machine):
+    assert machine.setup(version=OLDER) == 0
+    uninstaller = machine.path(DEFAULT) / "uninstall.exe"
+    good = uninstaller.read_bytes()
+    shutil.copy(BIN / "com_probe.exe", uninstaller)
+    assert machine.setup() == OLD_VERSION
+    assert "could not be removed (2)" in machine.log()
+    assert machine.key(ENTRY)["DisplayVersion"] == OLDER
+    uninstaller.write_bytes(good)
+    assert machine.installed() == EVERYTHING
+
+
+def test_a_damaged_setup_program_does_nothing(machine, out):
+    data = bytearray((out / setup(VERSION)).read_bytes())
+    data[len(data) // 2] ^= 0xFF
+    damaged = machine.prefix.drive_c / "damaged.exe"
+    damaged.write_bytes(data)
+    assert machine.prefix.run(damaged, "/S").code == DAMAGED
+    damaged.unlink()
+    assert machine.leftovers() == NOTHING
+
+
+def test_setup_needs_the_rights_of_an_administrator(machine, out):
+    program = windows_path(out / setup(VERSION))
+    seen = machine.prefix.run(BIN / "com_probe.exe", "run-without-rights", f'"{program}" /S')
+    assert seen.output.strip() == f"exit {RIGHTS}"
+    assert "rights of an administrator" in machine.log()
+    assert machine.leftovers() == NOTHING
+
+
+def test_so_does_removal(machine):
+    assert machine.setup() == 0
+    command = f'"{DEFAULT}\\uninstall.exe" /S _?={DEFAULT}'
+    seen = machine.prefix.run(BIN / "com_probe.exe", "run-without-rights", command)
+    assert seen.output.strip() == f"exit {RIGHTS}"
+    assert "rights of an administrator" in machine.log()
+    assert machine.installed() == EVERYTHING
+
+
+def test_a_failed_registration_takes_everything_back(machine):
+    assert machine.setup(env=NO_REGISTRAR) == REGISTRATION
+    assert "could not be registered" in machine.log()
+    assert machine.leftovers() == NOTHING
+
+
+def test_removal_tells_of_a_registration_that_stays_and_can_be_run_again(machine):
+    assert machine.setup() == 0
+    machine.log()
+    assert machine.uninstall(env=NO_REGISTRAR) == REGISTRATION
+    assert "still registered: CLSID\\{B47A199B-15E2-4836-BD39-419904B5D292} " in machine.log()
+    assert machine.installed() == {"uninstall.exe"}
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+@pytest.mark.parametrize("name", ["GlazelDX_x64.dll", "glazelhost.exe"])
+def test_a_file_that_cannot_be_written_takes_everything_back(machine, name):
+    (machine.prefix.drive_c / "Occupied" / name).mkdir(parents=True)
+    assert machine.setup("/D=C:\\Occupied") == FILES
+    assert f"{name} cannot be written" in machine.log()
+    shutil.rmtree(machine.prefix.drive_c / "Occupied")
+    assert machine.leftovers() == NOTHING
+
+
+def test_a_failed_setup_leaves_a_plugin_alone_that_is_registered_from_elsewhere(machine):
+    other = windows_path(BIN / "GlazelDX_x64.dll")
+    assert machine.prefix.run("regsvr32", "/s", other).code == 0
+    before = machine.prefix.registry(CLASSES[:-1])
+    (machine.prefix.drive_c / "Occupied/glazelhost.exe").mkdir(parents=True)
+    assert machine.setup("/D=C:\\Occupied") == FILES
+    assert machine.prefix.registry(CLASSES[:-1]) == before
+    shutil.rmtree(machine.prefix.drive_c / "Occupied")
+    assert machine.prefix.run("regsvr32", "/s", "/u", other).code == 0
+    assert machine.leftovers() == NOTHING
+
+
+def test_a_folder_that_cannot_be_made_is_an_error(machine):
+    (machine.prefix.drive_c / "file").write_text("not a folder")
+    assert machine.setup("/D=C:\\file\\below") == FILES
+    (machine.prefix.drive_c / "file").unlink()
+    assert machine.leftovers() == NOTHING
+
+
+def test_a_second_setup_is_refused(machine):
+    with machine.prefix.running(BIN / "com_probe.exe", "hold-mutex", "Global\\GlazelDX-setup",
+                                ready="holding"):
+        assert machine.setup() == RUNNING
+    assert machine.leftovers() == NOTHING
+
+
+def test_removal_is_refused_while_a_setup_runs(machine):
+    assert machine.setup() == 0
+    with machine.prefix.running(BIN / "com_probe.exe", "hold-mutex", "Global\\GlazelDX-setup",
+                                ready="holding"):
+        assert machine.uninstall() == RUNNING
+    assert machine.installed() == EVERYTHING
+    assert machine.key(SERVER)["@"] == f"{DEFAULT}\\GlazelDX_x64.dll"
+
+
+def test_removal_works_when_the_plugin_was_deleted_by_hand(machine):
+    assert machine.setup() == 0
+    (machine.path(DEFAULT) / "GlazelDX_x64.dll").unlink()
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+@pytest.mark.parametrize("key", ["CLSID\\{B47A199B-15E2-4836-BD39-419904B5D292}",
+                                 "CLSID\\{EE3AFD2C-FB57-41ac-ABDE-90421C4140C3}",
+                                 "TypeLib\\{CF41FD25-F1F3-4B65-A240-3D4E880D868D}"])
+def test_removal_works_when_a_part_of_the_registration_is_gone(machine, key):
+    assert machine.setup() == 0
+    assert machine.prefix.run("reg", "delete", f"HKLM\\Software\\Classes\\{key}", "/f").code == 0
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+def test_removal_leaves_a_plugin_alone_that_is_registered_from_elsewhere(machine):
+    assert machine.setup() == 0
+    other = windows_path(BIN / "GlazelDX_x64.dll")
+    assert machine.prefix.run("regsvr32", "/s", other).code == 0
+    assert "left alone" in machine.uninstall_quietly()
+    assert machine.key(SERVER)["@"] == other
+    assert machine.prefix.run("regsvr32", "/s", "/u", other).code == 0
+    assert machine.leftovers() == NOTHING
+
+
+def test_the_log_file_can_be_chosen(machine, out):
+    assert machine.setup("/LOG=C:\\own.log") == 0
+    log = machine.prefix.drive_c / "own.log"
+    assert log.read_text(encoding="utf-16").rstrip().endswith("installed")
+    log.unlink()
+    script = machine.prefix.drive_c / "repair.cmd"
+    script.write_text(f'"{windows_path(out / setup(VERSION))}" /S /LOG="C:\\a log.txt"\n')
+    assert machine.prefix.run("cmd", "/c", "C:\\repair.cmd").code == 0
+    log = machine.prefix.drive_c / "a log.txt"
+    assert "\nuninstalled\n" in log.read_text(encoding="utf-16"), "the old version writes there, too"
+    log.unlink()
+    script.unlink()
+
+
+def test_the_portable_archive_registers_where_it_is_unpacked(machine, out):
+    folder = machine.prefix.drive_c / "Somebody's Grüße 映像"
+    with zipfile.ZipFile(out / f"GlazelDX-{VERSION}-portable.zip") as archive:
+        archive.extractall(folder)
+    place = folder / f"GlazelDX-{VERSION}"
+    assert machine.prefix.run("cmd", "/c", "register.cmd", cwd=place).code == 0
+    expected = f"C:\\{folder.name}\\{place.name}\\GlazelDX_x64.dll"
+    assert machine.key(SERVER)["@"] == expected
+    seen = machine.prefix.run(BIN / "com_probe.exe", "create", "BrellinGlazel_x64.Plugin").output
+    assert seen.splitlines() == ["create 00000000", f"module {expected}"]
+    result = machine.prefix.run("cmd", "/c", "unregister.cmd", cwd=place, env=NO_REGISTRAR)
+    assert result.code == 1 and "could not be unregistered" in result.errors
+    assert machine.key(SERVER)["@"] == expected
+    assert machine.prefix.run("cmd", "/c", "register.cmd", cwd=place).code == 0, "a part was gone"
+    assert machine.prefix.run("cmd", "/c", "unregister.cmd", cwd=place).code == 0
+    (place / "GlazelDX_x64.dll").unlink()
+    result = machine.prefix.run("cmd", "/c", "register.cmd", cwd=place)
+    assert result.code == 1 and "could not be registered" in result.errors
+    shutil.rmtree(folder)
+    assert machine.leftovers() == NOTHING
+
+
+def test_the_list_of_contents_names_every_file_with_its_checksums(out):
+    document = json.loads((out / f"GlazelDX-{VERSION}.spdx.json").read_text(encoding="utf-8"))
+    assert document["spdxVersion"] == "SPDX-2.3" and document["dataLicense"] == "CC0-1.0"
+    with zipfile.ZipFile(out / f"GlazelDX-{VERSION}-portable.zip") as archive:
+        actual = {"./" + name.partition("/")[2]: archive.read(name)
+                  for name in archive.namelist()}
+    listed = {}
+    for entry in document["files"]:
+        listed[entry["fileName"]] = {sum["algorithm"]: sum["checksumValue"]
+                                     for sum in entry["checksums"]}
+    assert listed == {name: {"SHA1": hashlib.sha1(data).hexdigest(),
+                             "SHA256": hashlib.sha256(data).hexdigest()}
+                      for name, data in actual.items()}
+    identifiers = [entry["SPDXID"] for entry in document["files"] + document["packages"]]
+    assert len(identifiers) == len(set(identifiers))
+    known = {*identifiers, document["SPDXID"]}
+    for relation in document["relationships"]:
+        assert {relation["spdxElementId"], relation["relatedSpdxElement"]} <= known, relation
+
+
+def test_the_same_build_and_the_same_time_give_the_same_packages(out, tmp_path):
+    package.make_all(BUILD, tmp_path, PACKAGED)
+    assert {path.name for path in tmp_path.iterdir()} == {
+        f"GlazelDX-{VERSION}{end}" for end in ("-setup.exe", "-portable.zip", "-symbols.zip",
+                                               ".spdx.json")}
+    for path in sorted(tmp_path.iterdir()):
+        assert path.read_bytes() == (out / path.name).read_bytes(), path.name
