@@ -348,7 +348,10 @@ encode() {
 
 # Ends with the host's own code when the host has said what is wrong, and otherwise says it.
 judge() { # EXIT CODES of decoder, host and encoder
-  local stopped=143
+  local stopped=143 killed=137
+  if [ "$2" -eq $killed ]; then
+    fail "$output" "the host program was killed" "see that memory is free, and run it again" $killed
+  fi
   if [ "$2" -ne 0 ] && [ "$2" -ne $stopped ]; then
     exit "$2"
   fi

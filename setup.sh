@@ -13,7 +13,7 @@ packages=(
   # running Windows programs, with windows
   wine wine64 libwine-dev wine64-tools xvfb xauth
   # video in and out, and end-to-end tests that compare pictures
-  ffmpeg python3 python3-numpy python3-pytest
+  ffmpeg python3 python3-numpy python3-pytest python3-pytest-rerunfailures
   # an independent reader of compound documents
   python3-olefile
   # the installer

@@ -8,6 +8,8 @@ import subprocess
 import numpy as np
 import pytest
 
+from wine_exit import exit_code
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ.get("GLAZEL_BUILD", ROOT / "build/release"))
 BIN = BUILD / "bin"
@@ -28,11 +30,9 @@ class Result:
     """A finished run: exit code, standard output as bytes, lines of standard error."""
 
     def __init__(self, finished):
-        self.code = finished.returncode
+        self.code = exit_code(finished.returncode, finished.stdout + finished.stderr)
         self.output = finished.stdout
-        # A thread that Wine ends while it talks to its server says so: nothing that the program did.
-        self.lines = [line for line in finished.stderr.decode("utf-8").splitlines()
-                      if not line.startswith("wine client error:")]
+        self.lines = finished.stderr.decode("utf-8").splitlines()
 
     def only_line(self):
         assert len(self.lines) == 1, self.lines

@@ -7,6 +7,7 @@ import time
 import pytest
 
 from conftest import DEADLINE, WARM, environment, host_command, write_y4m
+from wine_exit import exit_code
 
 
 @pytest.mark.parametrize("stop", [signal.SIGINT, signal.SIGTERM, signal.SIGKILL])
@@ -27,7 +28,7 @@ def test_an_interrupted_run_leaves_nothing(stop, tmp_path):
         code = process.wait(DEADLINE)
     assert code != 0
     if stop == signal.SIGINT:
-        assert code == 1
+        assert exit_code(code) == 1
         assert "interrupted" in lines[-1], lines
     # Wine's server removes what a killed program had open, a moment later.
     wait_until(lambda: not list(folder.iterdir()))

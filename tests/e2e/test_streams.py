@@ -5,8 +5,9 @@ import subprocess
 import numpy as np
 import pytest
 
-from conftest import (DEADLINE, environment, ffmpeg, host, host_command, pixels, render, WARM,
+from conftest import (DEADLINE, WARM, environment, ffmpeg, host, host_command, pixels, render,
                       write_y4m, y4m_frames)
+from wine_exit import exit_code
 
 
 @pytest.fixture
@@ -102,7 +103,7 @@ def test_an_output_pipe_that_is_closed_early_is_an_error(tmp_path):
         process.stdout.read(10)
         process.stdout.close()
         lines = process.stderr.read().decode().splitlines()
-        assert process.wait(DEADLINE) == 1
+        assert exit_code(process.wait(DEADLINE)) == 1
     assert len(lines) == 1 and "standard output" in lines[0], lines
 
 

@@ -7,18 +7,16 @@ import pathlib
 import re
 import shutil
 import subprocess
-import sys
 import time
 import zipfile
 
 import pytest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "packaging"), str(ROOT / "tests/wine")]
-import contents  # noqa: E402
-import package  # noqa: E402
-from wine_prefix import BIN, BUILD, WinePrefix, changes, windows_path  # noqa: E402
+import contents
+import package
+from wine_prefix import BIN, BUILD, WinePrefix, changes, windows_path
 
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 CLASSES = "HKEY_LOCAL_MACHINE\\Software\\Classes\\"
 SERVER = CLASSES + "CLSID\\{B47A199B-15E2-4836-BD39-419904B5D292}\\InprocServer32"
 ENTRY = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\GlazelDX"

@@ -2,12 +2,10 @@
 
 import pathlib
 import shutil
-import sys
 
 import pytest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "wine"))
-from wine_prefix import BIN, WinePrefix, changes, windows_path  # noqa: E402
+from wine_prefix import BIN, WinePrefix, changes, windows_path
 
 CLASSES = "HKEY_LOCAL_MACHINE\\Software\\Classes\\"
 EFFECT = "{B47A199B-15E2-4836-BD39-419904B5D292}"

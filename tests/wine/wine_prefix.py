@@ -14,6 +14,8 @@ import subprocess
 import tempfile
 from typing import NamedTuple
 
+from wine_exit import exit_code
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ["GLAZEL_BUILD"])
 BIN = BUILD / "bin"
@@ -132,7 +134,7 @@ class WinePrefix:
             for file in (output, errors):
                 file.seek(0)
                 texts.append(file.read().decode("utf-8", "replace").replace("\r\n", "\n"))
-        return Result(code, *texts)
+        return Result(exit_code(code), *texts)
 
     @staticmethod
     def _server(folder, option):
