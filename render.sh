@@ -32,7 +32,7 @@ note() {
 }
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-build=${GLAZEL_BUILD:-$root/build/release} # an own build folder, for those who have one
+build=$(realpath -m "${GLAZEL_BUILD:-$root/build/release}") # or an own one
 work=$(mktemp -d)
 partial=
 cleanup() {
@@ -51,7 +51,7 @@ prepare() {
     echo "render.sh: building for the first time, which takes some minutes" >&2
   (
     flock 9 # two renders at once must not build at once
-    { [ -e "$build/build.ninja" ] || (cd "$root" && cmake --preset release); } &&
+    { [ -e "$build/build.ninja" ] || (cd "$root" && cmake --preset release -B "$build"); } &&
       cmake --build "$build" --target glazelhost GlazelDX_x64 GZ3Renderer_x64
   ) 9>"$root/build/render.lock" >"$work/build.log" 2>&1 || {
     cat "$work/build.log" >&2
@@ -119,6 +119,11 @@ probe_video() {
   video[container_duration]=$(probe format duration | cut -d= -f2)
 }
 
+# Its numbers have a decimal point, whatever the user's language: ffmpeg takes no other.
+calculate() { # PROGRAM's variables and text
+  LC_ALL=C awk "$@"
+}
+
 known() { # value of `video`, or nothing when ffprobe does not know it
   case ${video[$1]:-} in
     '' | N/A | unknown | reserved | 0/0) ;;
@@ -169,7 +174,7 @@ scaler_range() {
 
 # Whether the rate changes within the video: its frames then get evenly spaced, to keep the sound.
 is_variable_rate() {
-  awk -v r="$(known r_frame_rate)" -v a="$(known avg_frame_rate)" 'BEGIN {
+  calculate -v r="$(known r_frame_rate)" -v a="$(known avg_frame_rate)" 'BEGIN {
     split(r, x, "/"); split(a, y, "/")
     if (!(x[2] > 0) || !(y[2] > 0) || !(y[1] > 0)) exit 1
     ratio = (x[1] / x[2]) / (y[1] / y[2])
@@ -188,7 +193,7 @@ expected_frames() {
   local count
   count=$(known nb_frames)
   if [ -z "$count" ]; then
-    count=$(awk -v d="$(known duration)" -v c="$(known container_duration)" -v a="$(known avg_frame_rate)" 'BEGIN {
+    count=$(calculate -v d="$(known duration)" -v c="$(known container_duration)" -v a="$(known avg_frame_rate)" 'BEGIN {
       split(a, y, "/"); if (!(d > 0)) d = c
       if (d > 0 && y[2] > 0) printf "%d", d * y[1] / y[2] + 0.5
     }')
@@ -334,7 +339,7 @@ encode() {
   if [ ${#codec[@]} -gt 0 ]; then
     filter+=,format=$format
   fi
-  offset=$(awk -v v="$(known start_time)" -v c="$(known container_start)" 'BEGIN { printf "%.6f", v - c }')
+  offset=$(calculate -v v="$(known start_time)" -v c="$(known container_start)" 'BEGIN { printf "%.6f", v - c }')
   local code=0
   { printf '%s\n' "$y4m_header" && cat; } 2>/dev/null |
     ffmpeg -nostdin -v error -itsoffset "$offset" -f yuv4mpegpipe -i pipe:0 "${second[@]}" \

@@ -1,5 +1,6 @@
 """render.sh: the whole job for pictures and for video, with ffmpeg around the host program."""
 
+import os
 import pathlib
 
 import numpy as np
@@ -10,8 +11,8 @@ from conftest import COOL, IMAGES, ROOT, WARM, ffmpeg, pixels, probe, render, ru
 SCRIPT = ROOT / "render.sh"
 
 
-def script(*words, cwd):
-    return run([SCRIPT, *words], cwd=cwd)
+def script(*words, cwd, env=None):
+    return run([SCRIPT, *words], cwd=cwd, env=env)
 
 
 @pytest.fixture
@@ -92,6 +93,17 @@ def test_the_frames_of_a_video_are_graded_right(folder, clip):
     difference = np.abs(pixels(folder / "o.png") - pixels(folder / "r.png"))
     assert np.median(difference) <= 2
     assert difference.mean() < 6
+
+
+def test_a_language_with_a_decimal_comma_changes_nothing(folder, clip, tmp_path):
+    # Few machines have such a locale: this awk behaves as under one unless it is told otherwise.
+    awk = tmp_path / "awk"
+    awk.write_text('#!/bin/sh\n[ "$LC_ALL" = C ] && exec /usr/bin/awk "$@"\n'
+                   '/usr/bin/awk "$@" | tr . ,\n')
+    awk.chmod(0o755)
+    result = script(clip.name, "out.mp4", "--look", WARM, cwd=folder,
+                    env={"PATH": f"{tmp_path}:{os.environ['PATH']}", "LC_ALL": "C.UTF-8"})
+    assert result.code == 0, result.lines
 
 
 def test_full_range_and_444_survive(folder, clip):
