@@ -10,20 +10,25 @@ export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
 # No browser engine, no managed code: their absence must not ask for a download.
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
 
+set_up() {
+  # A desktop of Wine's own: with no window manager every closing window would wait for one. And a
+  # crash must end a test, not wait for somebody to answer a dialog.
+  wineboot --init &&
+    wine reg add 'HKCU\Software\Wine\Explorer' /v Desktop /d Default /f &&
+    wine reg add 'HKCU\Software\Wine\Explorer\Desktops' /v Default /d 1280x1024 /f &&
+    wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f &&
+    wineserver -w &&
+    touch "$WINEPREFIX/.ready"
+}
+
 if [ ! -e "$WINEPREFIX/.ready" ]; then
-  mkdir -p "$WINEPREFIX"
-  (
+  mkdir -p "$WINEPREFIX" 2>/dev/null && (
     flock 9
-    if [ ! -e "$WINEPREFIX/.ready" ]; then
-      wineboot --init >/dev/null 2>&1 </dev/null
-      # A desktop of Wine's own: with no window manager every closing window would wait for one.
-      wine reg add 'HKCU\Software\Wine\Explorer' /v Desktop /d Default /f >/dev/null 2>&1 </dev/null
-      wine reg add 'HKCU\Software\Wine\Explorer\Desktops' /v Default /d 1280x1024 /f >/dev/null 2>&1 </dev/null
-      # A crash must end a test, not wait for somebody to answer a dialog.
-      wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f >/dev/null 2>&1 </dev/null
-      wineserver -w
-      touch "$WINEPREFIX/.ready"
-    fi
-  ) 9>"$WINEPREFIX.lock"
+    [ -e "$WINEPREFIX/.ready" ] || set_up >/dev/null 2>&1 </dev/null
+  ) 9>"$WINEPREFIX.lock" || {
+    echo "wine-run: $WINEPREFIX: Wine cannot set up its folder there;" \
+      "check that the disk has room and that the folder is yours, and run again" >&2
+    exit 1
+  }
 fi
 exec wine "$@"

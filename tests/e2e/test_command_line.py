@@ -178,3 +178,11 @@ def test_relative_paths_start_at_the_current_folder(small, tmp_path):
     result = render(small.name, "out.png", cwd=tmp_path)
     assert result.code == 0, result.lines
     assert (tmp_path / "out.png").exists()
+
+
+def test_a_folder_that_wine_cannot_use_is_told(tmp_path):
+    (tmp_path / "file").touch()
+    prefix = tmp_path / "file" / "prefix"
+    result = host("--version", env={"GLAZEL_WINEPREFIX": str(prefix)})
+    assert result.code == 1
+    assert str(prefix) in result.only_line()
