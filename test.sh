@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Builds everything and runs every test: the pure logic natively under the sanitizers, everything
-# else as Windows programs under Wine. Arguments go to ctest, for instance: ./test.sh -L unit
-# GLAZEL_PRESETS names other presets than these two: GLAZEL_PRESETS=debug runs with assertions on.
+# Builds everything and runs every test: the pure logic natively under the sanitizers and the fuzzer,
+# everything else as Windows programs under Wine. Arguments go to ctest, for instance: ./test.sh -L unit
+# GLAZEL_PRESETS names other presets than these three: GLAZEL_PRESETS=debug runs with assertions on.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 ./setup.sh
 
 jobs=$(nproc)
-read -r -a presets <<<"${GLAZEL_PRESETS:-native release}"
+read -r -a presets <<<"${GLAZEL_PRESETS:-native fuzz release}"
 log=build/log
 mkdir -p "$log"
 

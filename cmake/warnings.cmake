@@ -31,4 +31,8 @@ else()
   target_compile_options(glazel_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(glazel_options INTERFACE -fsanitize=address,undefined)
+  if(GLAZEL_FUZZ)
+    target_compile_options(glazel_options INTERFACE
+      -fsanitize=fuzzer-no-link,float-cast-overflow)
+  endif()
 endif()

@@ -193,8 +193,7 @@ void RedirectMessageBoxes(HMODULE module)
                 const auto replacement = std::find_if(
                     kReplacements.begin(), kReplacements.end(),
                     [&slot](const Replacement& row) { return slot.function == row.function; });
-                if (replacement != kReplacements.end() &&
-                    slot.slotOffset + sizeof(replacement->address) <= memory.size())
+                if (replacement != kReplacements.end())
                 {
                     Patch(memory.data() + slot.slotOffset, replacement->address);
                 }

@@ -105,7 +105,9 @@ std::vector<ImportSlot> SlotsOf(const Reader& reader, std::uint32_t names, std::
     for (std::uint32_t index = 0; index < kMostSlots; ++index)
     {
         const auto entry = reader.AtAddress<std::uint64_t>(names + std::uint64_t{index} * 8U);
-        if (!entry || *entry == 0)
+        const bool hasSlot =
+            reader.AtAddress<std::uint64_t>(slots + std::uint64_t{index} * 8U).has_value();
+        if (!entry || *entry == 0 || !hasSlot)
         {
             break;
         }

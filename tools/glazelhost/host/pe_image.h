@@ -18,7 +18,7 @@ inline constexpr std::uint16_t kMachineArm64 = 0xAA64;
 struct ImportSlot
 {
     std::string function;     // empty when imported by number
-    std::uint32_t slotOffset; // of the 8-byte address slot, from the start of a loaded module
+    std::uint32_t slotOffset; // of the 8-byte address slot, inside a loaded module, from its start
 };
 
 struct ImportedLibrary
