@@ -60,9 +60,9 @@ bool RunSteps(Steps&& steps) noexcept
 
 // Runs an operation that keeps its result in `current`. A failed check is traced and its code
 // returned; after anything else, success included, the answer is `current` as the operation left
-// it.
-template <typename Operation>
-std::int32_t ResultOf(const std::int32_t& current, Operation&& operation) noexcept
+// it. Of any type of result: another one would not be the operation's variable but a copy of it.
+template <typename Result, typename Operation>
+Result ResultOf(const Result& current, Operation&& operation) noexcept
 {
     try
     {
@@ -71,7 +71,7 @@ std::int32_t ResultOf(const std::int32_t& current, Operation&& operation) noexce
     catch (const ExceptionInfo& error)
     {
         Trace(0, "%s", error.message);
-        return error.result;
+        return static_cast<Result>(error.result);
     }
     catch (...)
     {

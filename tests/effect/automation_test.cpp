@@ -1,4 +1,5 @@
 #include "tests/effect/effect_fixture.h"
+#include "tests/fakes/allocation_count.h"
 
 #include <cmath>
 
@@ -292,6 +293,13 @@ TEST_F(Automation, AShortReadIsNotDetectedAndLeavesNoForeignBytes)
     Bytes expected = RecordBytes(9);
     std::fill(expected.begin() + 30, expected.end(), std::uint8_t{0});
     EXPECT_EQ(BytesOf(effect->m_current), expected);
+
+    // A block of the same size is kept, with the bytes of the record before.
+    FakeStream second(RecordBytes(5));
+    second.mostBytesRead = 25;
+    EXPECT_EQ(effect->LoadProps(&second), S_OK);
+    std::fill(expected.begin() + 20, expected.begin() + 25, std::uint8_t{5});
+    EXPECT_EQ(BytesOf(effect->m_current), expected);
 }
 
 TEST_F(Automation, ItsOperationsStandInTheirSlots)
@@ -349,14 +357,28 @@ TEST_F(Automation, ASizeBeyondMemorySucceedsWithAnEmptyRecord)
 {
     Fill(effect->m_current, RecordBytes(7));
     FakeStream stream(RecordBytes(9));
-    stream.extraSize = 0xFFFFFF00U; // the low half is what counts
-    const HRESULT result = effect->LoadProps(&stream);
-    EXPECT_EQ(result, S_OK);
-    if (effect->m_current.data == nullptr)
-    {
-        EXPECT_EQ(effect->m_current.size, 0U);
-        EXPECT_EQ(stream.reads, 0);
-    }
+    stream.extraSize = 0x10000;
+    const ShortMemory shortage(0x10000);
+    EXPECT_EQ(effect->LoadProps(&stream), S_OK);
+    EXPECT_EQ(effect->m_current.data, nullptr);
+    EXPECT_EQ(effect->m_current.size, 0U);
+    EXPECT_EQ(stream.reads, 0);
+}
+
+TEST_F(Automation, ACopyAndABlendWithoutMemorySucceedWithAnEmptyRecord)
+{
+    SessionData from;
+    SessionData to;
+    SessionData target;
+    Fill(from, RecordBytes(7, 1, 0x10000));
+    Fill(to, RecordBytes(9, 1, 0x10000));
+    const ShortMemory shortage(0x10000);
+    EXPECT_EQ(effect->CopyProps(&target, &from), S_OK);
+    EXPECT_EQ(target.data, nullptr);
+    EXPECT_EQ(target.size, 0U);
+    EXPECT_EQ(effect->InterpolateProps(&target, &from, &to, 0.5), S_OK);
+    EXPECT_EQ(target.data, nullptr);
+    EXPECT_EQ(target.size, 0U);
 }
 
 TEST_F(Automation, OnlyTheLowHalfOfTheStreamsSizeCounts)

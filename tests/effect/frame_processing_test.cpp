@@ -296,7 +296,20 @@ TEST_F(FrameProcessing, TheDirectPathFetchesThePreviewFirstThenLocksOutputAndInp
     ASSERT_EQ(Execute(), S_OK);
     EXPECT_EQ(log.LockCalls(), (Calls{"input.LockSurface", "input.Unlock", "output.LockSurface",
                                       "input.LockSurface", "input.Unlock", "output.Unlock"}));
-    EXPECT_FALSE(output->lockNotes[0].bounds.has_value()) << "the whole surface";
+    ASSERT_EQ(input->lockNotes.size(), 2U);
+    ASSERT_EQ(output->lockNotes.size(), 1U);
+    for (const FakeSurface::LockNote& note : input->lockNotes)
+    {
+        EXPECT_FALSE(note.bounds.has_value()) << "the whole surface";
+        EXPECT_EQ(note.timeOutMs, 10000U);
+        EXPECT_EQ(note.flags, DWORD{DXLOCKF_READ});
+        EXPECT_EQ(note.iid, IID_IDXARGBReadPtr);
+    }
+    const FakeSurface::LockNote& outputNote = output->lockNotes[0];
+    EXPECT_FALSE(outputNote.bounds.has_value()) << "the whole surface";
+    EXPECT_EQ(outputNote.timeOutMs, 10000U);
+    EXPECT_EQ(outputNote.flags, DWORD{DXLOCKF_READWRITE});
+    EXPECT_EQ(outputNote.iid, IID_IDXARGBReadWritePtr);
     const FrameBufferDesc& preview = *effect->GetPreviewFrame();
     EXPECT_EQ(preview.format, 17U);
     EXPECT_TRUE(preview.IsValid());
@@ -541,6 +554,66 @@ TEST_F(FrameProcessing, AnInputWithoutPixelsSucceedsWithoutARender)
     EXPECT_EQ(effect->WorkProc({}, &goOn), S_OK);
     EXPECT_EQ(Renders(), 0U);
     EXPECT_TRUE(output->packed.empty());
+    ExpectNoOpenLocks();
+}
+
+TEST_F(FrameProcessing, TheResultIsThatOfTheLastLock)
+{
+    BOOL goOn = TRUE;
+    SetUp(DXPF_ARGB32, DXPF_ARGB32);
+    CDXTWorkInfoNTo1 whole;
+    whole.OutputBnds = CDXDBnds(RECT{0, 0, 8, 4});
+    output->FailCall("LockSurface", S_FALSE);
+    EXPECT_EQ(effect->WorkProc(whole, &goOn), S_FALSE);
+    input->FailCall("LockSurface", S_FALSE);
+    EXPECT_EQ(effect->WorkProc(whole, &goOn), S_OK) << "the output is locked after the input";
+
+    SetUp(DXPF_NONSTANDARD, DXPF_NONSTANDARD);
+    input->FailCall("LockSurface", S_FALSE, 2); // the first is for the preview
+    EXPECT_EQ(effect->WorkProc({}, &goOn), S_FALSE);
+    output->FailCall("LockSurface", S_FALSE);
+    EXPECT_EQ(effect->WorkProc({}, &goOn), S_OK) << "the input is locked after the output";
+}
+
+TEST_F(FrameProcessing, ASkippedRenderReturnsTheResultOfTheLastLock)
+{
+    FakeSurfaceSettings hidden = Surface("output", DXPF_NONSTANDARD, &log);
+    hidden.hasMemory = false;
+    SetUp(Surface("input", DXPF_NONSTANDARD, &log), hidden);
+    BOOL goOn = TRUE;
+    input->FailCall("LockSurface", S_FALSE, 2);
+    EXPECT_EQ(effect->WorkProc({}, &goOn), S_FALSE);
+    EXPECT_EQ(Renders(), 0U);
+}
+
+TEST_F(FrameProcessing, ABufferWithoutMemoryIsReportedAndNothingIsRendered)
+{
+    constexpr std::size_t kFrameBytes = 64 * 32 * 4; // nothing else here takes as much
+    const auto setUp = [this](DXSAMPLEFORMATENUM inputFormat, DXSAMPLEFORMATENUM outputFormat) {
+        FakeSurfaceSettings source = Surface("input", inputFormat, &log);
+        FakeSurfaceSettings target = Surface("output", outputFormat, &log);
+        source.width = target.width = 64;
+        source.height = target.height = 32;
+        SetUp(source, target);
+    };
+    const Calls inputAlone{"input.LockSurface", "input.Unlock"};
+    setUp(DXPF_ARGB32, DXPF_ARGB32);
+    {
+        const ShortMemory shortage(kFrameBytes);
+        EXPECT_EQ(Execute(), E_OUTOFMEMORY) << "for the input";
+    }
+    EXPECT_EQ(log.LockCalls(), inputAlone);
+
+    setUp(DXPF_NONSTANDARD, DXPF_NONSTANDARD);
+    ASSERT_EQ(Execute(), S_OK) << "the input's buffer is there, the output's is not";
+    setUp(DXPF_NONSTANDARD, DXPF_ARGB32);
+    {
+        const ShortMemory shortage(kFrameBytes);
+        EXPECT_EQ(Execute(), E_OUTOFMEMORY) << "for the output";
+    }
+    EXPECT_EQ(log.LockCalls(), inputAlone);
+    EXPECT_EQ(Renders(), 1U);
+    EXPECT_EQ(Execute(), S_OK) << "and the next frame is whole again";
     ExpectNoOpenLocks();
 }
 

@@ -2,25 +2,40 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 namespace
 {
 
-std::atomic<long> g_count = 0;
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
-}
+std::atomic<long> g_count = 0;
+std::atomic<std::size_t> g_limit = kNoLimit;
+
+} // namespace
 
 long AllocationCount() noexcept
 {
     return g_count;
 }
 
+ShortMemory::ShortMemory(std::size_t bytes) noexcept
+{
+    g_limit = bytes;
+}
+
+ShortMemory::~ShortMemory()
+{
+    g_limit = kNoLimit;
+}
+
 // The array and nothrow forms of the library come through these.
 void* operator new(std::size_t size)
 {
     ++g_count;
-    if (void* const block = std::malloc(size == 0 ? 1 : size))
+    void* const block = size < g_limit ? std::malloc(size == 0 ? 1 : size) : nullptr;
+    if (block != nullptr)
     {
         return block;
     }

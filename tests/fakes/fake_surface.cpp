@@ -297,7 +297,7 @@ HRESULT STDMETHODCALLTYPE FakeSurface::LockSurface(const DXBNDS* bounds, ULONG t
     }
     samples->AddRef();
     *pointer = static_cast<IDXARGBReadWritePtr*>(samples);
-    return S_OK;
+    return hr;
 }
 
 HRESULT STDMETHODCALLTYPE FakeSurface::GetStatusFlags(DWORD*) noexcept

@@ -51,13 +51,30 @@ TEST(ExceptionInfo, StepsEndAtTheFirstFailedCheck)
     EXPECT_EQ(steps, 2);
 }
 
-TEST(ExceptionInfo, ForeignExceptionsEndAnOperationWithItsCurrentResult)
+template <typename Result>
+class ExceptionInfoResult : public testing::Test
 {
-    std::int32_t current = kResultOk;
-    const std::int32_t result = ResultOf(current, [&] {
+};
+using Results = testing::Types<int, long>; // the system's own is long
+TYPED_TEST_SUITE(ExceptionInfoResult, Results);
+
+TYPED_TEST(ExceptionInfoResult, ASuccessCodeIsReturnedAsTheOperationLeftIt)
+{
+    TypeParam current = kResultOk;
+    EXPECT_EQ(ResultOf(current, [&] { current = 1; }), 1);
+}
+
+TYPED_TEST(ExceptionInfoResult, ForeignExceptionsEndAnOperationWithItsCurrentResult)
+{
+    TypeParam current = kResultOk;
+    const auto result = ResultOf(current, [&] {
         current = 1;
         throw std::runtime_error("foreign");
     });
     EXPECT_EQ(result, 1);
+}
+
+TEST(ExceptionInfo, ForeignExceptionsEndSteps)
+{
     EXPECT_FALSE(RunSteps([] { throw std::runtime_error("foreign"); }));
 }
