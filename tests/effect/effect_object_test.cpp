@@ -129,6 +129,35 @@ TEST_F(EffectObject, AnswersEveryInterfaceWithOneIdentity)
     }
 }
 
+// Hosts were built with these; a mistyped one would agree with itself everywhere else.
+TEST_F(EffectObject, TheIdentifiersAreThoseThatHostsKnow)
+{
+    struct Row
+    {
+        const wchar_t* text;
+        const IID& declared;
+    };
+    const Row rows[] = {{L"{709BA0D3-F965-11D1-9AA9-00A0C99B12C5}", IID_ISfVideoPluginExtension},
+                        {L"{709BA0D6-F965-11D1-9AA9-00A0C99B12C5}", IID_ISfFrameInformation},
+                        {L"{8D506FC4-9541-11D2-9601-00C04F8EDC2D}", IID_IDXTSfAutomation},
+                        {L"{36A22460-0CC9-11D0-8574-00A0C9053912}", IID_IStaticFilterPreset},
+                        {L"{0CC91747-EF4A-11D3-8558-00802968502D}", IID_ISfExchangeProps},
+                        {L"{AC047D4A-B6BB-41DA-8284-910FC0BA3165}", IID_IPlugin},
+                        {L"{E31FB81B-1335-11D1-8189-0000F87557DB}", IID_IDXEffect},
+                        {L"{30A5FB78-E11F-11D1-9064-00C04FD9189D}", IID_IDXTransform},
+                        {L"{30A5FB79-E11F-11D1-9064-00C04FD9189D}", IID_IDXSurfacePick},
+                        {L"{17B59B2B-9CC8-11D1-9053-00C04FD9189D}", IID_IDXBaseObject},
+                        {L"{B39FD73F-E139-11D1-9065-00C04FD9189D}", IID_IDXSurface},
+                        {L"{EAAAC2D6-C290-11D1-905D-00C04FD9189D}", IID_IDXARGBReadPtr},
+                        {L"{EAAAC2D7-C290-11D1-905D-00C04FD9189D}", IID_IDXARGBReadWritePtr}};
+    for (const Row& row : rows)
+    {
+        IID iid{};
+        ASSERT_EQ(::IIDFromString(row.text, &iid), S_OK) << row.text;
+        EXPECT_EQ(iid, row.declared) << row.text;
+    }
+}
+
 TEST_F(EffectObject, TheFirstEntryOfTheMapIsTheIdentity)
 {
     CComPtr<IUnknown> identity;

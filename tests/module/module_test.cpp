@@ -76,6 +76,7 @@ TEST(Module, TwoEffectsInARowStartTheRendererTwiceAndUnloadingEndsItOnce)
     EXPECT_EQ(recording.calls[0].call, Call::InitRenderer);
     EXPECT_EQ(recording.calls[1].call, Call::InitRenderer);
     EXPECT_EQ(recording.calls[2].call, Call::ExitRenderer);
+    EXPECT_EQ(TakeLoads(), 1 + 1) << "by this test and by the first effect";
 }
 
 TEST(Module, HandsOutOneClassObjectAndNoneForOtherClasses)

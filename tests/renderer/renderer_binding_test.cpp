@@ -86,6 +86,8 @@ TEST(RendererBinding, EachStartRunsInitRendererWithItsModeAndReturnsItsResult)
     EXPECT_EQ(CountOf(recording, Call::InitRenderer), 2U);
     EXPECT_EQ(LastCall(recording).word1, 3U);
     EXPECT_TRUE(binding.IsLoaded()) << "a failed start leaves the library loaded";
+    binding.Unload();
+    EXPECT_EQ(TakeLoads(), 1) << "by this test: only the first start had loaded it";
 }
 
 TEST(RendererBinding, ALibraryWithoutTheTwoOptionalNamesLoadsAndIsEditedThroughDoModalUI)
@@ -130,7 +132,7 @@ TEST_P(RendererBindingWithoutOneName, IsRefusedWithMinusTwoAndAnswersTheFixedVal
     EXPECT_EQ(binding.Start(3), -2) << "and tried again";
     ExpectNotAvailable(binding);
     EXPECT_EQ(recording.count, 0U) << "nothing of it was called";
-    EXPECT_NE(::GetModuleHandleA(RendererAPI::kLibraryName), nullptr);
+    EXPECT_EQ(TakeLoads(), 1 + 2) << "by this test and by both starts: nothing is freed";
 }
 
 INSTANTIATE_TEST_SUITE_P(EachRequiredName, RendererBindingWithoutOneName,

@@ -15,6 +15,17 @@ std::wstring BinFolder()
     return last == L"bin" ? folder : folder.substr(0, folder.find_last_of(L'\\'));
 }
 
+int TakeLoads()
+{
+    int loads = 0;
+    while (const HMODULE module = ::GetModuleHandleA(RendererAPI::kLibraryName))
+    {
+        ::FreeLibrary(module);
+        ++loads;
+    }
+    return loads;
+}
+
 Recording& UseRenderer(const std::wstring& variant)
 {
     const std::wstring file = BinFolder() + L"\\renderers\\" + variant + L"\\GZ3Renderer_x64.dll";

@@ -13,5 +13,9 @@
 // "without_GetSessionIcon" (and so on for each required name), "init_fails".
 Recording& UseRenderer(const std::wstring& variant);
 
+// How often the renderer has been loaded, UseRenderer's own time included: unloads it to tell. The
+// last thing in a test: nobody may call the renderer afterwards.
+int TakeLoads();
+
 // The folder where all DLLs and programs stand.
 std::wstring BinFolder();
