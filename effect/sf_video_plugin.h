@@ -59,7 +59,7 @@ public:
     // The record operations. They follow IStaticFilterPreset's methods in its table, in this order:
     // it is the primary base, and these are the first new virtual functions. The bodies here suit a
     // record that is plain data; an effect whose record owns memory overrides all of them. Callers
-    // hold m_lock where the record is one of the effect's.
+    // hold m_lock where the record is one of the effect's, but for LoadPreset: see m_current.
     virtual HRESULT STDMETHODCALLTYPE LoadPreset(LONG index) noexcept;
     virtual HRESULT STDMETHODCALLTYPE ReadProps(IStream* stream, Record* record) noexcept;
     virtual HRESULT STDMETHODCALLTYPE WriteProps(IStream* stream, Record* record) noexcept;
