@@ -7,7 +7,7 @@ packages=(
   # cross toolchain and build
   g++-mingw-w64-x86-64-win32 binutils-mingw-w64-x86-64 cmake ninja-build git
   # native tests of the pure logic; clang as a second compiler, formatter and linter
-  g++ clang clang-format clang-tidy libclang-rt-14-dev
+  g++ clang clang-format clang-tidy libclang-rt-dev
   # headers used by the host program, the reference renderer and the tests
   libcli11-dev nlohmann-json3-dev libstb-dev librapidxml-dev googletest
   # running Windows programs, with windows
