@@ -87,6 +87,7 @@ LRESULT CPluginPP::OnCommand(UINT, WPARAM wParam, LPARAM, BOOL&) noexcept
 
 LRESULT CPluginPP::OnPaint(UINT, WPARAM, LPARAM, BOOL&) noexcept
 {
+    EndLostPress();
     const PanelSize page = ClientSize(m_hWnd);
     const PaintScope paint(m_hWnd);
     if (paint.Dc() == nullptr)
@@ -116,6 +117,7 @@ LRESULT CPluginPP::OnEraseBackground(UINT, WPARAM, LPARAM, BOOL&) noexcept
 
 LRESULT CPluginPP::OnLButtonDown(UINT, WPARAM, LPARAM, BOOL&) noexcept
 {
+    EndLostPress();
     ::SetCapture(m_hWnd);
     m_press.Press();
     FollowPointer();
@@ -124,6 +126,7 @@ LRESULT CPluginPP::OnLButtonDown(UINT, WPARAM, LPARAM, BOOL&) noexcept
 
 LRESULT CPluginPP::OnLButtonUp(UINT, WPARAM, LPARAM, BOOL&) noexcept
 {
+    EndLostPress();
     const PressTracker::Release release = m_press.ReleaseButton();
     if (release.wasPressed)
     {
@@ -176,10 +179,25 @@ void CPluginPP::Refresh() noexcept
     Invalidate();
 }
 
+void CPluginPP::EndLostPress() noexcept
+{
+    if (!m_press.IsTracking() || ::GetCapture() == m_hWnd)
+    {
+        return;
+    }
+    const bool wasPressed = m_press.EditPressed();
+    m_press = {};
+    if (wasPressed)
+    {
+        DrawEditButton(WindowContext(m_hWnd), false);
+    }
+}
+
 // One step of a press. The message's own position is not used: it is where the pointer was when the
 // message was made.
 void CPluginPP::FollowPointer() noexcept
 {
+    EndLostPress();
     POINT pointer{};
     if (!m_press.IsTracking() || ::GetCursorPos(&pointer) == FALSE)
     {

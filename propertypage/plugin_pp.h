@@ -73,6 +73,9 @@ private:
     void Notify(UINT command) noexcept;
     // Takes the effect's record over; when that fails the page keeps its own. Repaints.
     void Refresh() noexcept;
+    // Ends a press whose capture is gone, to another window or by the system: its release never
+    // comes here.
+    void EndLostPress() noexcept;
     void FollowPointer() noexcept;
     void ToggleLinearGamma(const WindowContext& context) noexcept;
     void Edit() noexcept;

@@ -26,6 +26,12 @@ protected:
     {
         return ScreenOf(PageWindow()).At(7 + 116, 70 + 7) == 0xFFD700; // gold
     }
+    // A step of the pointer that the page hears of even when the mouse is another window's.
+    void MoveOver(PanelPoint point) const
+    {
+        MovePointer(PageWindow(), point);
+        ::SendMessageW(PageWindow(), WM_MOUSEMOVE, 0, 0);
+    }
     std::size_t EditorCalls() const { return CallsOf(Call::DoModalUI2) + CallsOf(Call::DoModalUI); }
 };
 
@@ -240,4 +246,78 @@ TEST_F(PageMouse, APressEndsWithItsWindow)
     ::SendMessageW(PageWindow(), WM_MOUSEMOVE, 0, 0);
     ::SendMessageW(PageWindow(), WM_LBUTTONUP, 0, 0);
     EXPECT_EQ(EditorCalls(), 0U);
+}
+
+TEST_F(PageMouse, APressEndsWhenTheSystemTakesTheMouseAway)
+{
+    Open();
+    MovePointer(PageWindow(), kElsewhere);
+    Push();
+    ::SendMessageW(PageWindow(), WM_CANCELMODE, 0, 0);
+    ASSERT_EQ(::GetCapture(), nullptr);
+    MoveOver(kOnCheckBox);
+    EXPECT_EQ(exchange.sets, 0);
+    MoveOver(kOnEdit);
+    EXPECT_FALSE(ShowsEditPressed());
+    LiftButton();
+    MoveOver(kOnCheckBox);
+    Push();
+    EXPECT_EQ(exchange.sets, 1) << "the next press is one like any other";
+    Lift();
+}
+
+TEST_F(PageMouse, APressEndsWhenAnotherWindowTakesTheMouse)
+{
+    Open();
+    MovePointer(PageWindow(), kElsewhere);
+    Push();
+    ::SetCapture(frame->Window());
+    MoveOver(kOnCheckBox);
+    MoveOver(kOnEdit);
+    EXPECT_EQ(exchange.sets, 0);
+    EXPECT_FALSE(ShowsEditPressed());
+    EXPECT_EQ(::GetCapture(), frame->Window()) << "it is not the page's to give back";
+    LiftButton();
+    ::ReleaseCapture();
+    MoveOver(kOnCheckBox);
+    Push();
+    EXPECT_EQ(exchange.sets, 1);
+    Lift();
+}
+
+TEST_F(PageMouse, AReleaseAfterTheMouseWasTakenAwayDoesNotOpenTheEditor)
+{
+    exchange.ShowPreview(kFormatBgra8);
+    Open();
+    MovePointer(PageWindow(), kOnEdit);
+    Push();
+    EXPECT_TRUE(ShowsEditPressed());
+    ::ReleaseCapture();
+    ::SendMessageW(PageWindow(), WM_LBUTTONUP, 0, 0);
+    EXPECT_EQ(EditorCalls(), 0U);
+    EXPECT_FALSE(ShowsEditPressed());
+    LiftButton();
+}
+
+TEST_F(PageMouse, APressAfterOneThatLostTheMouseTogglesTheCheckBoxAgain)
+{
+    Open();
+    MovePointer(PageWindow(), kOnCheckBox);
+    Push();
+    EXPECT_EQ(exchange.sets, 1);
+    ::ReleaseCapture(); // as by a box of the host's: the release goes there
+    ::SendMessageW(PageWindow(), WM_LBUTTONDOWN, MK_LBUTTON, 0);
+    EXPECT_EQ(exchange.sets, 2);
+    Lift();
+}
+
+TEST_F(PageMouse, APaintAfterTheMouseWasTakenAwayShowsEditAsNormal)
+{
+    Open();
+    MovePointer(PageWindow(), kOnEdit);
+    Push();
+    ::ReleaseCapture();
+    Repaint();
+    EXPECT_FALSE(ShowsEditPressed());
+    LiftButton();
 }
