@@ -112,15 +112,36 @@ void EditorWindow::Accept()
 
 void EditorWindow::OnSlider(std::size_t index, int what)
 {
-    const Control control = kControls[index].control;
-    if (what == SLIDER_RESET)
+    const ControlFacts& facts = kControls[index];
+    switch (what)
     {
-        Reset(control);
-        return;
+    case SLIDER_MOVED:
+        OnSliderMoved(index);
+        break;
+    case SLIDER_RESET:
+        Reset(facts.control);
+        break;
+    case SLIDER_BEGAN:
+        m_beforeDrag = m_draft.NumbersOf(facts.step);
+        break;
+    case SLIDER_CANCELLED:
+        m_draft.SetNumbers(facts.step, m_beforeDrag);
+        Changed();
+        break;
+    default:
+        break;
     }
+}
+
+void EditorWindow::OnSliderMoved(std::size_t index)
+{
+    const ControlFacts& facts = kControls[index];
     const float value = m_controls.SliderValue(index);
-    const bool all = m_controls.SliderMovesAll(index);
-    if (all ? m_draft.SetTogether(control, value) : m_draft.Set(control, value))
+    // In a drag from where it began: going step by step, what a limit cut off would not come back.
+    const StepNumbers from =
+        m_controls.IsSliderDragged(index) ? m_beforeDrag : m_draft.NumbersOf(facts.step);
+    if (m_controls.SliderMovesAll(index) ? m_draft.SetTogether(facts.control, value, from)
+                                         : m_draft.Set(facts.control, value))
     {
         Changed();
     }

@@ -34,6 +34,7 @@ public:
 
     float SliderValue(std::size_t index) const noexcept { return m_sliders[index].Value(); }
     bool SliderMovesAll(std::size_t index) const noexcept { return m_sliders[index].MovesAll(); }
+    bool IsSliderDragged(std::size_t index) const noexcept { return m_sliders[index].IsDragged(); }
     // Takes back a drag of any slider. False when there is none.
     bool CancelDrag() noexcept;
 

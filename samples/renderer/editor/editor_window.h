@@ -46,6 +46,7 @@ private:
     // What the user does.
     void OnCommand(int id, int what, HWND from);
     void OnSlider(std::size_t index, int what);
+    void OnSliderMoved(std::size_t index);
     void OnNumber(std::size_t index, int what);
     void OnNumberTyped(std::size_t index);
     void OnDrop(WPARAM drop);
@@ -83,6 +84,7 @@ private:
     PictureWindow m_picture;
     EditorLayout m_layout;
     GroundTexts m_texts;
+    StepNumbers m_beforeDrag{}; // of the slider that was dragged last
     bool m_statusIsWrong = false;
     HWND m_lastFocus = nullptr;
     bool m_done = false;

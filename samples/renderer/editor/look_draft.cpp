@@ -31,6 +31,11 @@ auto& NumberOf(Look& look, const ControlFacts& facts) noexcept
     return look.strength;
 }
 
+bool CanBeTyped(const ControlFacts& facts, float value) noexcept
+{
+    return value >= facts.lowest && value <= facts.highest; // NaN is neither
+}
+
 std::array<std::uint8_t, 4> OptionOf(std::span<const std::uint8_t> record,
                                      RecordState state) noexcept
 {
@@ -88,8 +93,7 @@ std::string LookDraft::TablesText() const
 
 bool LookDraft::Set(Control control, float value) noexcept
 {
-    const ControlFacts& facts = FactsOf(control);
-    if (!(value >= facts.lowest && value <= facts.highest)) // NaN is neither
+    if (!CanBeTyped(FactsOf(control), value))
     {
         return false;
     }
@@ -97,23 +101,49 @@ bool LookDraft::Set(Control control, float value) noexcept
     return true;
 }
 
-bool LookDraft::SetTogether(Control control, float value) noexcept
+bool LookDraft::SetTogether(Control control, float value, const StepNumbers& before) noexcept
 {
     const ControlFacts& facts = FactsOf(control);
-    const double from = PositionOf(facts, Value(control));
     if (!Set(control, value))
     {
         return false;
     }
-    const double moved = PositionOf(facts, value) - from;
+    const double moved = PositionOf(facts, value) - PositionOf(facts, before[facts.channel]);
     for (const ControlFacts& other : kControls)
     {
         if (other.step == facts.step && other.control != control)
         {
-            Store(other.control, ValueAt(other, PositionOf(other, Value(other.control)) + moved));
+            const float from = before[other.channel];
+            // Where nothing moved, nothing is rounded either.
+            const bool stays = moved == 0.0 || !CanBeTyped(other, from);
+            Store(other.control, stays ? from : ValueAt(other, PositionOf(other, from) + moved));
         }
     }
     return true;
+}
+
+StepNumbers LookDraft::NumbersOf(Step step) const noexcept
+{
+    StepNumbers numbers{};
+    for (const ControlFacts& facts : kControls)
+    {
+        if (facts.step == step)
+        {
+            numbers[facts.channel] = Value(facts.control);
+        }
+    }
+    return numbers;
+}
+
+void LookDraft::SetNumbers(Step step, const StepNumbers& numbers) noexcept
+{
+    for (const ControlFacts& facts : kControls)
+    {
+        if (facts.step == step)
+        {
+            Store(facts.control, numbers[facts.channel]);
+        }
+    }
 }
 
 void LookDraft::Reset(Control control) noexcept

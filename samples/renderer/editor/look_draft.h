@@ -12,6 +12,9 @@
 #include <string>
 #include <string_view>
 
+// The numbers of a step, by channel; a step with one number has it first and leaves the rest 0.
+using StepNumbers = std::array<float, 3>;
+
 // Allocates in its constructor only, except for titles.
 class LookDraft
 {
@@ -33,8 +36,13 @@ public:
 
     // False, and nothing changes, when `value` cannot be typed there or is NaN.
     bool Set(Control control, float value) noexcept;
-    // Moves the control to `value` and the other channels of its step by as much of their sliders.
-    bool SetTogether(Control control, float value) noexcept;
+    // Moves the control to `value` and the other channels of its step by as much of their sliders,
+    // counted from `before`: from where a drag began, a limit on the way costs nothing. A channel
+    // that was outside what can be typed there keeps that number.
+    bool SetTogether(Control control, float value, const StepNumbers& before) noexcept;
+    StepNumbers NumbersOf(Step step) const noexcept;
+    // As NumbersOf gave them, whatever they are.
+    void SetNumbers(Step step, const StepNumbers& numbers) noexcept;
     void Reset(Control control) noexcept;
     void ResetAll() noexcept; // the numbers; tables stay
     void RemoveTables() noexcept;

@@ -21,3 +21,5 @@
 // What a slider's WM_COMMAND says.
 #define SLIDER_MOVED 1
 #define SLIDER_RESET 2
+#define SLIDER_BEGAN 3     // a drag; before its first SLIDER_MOVED
+#define SLIDER_CANCELLED 4 // the drag that was begun last: everything as before it

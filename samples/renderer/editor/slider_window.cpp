@@ -47,9 +47,8 @@ bool SliderWindow::CancelDrag() noexcept
     {
         return false;
     }
-    const float before = m_drag->before;
     ::ReleaseCapture(); // ends the drag
-    MoveTo(before, m_movesAll);
+    Tell(SLIDER_CANCELLED);
     return true;
 }
 
@@ -75,8 +74,7 @@ LRESULT SliderWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_MOUSEMOVE:
         if (m_drag)
         {
-            const double position =
-                m_drag->way.Moved(GET_X_LPARAM(lParam), (wParam & MK_SHIFT) != 0);
+            const double position = m_drag->Moved(GET_X_LPARAM(lParam), (wParam & MK_SHIFT) != 0);
             MoveTo(ValueAt(*m_facts, position), (wParam & MK_CONTROL) != 0);
         }
         return 0;
@@ -118,7 +116,8 @@ void SliderWindow::Press(int pixel, WPARAM keys)
     ::SetCapture(Window());
     const double position = ShownPosition(*m_facts, m_value);
     const SliderDrag way(Track(), position, KnobWidth(), pixel);
-    m_drag = Drag{way, m_value};
+    m_drag = way;
+    Tell(SLIDER_BEGAN);
     if (way.Position() != position) // pressed beside the knob
     {
         MoveTo(ValueAt(*m_facts, way.Position()), (keys & MK_CONTROL) != 0);

@@ -10,7 +10,7 @@
 
 #include <optional>
 
-// Tells its parent with WM_COMMAND (SLIDER_MOVED, SLIDER_RESET); changes its own value on
+// Tells its parent with WM_COMMAND (SLIDER_MOVED and the others); changes its own value on
 // SLIDER_MOVED only. Window thread.
 class SliderWindow : public WindowObject<SliderWindow>
 {
@@ -25,20 +25,16 @@ public:
     float Value() const noexcept { return m_value; }
     // Whether the other channels shall move as far.
     bool MovesAll() const noexcept { return m_movesAll; }
+    // Between SLIDER_BEGAN and the end of the drag.
+    bool IsDragged() const noexcept { return m_drag.has_value(); }
     // Shows a value that was set elsewhere.
     void Show(float value) noexcept;
-    // Ends a drag and goes back to where it began. False when there is none.
+    // Ends a drag and lets the parent take it back. False when there is none.
     bool CancelDrag() noexcept;
 
     LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
 
 private:
-    struct Drag
-    {
-        SliderDrag way;
-        float before;
-    };
-
     SliderTrack Track() const noexcept;
     int KnobWidth() const noexcept { return m_theme->Px(9); }
     void Press(int pixel, WPARAM keys);
@@ -53,5 +49,5 @@ private:
     const EditorTheme* m_theme = nullptr;
     float m_value = 0.0F;
     bool m_movesAll = false;
-    std::optional<Drag> m_drag;
+    std::optional<SliderDrag> m_drag;
 };

@@ -21,7 +21,43 @@ protected:
         ::GetClientRect(window, &client);
         return client.right;
     }
+
+    // Red in the middle of its slider, green with a tenth to the left of it, blue beyond all.
+    static Bytes Uneven()
+    {
+        Cdl cdl;
+        cdl.slope = {1.0F, 0.1F, 150.0F};
+        return RecordOf(CdlLook(cdl));
+    }
+    static constexpr WPARAM kWithCtrl = MK_LBUTTON | MK_CONTROL;
+
+    // Takes red's knob in the middle and moves it by a share of the slider's width.
+    static void TakeRed(const OpenEditor& editor, WPARAM keys)
+    {
+        Mouse(editor.Slider(Control::SlopeRed), WM_LBUTTONDOWN,
+              WidthOf(editor.Slider(Control::SlopeRed)) / 2, keys);
+    }
+    static void MoveRed(const OpenEditor& editor, double share, WPARAM keys)
+    {
+        const HWND slider = editor.Slider(Control::SlopeRed);
+        const int width = WidthOf(slider);
+        Mouse(slider, WM_MOUSEMOVE, width / 2 + static_cast<int>(width * share), keys);
+    }
+    static std::string SlopeOf(const OpenEditor& editor)
+    {
+        return editor.NumberText(Control::SlopeRed) + ' ' + editor.NumberText(Control::SlopeGreen) +
+               ' ' + editor.NumberText(Control::SlopeBlue);
+    }
+    // What Esc makes of the three; "" when it changes nothing.
+    static std::string SlopeAfterEscape(const OpenEditor& editor)
+    {
+        const std::string before = SlopeOf(editor);
+        editor.PostKey(VK_ESCAPE);
+        return Eventually([&] { return SlopeOf(editor) != before; }) ? SlopeOf(editor) : "";
+    }
 };
+
+constexpr char kUnevenText[] = "1.000 0.100 150.000";
 
 TEST_F(EditorNumbers, ArrowKeysMoveASliderByHundredthsAndTheNewLookIsHandedOut)
 {
@@ -119,6 +155,60 @@ TEST_F(EditorNumbers, EscapeTakesADragBackAndLeavesTheWindowOpen)
     Mouse(slider, WM_MOUSEMOVE, 0);
     EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.500");
     EXPECT_TRUE(::IsWindow(editor.Window()));
+}
+
+TEST_F(EditorNumbers, EscapeTakesADragOfAllChannelsBack)
+{
+    OpenEditor editor = Open(Uneven());
+    TakeRed(editor, kWithCtrl);
+    MoveRed(editor, -0.25, kWithCtrl);
+    EXPECT_EQ(editor.NumberText(Control::SlopeGreen), "0.000") << "as far as it goes";
+    EXPECT_EQ(editor.NumberText(Control::SlopeBlue), "150.000") << "not cut to what can be typed";
+    EXPECT_EQ(SlopeAfterEscape(editor), kUnevenText);
+    EXPECT_EQ(editor.CloseWith(IDOK), RendererAPI::kEditorAccepted);
+    EXPECT_EQ(m_library.Produced(), Uneven());
+}
+
+TEST_F(EditorNumbers, EscapeTakesAllChannelsBackAfterCtrlWasLetGo)
+{
+    OpenEditor editor = Open(Uneven());
+    TakeRed(editor, kWithCtrl);
+    MoveRed(editor, -0.25, kWithCtrl);
+    MoveRed(editor, -0.125, MK_LBUTTON);
+    EXPECT_EQ(editor.NumberText(Control::SlopeGreen), "0.000") << "red moves alone now";
+    EXPECT_EQ(SlopeAfterEscape(editor), kUnevenText);
+}
+
+TEST_F(EditorNumbers, EscapeTakesAllChannelsBackWhereCtrlCameLate)
+{
+    OpenEditor editor = Open(Uneven());
+    TakeRed(editor, MK_LBUTTON);
+    MoveRed(editor, 0.125, MK_LBUTTON);
+    EXPECT_EQ(editor.NumberText(Control::SlopeGreen), "0.100");
+    MoveRed(editor, 0.25, kWithCtrl);
+    EXPECT_NE(editor.NumberText(Control::SlopeGreen), "0.100");
+    EXPECT_EQ(SlopeAfterEscape(editor), kUnevenText);
+}
+
+TEST_F(EditorNumbers, EscapeBringsBackANumberThatCannotBeTyped)
+{
+    OpenEditor editor = Open(Uneven());
+    const HWND slider = editor.Slider(Control::SlopeBlue);
+    Mouse(slider, WM_LBUTTONDOWN, WidthOf(slider) / 4);
+    EXPECT_EQ(SlopeAfterEscape(editor), kUnevenText);
+}
+
+TEST_F(EditorNumbers, ADragOfAllChannelsToALimitAndBackKeepsTheirDistance)
+{
+    OpenEditor editor = Open(Uneven());
+    TakeRed(editor, kWithCtrl);
+    MoveRed(editor, -0.75, kWithCtrl);
+    EXPECT_EQ(SlopeOf(editor), "0.000 0.000 150.000");
+    MoveRed(editor, 0.0, kWithCtrl);
+    Mouse(editor.Slider(Control::SlopeRed), WM_LBUTTONUP, 0, MK_CONTROL);
+    EXPECT_EQ(SlopeOf(editor), kUnevenText);
+    editor.SlideKey(Control::SlopeRed, VK_RIGHT);
+    EXPECT_EQ(SlopeOf(editor), "1.010 0.100 150.000") << "the drag is over";
 }
 
 TEST_F(EditorNumbers, ADoubleClickOrDeleteOnASliderResetsIt)

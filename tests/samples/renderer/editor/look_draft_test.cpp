@@ -46,6 +46,12 @@ ImportedLook Imported(const Look& look, const std::string& kind)
     return imported;
 }
 
+// One step of the keyboard: from where the channels are.
+bool MoveTogether(LookDraft& draft, Control control, float value)
+{
+    return draft.SetTogether(control, value, draft.NumbersOf(FactsOf(control).step));
+}
+
 TEST(LookDraft, AnUntouchedLookGivesTheBytesItStartedFrom)
 {
     Bytes record = RecordOf(FullLook());
@@ -102,7 +108,7 @@ TEST(LookDraft, ValuesThatNoLookTakesChangeNothing)
     EXPECT_FALSE(draft.Set(Control::PowerRed, 0.0F));
     EXPECT_FALSE(draft.Set(Control::Strength, 1.1F));
     EXPECT_FALSE(draft.Set(Control::OffsetRed, std::numeric_limits<float>::quiet_NaN()));
-    EXPECT_FALSE(draft.SetTogether(Control::OffsetRed, std::numeric_limits<float>::infinity()));
+    EXPECT_FALSE(MoveTogether(draft, Control::OffsetRed, std::numeric_limits<float>::infinity()));
     EXPECT_TRUE(draft.IsNeutral());
 }
 
@@ -130,12 +136,12 @@ TEST(LookDraft, ChannelsThatMoveTogetherKeepTheirDistanceOnTheSliders)
 {
     LookDraft draft({});
     draft.Set(Control::SlopeGreen, 1.2F);
-    EXPECT_TRUE(draft.SetTogether(Control::SlopeRed, 1.1F));
+    EXPECT_TRUE(MoveTogether(draft, Control::SlopeRed, 1.1F));
     EXPECT_FLOAT_EQ(draft.Value(Control::SlopeRed), 1.1F);
     EXPECT_FLOAT_EQ(draft.Value(Control::SlopeGreen), 1.3F);
     EXPECT_FLOAT_EQ(draft.Value(Control::SlopeBlue), 1.1F);
     draft.Set(Control::PowerGreen, 2.0F);
-    draft.SetTogether(Control::PowerBlue, 0.5F);
+    MoveTogether(draft, Control::PowerBlue, 0.5F);
     EXPECT_FLOAT_EQ(draft.Value(Control::PowerRed), 0.5F);
     EXPECT_FLOAT_EQ(draft.Value(Control::PowerGreen), 1.0F);
     EXPECT_EQ(draft.Value(Control::OffsetRed), 0.0F);
@@ -145,8 +151,49 @@ TEST(LookDraft, ChannelsThatMoveTogetherStopAtTheirOwnLimits)
 {
     LookDraft draft({});
     draft.Set(Control::SlopeGreen, 0.1F);
-    draft.SetTogether(Control::SlopeRed, 0.5F);
+    MoveTogether(draft, Control::SlopeRed, 0.5F);
     EXPECT_EQ(draft.Value(Control::SlopeGreen), 0.0F);
+}
+
+TEST(LookDraft, ChannelsThatMoveTogetherAreCountedFromWhereTheDragBegan)
+{
+    LookDraft draft({});
+    draft.Set(Control::SlopeGreen, 0.1F);
+    draft.Set(Control::SlopeBlue, 1.23456F);
+    const StepNumbers before = draft.NumbersOf(Step::Slope);
+    for (const float value : {0.5F, 0.0F, 0.75F})
+    {
+        EXPECT_TRUE(draft.SetTogether(Control::SlopeRed, value, before));
+    }
+    EXPECT_EQ(draft.NumbersOf(Step::Slope), (StepNumbers{0.75F, 0.0F, 0.985F}));
+    EXPECT_TRUE(draft.SetTogether(Control::SlopeRed, 1.0F, before));
+    EXPECT_EQ(draft.NumbersOf(Step::Slope), before) << "back to the last digit";
+}
+
+TEST(LookDraft, AChannelBeyondWhatCanBeTypedDoesNotMoveWithTheOthers)
+{
+    Cdl cdl;
+    cdl.slope[2] = 150.0F;
+    cdl.power[0] = 0.001F;
+    LookDraft draft(RecordOf(CdlLook(cdl)));
+    EXPECT_TRUE(MoveTogether(draft, Control::SlopeRed, 1.1F));
+    EXPECT_EQ(draft.NumbersOf(Step::Slope), (StepNumbers{1.1F, 1.1F, 150.0F}));
+    EXPECT_TRUE(MoveTogether(draft, Control::PowerGreen, 2.0F));
+    EXPECT_EQ(draft.NumbersOf(Step::Power), (StepNumbers{0.001F, 2.0F, 2.0F}));
+}
+
+TEST(LookDraft, TheNumbersOfAStepAreGivenBackAsTheyWere)
+{
+    Cdl cdl;
+    cdl.slope = {0.12345F, 1.0F, 150.0F};
+    const Bytes record = RecordOf(CdlLook(cdl));
+    LookDraft draft(record);
+    const StepNumbers before = draft.NumbersOf(Step::Slope);
+    EXPECT_EQ(before, cdl.slope);
+    MoveTogether(draft, Control::SlopeGreen, 0.5F);
+    draft.SetNumbers(Step::Slope, before);
+    EXPECT_EQ(Written(draft), record);
+    EXPECT_EQ(draft.NumbersOf(Step::Saturation), (StepNumbers{1.0F, 0.0F, 0.0F}));
 }
 
 TEST(LookDraft, ResettingAllKeepsTheTables)
