@@ -1,5 +1,5 @@
 // The plug-in's DLL: what it is called, loading it and getting its class objects the way COM does,
-// without its registration. Tests: tests/tools/glazelhost/host/plugin_module_test.cpp.
+// without its registration. Tests: tests/e2e/test_bad_input.py.
 #pragma once
 
 #include "platform/atl/atlcomcli.h"
