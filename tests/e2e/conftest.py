@@ -11,7 +11,7 @@ import pytest
 from wine_exit import exit_code
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-BUILD = pathlib.Path(os.environ.get("GLAZEL_BUILD", ROOT / "build/release"))
+BUILD = pathlib.Path(os.environ.setdefault("GLAZEL_BUILD", str(ROOT / "build/release")))
 BIN = BUILD / "bin"
 LOOKS = ROOT / "samples/looks"
 WARM = LOOKS / "warm_print.cube"

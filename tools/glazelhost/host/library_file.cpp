@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <utility>
 
 namespace
@@ -136,6 +137,53 @@ LibraryState StateBeforeLoading(const std::string& path)
     return {LibraryProblem::None, {}, {}, {}};
 }
 
+// The text that `call` writes into a buffer of a given size, whose length it answers.
+template <typename Call>
+std::string TextOf(Call&& call)
+{
+    std::wstring text(kLongestPath, L'\0');
+    text.resize(call(text.data(), kLongestPath));
+    return Utf8(text);
+}
+
+// Where LoadLibrary looks for a plain name, in its order. SearchPath has another: it looks in the
+// current folder before the system's.
+std::vector<std::string> SearchedFolders()
+{
+    const std::string windows = TextOf(::GetSystemWindowsDirectoryW);
+    std::vector<std::string> folders{
+        ProgramFolder(),
+        TextOf(::GetSystemDirectoryW),
+        windows + "\\system",
+        windows,
+        TextOf([](wchar_t* text, DWORD size) { return ::GetCurrentDirectoryW(size, text); }),
+    };
+    std::istringstream path(TextOf(
+        [](wchar_t* text, DWORD size) { return ::GetEnvironmentVariableW(L"PATH", text, size); }));
+    for (std::string folder; std::getline(path, folder, ';');)
+    {
+        if (!folder.empty())
+        {
+            folders.push_back(folder);
+        }
+    }
+    return folders;
+}
+
+// Empty when no folder has it.
+std::string FirstFileOfName(const std::string& name)
+{
+    for (std::string& path : SearchedFolders())
+    {
+        path.append("\\").append(name);
+        if (FileExists(path))
+        {
+            return FullPath(path);
+        }
+    }
+    return {};
+}
+
 LibraryState StateAfterFailure(const std::string& path, DWORD error)
 {
     std::set<std::string> seen;
@@ -187,6 +235,25 @@ LoadedLibrary LoadLibraryFile(const std::string& path, LibraryState& state)
     if (!library)
     {
         state = StateAfterFailure(path, ::GetLastError());
+    }
+    return library;
+}
+
+LoadedLibrary LoadLibraryByName(const std::string& name, std::string& path, LibraryState& state)
+{
+    LoadedLibrary library(::LoadLibraryW(Wide(name).c_str()));
+    const DWORD error = ::GetLastError();
+    if (library)
+    {
+        path = PathOfModule(library.Get());
+        state = {LibraryProblem::None, {}, {}, {}};
+        return library;
+    }
+    path = FirstFileOfName(name);
+    state = StateBeforeLoading(path);
+    if (state.problem == LibraryProblem::None)
+    {
+        state = StateAfterFailure(path, error);
     }
     return library;
 }

@@ -51,6 +51,10 @@ struct LibraryState
 
 // Loads `path` so that what it imports is found beside it. The state says how that went.
 LoadedLibrary LoadLibraryFile(const std::string& path, LibraryState& state);
+// Loads the library that a plug-in of this program gets for the plain `name`: one that is loaded
+// already, or the first in the folders that the system searches. `path` becomes its file, or the
+// first file of that name when it does not load, or empty when there is none.
+LoadedLibrary LoadLibraryByName(const std::string& name, std::string& path, LibraryState& state);
 
 bool FileExists(const std::string& path);
 // Folder of this program, without a final separator.

@@ -17,15 +17,6 @@ constexpr std::uint32_t kLargestRecord = 131072;
 // A description is a few lines of text.
 constexpr std::uint32_t kLargestDescription = 1U << 20;
 
-// Where the system finds the renderer by its plain name; empty when it does not.
-std::string SystemPathOfRenderer()
-{
-    std::wstring path(32768, L'\0');
-    path.resize(::SearchPathW(nullptr, Wide(RendererAPI::kLibraryName).c_str(), nullptr,
-                              static_cast<DWORD>(path.size()), path.data(), nullptr));
-    return Utf8(path);
-}
-
 std::string Joined(const std::vector<std::string>& names)
 {
     std::string list;
@@ -40,29 +31,33 @@ std::string Joined(const std::vector<std::string>& names)
 
 RendererLibrary::RendererLibrary(const std::string& folder)
 {
-    const std::string name = RendererAPI::kLibraryName;
-    const std::string path =
-        folder.empty() ? SystemPathOfRenderer() : FullPath(folder + "\\" + name);
-    m_state.path = path.empty() ? name : path;
-    if (path.empty())
+    if (folder.empty())
     {
-        m_state.library = {LibraryProblem::NotFound,
-                           "the renderer is in none of the places where the system looks",
-                           "name its folder with --renderer DIR",
-                           {}};
-        return;
+        LoadAsTheEffectDoes();
     }
-    if (!folder.empty())
+    else
     {
+        m_state.path = FullPath(folder + "\\" + RendererAPI::kLibraryName);
         // The effect asks for the plain name, and the renderer for what lies beside it.
         ::SetDllDirectoryW(Wide(FullPath(folder)).c_str());
+        m_library = LoadLibraryFile(m_state.path, m_state.library);
     }
-    m_library = LoadLibraryFile(path, m_state.library);
-    m_state.version = FileVersion(path);
+    m_state.version = FileVersion(m_state.path);
     if (m_library)
     {
         RedirectMessageBoxesOfLoadedModules();
         FindEntryPoints();
+    }
+}
+
+void RendererLibrary::LoadAsTheEffectDoes()
+{
+    m_library = LoadLibraryByName(RendererAPI::kLibraryName, m_state.path, m_state.library);
+    if (m_state.path.empty())
+    {
+        m_state.path = RendererAPI::kLibraryName;
+        m_state.library.why = "the renderer is in none of the places where the system looks";
+        m_state.library.remedy = "name its folder with --renderer DIR";
     }
 }
 

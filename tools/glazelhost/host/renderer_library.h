@@ -1,6 +1,7 @@
-// The renderer's DLL as the host meets it: found and checked before the effect asks for it, kept
+// The renderer's DLL as the host meets it: loaded and checked before the effect asks for it, kept
 // loaded so that the effect gets the very same file, and used to import looks. The host never
-// renders with it. Tests: tests/tools/glazelhost/host/renderer_library_test.cpp.
+// renders with it. Tests: tests/tools/glazelhost/host/renderer_library_test.cpp; where it is looked
+// for: tests/e2e/test_renderer_search.py.
 #pragma once
 
 #include "renderer/entry_points.h"
@@ -50,6 +51,7 @@ public:
 private:
     template <typename Function>
     Function* EntryPoint(const char* name) const noexcept;
+    void LoadAsTheEffectDoes();
     void FindEntryPoints();
     // What the renderer last produced.
     std::vector<std::byte> LastProduced() const;

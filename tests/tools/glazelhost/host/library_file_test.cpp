@@ -117,6 +117,27 @@ TEST(LibraryFile, ALibraryThatRefusesToStartGetsTheSystemsWords)
     EXPECT_NE(state.remedy, "");
 }
 
+TEST(LibraryFile, APlainNameGetsTheLibraryThatIsLoadedAlready)
+{
+    const std::string file = TestLibrary("neighbour.dll");
+    LibraryState state;
+    const LoadedLibrary loaded = LoadLibraryFile(file, state);
+    std::string path;
+    const LoadedLibrary found = LoadLibraryByName("neighbour.dll", path, state);
+    EXPECT_EQ(found.Get(), loaded.Get());
+    EXPECT_EQ(path, file);
+    EXPECT_EQ(state.problem, LibraryProblem::None);
+}
+
+TEST(LibraryFile, APlainNameThatNoFolderHasIsMissing)
+{
+    std::string path = "something";
+    LibraryState state;
+    EXPECT_FALSE(LoadLibraryByName("nowhere.dll", path, state));
+    EXPECT_EQ(path, "");
+    EXPECT_EQ(state.problem, LibraryProblem::NotFound);
+}
+
 TEST(LibraryFile, TheVersionIsThatOfTheFilesResource)
 {
     EXPECT_NE(FileVersion("C:\\windows\\system32\\kernel32.dll"), "");
