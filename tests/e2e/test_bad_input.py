@@ -1,5 +1,6 @@
 """Bad input gets one line that names the file, the cause and what to do, and leaves nothing."""
 
+import json
 import shutil
 
 import numpy as np
@@ -226,6 +227,31 @@ def test_a_plugin_that_misbehaves(behaviour, part, small, out):
     result = render(small, out / "out.png", "--plugin", BIN / "fake_effect.dll", "--quiet",
                     env={"FAKE_EFFECT": str(behaviour)})
     assert_refused(result, part)
+    assert_nothing_written(out)
+
+
+@pytest.fixture
+def crashing_plugin(tmp_path):
+    """Its name has letters that no code page holds all at once."""
+    path = tmp_path / "fak\u00e9 \u65e5\u672c.dll"
+    shutil.copy(BIN / "fake_effect.dll", path)
+    return path
+
+
+def test_a_plugin_that_crashes_is_named(crashing_plugin, small, out):
+    result = render(small, out / "out.png", "--plugin", crashing_plugin, "--quiet",
+                    env={"FAKE_EFFECT": "10"})
+    assert_refused(result, f"\\{crashing_plugin.name}: it crashed (exception 0xC0000005 at offset")
+    assert_nothing_written(out)
+
+
+def test_a_crash_is_told_in_json_too(crashing_plugin, small, out):
+    result = render(small, out / "out.png", "--plugin", crashing_plugin, "--progress", "json",
+                    env={"FAKE_EFFECT": "10"})
+    assert result.code == 1
+    events = [json.loads(line) for line in result.lines]
+    assert events[-1]["event"] == "error"
+    assert f"\\{crashing_plugin.name}: it crashed" in events[-1]["text"]
     assert_nothing_written(out)
 
 

@@ -7,6 +7,7 @@
 #include "tools/glazelhost/io/safe_output.h"
 #include "tools/glazelhost/page/page_window.h"
 #include "tools/glazelhost/ui/console.h"
+#include "tools/glazelhost/ui/error_line.h"
 #include "tools/glazelhost/ui/reporter.h"
 
 #include <windows.h>
@@ -15,11 +16,14 @@
 #include <shellapi.h>
 
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <exception>
+#include <initializer_list>
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -45,9 +49,19 @@ std::vector<std::string> Arguments()
     return arguments;
 }
 
+// How everything is told; plain until the command line has been read.
+std::atomic<ReportStyle> currentStyle = ReportStyle::Plain;
+static_assert(std::atomic<ReportStyle>::is_always_lock_free, "handlers read it at any time");
+
 // Ends without running anybody's clean-up code, which may wait for what is going on right now.
-[[noreturn]] void EndAtOnce()
+[[noreturn]] void EndAtOnce(std::initializer_list<std::string_view> lineParts) noexcept
 {
+    ErrorLine line(currentStyle);
+    for (const std::string_view part : lineParts)
+    {
+        line.Add(part);
+    }
+    WriteStandardError(line.End());
     ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(ExitCode::Failed));
     ::ExitProcess(static_cast<UINT>(ExitCode::Failed)); // not reached; says so to the compiler
 }
@@ -63,10 +77,20 @@ BOOL WINAPI OnBreak(DWORD event) noexcept
         return TRUE;
     }
     DiscardUnfinishedOutputs();
-    const char* const bar = StandardErrorIsConsole() ? "\n" : ""; // the bar may stand on the line
-    WriteStandardError(std::string(bar) + "glazelhost: interrupted: unfinished outputs were "
-                                          "discarded; run it again\n");
-    EndAtOnce();
+    EndAtOnce({"interrupted: unfinished outputs were discarded; run it again"});
+}
+
+using ModulePath = std::array<char, std::size_t{3} * MAX_PATH>; // three bytes for a UTF-16 unit
+
+// In UTF-8, cut when it is too long. Allocates nothing.
+std::string_view FileOf(HMODULE module, ModulePath& buffer) noexcept
+{
+    std::array<wchar_t, MAX_PATH> path{};
+    const DWORD length = ::GetModuleFileNameW(module, path.data(), MAX_PATH);
+    const int bytes =
+        ::WideCharToMultiByte(CP_UTF8, 0, path.data(), static_cast<int>(length), buffer.data(),
+                              static_cast<int>(buffer.size()), nullptr, nullptr);
+    return {buffer.data(), static_cast<std::size_t>(bytes)};
 }
 
 // A crash in the plug-in or the renderer ends a batch job with an error, not with a window.
@@ -78,18 +102,15 @@ LONG WINAPI OnCrash(EXCEPTION_POINTERS* pointers) noexcept
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
                              GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                          static_cast<const wchar_t*>(record->ExceptionAddress), &module);
-    std::array<char, MAX_PATH> path{};
-    ::GetModuleFileNameA(module, path.data(), static_cast<DWORD>(path.size() - 1));
-    std::array<char, MAX_PATH + 128> line{};
+    ModulePath path{};
+    std::array<char, 128> words{};
     std::snprintf(
-        line.data(), line.size(),
-        "glazelhost: %s: it crashed (exception 0x%08lX at offset 0x%llX); report this to "
-        "its makers\n",
-        module != nullptr ? path.data() : "unknown module", record->ExceptionCode,
+        words.data(), words.size(),
+        ": it crashed (exception 0x%08lX at offset 0x%llX); report this to its makers",
+        record->ExceptionCode,
         static_cast<unsigned long long>(static_cast<const char*>(record->ExceptionAddress) -
                                         reinterpret_cast<const char*>(module)));
-    WriteStandardError(line.data());
-    EndAtOnce();
+    EndAtOnce({module != nullptr ? FileOf(module, path) : "unknown module", words.data()});
 }
 
 ReportStyle StyleOf(ProgressChoice choice)
@@ -224,7 +245,10 @@ int main()
         return static_cast<int>(parsed);
     }
     const auto* render = std::get_if<RenderCommand>(&command);
-    Reporter reporter =
-        MakeReporter(render != nullptr ? StyleOf(render->progress) : ReportStyle::Plain);
+    if (render != nullptr)
+    {
+        currentStyle = StyleOf(render->progress);
+    }
+    Reporter reporter = MakeReporter(currentStyle);
     return static_cast<int>(Run(command, reporter));
 }

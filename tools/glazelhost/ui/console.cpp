@@ -6,7 +6,7 @@
 #include <windows.h>
 
 #include <chrono>
-#include <string_view>
+#include <string>
 
 namespace
 {
@@ -32,7 +32,7 @@ bool WriteBytes(HANDLE handle, std::string_view text) noexcept
     return true;
 }
 
-bool WriteText(HANDLE handle, const std::string& text)
+bool WriteText(HANDLE handle, std::string_view text)
 {
     if (!IsConsole(handle))
     {
@@ -46,7 +46,7 @@ bool WriteText(HANDLE handle, const std::string& text)
 
 } // namespace
 
-void WriteStandardError(const std::string& text) noexcept
+void WriteStandardError(std::string_view text) noexcept
 {
     try
     {
@@ -58,7 +58,7 @@ void WriteStandardError(const std::string& text) noexcept
     }
 }
 
-void WriteStandardOutput(const std::string& text)
+void WriteStandardOutput(std::string_view text)
 {
     if (!WriteText(::GetStdHandle(STD_OUTPUT_HANDLE), text))
     {

@@ -1,12 +1,13 @@
 // Standard output and standard error of this program, for text.
 #pragma once
 
-#include <string>
+#include <string_view>
 
-// UTF-8, shown right on a console whatever its code page. Nothing can be done about a failure.
-void WriteStandardError(const std::string& text) noexcept;
+// UTF-8, shown right on a console whatever its code page; allocates for a console alone. Nothing
+// can be done about a failure.
+void WriteStandardError(std::string_view text) noexcept;
 // Throws HostError when it cannot be written.
-void WriteStandardOutput(const std::string& text);
+void WriteStandardOutput(std::string_view text);
 
 // Whether standard error is a console: a window that can redraw a line, not a file or a pipe.
 bool StandardErrorIsConsole() noexcept;

@@ -20,6 +20,13 @@ Behaviour FirstBehaviour()
 Behaviour behaviour = FirstBehaviour();
 FakeEffectNotes notes;
 
+// At an address of this DLL.
+void Crash()
+{
+    volatile int* volatile nowhere = nullptr;
+    *nowhere = 1;
+}
+
 class CFakeEffect final : public IDXTransform, public IPersistStreamInit
 {
 public:
@@ -89,8 +96,7 @@ public:
         case Behaviour::FailsInExecute:
             return DXTERR_UNINITIALIZED;
         case Behaviour::Crashes:
-            ::RaiseException(static_cast<DWORD>(STATUS_ACCESS_VIOLATION), EXCEPTION_NONCONTINUABLE,
-                             0, nullptr);
+            Crash();
             break;
         case Behaviour::ShowsABox:
             ::MessageBoxA(nullptr, "out of\nfilm", nullptr, MB_OK);
