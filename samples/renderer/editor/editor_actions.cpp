@@ -82,10 +82,7 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
         SetCompare(Compare::Original);
         break;
     case IDC_IMPORT:
-        if (const std::wstring file = AskForLookFile(Window()); !file.empty())
-        {
-            Import({file});
-        }
+        AskWhatToImport();
         break;
     case IDC_REMOVE_TABLES:
         RemoveTables();
@@ -233,6 +230,21 @@ void EditorWindow::RemoveTables()
     Changed();
 }
 
+void EditorWindow::AskWhatToImport()
+{
+    const LookFileAnswer answer = AskForLookFile(Window());
+    if (answer.error != 0)
+    {
+        Say(L"The dialog for files cannot be shown (error " + std::to_wstring(answer.error) +
+                L"): drop the file on the window instead",
+            true);
+    }
+    else if (!answer.path.empty())
+    {
+        Import({answer.path});
+    }
+}
+
 void EditorWindow::Import(const std::vector<std::wstring>& files)
 {
     const WaitCursor waiting;
@@ -268,7 +280,8 @@ std::wstring EditorWindow::ImportOne(const std::wstring& file)
     const ImportedLook imported = ImportLook(path, RendererAPI::kImportRecord, WindowsFiles());
     if (!m_draft.Merge(imported, Narrow(FileStemOf(file))))
     {
-        throw ImportError{RendererAPI::kImportMalformed, path + ": the look cannot be used"};
+        throw ImportError{RendererAPI::kImportMalformed,
+                          path + ": makes no look that can be kept; export the look again"};
     }
     std::wstring said(FileNameOf(file));
     said += L" is imported: " + Widen(imported.contents);

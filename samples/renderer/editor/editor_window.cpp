@@ -229,6 +229,10 @@ void EditorWindow::OnGetLimits(MINMAXINFO& limits) const noexcept
 
 void EditorWindow::OnDpiChanged(int dpi, const RECT& place)
 {
+    if (!m_theme)
+    {
+        return; // on its way to the display on which it is to open: the controls are made for that
+    }
     EditorTheme theme(dpi);
     m_controls.SetTheme(theme); // before the fonts of the old one go
     m_theme = std::move(theme);

@@ -53,6 +53,7 @@ private:
     void Reset(Control control);
     void ResetAll();
     void RemoveTables();
+    void AskWhatToImport();
     void Import(const std::vector<std::wstring>& files);
     std::wstring ImportOne(const std::wstring& file); // what there is to say about it
     void SetCompare(Compare compare) noexcept;

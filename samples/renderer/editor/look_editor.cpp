@@ -10,12 +10,13 @@
 namespace
 {
 
-// Disables a window for as long as this lives.
+// Disables the host's window for as long as this lives. The editor is not owned by that window, so
+// the system would go on to whatever stands behind the editor: the host's is made active again.
 class DisabledScope
 {
 public:
-    explicit DisabledScope(HWND window) noexcept
-        : m_window(window != nullptr && ::IsWindowEnabled(window) ? window : nullptr)
+    DisabledScope(HWND host, const EditorWindow& editor) noexcept
+        : m_window(host != nullptr && ::IsWindowEnabled(host) ? host : nullptr), m_editor(editor)
     {
         if (m_window != nullptr)
         {
@@ -26,7 +27,12 @@ public:
     {
         if (m_window != nullptr)
         {
-            ::EnableWindow(m_window, TRUE); // of a window that is gone: harmless
+            // Of a window that is gone: harmless, all of it.
+            ::EnableWindow(m_window, TRUE);
+            if (m_editor.Window() != nullptr && ::GetActiveWindow() == m_editor.Window())
+            {
+                ::SetActiveWindow(m_window);
+            }
         }
     }
     DisabledScope(const DisabledScope&) = delete;
@@ -34,6 +40,7 @@ public:
 
 private:
     HWND m_window;
+    const EditorWindow& m_editor;
 };
 
 // A service's windows are on a desktop that nobody sees: a modal one would stay open for ever.
@@ -65,8 +72,8 @@ std::int32_t RunLookEditor(const FrameBufferDesc* preview, std::span<const std::
         {
             return kEditorUnavailable;
         }
-        // Enabled again before the editor's window goes, so that the system gives it the focus.
-        const DisabledScope disabled(active);
+        // Enabled and active again before the editor's window goes.
+        const DisabledScope disabled(active, window);
         if (!window.RunModal())
         {
             return kEditorCancelled;

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 #include <commdlg.h>
 
@@ -17,7 +18,7 @@ using DropHandle = std::unique_ptr<std::remove_pointer_t<HDROP>, DropFinisher>;
 
 } // namespace
 
-std::wstring AskForLookFile(HWND owner)
+LookFileAnswer AskForLookFile(HWND owner)
 {
     constexpr std::size_t kLongestPath = 32768;
     std::wstring path(kLongestPath, L'\0');
@@ -34,10 +35,10 @@ std::wstring AskForLookFile(HWND owner)
     question.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
     if (!::GetOpenFileNameW(&question))
     {
-        return {};
+        return {{}, ::CommDlgExtendedError()};
     }
     path.resize(path.find(L'\0'));
-    return path;
+    return {std::move(path)};
 }
 
 std::vector<std::wstring> TakeDroppedFiles(HDROP drop)

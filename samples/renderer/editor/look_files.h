@@ -9,8 +9,14 @@
 
 #include <shellapi.h>
 
-// Asks for one look file. Empty when the user cancels. Modal over `owner`.
-std::wstring AskForLookFile(HWND owner);
+struct LookFileAnswer
+{
+    std::wstring path; // empty when there is none
+    DWORD error = 0;   // why the dialog could not be shown, as CommDlgExtendedError says it; else 0
+};
+
+// Asks for one look file. Neither path nor error when the user cancels. Modal over `owner`.
+LookFileAnswer AskForLookFile(HWND owner);
 
 // The files that were dropped; gives `drop` back to the system.
 std::vector<std::wstring> TakeDroppedFiles(HDROP drop);

@@ -176,6 +176,28 @@ TEST_F(EditorWindowTest, TheActiveWindowIsDisabledMeanwhileAndActiveAgainAfterwa
     EXPECT_TRUE(activeAfter);
 }
 
+TEST_F(EditorWindowTest, TheHostIsActiveAfterwardsWhateverWindowStandsBetween)
+{
+    HWND host = nullptr;
+    bool activeAfter = false;
+    OpenEditor editor([&] {
+        host = MakeHostWindow();
+        ::SetActiveWindow(host);
+        const std::int32_t result = Show();
+        activeAfter = ::GetActiveWindow() == host;
+        ::DestroyWindow(host);
+        return result;
+    });
+    ASSERT_NE(editor.Window(), nullptr);
+    const HWND other = MakeHostWindow(); // of this thread
+    ::SetForegroundWindow(editor.Window());
+    ::SetWindowPos(other, editor.Window(), 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    EXPECT_EQ(::GetWindow(editor.Window(), GW_HWNDNEXT), other);
+    EXPECT_EQ(editor.CloseWith(IDCANCEL), 0);
+    EXPECT_TRUE(activeAfter);
+    ::DestroyWindow(other);
+}
+
 TEST_F(EditorWindowTest, AHostWindowThatWasDisabledBeforeStaysSo)
 {
     bool enabledAfter = true;
@@ -303,6 +325,72 @@ TEST_F(EditorWindowTest, FollowsTheResolutionOfTheDisplayItIsMovedTo)
     LOGFONTW facts{};
     EXPECT_NE(::GetObjectW(font, sizeof facts, &facts), 0) << "the font that it has still exists";
     EXPECT_EQ(facts.lfHeight, -18) << "9 points";
+}
+
+// Tells the editor that its thread is making of another resolution while it has no controls yet, as
+// the system does when it comes to another display; once, and for as long as this lives.
+class EarlyResolution
+{
+public:
+    EarlyResolution()
+        : m_hook(::SetWindowsHookExW(WH_CALLWNDPROC, Watch, nullptr, ::GetCurrentThreadId()))
+    {
+        told = repainted = false;
+        host = MakeHostWindow();
+    }
+    ~EarlyResolution()
+    {
+        ::UnhookWindowsHookEx(m_hook);
+        ::DestroyWindow(host);
+    }
+    EarlyResolution(const EarlyResolution&) = delete;
+    EarlyResolution& operator=(const EarlyResolution&) = delete;
+
+    static thread_local bool told;
+    static thread_local bool repainted; // a window that has nothing to do with it
+
+private:
+    static LRESULT CALLBACK Watch(int code, WPARAM wParam, LPARAM lParam) noexcept
+    {
+        const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+        std::array<wchar_t, 64> name{};
+        ::GetClassNameW(sent.hwnd, name.data(), static_cast<int>(name.size()));
+        if (code == HC_ACTION && !told && sent.message == WM_WINDOWPOSCHANGED &&
+            std::wstring(name.data()) == EDITOR_CLASS &&
+            ::GetWindow(sent.hwnd, GW_CHILD) == nullptr)
+        {
+            told = true;
+            ::ValidateRect(host, nullptr);
+            RECT place{0, 0, 1260, 1000};
+            ::SendMessageW(sent.hwnd, WM_DPICHANGED, MAKEWPARAM(144, 144),
+                           reinterpret_cast<LPARAM>(&place));
+            repainted = ::GetUpdateRect(host, nullptr, FALSE) != FALSE;
+        }
+        return ::CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    static thread_local HWND host;
+    HHOOK m_hook;
+};
+
+thread_local bool EarlyResolution::told = false;
+thread_local bool EarlyResolution::repainted = false;
+thread_local HWND EarlyResolution::host = nullptr;
+
+TEST_F(EditorWindowTest, AResolutionThatComesBeforeTheControlsLeavesOtherWindowsAlone)
+{
+    bool told = false;
+    bool repainted = true;
+    OpenEditor editor([&] {
+        const EarlyResolution early;
+        const std::int32_t result = Show();
+        told = EarlyResolution::told;
+        repainted = EarlyResolution::repainted;
+        return result;
+    });
+    EXPECT_EQ(editor.CloseWith(IDOK), RendererAPI::kEditorAccepted);
+    EXPECT_TRUE(told);
+    EXPECT_FALSE(repainted);
 }
 
 TEST_F(EditorWindowTest, TwoEditorsAreOpenAtOnceWithoutKnowingOfEachOther)
