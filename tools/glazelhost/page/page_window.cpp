@@ -71,6 +71,27 @@ std::string NameOf(const std::string& path)
     return path.substr(path.find_last_of("\\/") + 1);
 }
 
+// The front window of this thread that takes input, for EnumThreadWindows.
+BOOL CALLBACK FindBusyWindow(HWND window, LPARAM found) noexcept
+{
+    const bool isTool = (::GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOOLWINDOW) != 0;
+    if (isTool || !::IsWindowVisible(window) || !::IsWindowEnabled(window))
+    {
+        return TRUE;
+    }
+    *reinterpret_cast<HWND*>(found) = window;
+    return FALSE;
+}
+
+// What the user has open over `disabled`, a window of this thread. The look editor is not owned by
+// it, so it is none of its popups.
+HWND BusyWindow(HWND disabled) noexcept
+{
+    HWND found = ::GetLastActivePopup(disabled);
+    ::EnumThreadWindows(::GetCurrentThreadId(), FindBusyWindow, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
+
 // BeginPaint for as long as this lives.
 class PaintScope
 {
@@ -438,7 +459,7 @@ bool PageWindow::MayClose()
     {
         // The editor or a dialog is open: it would be torn away with what is being done in it.
         ::MessageBeep(MB_OK);
-        ::SetForegroundWindow(::GetLastActivePopup(m_window));
+        ::SetForegroundWindow(BusyWindow(m_window));
         return false;
     }
     return SaveBeforeClosing();

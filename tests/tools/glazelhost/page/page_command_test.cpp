@@ -53,6 +53,20 @@ BOOL CALLBACK FindPageWindow(HWND window, LPARAM found) noexcept
     return FALSE;
 }
 
+// The first that EnumThreadWindows comes to stands in front.
+BOOL CALLBACK FindVisible(HWND window, LPARAM found) noexcept
+{
+    *reinterpret_cast<HWND*>(found) = window;
+    return ::IsWindowVisible(window) ? FALSE : TRUE;
+}
+
+HWND FrontWindowOf(DWORD thread)
+{
+    HWND found = nullptr;
+    ::EnumThreadWindows(thread, FindVisible, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
+
 BOOL CALLBACK FindPopup(HWND window, LPARAM found) noexcept
 {
     wchar_t owner[64] = L"";
@@ -425,6 +439,11 @@ TEST_F(PageCommands, DoNotCloseUnderTheOpenEditor)
         ::SendMessageW(shown.Window(), WM_NULL, 0, 0);
         EXPECT_EQ(::SendMessageW(shown.Window(), WM_QUERYENDSESSION, 0, 0), FALSE);
         EXPECT_TRUE(::IsWindow(editor.Window()));
+        ::SetForegroundWindow(shown.Window()); // as Alt+Tab may do
+        EXPECT_TRUE(Eventually([&] { return FrontWindowOf(shown.Thread()) == shown.Window(); }));
+        EXPECT_TRUE(PageWindow::AskToClose());
+        EXPECT_TRUE(Eventually([&] { return FrontWindowOf(shown.Thread()) == editor.Window(); }))
+            << "what the user is to close first is in front";
         editor.Type(Control::SlopeBlue, L"2");
         editor.Click(IDOK);
     }
