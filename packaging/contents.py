@@ -37,6 +37,12 @@ LIBRARIES = (
     Library("stb_image_write", "libstb-dev", "MIT OR Unlicense", (HOST,)),
 )
 
+# The programs that install and remove are its stub, decoder and plug-ins.
+INSTALLER_LIBRARIES = (
+    Library("NSIS", "nsis-common", "Zlib AND CPL-1.0 WITH LZMA-exception AND MIT",
+            ("the setup program", "uninstall.exe")),
+)
+
 
 def version():
     """The project's, as its build knows it."""
@@ -61,8 +67,9 @@ def items(build, notices):
 
 def write_notices(path):
     """Gathers the libraries' licences, as their packages state them."""
-    parts = ["Glazel DX contains parts of the libraries below. Their licences follow.\n"]
-    for library in LIBRARIES:
+    parts = ["Glazel DX and its installer contain parts of what is listed below. The licences "
+             "follow.\n"]
+    for library in LIBRARIES + INSTALLER_LIBRARIES:
         copyright_file = pathlib.Path("/usr/share/doc") / library.package / "copyright"
         title = f"{library.name} ({library.licence}), in {', '.join(library.used_by)}"
         parts.append(f"{title}\n{'=' * len(title)}\n\n"

@@ -39,6 +39,11 @@ ManifestDPIAware true
 !define CODE_RUNNING 8
 !define CODE_OLD_VERSION 9
 
+!define STAGE_CHECKS 0
+!define STAGE_FILES 1        ; $Written_* say which
+!define STAGE_REGISTRATION 2 ; and the uninstaller is written
+!define STAGE_ENTRY 3        ; of the list of installed programs
+
 Name "${PRODUCT}"
 OutFile "${TARGET}"
 InstallDir "$PROGRAMFILES64\${PUBLISHER}\${PRODUCT}"
@@ -56,11 +61,11 @@ VIAddVersionKey /LANG=1033 "ProductVersion" "${VERSION}"
 ${StrStr} ; defines the function
 
 Var LogFile
+Var LogOption      ; the option that chose it; empty without one
 Var Mutex          ; of RefuseSecondInstance; the system closes it at the latest
 Var OldFolder      ; where a version is installed now; empty without one
 Var ExistingFolder ; the deepest folder on the way to $INSTDIR that is not ours to remove
-Var FilesBegun     ; "yes" once there is something to take back when the rest fails
-Var Registering    ; "yes" once this run may have written entries of the plug-in
+Var Stage          ; how far this run is, one of STAGE_*: what there is to take back when it fails
 Var Problem        ; exit code of a removal that went on after something failed; 0 without
 
 !insertmacro MUI_PAGE_WELCOME
@@ -109,6 +114,12 @@ Page custom ShowRendererPage
   ${EndIf}
 !macroend
 
+!macro RefuseWhenAnyInUse
+  !insertmacro RefuseWhenInUse "$INSTDIR\GlazelDX_x64.dll"
+  !insertmacro RefuseWhenInUse "$INSTDIR\GZ3Renderer_x64.dll"
+  !insertmacro RefuseWhenInUse "$INSTDIR\glazelhost.exe"
+!macroend
+
 ; Leaves the function when the entry is there and leads to another copy of the plug-in, with the path
 ; of that in $0.
 !macro ReturnOtherCopy key
@@ -140,14 +151,26 @@ Page custom ShowRendererPage
     SetRegView 64
     SetShellVarContext all
     StrCpy $LogFile "$TEMP\GlazelDX-setup.log"
+    StrCpy $LogOption ""
+    StrCpy $R1 "" ; the chosen file if it cannot be used
     ${GetParameters} $0
     ClearErrors
     ${GetOptions} $0 "/LOG=" $1
     ${IfNot} ${Errors}
-      StrCpy $LogFile $1
+      FileOpen $0 "$1" a
+      ${If} ${Errors}
+        StrCpy $R1 "'$1'"
+      ${Else}
+        FileClose $0
+        StrCpy $LogFile $1
+        StrCpy $LogOption '/LOG="$1"'
+      ${EndIf}
     ${EndIf}
     ${GetTime} "" "L" $0 $1 $2 $3 $4 $5 $6
     !insertmacro Log "$2-$1-$0 $4:$5:$6 ${PRODUCT} ${VERSION}"
+    ${If} $R1 != ""
+      !insertmacro Fail ${CODE_FILES} "The log file $R1 cannot be opened."
+    ${EndIf}
   FunctionEnd
 
   Function ${UN}RefuseWithoutRights
@@ -164,6 +187,7 @@ Page custom ShowRendererPage
     Pop $0
     StrCpy $Mutex $1
     ${If} $0 = 183 ; ERROR_ALREADY_EXISTS
+    ${OrIf} $0 = 5 ; ERROR_ACCESS_DENIED: one of another account
       !insertmacro Fail ${CODE_RUNNING} "Another setup or removal of ${PRODUCT} is running."
     ${EndIf}
   FunctionEnd
@@ -211,12 +235,14 @@ Page custom ShowRendererPage
 
 ; --- installer
 
-!macro InstallFile source name
+; `written` is the variable that says so.
+!macro InstallFile source name written
   ClearErrors
   File "/oname=${name}" "${source}"
   ${If} ${Errors}
     !insertmacro Fail ${CODE_FILES} "$OUTDIR\${name} cannot be written. Check the rights to the folder and the space on the disk."
   ${EndIf}
+  StrCpy ${written} "yes"
 !macroend
 
 !macro RemoveFile name
@@ -228,18 +254,34 @@ Page custom ShowRendererPage
   ${EndIf}
 !macroend
 
+!macro RemoveWrittenFile name written
+  ${If} ${written} == "yes"
+    !insertmacro RemoveFile "${name}"
+  ${EndIf}
+!macroend
+
+; Only what this run wrote: the folder may hold somebody's own copy, registered or not. A file that
+; was written over an older one goes, too.
 Function TakeBack
-  Call FindOtherCopy
-  ${If} $Registering == "yes"
-  ${OrIf} $0 == ""
+  StrCpy $2 $Written_GlazelDX_x64_dll ; "yes" when a registration would lead to a file that goes
+  ${If} $Stage < ${STAGE_REGISTRATION}
+    Call FindOtherCopy
+    ${If} $0 != ""
+      StrCpy $2 ""
+      !insertmacro Log "the plug-in in '$0' stays registered"
+    ${EndIf}
+  ${EndIf}
+  ${If} $2 == "yes"
     StrCpy $1 "/s /u"
     Call RunRegsvr32
-  ${Else}
-    !insertmacro Log "the plug-in in '$0' stays registered"
   ${EndIf}
-  !insertmacro RemoveAll
-  Delete "$INSTDIR\uninstall.exe"
-  DeleteRegKey HKLM "${UNINSTALL_KEY}"
+  !insertmacro RemoveWritten
+  ${If} $Stage >= ${STAGE_REGISTRATION}
+    Delete "$INSTDIR\uninstall.exe"
+  ${EndIf}
+  ${If} $Stage >= ${STAGE_ENTRY}
+    DeleteRegKey HKLM "${UNINSTALL_KEY}"
+  ${EndIf}
   StrCpy $0 "$INSTDIR"
   Call RemoveEmptyFolders
 FunctionEnd
@@ -248,8 +290,7 @@ Function Fail
   Pop $R1
   Pop $R0
   !insertmacro Log "failed ($R0): $R1"
-  ${If} $FilesBegun == "yes"
-    StrCpy $FilesBegun ""
+  ${If} $Stage >= ${STAGE_FILES}
     Call TakeBack
     !insertmacro Log "what was installed has been removed again"
   ${EndIf}
@@ -300,12 +341,13 @@ FunctionEnd
 ; comes in its place; so nothing of it stays, and parts can be left out the second time.
 Section "-Begin"
   !insertmacro Log "folder $INSTDIR"
+  !insertmacro RefuseWhenAnyInUse ; even when it is not an installation but somebody's own copy
   ReadRegStr $OldFolder HKLM "${UNINSTALL_KEY}" "InstallLocation"
   ReadRegStr $ExistingFolder HKLM "${UNINSTALL_KEY}" "ExistingFolder"
   ${If} $OldFolder != ""
   ${AndIf} ${FileExists} "$OldFolder\uninstall.exe"
     ClearErrors
-    ExecWait '"$OldFolder\uninstall.exe" /S /SETUP /LOG="$LogFile" _?=$OldFolder' $0
+    ExecWait '"$OldFolder\uninstall.exe" /S /SETUP $LogOption _?=$OldFolder' $0
     ${If} ${Errors}
       StrCpy $0 ${CODE_OLD_VERSION}
     ${EndIf}
@@ -318,7 +360,6 @@ Section "-Begin"
     StrCpy $0 "$OldFolder"
     Call RemoveEmptyFolders
   ${EndIf}
-  !insertmacro RefuseWhenInUse "$INSTDIR\GlazelDX_x64.dll"
 
   ; The old version's folder may still hold files of the user: it was not there before, all the same.
   ${If} $OldFolder != $INSTDIR
@@ -331,7 +372,7 @@ Section "-Begin"
       ${GetParent} "$ExistingFolder" $ExistingFolder
     ${Loop}
   ${EndIf}
-  StrCpy $FilesBegun "yes"
+  StrCpy $Stage ${STAGE_FILES}
   ClearErrors
   CreateDirectory "$INSTDIR"
   ${If} ${Errors}
@@ -363,7 +404,7 @@ Section "-End"
   ${If} ${Errors}
     !insertmacro Fail ${CODE_FILES} "$INSTDIR\uninstall.exe cannot be written."
   ${EndIf}
-  StrCpy $Registering "yes"
+  StrCpy $Stage ${STAGE_REGISTRATION}
   StrCpy $1 "/s"
   Call RunRegsvr32
   ${If} $0 != "0"
@@ -371,6 +412,7 @@ Section "-End"
   ${EndIf}
 
   ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
+  StrCpy $Stage ${STAGE_ENTRY}
   ClearErrors
   WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayName" "${PRODUCT}"
   WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
@@ -390,6 +432,7 @@ Section "-End"
 SectionEnd
 
 Function .onInit
+  StrCpy $Stage ${STAGE_CHECKS}
   Call OpenLog
   Call RefuseWithoutRights
   Call RefuseSecondInstance
@@ -505,17 +548,32 @@ Function un.Unregister
   ${EndIf}
 FunctionEnd
 
+; Takes this version out of the list of installed programs, unless somebody has already done so.
+Function un.RemoveEntry
+  ClearErrors
+  DeleteRegKey HKLM "${UNINSTALL_KEY}"
+  ${IfNot} ${Errors}
+    Return
+  ${EndIf}
+  ; HKEY_LOCAL_MACHINE, with its sign as 64-bit programs need it, and KEY_QUERY_VALUE
+  System::Call 'advapi32::RegOpenKeyExW(p -2147483646, w "${UNINSTALL_KEY}", i 0, i 1, *p .r1) i .r0'
+  ${If} $0 <> 2 ; ERROR_FILE_NOT_FOUND
+    StrCpy $Problem ${CODE_FILES}
+    !insertmacro Log "the entry in the list of installed programs cannot be removed"
+  ${EndIf}
+FunctionEnd
+
 Section "Uninstall"
   StrCpy $Problem 0
-  !insertmacro RefuseWhenInUse "$INSTDIR\GlazelDX_x64.dll"
-  !insertmacro RefuseWhenInUse "$INSTDIR\GZ3Renderer_x64.dll"
-  !insertmacro RefuseWhenInUse "$INSTDIR\glazelhost.exe"
+  !insertmacro RefuseWhenAnyInUse
   Call un.Unregister
   !insertmacro RemoveAll
   ReadRegStr $ExistingFolder HKLM "${UNINSTALL_KEY}" "ExistingFolder"
   ${If} $Problem = 0 ; else it can be run again
+    Call un.RemoveEntry
+  ${EndIf}
+  ${If} $Problem = 0
     Delete "$INSTDIR\uninstall.exe"
-    DeleteRegKey HKLM "${UNINSTALL_KEY}"
   ${EndIf}
   StrCpy $0 "$INSTDIR"
   Call un.RemoveEmptyFolders

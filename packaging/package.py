@@ -8,6 +8,7 @@ the same SOURCE_DATE_EPOCH give the same bytes.
 import argparse
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -51,9 +52,15 @@ def portable_entries(items, folder):
     return entries
 
 
+def written_mark(item):
+    """The variable of the installer that says whether it has written the file."""
+    return "Written_" + re.sub(r"[^A-Za-z0-9]", "_", item.name)
+
+
 def section_macros(items):
-    """The file lists that glazel.nsi includes: Install_<component>, and Remove for all."""
-    lines = []
+    """The file lists that glazel.nsi includes: Install_<component>, RemoveAll, and RemoveWritten for
+    what this run wrote; a variable for each file notes that."""
+    lines = [f"Var {written_mark(item)}" for item in items]
     for component in contents.COMPONENTS:
         lines.append(f"!macro Install_{component}")
         folder = None
@@ -63,16 +70,17 @@ def section_macros(items):
                 folder = parent
                 lines.append('  SetOutPath "$INSTDIR{}"'.format("\\" + parent if parent else ""))
             lines.append(f'  !insertmacro InstallFile "{item.source}" '
-                         f'"{item.name.rpartition("/")[2]}"')
+                         f'"{item.name.rpartition("/")[2]}" "${written_mark(item)}"')
         lines.append("!macroend")
-    lines.append("!macro RemoveAll")
-    for item in items:
-        windows_name = item.name.replace("/", "\\")
-        lines.append(f'  !insertmacro RemoveFile "{windows_name}"')
     folders = {str(pathlib.PurePosixPath(item.name).parent) for item in items} - {"."}
-    lines += ['  RMDir "$INSTDIR\\{}"'.format(folder.replace("/", "\\"))
-              for folder in sorted(folders, reverse=True)]
-    lines.append("!macroend")
+    remove_folders = ['  RMDir "$INSTDIR\\{}"'.format(folder.replace("/", "\\"))
+                      for folder in sorted(folders, reverse=True)]
+    names = [(item.name.replace("/", "\\"), written_mark(item)) for item in items]
+    lines += ["!macro RemoveAll", *(f'  !insertmacro RemoveFile "{name}"' for name, _ in names),
+              *remove_folders, "!macroend"]
+    lines += ["!macro RemoveWritten",
+              *(f'  !insertmacro RemoveWrittenFile "{name}" "${mark}"' for name, mark in names),
+              *remove_folders, "!macroend"]
     return "\n".join(lines) + "\n"
 
 

@@ -1,4 +1,5 @@
-"""Writes the SPDX document: which files are handed out, with checksums, and what is inside them."""
+"""Writes the SPDX document: the files of the portable archive, with checksums, and what is inside
+them. The installer brings the same files; it is not described itself."""
 
 import hashlib
 import json

@@ -22,6 +22,7 @@ SERVER = CLASSES + "CLSID\\{B47A199B-15E2-4836-BD39-419904B5D292}\\InprocServer3
 ENTRY = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\GlazelDX"
 DEFAULT = "C:\\Program Files\\Brellin\\Glazel DX"
 VERSION = contents.version()
+PORTABLE = f"C:\\Own\\GlazelDX-{VERSION}"
 OLDER, NEWER = "0.0.1", "99.0.0"
 PACKAGED = 1_700_000_000  # the time that packages are made to bear, in seconds since 1970
 DEADLINE = 30  # seconds that no removal ever needs
@@ -77,9 +78,10 @@ class Machine:
         return self.prefix.run(f"{folder}\\uninstall.exe", "/S", *f"_?={folder}".split(" "),
                                env=env).code
 
-    def uninstall_quietly(self):
-        """As the list of programs does it. The program returns early; this waits for the end."""
-        command = self.key(ENTRY)["QuietUninstallString"]
+    def uninstall_quietly(self, command=None):
+        """As the list of programs does it, or with the command that it had. The program returns
+        early; this waits for the end."""
+        command = command or self.key(ENTRY)["QuietUninstallString"]
         program, words = command[1:].split('" ')
         self.log()
         self.prefix.run(program, words)
@@ -156,6 +158,25 @@ def clean(request):
         finally:
             if not machine.found_clean:
                 machine.remember()
+
+
+@pytest.fixture
+def unpacked(machine, out):
+    """The portable archive, unpacked to where PORTABLE says, and registered there."""
+    place = machine.path(PORTABLE)
+    with zipfile.ZipFile(out / f"GlazelDX-{VERSION}-portable.zip") as archive:
+        archive.extractall(place.parent)
+    assert machine.prefix.run("cmd", "/c", "register.cmd", cwd=place).code == 0
+    yield place
+    if machine.prefix.run("reg", "query", SERVER).code == 0:
+        assert machine.prefix.run("cmd", "/c", "unregister.cmd", cwd=place).code == 0
+    shutil.rmtree(place.parent)
+
+
+def contents_of(folder):
+    """File -> what stands for its bytes."""
+    return {path.relative_to(folder).as_posix(): hashlib.sha256(path.read_bytes()).hexdigest()
+            for path in folder.rglob("*") if path.is_file()}
 
 
 def render(machine, folder=DEFAULT):
@@ -303,6 +324,27 @@ def test_neither_are_its_other_programs(machine, name):
         assert machine.installed() == EVERYTHING
 
 
+@pytest.mark.parametrize("name", ["GlazelDX_x64.dll", "GZ3Renderer_x64.dll", "glazelhost.exe"])
+def test_nothing_changes_in_a_portable_folder_while_it_is_in_use(machine, unpacked, name):
+    before = contents_of(unpacked)
+    with machine.prefix.running(BIN / "com_probe.exe", "hold-file", f"{PORTABLE}\\{name}",
+                                ready="holding"):
+        assert machine.setup(f"/D={PORTABLE}") == IN_USE
+    assert f"{name} is in use. Close the video editor" in machine.log()
+    assert contents_of(unpacked) == before
+    assert machine.key(SERVER)["@"] == f"{PORTABLE}\\GlazelDX_x64.dll"
+
+
+def test_an_installation_stays_when_it_cannot_move_to_a_folder_in_use(machine, unpacked):
+    assert machine.setup(version=OLDER) == 0
+    with machine.prefix.running(BIN / "com_probe.exe", "hold-file", f"{PORTABLE}\\glazelhost.exe",
+                                ready="holding"):
+        assert machine.setup(f"/D={PORTABLE}") == IN_USE
+    assert machine.installed() == EVERYTHING
+    assert machine.key(ENTRY)["DisplayVersion"] == OLDER
+    machine.uninstall_quietly()
+
+
 def test_removal_tells_of_a_file_that_stays_and_can_be_run_again(machine):
     assert machine.setup() == 0
     with machine.prefix.running(BIN / "com_probe.exe", "hold-file",
@@ -378,6 +420,47 @@ def test_a_file_that_cannot_be_written_takes_everything_back(machine, name):
     assert machine.leftovers() == NOTHING
 
 
+def test_a_failed_setup_takes_away_only_what_it_wrote(machine, unpacked):
+    (unpacked / "uninstall.exe").write_text("another program's")
+    before = contents_of(unpacked)
+    with machine.prefix.running(BIN / "com_probe.exe", "hold-file",
+                                f"{PORTABLE}\\third-party-licences.txt", ready="holding"):
+        assert machine.setup(f"/D={PORTABLE}") == FILES
+    assert "third-party-licences.txt cannot be written" in machine.log()
+    del before["GlazelDX_x64.dll"], before["LICENSE.txt"]  # the first two
+    assert contents_of(unpacked) == before
+    assert machine.prefix.registry(SERVER) == {}, "the registered file has been replaced"
+
+
+def test_a_failed_setup_leaves_a_registered_copy_alone_that_it_did_not_replace(machine, unpacked):
+    plugin = unpacked / "GlazelDX_x64.dll"
+    data = plugin.read_bytes()
+    plugin.unlink()
+    plugin.mkdir()
+    before = contents_of(unpacked)
+    assert machine.setup(f"/D={PORTABLE}") == FILES
+    assert contents_of(unpacked) == before
+    assert "regsvr32" not in machine.log()
+    plugin.rmdir()
+    plugin.write_bytes(data)
+    assert machine.key(SERVER)["@"] == f"{PORTABLE}\\GlazelDX_x64.dll"
+
+
+def test_a_failed_setup_leaves_the_entry_of_an_installation_that_it_did_not_replace(machine):
+    assert machine.setup() == 0
+    (machine.path(DEFAULT) / "uninstall.exe").unlink()
+    entry = machine.key(ENTRY)
+    occupied = machine.prefix.drive_c / "Occupied"
+    (occupied / "glazelhost.exe").mkdir(parents=True)
+    assert machine.setup("/D=C:\\Occupied") == FILES
+    assert machine.key(ENTRY) == entry
+    shutil.rmtree(occupied)
+    assert machine.installed() == EVERYTHING - {"uninstall.exe"}
+    assert machine.setup() == 0
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
 def test_a_failed_setup_leaves_a_plugin_alone_that_is_registered_from_elsewhere(machine):
     other = windows_path(BIN / "GlazelDX_x64.dll")
     assert machine.prefix.run("regsvr32", "/s", other).code == 0
@@ -397,9 +480,10 @@ def test_a_folder_that_cannot_be_made_is_an_error(machine):
     assert machine.leftovers() == NOTHING
 
 
-def test_a_second_setup_is_refused(machine):
-    with machine.prefix.running(BIN / "com_probe.exe", "hold-mutex", "Global\\GlazelDX-setup",
-                                ready="holding"):
+@pytest.mark.parametrize("program, deed", [("com_probe.exe", "hold-mutex"),
+                                           ("lock_probe.exe", "foreign-mutex")])
+def test_a_second_setup_is_refused(machine, program, deed):
+    with machine.prefix.running(BIN / program, deed, "Global\\GlazelDX-setup", ready="holding"):
         assert machine.setup() == RUNNING
     assert machine.leftovers() == NOTHING
 
@@ -411,6 +495,30 @@ def test_removal_is_refused_while_a_setup_runs(machine):
         assert machine.uninstall() == RUNNING
     assert machine.installed() == EVERYTHING
     assert machine.key(SERVER)["@"] == f"{DEFAULT}\\GlazelDX_x64.dll"
+
+
+def test_removal_tells_of_an_entry_that_stays_and_can_be_run_again(machine):
+    assert machine.setup() == 0
+    command = machine.key(ENTRY)["QuietUninstallString"]
+    with machine.prefix.running(BIN / "lock_probe.exe", "locked-key", ENTRY.partition("\\")[2],
+                                ready="holding"):
+        with pytest.raises(AssertionError, match=rf"failed \({FILES}\)"):
+            machine.uninstall_quietly(command)
+        assert machine.uninstall() == FILES
+    assert "the entry in the list of installed programs cannot be removed" in machine.log()
+    assert machine.key(ENTRY)["DisplayVersion"] == VERSION
+    assert machine.installed() == {"uninstall.exe"}
+    machine.uninstall_quietly()
+    assert machine.leftovers() == NOTHING
+
+
+def test_removal_works_when_the_entry_was_deleted_by_hand(machine):
+    assert machine.setup() == 0
+    command = machine.key(ENTRY)["QuietUninstallString"]
+    assert machine.prefix.run("reg", "delete", ENTRY, "/f").code == 0
+    machine.uninstall_quietly(command)
+    machine.path(DEFAULT).parent.rmdir()  # only the entry says whose it was
+    assert machine.leftovers() == NOTHING
 
 
 def test_removal_works_when_the_plugin_was_deleted_by_hand(machine):
@@ -454,6 +562,21 @@ def test_the_log_file_can_be_chosen(machine, out):
     script.unlink()
 
 
+def test_a_chosen_log_file_that_cannot_be_opened_is_an_error(machine):
+    option = "/LOG=C:\\missing\\own.log"
+    problem = "The log file 'C:\\missing\\own.log' cannot be opened."
+    assert machine.setup(option) == FILES
+    assert problem in machine.log(), "in the log that is not chosen"
+    assert machine.leftovers() == NOTHING
+    assert machine.setup() == 0
+    machine.log()
+    removal = machine.prefix.run(f"{DEFAULT}\\uninstall.exe", "/S", option,
+                                 *f"_?={DEFAULT}".split(" "))
+    assert removal.code == FILES
+    assert problem in machine.log()
+    assert machine.installed() == EVERYTHING
+
+
 def test_the_portable_archive_registers_where_it_is_unpacked(machine, out):
     folder = machine.prefix.drive_c / "Somebody's Grüße 映像"
     with zipfile.ZipFile(out / f"GlazelDX-{VERSION}-portable.zip") as archive:
@@ -494,6 +617,23 @@ def test_the_list_of_contents_names_every_file_with_its_checksums(out):
     known = {*identifiers, document["SPDXID"]}
     for relation in document["relationships"]:
         assert {relation["spdxElementId"], relation["relatedSpdxElement"]} <= known, relation
+
+
+def test_the_licences_of_what_is_inside_are_handed_out(out):
+    with zipfile.ZipFile(out / f"GlazelDX-{VERSION}-portable.zip") as archive:
+        text = archive.read(f"GlazelDX-{VERSION}/third-party-licences.txt").decode("utf-8")
+    document = json.loads((out / f"GlazelDX-{VERSION}.spdx.json").read_text(encoding="utf-8"))
+    libraries = [package for package in document["packages"] if package["name"] != "GlazelDX"]
+    assert libraries
+    for library in libraries:
+        assert f"{library['name']} ({library['licenseConcluded']}), in " in text
+    # The programs that install and remove are the work of NSIS.
+    nsis = text.partition("\r\nNSIS (Zlib AND CPL-1.0 WITH LZMA-exception AND MIT), in the setup "
+                          "program, uninstall.exe\r\n")[2]
+    for part in ("NSIS Contributors", "Igor Pavlov", "The zlib License",
+                 "Common Public License version 1.0",
+                 "Special exception for LZMA compression module", "The MIT License"):
+        assert part in nsis, part
 
 
 def test_the_same_build_and_the_same_time_give_the_same_packages(out, tmp_path):

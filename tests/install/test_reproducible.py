@@ -8,8 +8,9 @@ import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ["GLAZEL_BUILD"])
-TARGET = "GlazelDX_x64"
-PRODUCTS = ("bin/GlazelDX_x64.dll", "symbols/GlazelDX_x64.dll.debug")
+TARGETS = ("GlazelDX_x64", "GZ3Renderer_x64")
+PRODUCTS = tuple(name for target in TARGETS
+                 for name in (f"bin/{target}.dll", f"symbols/{target}.dll.debug"))
 
 
 def run(*words, cwd):
@@ -34,7 +35,7 @@ def sums(build):
 
 
 def is_up_to_date(build):
-    return "no work to do" in run("cmake", "--build", build, "--target", TARGET, "--", "-n",
+    return "no work to do" in run("cmake", "--build", build, "--target", *TARGETS, "--", "-n",
                                   cwd=ROOT)
 
 
@@ -43,7 +44,7 @@ def build_in(folder):
     copy_of_the_tree(folder)
     build = folder / "elsewhere"
     run("cmake", "--preset", "release", "-B", build, cwd=folder)
-    run("cmake", "--build", build, "--target", TARGET, cwd=folder)
+    run("cmake", "--build", build, "--target", *TARGETS, cwd=folder)
     return build
 
 
