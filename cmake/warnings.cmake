@@ -23,7 +23,8 @@ if(WIN32)
     # The same sources give the same bytes wherever they stand. The last rule that fits is taken.
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
     -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
-  target_link_libraries(glazel_options INTERFACE stack_guard) # in place of the compiler's libssp
+  # In place of the compiler's libssp, and what guards calls into other modules.
+  target_link_libraries(glazel_options INTERFACE foreign_call stack_guard)
   # The run time is linked in: nothing but the system's own DLLs is needed to run.
   target_link_options(glazel_options INTERFACE
     -static -Wl,--dynamicbase,--nxcompat,--high-entropy-va -Wl,--no-insert-timestamp)

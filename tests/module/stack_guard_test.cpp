@@ -1,11 +1,12 @@
 // The guard that is linked into every program and DLL, seen from within one program.
+#include "tests/fakes/child_test.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 extern "C" std::uintptr_t __stack_chk_guard;
 
@@ -13,7 +14,6 @@ namespace
 {
 
 constexpr std::uint64_t kUnseeded = 0x00002B992DDFA232U;
-constexpr wchar_t kRole[] = L"GLAZEL_STACK_GUARD_ROLE";
 
 // Writes over the end of its array when `count` is larger than that.
 [[gnu::noinline]] int FillArray(std::size_t count)
@@ -25,33 +25,6 @@ constexpr wchar_t kRole[] = L"GLAZEL_STACK_GUARD_ROLE";
         first[index] = 'x';
     }
     return bytes[3];
-}
-
-// Runs this program's test `name` in a process of its own, which that test can tell by kRole.
-DWORD ExitCodeOf(const std::wstring& name)
-{
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(::GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-    std::wstring command = L"\"" + path + L"\" --gtest_filter=" + name;
-    ::SetEnvironmentVariableW(kRole, L"child");
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    const BOOL started = ::CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, FALSE, 0,
-                                          nullptr, nullptr, &startup, &process);
-    ::SetEnvironmentVariableW(kRole, nullptr);
-    EXPECT_TRUE(started);
-    DWORD exitCode = 0;
-    EXPECT_EQ(::WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
-    ::GetExitCodeProcess(process.hProcess, &exitCode);
-    ::CloseHandle(process.hThread);
-    ::CloseHandle(process.hProcess);
-    return exitCode;
-}
-
-bool IsChild()
-{
-    return ::GetEnvironmentVariableW(kRole, nullptr, 0) != 0;
 }
 
 } // namespace
