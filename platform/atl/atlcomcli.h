@@ -1,7 +1,9 @@
 // ATL's interface pointers. Stands in for the platform's atlcomcli.h; strings, variants and safe
 // arrays are left out, and operator-> gives the plain interface instead of one that hides AddRef
-// and Release.
+// and Release. Objects may be anybody's: what their AddRef and Release throw ends here.
 #pragma once
+
+#include "platform/runtime/foreign_call.h"
 
 #include <windows.h>
 
@@ -9,6 +11,7 @@
 #include <unknwn.h>
 
 #include <cassert>
+#include <tuple>
 #include <utility>
 
 // Owns one reference to `p`, or nothing when `p` is null. Not thread-safe.
@@ -20,9 +23,9 @@ public:
     CComPtr(std::nullptr_t) noexcept {}
     CComPtr(T* other) noexcept : p(other) // takes a reference of its own
     {
-        if (p != nullptr)
+        if (p != nullptr && !TryForeign([this] { return p->AddRef(); }))
         {
-            p->AddRef();
+            p = nullptr; // there is no reference to hold
         }
     }
     CComPtr(const CComPtr& other) noexcept : CComPtr(other.p) {}
@@ -61,7 +64,7 @@ public:
         T* const old = std::exchange(p, nullptr); // null first: the release may come back here
         if (old != nullptr)
         {
-            old->Release();
+            TryForeign([old] { return old->Release(); });
         }
     }
     // Takes over the caller's reference.
@@ -80,17 +83,14 @@ public:
         {
             return E_POINTER;
         }
-        *place = p;
-        if (p != nullptr)
-        {
-            p->AddRef();
-        }
+        *place = CComPtr(p).Detach();
         return S_OK;
     }
     template <typename Q>
     HRESULT QueryInterface(Q** place) const noexcept
     {
-        return p->QueryInterface(__uuidof(Q), reinterpret_cast<void**>(place));
+        return ForeignResult(
+            [&] { return p->QueryInterface(__uuidof(Q), reinterpret_cast<void**>(place)); });
     }
     HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer = nullptr,
                              DWORD context = CLSCTX_ALL) noexcept
@@ -107,8 +107,8 @@ public:
         }
         CComPtr<IUnknown> mine;
         CComPtr<IUnknown> theirs;
-        p->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&mine.p));
-        other->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&theirs.p));
+        std::ignore = QueryInterface(&mine.p);
+        std::ignore = CComPtr<IUnknown>(other).QueryInterface(&theirs.p);
         return mine.p == theirs.p;
     }
 
@@ -130,7 +130,8 @@ public:
         if (other != nullptr)
         {
             // A failing query leaves null, which is the answer.
-            other->QueryInterface(*piid, reinterpret_cast<void**>(&this->p));
+            TryForeign(
+                [&] { return other->QueryInterface(*piid, reinterpret_cast<void**>(&this->p)); });
         }
     }
     CComQIPtr(const CComQIPtr& other) noexcept = default;

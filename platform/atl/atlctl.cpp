@@ -48,11 +48,16 @@ HRESULT AtlGetPropertyPages(const ATL_PROPMAP_ENTRY* map, CAUUID* pages) noexcep
 
 HRESULT AtlOpenContents(IStorage* storage, IStream** contents) noexcept
 {
-    return storage->OpenStream(kContents, nullptr, STGM_DIRECT | STGM_SHARE_EXCLUSIVE, 0, contents);
+    return ForeignResult([&] {
+        return storage->OpenStream(kContents, nullptr, STGM_DIRECT | STGM_SHARE_EXCLUSIVE, 0,
+                                   contents);
+    });
 }
 
 HRESULT AtlCreateContents(IStorage* storage, IStream** contents) noexcept
 {
-    return storage->CreateStream(kContents, STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0,
-                                 0, contents);
+    return ForeignResult([&] {
+        return storage->CreateStream(kContents, STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE,
+                                     0, 0, contents);
+    });
 }

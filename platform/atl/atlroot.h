@@ -46,12 +46,22 @@ public:
     static HRESULT WINAPI InternalQueryInterface(void* pThis, const _ATL_INTMAP_ENTRY* pEntries,
                                                  REFIID iid, void** ppvObject) noexcept;
 
-    // Of an object inside an aggregate.
-    ULONG OuterAddRef() noexcept { return m_pOuterUnknown->AddRef(); }
-    ULONG OuterRelease() noexcept { return m_pOuterUnknown->Release(); }
+    // Of an object inside an aggregate. The outer may be anybody's: what it throws ends here.
+    ULONG OuterAddRef() noexcept
+    {
+        ULONG count = 0;
+        TryForeign([&] { return count = m_pOuterUnknown->AddRef(); });
+        return count;
+    }
+    ULONG OuterRelease() noexcept
+    {
+        ULONG count = 0;
+        TryForeign([&] { return count = m_pOuterUnknown->Release(); });
+        return count;
+    }
     HRESULT OuterQueryInterface(REFIID iid, void** ppvObject) noexcept
     {
-        return m_pOuterUnknown->QueryInterface(iid, ppvObject);
+        return ForeignResult([&] { return m_pOuterUnknown->QueryInterface(iid, ppvObject); });
     }
 
     // Set while an object is destroyed, so that references taken meanwhile cannot destroy it again.

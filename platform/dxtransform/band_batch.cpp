@@ -59,8 +59,10 @@ HRESULT CDXTBandBatch::RunByTaskManager(IDXTaskManager* taskManager, const GUID*
         tasks.push_back({&RunTask, &band, nullptr, 0, requestId});
         events.push_back(band.finished.get());
     }
-    const HRESULT scheduled = taskManager->ScheduleTasks(
-        tasks.data(), events.data(), ids.data(), static_cast<ULONG>(m_bands.size()), INFINITE);
+    const HRESULT scheduled = ForeignResult([&] {
+        return taskManager->ScheduleTasks(tasks.data(), events.data(), ids.data(),
+                                          static_cast<ULONG>(m_bands.size()), INFINITE);
+    });
     WithdrawAndWait(scheduled);
     return FirstFailure();
 }

@@ -1,6 +1,6 @@
 #include "platform/dxtransform/dxbasento1.h"
 
-#include "platform/dxtransform/hook_guard.h"
+#include "platform/runtime/hook_guard.h"
 
 #include <servprov.h>
 
@@ -27,8 +27,10 @@ template <typename Service>
 CComPtr<Service> ServiceOf(IServiceProvider* provider, REFGUID service) noexcept
 {
     CComPtr<Service> found;
-    if (provider != nullptr && FAILED(provider->QueryService(service, __uuidof(Service),
-                                                             reinterpret_cast<void**>(&found))))
+    const auto ask = [&] {
+        return provider->QueryService(service, __uuidof(Service), reinterpret_cast<void**>(&found));
+    };
+    if (provider != nullptr && FAILED(ForeignResult(ask)))
     {
         return nullptr;
     }
@@ -80,14 +82,14 @@ HRESULT CDXBaseNTo1::OnReleaseObjects()
 
 void CDXBaseNTo1::OnUpdateGenerationId()
 {
-    for (Object& input : m_inputs)
+    for (ULONG slot = 0; slot < m_inputs.size(); ++slot)
     {
-        if (HasChanged(input))
+        if (NoteGenerationId(slot))
         {
             SetDirty();
         }
     }
-    if (HasChanged(m_output))
+    if (NoteGenerationId(kOutputSlot))
     {
         SetDirty();
     }
@@ -274,7 +276,11 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetSite(REFIID riid, void** ppvSite) noex
         const ObjectLock lock(this);
         site = m_site;
     }
-    return site != nullptr ? site->QueryInterface(riid, ppvSite) : E_FAIL;
+    if (site == nullptr)
+    {
+        return E_FAIL;
+    }
+    return ForeignResult([&] { return site->QueryInterface(riid, ppvSite); });
 }
 
 // IObjectSafety

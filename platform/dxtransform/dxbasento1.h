@@ -4,8 +4,10 @@
 // is a single call of WorkProc on the thread that executes unless a transform asks for more.
 //
 // The object lock is held during Setup, Execute, picking and every setter; it is recursive. Code
-// that a task manager runs on other threads must not take it: it may read what cannot change during
-// Execute (the surfaces, the members that setters change).
+// that a task manager runs on other threads must not take it: it may read what other threads cannot
+// change during Execute (the surfaces, the members that setters change).
+// What a surface, a site or a service throws becomes E_OUTOFMEMORY or E_UNEXPECTED, as for a
+// transform's own code; where a failed answer changes nothing, neither does an exception.
 // Tests: tests/platform/dxtransform/.
 #pragma once
 
@@ -203,23 +205,35 @@ private:
         bool wasAsked = false; // whether askedId means anything
     };
 
+    // What one Setup gathers.
+    struct Fetched
+    {
+        std::vector<Object> inputs;
+        Object output;
+    };
+
+    static constexpr ULONG kOutputSlot = ~ULONG{0}; // beside the inputs' indices
+
     static DXSAMPLEFORMATENUM SampleFormatOf(IDXSurface* surface) noexcept;
-    static void NoteGenerationId(Object& object) noexcept;
-    static bool HasChanged(Object& object) noexcept;
+    Object* ObjectAt(ULONG slot) noexcept;
+    // Looks at the surface there; whether it changed since the last look.
+    bool NoteGenerationId(ULONG slot) noexcept;
 
     HRESULT CheckCounts(IUnknown* const* inputs, ULONG numInputs, IUnknown* const* outputs,
                         ULONG numOutputs) const noexcept;
-    HRESULT FetchSurfaces(IUnknown* const* inputs, ULONG numInputs, IUnknown* output);
+    HRESULT FetchSurfaces(IUnknown* const* inputs, ULONG numInputs, IUnknown* output,
+                          Fetched& fetched);
     HRESULT FetchSurface(IUnknown* object, CComPtr<IDXSurface>& surface) const noexcept;
-    HRESULT CheckFetchedSizes() const noexcept;
-    void DropFetched() noexcept;
+    HRESULT CheckSizes(const std::vector<Object>& inputs) const;
+    void ForgetObjects() noexcept;
     void DropObjects() noexcept;
     HRESULT Prepare() noexcept;
     HRESULT RunOnSetup() noexcept;
 
-    HRESULT CurrentInputBounds(CDXDBnds& bounds) const noexcept;
+    // Surfaces are asked: these two throw what those throw.
+    HRESULT CurrentInputBounds(CDXDBnds& bounds) const;
     HRESULT ComputeBounds(const DXBNDS* clip, const DXVEC* placement, CDXDBnds& doBounds,
-                          CDXDBnds& outputBounds) noexcept;
+                          CDXDBnds& outputBounds);
     ULONG BandsToStartWith(ULONG rows) const noexcept;
     HRESULT ExecuteBands(const GUID* requestId, CDXTWorkInfoNTo1& work) noexcept;
     HRESULT RunBands(const GUID* requestId, const CDXTWorkInfoNTo1& work, ULONG bands) noexcept;
@@ -228,13 +242,13 @@ private:
     HRESULT PickInOrder(const CDXDBnds& outPoint, ULONG& index, CDXDVec& inPoint);
     HRESULT AlphaUnder(const CDXDBnds& outPoint, ULONG index, CDXDVec& inPoint, BYTE& alpha);
 
-    // All guarded by the object lock; during Execute they do not change.
+    // All guarded by the object lock. A surface that handles messages while it is asked may let the
+    // thread that holds the lock in again: whoever calls one holds a reference of its own and looks
+    // at these anew afterwards.
     std::vector<Object> m_inputs;
     Object m_output;
     bool m_setUp = false;
-    // Where Setup gathers the new surfaces; kept to reuse its memory.
-    std::vector<Object> m_fetchedInputs;
-    Object m_fetchedOutput;
+    std::vector<Object> m_spareInputs; // empty: its memory is for the next Setup's
     CComPtr<IUnknown> m_site;
     DWORD m_safetyOptions = 0;
 };

@@ -1,7 +1,7 @@
 // CDXBaseNTo1: one execution, from its bounds to its bands.
 #include "platform/dxtransform/band_batch.h"
 #include "platform/dxtransform/dxbasento1.h"
-#include "platform/dxtransform/hook_guard.h"
+#include "platform/runtime/hook_guard.h"
 
 #include <algorithm>
 
@@ -49,7 +49,7 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Execute(const GUID* pRequestID, const DXB
     {
         hr = CallHook([&] { return OnExecute(pRequestID, pClipBnds, pPlacement); });
     }
-    NoteGenerationId(m_output); // its own writing is no change of the transform
+    NoteGenerationId(kOutputSlot); // its own writing is no change of the transform
     return hr;
 }
 
@@ -73,7 +73,7 @@ HRESULT CDXBaseNTo1::OnExecute(const GUID* pRequestID, const DXBNDS* pClipBnds,
 // What is to be made and where it goes: the output space cut by the clip, moved by the placement,
 // cut by the output surface, and moved back. Both are empty when nothing is left.
 HRESULT CDXBaseNTo1::ComputeBounds(const DXBNDS* clip, const DXVEC* placement, CDXDBnds& doBounds,
-                                   CDXDBnds& outputBounds) noexcept
+                                   CDXDBnds& outputBounds)
 {
     DXBNDS space{};
     HRESULT hr = MapBoundsIn2Out(nullptr, 0, 0, &space);
@@ -81,7 +81,12 @@ HRESULT CDXBaseNTo1::ComputeBounds(const DXBNDS* clip, const DXVEC* placement, C
     {
         return hr;
     }
-    const CDXDBnds surface(OutputSurface(), hr);
+    const CComPtr<IDXSurface> output(OutputSurface());
+    if (output == nullptr)
+    {
+        return DXTERR_UNINITIALIZED; // an input let somebody clear the transform
+    }
+    const CDXDBnds surface(output, hr);
     if (FAILED(hr))
     {
         return hr;
@@ -110,7 +115,8 @@ ULONG CDXBaseNTo1::BandsToStartWith(ULONG rows) const noexcept
         return 1;
     }
     ULONG processors = 0;
-    if (m_cpTaskMgr == nullptr || FAILED(m_cpTaskMgr->QueryNumProcessors(&processors)))
+    if (m_cpTaskMgr == nullptr ||
+        FAILED(ForeignResult([&] { return m_cpTaskMgr->QueryNumProcessors(&processors); })))
     {
         SYSTEM_INFO system{};
         ::GetSystemInfo(&system);

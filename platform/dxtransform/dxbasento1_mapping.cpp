@@ -1,6 +1,6 @@
 // CDXBaseNTo1: where bounds and points of one side lie on the other.
 #include "platform/dxtransform/dxbasento1.h"
-#include "platform/dxtransform/hook_guard.h"
+#include "platform/runtime/hook_guard.h"
 
 #include <algorithm>
 
@@ -29,7 +29,7 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::MapBoundsIn2Out(const DXBNDS* pInBounds, 
     }
     else
     {
-        const HRESULT hr = CurrentInputBounds(bounds);
+        const HRESULT hr = CallHook([&] { return CurrentInputBounds(bounds); });
         if (FAILED(hr))
         {
             return hr;
@@ -43,21 +43,22 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::MapBoundsIn2Out(const DXBNDS* pInBounds, 
     return hr;
 }
 
-HRESULT CDXBaseNTo1::CurrentInputBounds(CDXDBnds& bounds) const noexcept
+HRESULT CDXBaseNTo1::CurrentInputBounds(CDXDBnds& bounds) const
 {
     if (!m_setUp)
     {
         return DXTERR_UNINITIALIZED;
     }
     bool haveInputs = false;
-    for (const Object& input : m_inputs)
+    for (ULONG i = 0; i < GetNumInputs(); ++i)
     {
-        if (input.surface == nullptr)
+        const CComPtr<IDXSurface> surface(InputSurface(i));
+        if (surface == nullptr)
         {
             continue;
         }
         HRESULT hr = S_OK;
-        CDXDBnds inputBounds(input.surface, hr);
+        CDXDBnds inputBounds(surface, hr);
         if (FAILED(hr))
         {
             return hr;
@@ -70,8 +71,9 @@ HRESULT CDXBaseNTo1::CurrentInputBounds(CDXDBnds& bounds) const noexcept
     {
         return S_OK;
     }
-    HRESULT hr = S_OK;
-    bounds = CDXDBnds(m_output.surface, hr);
+    const CComPtr<IDXSurface> output(OutputSurface());
+    HRESULT hr = DXTERR_UNINITIALIZED; // when an input let somebody clear the transform
+    bounds = output != nullptr ? CDXDBnds(output, hr) : CDXDBnds();
     return hr;
 }
 
@@ -123,7 +125,7 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::PointPick(const DXVEC* pPoint, ULONG* pul
     const CDXDBnds point(CDXDVec(position[DXB_X], position[DXB_Y]));
     CDXDBnds made;
     CDXDBnds placed;
-    HRESULT hr = ComputeBounds(nullptr, nullptr, made, placed);
+    HRESULT hr = CallHook([&] { return ComputeBounds(nullptr, nullptr, made, placed); });
     if (FAILED(hr))
     {
         return hr;
@@ -192,7 +194,8 @@ HRESULT CDXBaseNTo1::AlphaUnder(const CDXDBnds& outPoint, ULONG index, CDXDVec& 
                                 BYTE& alpha)
 {
     DXBNDS mapped{};
-    if (!HaveInput(index) || FAILED(MapBoundsOut2In(0, &outPoint, index, &mapped)))
+    const CComPtr<IDXSurface> surface(InputSurface(index));
+    if (surface == nullptr || FAILED(MapBoundsOut2In(0, &outPoint, index, &mapped)))
     {
         return S_FALSE;
     }
@@ -200,7 +203,7 @@ HRESULT CDXBaseNTo1::AlphaUnder(const CDXDBnds& outPoint, ULONG index, CDXDVec& 
     inPoint = CDXDVec(corner.Left(), corner.Top());
     const CDXDBnds sample(inPoint);
     HRESULT hr = S_OK;
-    CDXDBnds bounds(InputSurface(index), hr);
+    CDXDBnds bounds(surface, hr);
     if (FAILED(hr))
     {
         return hr;
@@ -211,15 +214,16 @@ HRESULT CDXBaseNTo1::AlphaUnder(const CDXDBnds& outPoint, ULONG index, CDXDVec& 
         return S_FALSE;
     }
     CComPtr<IDXARGBReadPtr> samples;
-    hr =
-        InputSurface(index)->LockSurface(&sample, m_ulLockTimeOut, DXLOCKF_READ, IID_IDXARGBReadPtr,
-                                         reinterpret_cast<void**>(&samples), nullptr);
+    hr = CallForeign([&] {
+        return surface->LockSurface(&sample, m_ulLockTimeOut, DXLOCKF_READ, IID_IDXARGBReadPtr,
+                                    reinterpret_cast<void**>(&samples), nullptr);
+    });
     if (FAILED(hr))
     {
         return hr;
     }
     DXSAMPLE value(0);
-    samples->Unpack(&value, 1, FALSE);
+    CallForeign([&] { samples->Unpack(&value, 1, FALSE); });
     alpha = value.Alpha;
     return S_OK;
 }

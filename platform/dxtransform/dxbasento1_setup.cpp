@@ -1,7 +1,7 @@
 // CDXBaseNTo1: taking surfaces, noticing when they change, and getting ready.
 #include "platform/dxtransform/dxbasento1.h"
 
-#include "platform/dxtransform/hook_guard.h"
+#include "platform/runtime/hook_guard.h"
 
 #include <tuple>
 #include <utility>
@@ -26,19 +26,20 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Setup(IUnknown* const* punkInputs, ULONG 
     {
         return hr;
     }
-    hr = CallHook([&] { return FetchSurfaces(punkInputs, ulNumInputs, punkOutputs[0]); });
-    if (FAILED(hr))
+    Fetched fetched{.inputs = std::move(m_spareInputs), .output = {}};
+    hr = CallHook([&] { return FetchSurfaces(punkInputs, ulNumInputs, punkOutputs[0], fetched); });
+    if (SUCCEEDED(hr))
     {
-        DropFetched();
-        return hr;
+        // From here on nothing of the old set-up is needed; it goes once the new one is whole.
+        std::swap(m_inputs, fetched.inputs);
+        std::swap(m_output, fetched.output);
+        m_ulNumInputs = ulNumInputs;
+        m_setUp = true;
     }
-    // From here on nothing of the old set-up is needed.
-    std::swap(m_inputs, m_fetchedInputs);
-    std::swap(m_output, m_fetchedOutput);
-    m_ulNumInputs = ulNumInputs;
-    m_setUp = true;
-    DropFetched();
-    return Prepare();
+    fetched.inputs.clear();
+    m_spareInputs = std::move(fetched.inputs);
+    fetched.output = {};
+    return SUCCEEDED(hr) ? Prepare() : hr;
 }
 
 HRESULT CDXBaseNTo1::CheckCounts(IUnknown* const* inputs, ULONG numInputs, IUnknown* const* outputs,
@@ -61,28 +62,30 @@ HRESULT CDXBaseNTo1::CheckCounts(IUnknown* const* inputs, ULONG numInputs, IUnkn
     return S_OK;
 }
 
-// Fills m_fetchedInputs and m_fetchedOutput.
-HRESULT CDXBaseNTo1::FetchSurfaces(IUnknown* const* inputs, ULONG numInputs, IUnknown* output)
+HRESULT CDXBaseNTo1::FetchSurfaces(IUnknown* const* inputs, ULONG numInputs, IUnknown* output,
+                                   Fetched& fetched)
 {
-    m_fetchedInputs.resize(numInputs);
+    fetched.inputs.resize(numInputs);
     m_inputs.reserve(numInputs); // the two change places; now, so that later calls allocate nothing
     for (ULONG i = 0; i < numInputs; ++i)
     {
         const HRESULT hr =
-            inputs[i] != nullptr ? FetchSurface(inputs[i], m_fetchedInputs[i].surface) : S_OK;
+            inputs[i] != nullptr ? FetchSurface(inputs[i], fetched.inputs[i].surface) : S_OK;
         if (FAILED(hr))
         {
             return hr;
         }
     }
-    const HRESULT hr = FetchSurface(output, m_fetchedOutput.surface);
-    return FAILED(hr) ? hr : CheckFetchedSizes();
+    const HRESULT hr = FetchSurface(output, fetched.output.surface);
+    return FAILED(hr) ? hr : CheckSizes(fetched.inputs);
 }
 
 // Something else than a surface is wrapped in one, by the surface factory if there is one.
 HRESULT CDXBaseNTo1::FetchSurface(IUnknown* object, CComPtr<IDXSurface>& surface) const noexcept
 {
-    if (SUCCEEDED(object->QueryInterface(IID_IDXSurface, reinterpret_cast<void**>(&surface))))
+    if (SUCCEEDED(ForeignResult([&] {
+            return object->QueryInterface(IID_IDXSurface, reinterpret_cast<void**>(&surface));
+        })))
     {
         return S_OK;
     }
@@ -90,11 +93,13 @@ HRESULT CDXBaseNTo1::FetchSurface(IUnknown* object, CComPtr<IDXSurface>& surface
     {
         return E_INVALIDARG;
     }
-    return m_cpSurfFact->CreateFromDDSurface(object, nullptr, 0, nullptr, IID_IDXSurface,
-                                             reinterpret_cast<void**>(&surface));
+    return ForeignResult([&] {
+        return m_cpSurfFact->CreateFromDDSurface(object, nullptr, 0, nullptr, IID_IDXSurface,
+                                                 reinterpret_cast<void**>(&surface));
+    });
 }
 
-HRESULT CDXBaseNTo1::CheckFetchedSizes() const noexcept
+HRESULT CDXBaseNTo1::CheckSizes(const std::vector<Object>& inputs) const
 {
     if ((m_dwOptionFlags & kDXBaseSameSizeInputs) == 0)
     {
@@ -102,7 +107,7 @@ HRESULT CDXBaseNTo1::CheckFetchedSizes() const noexcept
     }
     CDXDBnds first;
     bool haveFirst = false;
-    for (const Object& input : m_fetchedInputs)
+    for (const Object& input : inputs)
     {
         if (input.surface == nullptr)
         {
@@ -124,19 +129,20 @@ HRESULT CDXBaseNTo1::CheckFetchedSizes() const noexcept
     return S_OK;
 }
 
-void CDXBaseNTo1::DropFetched() noexcept
+// Caller holds the object lock. The surfaces go last: that may run their own code, which finds
+// everything in order.
+void CDXBaseNTo1::ForgetObjects() noexcept
 {
-    m_fetchedInputs.clear();
-    m_fetchedOutput = {};
+    const std::vector<Object> inputs = std::exchange(m_inputs, {});
+    const Object output = std::exchange(m_output, {});
+    m_ulNumInputs = 0;
+    m_setUp = false;
 }
 
 // Caller holds the object lock.
 void CDXBaseNTo1::DropObjects() noexcept
 {
-    m_inputs.clear();
-    m_output = {};
-    m_ulNumInputs = 0;
-    m_setUp = false;
+    ForgetObjects();
     std::ignore = CallHook([this] { return OnReleaseObjects(); }); // nobody can keep the objects
 }
 
@@ -144,21 +150,18 @@ void CDXBaseNTo1::DropObjects() noexcept
 HRESULT CDXBaseNTo1::Prepare() noexcept
 {
     SetDirty();
-    for (Object& input : m_inputs)
+    for (ULONG slot = 0; slot < m_inputs.size(); ++slot)
     {
-        NoteGenerationId(input);
+        NoteGenerationId(slot);
     }
-    NoteGenerationId(m_output);
+    NoteGenerationId(kOutputSlot);
     const HRESULT hr = RunOnSetup();
     if (FAILED(hr))
     {
-        m_inputs.clear();
-        m_output = {};
-        m_ulNumInputs = 0;
-        m_setUp = false;
+        ForgetObjects();
         return hr;
     }
-    NoteGenerationId(m_output); // preparing may have written to it
+    NoteGenerationId(kOutputSlot); // preparing may have written to it
     return hr;
 }
 
@@ -172,28 +175,38 @@ HRESULT CDXBaseNTo1::RunOnSetup() noexcept
     return hr;
 }
 
-void CDXBaseNTo1::NoteGenerationId(Object& object) noexcept
+// Null for a slot that there is not.
+CDXBaseNTo1::Object* CDXBaseNTo1::ObjectAt(ULONG slot) noexcept
 {
-    ULONG id = 0;
-    if (object.surface != nullptr && SUCCEEDED(object.surface->GetGenerationId(&id)))
+    if (slot == kOutputSlot)
     {
-        object.seenId = id;
+        return &m_output;
     }
+    return slot < m_inputs.size() ? &m_inputs[slot] : nullptr;
 }
 
-// Since the last look; this is one.
-bool CDXBaseNTo1::HasChanged(Object& object) noexcept
+bool CDXBaseNTo1::NoteGenerationId(ULONG slot) noexcept
 {
-    const ULONG before = object.seenId;
-    NoteGenerationId(object);
-    return object.seenId != before;
+    const Object* const asked = ObjectAt(slot);
+    const CComPtr<IDXSurface> surface(asked != nullptr ? asked->surface.p : nullptr);
+    ULONG id = 0;
+    if (surface == nullptr || FAILED(ForeignResult([&] { return surface->GetGenerationId(&id); })))
+    {
+        return false;
+    }
+    Object* const object = ObjectAt(slot);
+    return object != nullptr && object->surface.p == surface.p &&
+           std::exchange(object->seenId, id) != id;
 }
 
 bool CDXBaseNTo1::IsInputDirty(ULONG index) noexcept
 {
     const ObjectLock lock(this);
     ULONG id = 0;
-    if (!HaveInput(index) || FAILED(m_inputs[index].surface->GetGenerationId(&id)))
+    const CComPtr<IDXSurface> surface(InputSurface(index));
+    if (surface == nullptr ||
+        FAILED(ForeignResult([&] { return surface->GetGenerationId(&id); })) ||
+        InputSurface(index) != surface.p)
     {
         return false;
     }
@@ -207,7 +220,8 @@ bool CDXBaseNTo1::IsInputDirty(ULONG index) noexcept
 DXSAMPLEFORMATENUM CDXBaseNTo1::SampleFormatOf(IDXSurface* surface) noexcept
 {
     DXSAMPLEFORMATENUM format = DXPF_NONSTANDARD;
-    if (surface != nullptr && FAILED(surface->GetPixelFormat(nullptr, &format)))
+    if (surface != nullptr &&
+        FAILED(ForeignResult([&] { return surface->GetPixelFormat(nullptr, &format); })))
     {
         format = DXPF_NONSTANDARD;
     }

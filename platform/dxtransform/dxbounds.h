@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/dxtransform/dxvector.h"
+#include "platform/runtime/foreign_call.h"
 
 #include <algorithm>
 #include <array>
@@ -31,11 +32,12 @@ public:
     explicit CDXBnds(const DXBNDS& other) noexcept { Copy(other); }
     explicit CDXBnds(const RECT& rect) noexcept : CDXBnds() { SetXYRect(rect); }
     CDXBnds(TYPE width, TYPE height) noexcept : CDXBnds() { SetXYSize(width, height); }
-    // The whole surface; `hr` is its answer, and a failed one leaves the bounds empty.
-    CDXBnds(IDXSurface* surface, HRESULT& hr) noexcept
+    // The whole surface; `hr` is its answer, and a failed one leaves the bounds empty. What the
+    // surface throws comes out.
+    CDXBnds(IDXSurface* surface, HRESULT& hr)
     {
         DXBNDS bounds{};
-        hr = surface->GetBounds(&bounds);
+        hr = CallForeign([&] { return surface->GetBounds(&bounds); });
         SUCCEEDED(hr) ? Copy(bounds) : SetEmpty();
     }
     // The one sample at a point.

@@ -11,6 +11,10 @@
 // this compiler either. The foreign exception object itself is not destroyed; it is its thrower's.
 #pragma once
 
+#include "platform/runtime/hook_guard.h"
+
+#include <windows.h>
+
 #include <type_traits>
 #include <utility>
 
@@ -46,17 +50,20 @@ std::invoke_result_t<Call&> CallForeign(Call&& call)
     }
 }
 
-// The same where nothing may come out: what it answers is dropped, and so is what it throws.
+// The same of a call with a HRESULT where nothing may come out: E_OUTOFMEMORY or E_UNEXPECTED stand
+// for an exception.
+template <typename Call>
+HRESULT ForeignResult(Call&& call) noexcept
+{
+    return CallHook([&call] { return CallForeign(call); });
+}
+
+// And of a call whose answer does not matter: true when it came back.
 template <typename Call>
 bool TryForeign(Call&& call) noexcept
 {
-    try
-    {
-        CallForeign([&call] { static_cast<void>(call()); });
-        return true;
-    }
-    catch (...)
-    {
-        return false;
-    }
+    return SUCCEEDED(ForeignResult([&call]() -> HRESULT {
+        static_cast<void>(call());
+        return S_OK;
+    }));
 }

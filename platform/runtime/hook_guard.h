@@ -1,4 +1,4 @@
-// Turns what a transform's own code throws into a result. Private to CDXBaseNTo1.
+// Turns what somebody else's code throws into a result.
 #pragma once
 
 #include <windows.h>
@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-// E_OUTOFMEMORY when memory ran out, E_UNEXPECTED for any other exception.
+// The hook's result; E_OUTOFMEMORY when memory ran out, E_UNEXPECTED for any other exception.
 template <typename Hook>
 HRESULT CallHook(Hook&& hook) noexcept
 {
