@@ -1,9 +1,11 @@
 #include "renderer/renderer_binding.h"
 
+#include "platform/runtime/foreign_call.h"
 #include "renderer/entry_point_table.h"
 
 #include <array>
 #include <bit>
+#include <type_traits>
 
 namespace RendererAPI
 {
@@ -13,10 +15,10 @@ RendererBinding::~RendererBinding()
     Shutdown();
 }
 
-std::int32_t RendererBinding::Start(std::uint32_t mode) noexcept
+std::int32_t RendererBinding::Start(std::uint32_t mode)
 {
     const std::int32_t loadResult = m_loaded ? 0 : Load();
-    return m_loaded ? m_pointers.initRenderer(mode) : loadResult;
+    return Ask(m_pointers.initRenderer, loadResult, mode);
 }
 
 std::int32_t RendererBinding::Load() noexcept
@@ -48,7 +50,7 @@ void RendererBinding::Shutdown() noexcept
 {
     if (m_loaded)
     {
-        m_pointers.exitRenderer();
+        TryForeign(m_pointers.exitRenderer);
     }
 }
 
@@ -64,114 +66,116 @@ void RendererBinding::Unload() noexcept
 }
 
 std::int32_t RendererBinding::RunEditor(FrameBufferDesc* preview, const void* record,
-                                        std::uint32_t recordSize,
-                                        std::uint32_t linear) const noexcept
+                                        std::uint32_t recordSize, std::uint32_t linear) const
 {
     return m_pointers.doModalUI2 != nullptr ? DoModalUI2(preview, record, recordSize, linear)
                                             : DoModalUI(preview, record, recordSize);
 }
 
-std::int32_t RendererBinding::DoModalUI(FrameBufferDesc* preview, const void* record,
-                                        std::uint32_t recordSize) const noexcept
+// Runs an entry point; while there is none the answer is `otherwise`.
+template <typename Result, typename... Parameters>
+Result RendererBinding::Ask(Result (*entryPoint)(Parameters...),
+                            std::type_identity_t<Result> otherwise,
+                            std::type_identity_t<Parameters>... arguments) const
 {
-    return m_loaded ? m_pointers.doModalUI(preview, record, recordSize) : 0;
+    if (!m_loaded || entryPoint == nullptr)
+    {
+        return otherwise;
+    }
+    return CallForeign([&] { return entryPoint(arguments...); });
+}
+
+template <typename... Parameters>
+void RendererBinding::Tell(void (*entryPoint)(Parameters...),
+                           std::type_identity_t<Parameters>... arguments) const
+{
+    if (m_loaded)
+    {
+        CallForeign([&] { entryPoint(arguments...); });
+    }
+}
+
+std::int32_t RendererBinding::DoModalUI(FrameBufferDesc* preview, const void* record,
+                                        std::uint32_t recordSize) const
+{
+    return Ask(m_pointers.doModalUI, 0, preview, record, recordSize);
 }
 
 std::int32_t RendererBinding::DoModalUI2(FrameBufferDesc* preview, const void* record,
-                                         std::uint32_t recordSize,
-                                         std::uint32_t linear) const noexcept
+                                         std::uint32_t recordSize, std::uint32_t linear) const
 {
-    const bool available = m_loaded && m_pointers.doModalUI2 != nullptr;
-    return available ? m_pointers.doModalUI2(preview, record, recordSize, linear) : 0;
+    return Ask(m_pointers.doModalUI2, 0, preview, record, recordSize, linear);
 }
 
 std::int32_t RendererBinding::DoModalUIWithProfile(FrameBufferDesc* preview, const void* record,
                                                    std::uint32_t recordSize, const void* profile,
                                                    std::uint32_t profileSize,
-                                                   std::uint32_t linear) const noexcept
+                                                   std::uint32_t linear) const
 {
-    const bool available = m_loaded && m_pointers.doModalUIWithProfile != nullptr;
-    return available ? m_pointers.doModalUIWithProfile(preview, record, recordSize, profile,
-                                                       profileSize, linear)
-                     : 0;
+    return Ask(m_pointers.doModalUIWithProfile, 0, preview, record, recordSize, profile,
+               profileSize, linear);
 }
 
 std::int32_t RendererBinding::RenderFrame(FrameBufferDesc* source, FrameBufferDesc* destination,
                                           const void* record, std::uint32_t recordSize,
-                                          std::uint32_t flags,
-                                          std::int32_t frameNumber) const noexcept
+                                          std::uint32_t flags, std::int32_t frameNumber) const
 {
-    return m_loaded
-               ? m_pointers.renderFrame(source, destination, record, recordSize, flags, frameNumber)
-               : -1;
+    return Ask(m_pointers.renderFrame, -1, source, destination, record, recordSize, flags,
+               frameNumber);
 }
 
-std::int32_t RendererBinding::LoadSessionFile(const void* path,
-                                              std::uint32_t options) const noexcept
+std::int32_t RendererBinding::LoadSessionFile(const void* path, std::uint32_t options) const
 {
-    return m_loaded ? m_pointers.loadSessionFile(path, options) : 0;
+    return Ask(m_pointers.loadSessionFile, 0, path, options);
 }
 
 std::int32_t RendererBinding::GetSessionIcon(const void* record, std::uint32_t recordSize,
-                                             FrameBufferDesc* icon) const noexcept
+                                             FrameBufferDesc* icon) const
 {
-    return m_loaded ? m_pointers.getSessionIcon(record, recordSize, icon) : 0;
+    return Ask(m_pointers.getSessionIcon, 0, record, recordSize, icon);
 }
 
-std::uint32_t RendererBinding::GetSessionDataSize() const noexcept
+std::uint32_t RendererBinding::GetSessionDataSize() const
 {
-    return m_loaded ? m_pointers.getSessionDataSize() : 0;
+    return Ask(m_pointers.getSessionDataSize, 0);
 }
 
-std::int32_t RendererBinding::GetSessionData(void* buffer, std::uint32_t bufferSize) const noexcept
+std::int32_t RendererBinding::GetSessionData(void* buffer, std::uint32_t bufferSize) const
 {
-    return m_loaded ? m_pointers.getSessionData(buffer, bufferSize) : 0;
+    return Ask(m_pointers.getSessionData, 0, buffer, bufferSize);
 }
 
 void RendererBinding::InterpolateSessionData(const void* recordA, std::uint32_t sizeA,
                                              const void* recordB, std::uint32_t sizeB,
-                                             double fraction, void* output) const noexcept
+                                             double fraction, void* output) const
 {
-    if (m_loaded)
-    {
-        m_pointers.interpolateSessionData(recordA, sizeA, recordB, sizeB, fraction, output);
-    }
+    Tell(m_pointers.interpolateSessionData, recordA, sizeA, recordB, sizeB, fraction, output);
 }
 
-std::int32_t RendererBinding::BeginToolChain() const noexcept
+std::int32_t RendererBinding::BeginToolChain() const
 {
-    return m_loaded ? m_pointers.beginToolChain() : 0;
+    return Ask(m_pointers.beginToolChain, 0);
 }
 
-std::int32_t RendererBinding::AddToolToChain(std::uint32_t tool) const noexcept
+std::int32_t RendererBinding::AddToolToChain(std::uint32_t tool) const
 {
-    return m_loaded ? m_pointers.addToolToChain(tool) : -1;
+    return Ask(m_pointers.addToolToChain, -1, tool);
 }
 
 void RendererBinding::SetToolParameterValue(std::uint32_t tool, std::uint32_t parameter,
-                                            double value) const noexcept
+                                            double value) const
 {
-    if (m_loaded)
-    {
-        m_pointers.setToolParameterValue(tool, parameter, value);
-    }
+    Tell(m_pointers.setToolParameterValue, tool, parameter, value);
 }
 
-void RendererBinding::EnableFeature(std::uint32_t feature, std::uint32_t on) const noexcept
+void RendererBinding::EnableFeature(std::uint32_t feature, std::uint32_t on) const
 {
-    if (m_loaded)
-    {
-        m_pointers.enableFeature(feature, on);
-    }
+    Tell(m_pointers.enableFeature, feature, on);
 }
 
-void RendererBinding::SetTopLevelMaskParameterValue(std::uint32_t parameter,
-                                                    double value) const noexcept
+void RendererBinding::SetTopLevelMaskParameterValue(std::uint32_t parameter, double value) const
 {
-    if (m_loaded)
-    {
-        m_pointers.setTopLevelMaskParameterValue(parameter, value);
-    }
+    Tell(m_pointers.setTopLevelMaskParameterValue, parameter, value);
 }
 
 namespace

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace
 {
@@ -54,12 +55,16 @@ std::uint8_t* SessionData::AllocateData(std::uint32_t newSize) noexcept
     }
     Trace(0, "SessionData::AllocateData  size = %d \n", newSize);
     data = static_cast<std::uint8_t*>(::operator new(newSize, std::nothrow));
-    if (data != nullptr)
+    size = data != nullptr ? newSize : 0;
+    return data;
+}
+
+std::uint8_t* SessionData::AllocateClearedData(std::uint32_t newSize) noexcept
+{
+    const bool isNew = newSize != size;
+    if (AllocateData(newSize) != nullptr && isNew)
     {
-        // A stream may give fewer bytes than it promised: what it leaves out must not be whatever
-        // the heap held, because the block goes into the host's project.
         std::memset(data, 0, newSize);
-        size = newSize;
     }
     return data;
 }
@@ -69,6 +74,12 @@ void SessionData::FreeData() noexcept
     ::operator delete(data);
     data = nullptr;
     size = 0;
+}
+
+void SessionData::SwapData(SessionData& other) noexcept
+{
+    std::swap(data, other.data);
+    std::swap(size, other.size);
 }
 
 std::uint32_t SessionData::GetFlag() noexcept

@@ -21,10 +21,15 @@ public:
     SessionData& operator=(const SessionData&) = delete;
 
     // Makes the block exactly `newSize` bytes and returns it. A block that already has that size is
-    // kept with its bytes; otherwise the new block's bytes are 0. Null for size 0 and when memory
-    // is short; the record is then empty.
+    // kept with its bytes; the bytes of a new one are undefined. Null for size 0 and when memory is
+    // short; the record is then empty.
     std::uint8_t* AllocateData(std::uint32_t newSize) noexcept;
+    // The same with a new block's bytes 0, for what somebody else is to fill: what they leave out
+    // must not be whatever the heap held, because the block goes into the host's project.
+    std::uint8_t* AllocateClearedData(std::uint32_t newSize) noexcept;
     void FreeData() noexcept;
+    // The two records' blocks change places; their option words stay.
+    void SwapData(SessionData& other) noexcept;
 
     // The option word, refreshed from the block's chunk when there is one.
     std::uint32_t GetFlag() noexcept;
