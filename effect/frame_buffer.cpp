@@ -2,6 +2,7 @@
 
 #include "support/trace.h"
 
+#include <cstring>
 #include <new>
 
 FrameBuffer::~FrameBuffer()
@@ -10,26 +11,34 @@ FrameBuffer::~FrameBuffer()
 }
 
 void* FrameBuffer::Allocate(std::uint32_t newWidth, std::uint32_t newHeight,
-                            std::uint32_t newFormat) noexcept
+                            std::uint32_t newFormat, const FrameRoom& room) noexcept
 {
-    if (pixels != nullptr && width == newWidth && height == newHeight && format == newFormat)
+    if (pixels != nullptr && width == newWidth && height == newHeight && format == newFormat &&
+        m_room.before >= room.before && m_room.behind >= room.behind)
     {
         return pixels;
     }
     Release();
     format = newFormat;
+    std::size_t imageBytes = 0;
     std::size_t bytes = 0;
     const bool tooLarge =
-        __builtin_mul_overflow(std::size_t{newWidth}, std::size_t{newHeight}, &bytes) ||
-        __builtin_mul_overflow(bytes, std::size_t{BytesPerPixel(newFormat)}, &bytes);
+        __builtin_mul_overflow(std::size_t{newWidth}, std::size_t{newHeight}, &imageBytes) ||
+        __builtin_mul_overflow(imageBytes, std::size_t{BytesPerPixel(newFormat)}, &imageBytes) ||
+        __builtin_add_overflow(imageBytes, room.before, &bytes) ||
+        __builtin_add_overflow(bytes, room.behind, &bytes);
     if (tooLarge)
     {
         return nullptr;
     }
     Trace(0, "allocating temp frame buffer  w=%d h=%d f=%d\n", newWidth, newHeight, newFormat);
-    pixels = ::operator new(bytes, std::nothrow); // a place even for no bytes at all
-    if (pixels != nullptr)
+    m_block = static_cast<std::byte*>(::operator new(bytes, std::nothrow)); // even for no bytes
+    if (m_block != nullptr)
     {
+        std::memset(m_block, 0, room.before);
+        std::memset(m_block + room.before + imageBytes, 0, room.behind);
+        m_room = room;
+        pixels = m_block + room.before;
         width = newWidth;
         height = newHeight;
         rowPitch = newWidth;
@@ -39,11 +48,13 @@ void* FrameBuffer::Allocate(std::uint32_t newWidth, std::uint32_t newHeight,
 
 void FrameBuffer::Release() noexcept
 {
-    if (pixels != nullptr)
+    if (m_block != nullptr)
     {
         Trace(0, "deleting temp frame buffer... \n");
-        ::operator delete(pixels);
+        ::operator delete(m_block);
     }
+    m_block = nullptr;
+    m_room = {};
     pixels = nullptr;
     width = 0;
     height = 0;

@@ -1,10 +1,16 @@
 // The effect's work on one frame: input surface, renderer, output surface.
 #include "effect/frame_number.h"
+#include "effect/packed_walk.h"
 #include "effect/plugin.h"
 #include "effect/surface_memory.h"
+#include "platform/runtime/foreign_call.h"
 #include "renderer/renderer_binding.h"
 #include "support/exception_info.h"
 #include "support/trace.h"
+
+#include <cstdint>
+#include <optional>
+#include <tuple>
 
 struct CPlugin::FrameContext
 {
@@ -19,7 +25,7 @@ namespace
 {
 
 constexpr ULONG kLockTimeOutMs = 10000;
-constexpr std::uint32_t kBytesPerSample = 4;
+constexpr std::size_t kBytesPerSample = 4;
 
 // The 8-bit path's result, shared by all effects: frames are processed one at a time.
 FrameBuffer g_outputFrame;
@@ -29,23 +35,28 @@ bool IsEightBit(DXSAMPLEFORMATENUM format) noexcept
     return format == DXPF_ARGB32 || format == DXPF_PMARGB32;
 }
 
-DXSAMPLEFORMATENUM FormatOf(IDXSurface* surface) noexcept
+// From here on: the surfaces, their locks and the renderer are somebody else's code, and what it
+// throws comes out.
+
+DXSAMPLEFORMATENUM FormatOf(IDXSurface* surface)
 {
     DXSAMPLEFORMATENUM format = DXPF_ARGB32; // holds when the surface does not tell
-    std::ignore = surface->GetPixelFormat(nullptr, &format);
+    CallForeign([&] { std::ignore = surface->GetPixelFormat(nullptr, &format); });
     return format;
 }
 
-FrameInformation InformationOf(IDXSurface* surface) noexcept
+FrameInformation InformationOf(IDXSurface* surface)
 {
     FrameInformation information;
     CComPtr<ISfFrameInformation> source;
-    if (SUCCEEDED(
-            surface->QueryInterface(IID_ISfFrameInformation, reinterpret_cast<void**>(&source))) &&
-        source != nullptr)
+    const HRESULT found = CallForeign([&] {
+        return surface->QueryInterface(IID_ISfFrameInformation, reinterpret_cast<void**>(&source));
+    });
+    if (SUCCEEDED(found) && source != nullptr)
     {
         FrameInformation answer;
-        if (SUCCEEDED(source->GetFrameInformation(&answer, sizeof answer)))
+        if (SUCCEEDED(
+                CallForeign([&] { return source->GetFrameInformation(&answer, sizeof answer); })))
         {
             information = answer;
         }
@@ -59,8 +70,10 @@ CComPtr<SamplePointer> LockSamples(IDXSurface* surface, const DXBNDS* bounds, DX
                                    HRESULT& result, const char* message)
 {
     CComPtr<SamplePointer> samples;
-    result = surface->LockSurface(bounds, kLockTimeOutMs, access, __uuidof(SamplePointer),
-                                  reinterpret_cast<void**>(&samples), nullptr);
+    result = CallForeign([&] {
+        return surface->LockSurface(bounds, kLockTimeOutMs, access, __uuidof(SamplePointer),
+                                    reinterpret_cast<void**>(&samples), nullptr);
+    });
     CheckHr(result, message);
     CheckPtr(samples, message);
     return samples;
@@ -80,10 +93,10 @@ Size SizeOf(IDXSurface* surface, HRESULT& result, const char* message)
             static_cast<std::uint32_t>(bounds.Height())};
 }
 
-SurfaceMemory MemoryOf(IDXARGBReadPtr* samples, Size size) noexcept
+SurfaceMemory MemoryOf(IDXARGBReadPtr* samples, Size size)
 {
     DXNATIVETYPEINFO native{};
-    samples->GetNativeType(&native);
+    CallForeign([&] { return samples->GetNativeType(&native); });
     return {native.pFirstByte, native.lPitch, size.width, size.height};
 }
 
@@ -103,30 +116,22 @@ DirectImage DescribeDirectly(IDXSurface* surface, IDXARGBReadPtr* samples, HRESU
     return {Describe(memory, format, aspect), memory.IsBottomUp()};
 }
 
-// Where in the shared buffer the output's samples stand. The row padding is stated in this product
-// by contract, although a padding counts samples: a host gets the right picture by executing whole
-// frames, for which it is 0.
-DXPACKEDRECTDESC PackedRect(const CDXDBnds& outputBounds, const FrameBufferDesc& rendered)
+OutputArea AreaOf(const CDXDBnds& bounds) noexcept
 {
-    const LONG left = outputBounds.Left();
-    const LONG top = outputBounds.Top();
-    const LONG width = outputBounds.Width();
-    const LONG height = outputBounds.Height();
-    const auto inputWidth = static_cast<LONG>(rendered.width);
-    const auto inputHeight = static_cast<LONG>(rendered.height);
-    auto* const firstSample = static_cast<DXBASESAMPLE*>(rendered.pixels);
-    if (left == 0 && top == 0 && width == inputWidth && height == inputHeight)
+    return {bounds.Left(), bounds.Top(), bounds.Width(), bounds.Height()};
+}
+
+DXPACKEDRECTDESC PackedRect(const OutputArea& area, const PackedWalk& walk, void* pixels) noexcept
+{
+    if (!walk.isWholeFrame)
     {
-        return {firstSample, FALSE, {0, 0, inputWidth, inputHeight}, 0};
+        Trace(0, "outLeft=%d outTop=&d outWidth=%d outHeight=%d\n", area.left, area.top, area.width,
+              area.height);
     }
-    Trace(0, "outLeft=%d outTop=&d outWidth=%d outHeight=%d\n", left, top, width, height);
-    // An output that reaches beyond the input would be packed from memory that is not the buffer's.
-    CheckThat(left >= 0 && top >= 0 && width <= inputWidth - left && height <= inputHeight - top,
-              DXTERR_INVALID_BOUNDS, "WorkProc output exceeds input!\n");
-    return {firstSample + std::ptrdiff_t{top} * inputWidth + left,
+    return {static_cast<DXBASESAMPLE*>(pixels) + walk.firstSample,
             FALSE,
-            {0, 0, width, height},
-            (inputWidth - width) * LONG{kBytesPerSample}};
+            {0, 0, area.width, area.height},
+            walk.rowPadding};
 }
 
 } // namespace
@@ -146,9 +151,10 @@ HRESULT CPlugin::WorkProc(const CDXTWorkInfoNTo1& workInfo, BOOL* continueProces
                            .assumeLinear = m_frame.flag == kAssumeLinearGamma,
                            .information = {},
                            .number = 0};
-        IDXSurface* const output = OutputSurface();
+        // Held: a surface that handles messages may let somebody set up others in their place.
+        const CComPtr<IDXSurface> output(OutputSurface());
         CheckPtr(output, "WorkProc null output surface!\n");
-        IDXSurface* const input = InputSurface(0);
+        const CComPtr<IDXSurface> input(InputSurface(0));
         CheckPtr(input, "WorkProc null input surface!\n");
         const DXSAMPLEFORMATENUM outputFormat = FormatOf(output);
         const DXSAMPLEFORMATENUM inputFormat = FormatOf(input);
@@ -168,11 +174,11 @@ HRESULT CPlugin::WorkProc(const CDXTWorkInfoNTo1& workInfo, BOOL* continueProces
 
         if (IsEightBit(outputFormat))
         {
-            RenderBuffered(workInfo, frame, result);
+            RenderBuffered(output, workInfo, frame, result);
         }
         else
         {
-            RenderDirect(input, frame, result);
+            RenderDirect(input, output, frame, result);
         }
     });
 }
@@ -193,7 +199,7 @@ void CPlugin::FetchInput(IDXSurface* input, DXSAMPLEFORMATENUM format, HRESULT& 
             FALSE,
             {0, 0, static_cast<LONG>(size.width), static_cast<LONG>(size.height)},
             0};
-        samples->UnpackRect(&rect);
+        CallForeign([&] { samples->UnpackRect(&rect); });
     }
     else
     {
@@ -201,11 +207,21 @@ void CPlugin::FetchInput(IDXSurface* input, DXSAMPLEFORMATENUM format, HRESULT& 
     }
 }
 
-void CPlugin::RenderBuffered(const CDXTWorkInfoNTo1& workInfo, const FrameContext& frame,
-                             HRESULT& result)
+void CPlugin::RenderBuffered(IDXSurface* output, const CDXTWorkInfoNTo1& workInfo,
+                             const FrameContext& frame, HRESULT& result)
 {
+    const OutputArea area = AreaOf(workInfo.OutputBnds);
+    const std::optional<PackedWalk> walk =
+        WalkOver(area, static_cast<std::int32_t>(m_inputFrame.width),
+                 static_cast<std::int32_t>(m_inputFrame.height));
+    std::size_t bytesBefore = 0;
+    std::size_t bytesBehind = 0;
+    CheckThat(walk && !__builtin_mul_overflow(walk->samplesBefore, kBytesPerSample, &bytesBefore) &&
+                  !__builtin_mul_overflow(walk->samplesBehind, kBytesPerSample, &bytesBehind),
+              DXTERR_INVALID_BOUNDS, "WorkProc output bounds too large!\n");
     FrameBuffer& rendered = g_outputFrame;
-    CheckPtr(rendered.Allocate(m_inputFrame.width, m_inputFrame.height, kFormatBgra8),
+    CheckPtr(rendered.Allocate(m_inputFrame.width, m_inputFrame.height, kFormatBgra8,
+                               {bytesBefore, bytesBehind}),
              "WorkProc can't allocate output buffer!\n");
     rendered.SetAspect(m_inputFrame.aspect);
     if (!m_inputFrame.IsValid() || !rendered.IsValid())
@@ -218,16 +234,16 @@ void CPlugin::RenderBuffered(const CDXTWorkInfoNTo1& workInfo, const FrameContex
     RendererAPI::Binding().RenderFrame(&m_inputFrame, &rendered, frame.record, frame.recordSize,
                                        RendererAPI::kRenderFrame, frame.number);
     const auto samples =
-        LockSamples<IDXARGBReadWritePtr>(OutputSurface(), &workInfo.OutputBnds, DXLOCKF_READWRITE,
-                                         result, "WorkProc output LockSurface failed!\n");
-    const DXPACKEDRECTDESC rect = PackedRect(workInfo.OutputBnds, rendered);
-    samples->PackRect(&rect);
+        LockSamples<IDXARGBReadWritePtr>(output, &workInfo.OutputBnds, DXLOCKF_READWRITE, result,
+                                         "WorkProc output LockSurface failed!\n");
+    const DXPACKEDRECTDESC rect = PackedRect(area, *walk, rendered.pixels);
+    CallForeign([&] { samples->PackRect(&rect); });
 }
 
-void CPlugin::RenderDirect(IDXSurface* input, const FrameContext& frame, HRESULT& result)
+void CPlugin::RenderDirect(IDXSurface* input, IDXSurface* output, const FrameContext& frame,
+                           HRESULT& result)
 {
     g_outputFrame.Release(); // not needed while frames go this way
-    IDXSurface* const output = OutputSurface();
     const auto outputSamples = LockSamples<IDXARGBReadWritePtr>(
         output, nullptr, DXLOCKF_READWRITE, result, "WorkProc output LockSurface failed!\n");
     const DirectImage target = DescribeDirectly(output, outputSamples, result);

@@ -2,6 +2,7 @@
 
 #include "effect/preset_table.h"
 #include "renderer/renderer_binding.h"
+#include "support/exception_info.h"
 
 #include <atomic>
 #include <tuple>
@@ -12,6 +13,8 @@ namespace
 constexpr char kStartFailureText[] =
     "Brellin Glazel did not initialize successfully - most likely this is due to insufficient or "
     "unsupported graphics hardware on this system.";
+
+constexpr std::int32_t kStartThrew = -3; // beside the binding's own results
 
 constexpr float kDefaultDuration = 0.5F; // seconds
 constexpr DWORD kSameSizeInputs = 12;    // base option word: restricts several inputs, of which
@@ -71,7 +74,8 @@ CPlugin::CPlugin() noexcept
 
 HRESULT CPlugin::FinalConstruct() noexcept
 {
-    m_rendererStatus = RendererAPI::Binding().Start(RendererAPI::kStartMode);
+    m_rendererStatus = kStartThrew; // unless the renderer answers
+    RunSteps([this] { m_rendererStatus = RendererAPI::Binding().Start(RendererAPI::kStartMode); });
     if (m_rendererStatus != 0)
     {
         ReportStartFailure();
@@ -101,8 +105,7 @@ HRESULT STDMETHODCALLTYPE CPlugin::get_Capabilities(LONG* value) noexcept
 
 HRESULT STDMETHODCALLTYPE CPlugin::get_Progress(float* value) noexcept
 {
-    const ObjectLock lock(this);
-    return Report(m_Progress, value);
+    return Report(std::atomic_ref(m_Progress).load(std::memory_order_relaxed), value);
 }
 
 HRESULT STDMETHODCALLTYPE CPlugin::put_Progress(float value) noexcept
@@ -112,7 +115,7 @@ HRESULT STDMETHODCALLTYPE CPlugin::put_Progress(float value) noexcept
         return E_INVALIDARG;
     }
     const ObjectLock lock(this);
-    m_Progress = value;
+    std::atomic_ref(m_Progress).store(value, std::memory_order_relaxed);
     RaiseBothChangeCounters();
     return S_OK;
 }
@@ -124,8 +127,7 @@ HRESULT STDMETHODCALLTYPE CPlugin::get_StepResolution(float* value) noexcept
 
 HRESULT STDMETHODCALLTYPE CPlugin::get_Duration(float* value) noexcept
 {
-    const ObjectLock lock(this);
-    return Report(m_Duration, value);
+    return Report(std::atomic_ref(m_Duration).load(std::memory_order_relaxed), value);
 }
 
 HRESULT STDMETHODCALLTYPE CPlugin::put_Duration(float value) noexcept
@@ -139,7 +141,7 @@ HRESULT STDMETHODCALLTYPE CPlugin::put_Duration(float value) noexcept
     {
         return S_OK;
     }
-    m_Duration = value;
+    std::atomic_ref(m_Duration).store(value, std::memory_order_relaxed);
     RaiseBothChangeCounters();
     return S_OK;
 }

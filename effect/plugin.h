@@ -54,7 +54,8 @@ public:
     void FinalRelease() noexcept;
 
     // IDXEffect. Values are kept in the transform base's members; the getters answer E_POINTER for
-    // a place that cannot be written.
+    // a place that cannot be written. They take no lock: a window's thread must not wait for a
+    // frame, during which the object lock is held.
     HRESULT STDMETHODCALLTYPE get_Capabilities(LONG* value) noexcept override;
     HRESULT STDMETHODCALLTYPE get_Progress(float* value) noexcept override;
     // Stored and reported only: keyframes alone decide which look a frame gets.
@@ -87,11 +88,13 @@ private:
     struct FrameContext;
 
     // The two halves of WorkProc: take the input's pixels, then render by way of the shared buffer
-    // or from surface to surface. Throw ExceptionInfo; `result` follows the last call made.
+    // or from surface to surface. Throw ExceptionInfo, and whatever the surfaces and the renderer
+    // throw; `result` follows the last call made.
     void FetchInput(IDXSurface* input, DXSAMPLEFORMATENUM format, HRESULT& result);
-    void RenderBuffered(const CDXTWorkInfoNTo1& workInfo, const FrameContext& frame,
-                        HRESULT& result);
-    void RenderDirect(IDXSurface* input, const FrameContext& frame, HRESULT& result);
+    void RenderBuffered(IDXSurface* output, const CDXTWorkInfoNTo1& workInfo,
+                        const FrameContext& frame, HRESULT& result);
+    void RenderDirect(IDXSurface* input, IDXSurface* output, const FrameContext& frame,
+                      HRESULT& result);
 
     void RaiseBothChangeCounters() noexcept;
 

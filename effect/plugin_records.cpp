@@ -3,13 +3,52 @@
 // hosts rely on, for instance, an empty stream loading without an error.
 #include "effect/plugin.h"
 
+#include "platform/runtime/foreign_call.h"
 #include "renderer/renderer_binding.h"
 #include "support/exception_info.h"
 #include "support/trace.h"
 
 #include <cstring>
+#include <memory>
+#include <new>
 
 static_assert(kResultOk == S_OK && kResultOutOfMemory == E_OUTOFMEMORY);
+
+namespace
+{
+
+// A record's block, apart from the record for as long as this lives: a stream that fills it may
+// come back into the effect and change the record, which must not free what is being written to.
+// What the record got meanwhile goes.
+class BlockApart
+{
+public:
+    explicit BlockApart(SessionData& record) noexcept : m_record(record)
+    {
+        m_block.SwapData(m_record);
+    }
+    ~BlockApart() { m_block.SwapData(m_record); }
+    BlockApart(const BlockApart&) = delete;
+    BlockApart& operator=(const BlockApart&) = delete;
+    std::uint8_t* Data() const noexcept { return m_block.data; }
+
+private:
+    SessionData& m_record;
+    SessionData m_block;
+};
+
+// What a stream has not delivered of a new block must not be whatever the heap held, because the
+// block goes into the host's project. A block that is too large for that is left alone: a stream
+// may promise gigabytes and give nothing.
+void ClearUndelivered(std::uint8_t* block, ULONG size, ULONG delivered) noexcept
+{
+    if (delivered < size && size <= kMaxStoredBytes)
+    {
+        std::memset(block + delivered, 0, size - delivered);
+    }
+}
+
+} // namespace
 
 HRESULT STDMETHODCALLTYPE CPlugin::LoadPreset(LONG index) noexcept
 {
@@ -28,15 +67,25 @@ HRESULT STDMETHODCALLTYPE CPlugin::ReadProps(IStream* stream, SessionData* recor
     RunSteps([&] {
         CheckPtr(record, "ReadProps null record!\n");
         STATSTG statistics{};
-        result = stream->Stat(&statistics, STATFLAG_NONAME);
+        result = CallForeign([&] { return stream->Stat(&statistics, STATFLAG_NONAME); });
         CheckHr(result, "ReadProps Stat failed!\n");
         const ULONG size = statistics.cbSize.LowPart;
         CheckThat(size != 0, -1, "ReadProps empty stream!\n");
-        std::uint8_t* const block = record->AllocateData(size);
-        CheckPtr(block, "ReadProps can't allocate record!\n");
+        const bool isNew = record->size != size;
+        CheckPtr(record->AllocateData(size), "ReadProps can't allocate record!\n");
+        const BlockApart block(*record);
         ULONG bytesRead = 0;
-        result = stream->Read(block, size, &bytesRead);
-        Trace(0, "ReadProps  size = %d \n", bytesRead);
+        const bool returned = RunSteps([&] {
+            result = CallForeign([&] { return stream->Read(block.Data(), size, &bytesRead); });
+        });
+        if (isNew)
+        {
+            ClearUndelivered(block.Data(), size, bytesRead);
+        }
+        if (returned)
+        {
+            Trace(0, "ReadProps  size = %d \n", bytesRead);
+        }
     });
     if (record != nullptr)
     {
@@ -47,10 +96,6 @@ HRESULT STDMETHODCALLTYPE CPlugin::ReadProps(IStream* stream, SessionData* recor
 
 HRESULT STDMETHODCALLTYPE CPlugin::WriteProps(IStream* stream, SessionData* record) noexcept
 {
-    if (stream == nullptr)
-    {
-        return E_POINTER;
-    }
     HRESULT result = S_OK;
     RunSteps([&] {
         CheckPtr(record, "WriteProps null record!\n");
@@ -66,8 +111,22 @@ HRESULT STDMETHODCALLTYPE CPlugin::WriteProps(IStream* stream, SessionData* reco
             Trace(0, "WriteProps max size exceeded: %d \n", record->size);
             return;
         }
+        if (stream == nullptr)
+        {
+            result = E_POINTER;
+            return;
+        }
+        // As for reading, the stream may change the record meanwhile. Where memory is short it
+        // writes from the record itself: better than not to save.
+        const ULONG size = record->size;
+        const std::unique_ptr<std::uint8_t[]> copy(new (std::nothrow) std::uint8_t[size]);
+        if (copy != nullptr)
+        {
+            std::memcpy(copy.get(), record->data, size);
+        }
+        const std::uint8_t* const bytes = copy != nullptr ? copy.get() : record->data;
         ULONG bytesWritten = 0;
-        result = stream->Write(record->data, record->size, &bytesWritten);
+        result = CallForeign([&] { return stream->Write(bytes, size, &bytesWritten); });
         Trace(0, "WriteProps  size = %d \n", bytesWritten);
     });
     return result;
@@ -116,7 +175,7 @@ HRESULT STDMETHODCALLTYPE CPlugin::InterpolateProps(SessionData* output, Session
         }
         else
         {
-            std::uint8_t* const block = output->AllocateData(from->size);
+            std::uint8_t* const block = output->AllocateClearedData(from->size);
             if (block != nullptr)
             {
                 Trace(0, "InterpolateSessionData  size=%d n=%f\n", from->size, fraction);

@@ -1,5 +1,6 @@
 #include "effect/sf_video_plugin.h"
 
+#include "platform/runtime/foreign_call.h"
 #include "renderer/session_data.h"
 
 #include <algorithm>
@@ -42,19 +43,16 @@ HRESULT CSFVideoPlugin<Record>::GetPresetName(LONG index, WCHAR* name, ULONG cap
     {
         return E_INVALIDARG;
     }
-    if (name == nullptr)
-    {
-        return E_POINTER;
-    }
     char text[260];
     const UINT id = m_presetNameBase + static_cast<UINT>(index);
     if (::LoadStringA(m_resourceInstance, id, text, static_cast<int>(std::size(text))) > 0)
     {
         // In the current locale, and not terminated when the name fills the capacity: hosts count.
+        // Into no buffer nothing is copied.
         std::mbstowcs(name, text, capacity);
         return S_OK;
     }
-    if (capacity > 0)
+    if (name != nullptr && capacity > 0)
     {
         name[0] = L'\0';
     }
@@ -83,13 +81,13 @@ HRESULT CSFVideoPlugin<Record>::LoadPreset(LONG index) noexcept
 template <typename Record>
 HRESULT CSFVideoPlugin<Record>::ReadProps(IStream* stream, Record* record) noexcept
 {
-    return stream->Read(record, sizeof *record, nullptr);
+    return ForeignResult([&] { return stream->Read(record, sizeof *record, nullptr); });
 }
 
 template <typename Record>
 HRESULT CSFVideoPlugin<Record>::WriteProps(IStream* stream, Record* record) noexcept
 {
-    return stream->Write(record, sizeof *record, nullptr);
+    return ForeignResult([&] { return stream->Write(record, sizeof *record, nullptr); });
 }
 
 template <typename Record>
@@ -358,7 +356,8 @@ void CSFVideoPlugin<Record>::CallChangeSink() noexcept
     }
     if (sink != nullptr)
     {
-        std::ignore = sink->OnPropsChanged(); // what the host makes of it is the host's business
+        // What the host makes of it is the host's business.
+        TryForeign([&] { return sink->OnPropsChanged(); });
     }
 }
 

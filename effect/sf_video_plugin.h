@@ -108,6 +108,7 @@ protected:
     // that does. The sink stays alive during its call even when it replaces itself.
     void CallChangeSink() noexcept;
 
+    CComAutoCriticalSection m_sinkLock;         // held only while m_changeSink is swapped or copied
     CComPtr<ISfChangeSink> m_changeSink;        // guarded by m_sinkLock
     std::atomic<std::uint32_t> m_automated = 0; // non-zero: render from the keyframe pair
     std::atomic<double> m_fraction = 0.0;       // between m_keyFrom and m_keyTo, not limited
@@ -127,7 +128,4 @@ protected:
     const CLSID* m_classId; // borrowed
     ExtensionInfo m_extensionInfo{.version = 2, .scale = 1.0, .maxInputs = 1, .requiredInputs = 1};
     std::atomic<double> m_extensionValue = 1.0; // 0 to 1, set by the host, read by nobody
-
-private:
-    CComAutoCriticalSection m_sinkLock; // held only while m_changeSink is swapped or copied
 };
