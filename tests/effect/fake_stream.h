@@ -46,6 +46,10 @@ public:
     HRESULT STDMETHODCALLTYPE Write(const void* source, ULONG count, ULONG* written) override
     {
         ++writes;
+        if (onWrite)
+        {
+            onWrite();
+        }
         if (SUCCEEDED(writeResult))
         {
             const auto* const first = static_cast<const std::uint8_t*>(source);
@@ -81,6 +85,10 @@ public:
     HRESULT STDMETHODCALLTYPE Stat(STATSTG* statistics, DWORD flags) override
     {
         statFlags = flags;
+        if (onStat)
+        {
+            onStat();
+        }
         if (SUCCEEDED(statResult))
         {
             *statistics = {};
@@ -97,7 +105,9 @@ public:
     HRESULT writeResult = S_OK;
     ULONGLONG extraSize = 0;              // what Stat promises beyond the bytes
     std::size_t mostBytesRead = SIZE_MAX; // by one Read
-    std::function<void()> onRead;
+    std::function<void()> onRead;         // each inside its call, which it may end by an exception
+    std::function<void()> onWrite;
+    std::function<void()> onStat;
     DWORD statFlags = 0;
     int reads = 0;
     int writes = 0;

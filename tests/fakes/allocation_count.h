@@ -6,6 +6,23 @@
 
 long AllocationCount() noexcept;
 
+// While it lives, each new block of `bytes` and more lies against a page that nobody can touch, so
+// that a step over its end (or over its beginning) ends the program. One at a time; for blocks that
+// are few.
+class GuardedMemory
+{
+public:
+    enum class Side
+    {
+        Behind,
+        Before,
+    };
+    GuardedMemory(std::size_t bytes, Side side) noexcept;
+    ~GuardedMemory();
+    GuardedMemory(const GuardedMemory&) = delete;
+    GuardedMemory& operator=(const GuardedMemory&) = delete;
+};
+
 // While it lives, memory is short for blocks of `bytes` and more, on all threads. One at a time.
 class ShortMemory
 {

@@ -76,12 +76,14 @@ ULONG STDMETHODCALLTYPE FakeSamples::AddRef() noexcept
     return static_cast<ULONG>(::InterlockedIncrement(&m_references));
 }
 
-ULONG STDMETHODCALLTYPE FakeSamples::Release() noexcept
+ULONG STDMETHODCALLTYPE FakeSamples::Release()
 {
     const LONG left = ::InterlockedDecrement(&m_references);
     if (left == 0)
     {
+        FakeSurface* const surface = m_surface; // the test holds it
         delete this;
+        surface->Due("ReleaseLock");
     }
     return static_cast<ULONG>(left);
 }
@@ -91,8 +93,9 @@ HRESULT STDMETHODCALLTYPE FakeSamples::GetSurface(REFIID riid, void** surface) n
     return m_surface->QueryInterface(riid, surface);
 }
 
-DXSAMPLEFORMATENUM STDMETHODCALLTYPE FakeSamples::GetNativeType(DXNATIVETYPEINFO* info) noexcept
+DXSAMPLEFORMATENUM STDMETHODCALLTYPE FakeSamples::GetNativeType(DXNATIVETYPEINFO* info)
 {
+    m_surface->Due("GetNativeType");
     if (info != nullptr)
     {
         *info = {};
@@ -155,9 +158,10 @@ DXPMSAMPLE* STDMETHODCALLTYPE FakeSamples::UnpackPremult(DXPMSAMPLE* samples, UL
     return samples;
 }
 
-void STDMETHODCALLTYPE FakeSamples::UnpackRect(const DXPACKEDRECTDESC* desc) noexcept
+void STDMETHODCALLTYPE FakeSamples::UnpackRect(const DXPACKEDRECTDESC* desc)
 {
     m_surface->Note("UnpackRect");
+    m_surface->Due("UnpackRect");
     if (m_surface->Settings().log != nullptr)
     {
         m_surface->unpacked.push_back(*desc);
@@ -187,9 +191,10 @@ void STDMETHODCALLTYPE FakeSamples::PackPremultAndMove(const DXPMSAMPLE* samples
     }
 }
 
-void STDMETHODCALLTYPE FakeSamples::PackRect(const DXPACKEDRECTDESC* desc) noexcept
+void STDMETHODCALLTYPE FakeSamples::PackRect(const DXPACKEDRECTDESC* desc)
 {
     m_surface->Note("PackRect");
+    m_surface->Due("PackRect");
     if (m_surface->Settings().log != nullptr)
     {
         m_surface->packed.push_back(*desc);

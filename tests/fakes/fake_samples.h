@@ -14,11 +14,11 @@ public:
     // IUnknown
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) noexcept override;
     ULONG STDMETHODCALLTYPE AddRef() noexcept override;
-    ULONG STDMETHODCALLTYPE Release() noexcept override;
+    ULONG STDMETHODCALLTYPE Release() override;
 
     // IDXARGBReadPtr
     HRESULT STDMETHODCALLTYPE GetSurface(REFIID riid, void** surface) noexcept override;
-    DXSAMPLEFORMATENUM STDMETHODCALLTYPE GetNativeType(DXNATIVETYPEINFO* info) noexcept override;
+    DXSAMPLEFORMATENUM STDMETHODCALLTYPE GetNativeType(DXNATIVETYPEINFO* info) override;
     void STDMETHODCALLTYPE Move(LONG samples) noexcept override;
     void STDMETHODCALLTYPE MoveToRow(ULONG y) noexcept override;
     void STDMETHODCALLTYPE MoveToXY(ULONG x, ULONG y) noexcept override;
@@ -26,13 +26,13 @@ public:
     DXSAMPLE* STDMETHODCALLTYPE Unpack(DXSAMPLE* samples, ULONG count, BOOL move) noexcept override;
     DXPMSAMPLE* STDMETHODCALLTYPE UnpackPremult(DXPMSAMPLE* samples, ULONG count,
                                                 BOOL move) noexcept override;
-    void STDMETHODCALLTYPE UnpackRect(const DXPACKEDRECTDESC* desc) noexcept override;
+    void STDMETHODCALLTYPE UnpackRect(const DXPACKEDRECTDESC* desc) override;
 
     // IDXARGBReadWritePtr. Copying, filling and blending are not needed by anybody and do nothing.
     void STDMETHODCALLTYPE PackAndMove(const DXSAMPLE* samples, ULONG count) noexcept override;
     void STDMETHODCALLTYPE PackPremultAndMove(const DXPMSAMPLE* samples,
                                               ULONG count) noexcept override;
-    void STDMETHODCALLTYPE PackRect(const DXPACKEDRECTDESC* desc) noexcept override;
+    void STDMETHODCALLTYPE PackRect(const DXPACKEDRECTDESC* desc) override;
     void STDMETHODCALLTYPE CopyAndMoveBoth(DXBASESAMPLE*, IDXARGBReadPtr*, ULONG,
                                            BOOL) noexcept override
     {

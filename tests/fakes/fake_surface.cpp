@@ -87,7 +87,12 @@ LONG FakeSurface::LiveSurfaces() noexcept
 
 void FakeSurface::FailCall(const std::string& method, HRESULT result, int nth)
 {
-    m_failures[method] = {nth, result};
+    m_failures[method] = {nth, result, Throws::Nothing};
+}
+
+void FakeSurface::ThrowFrom(const std::string& method, Throws what, int nth)
+{
+    m_failures[method] = {nth, S_OK, what};
 }
 
 void FakeSurface::Note(const char* method)
@@ -101,19 +106,31 @@ void FakeSurface::Note(const char* method)
 HRESULT FakeSurface::Enter(const char* method)
 {
     Note(method);
+    return Due(method);
+}
+
+HRESULT FakeSurface::Due(const char* method)
+{
     if (m_failures.empty())
     {
         return S_OK;
     }
+    const Failure failure = TakeFailure(method);
+    Throw(failure.throws); // with nothing here to destroy: not every exception does that
+    return failure.result;
+}
+
+FakeSurface::Failure FakeSurface::TakeFailure(const char* method)
+{
     const std::lock_guard guard(m_lock);
     const auto due = m_failures.find(method);
     if (due == m_failures.end() || --due->second.callsToGo > 0)
     {
-        return S_OK;
+        return {0, S_OK, Throws::Nothing};
     }
-    const HRESULT result = due->second.result;
+    const Failure failure = due->second;
     m_failures.erase(due);
-    return result;
+    return failure;
 }
 
 std::uint8_t* FakeSurface::Row(LONG y) noexcept
@@ -168,13 +185,14 @@ void FakeSurface::Fill(DXSAMPLE sample) noexcept
     }
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::QueryInterface(REFIID riid, void** ppv) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::QueryInterface(REFIID riid, void** ppv)
 {
     if (ppv == nullptr)
     {
         return E_POINTER;
     }
     *ppv = nullptr;
+    Due("QueryInterface");
     if (::IsEqualIID(riid, IID_IUnknown) || ::IsEqualIID(riid, IID_IDXBaseObject) ||
         ::IsEqualIID(riid, IID_IDXSurface))
     {
@@ -192,22 +210,25 @@ HRESULT STDMETHODCALLTYPE FakeSurface::QueryInterface(REFIID riid, void** ppv) n
     return S_OK;
 }
 
-ULONG STDMETHODCALLTYPE FakeSurface::AddRef() noexcept
+ULONG STDMETHODCALLTYPE FakeSurface::AddRef()
 {
+    Due("AddRef");
     return static_cast<ULONG>(::InterlockedIncrement(&m_references));
 }
 
-ULONG STDMETHODCALLTYPE FakeSurface::Release() noexcept
+ULONG STDMETHODCALLTYPE FakeSurface::Release()
 {
     const LONG left = ::InterlockedDecrement(&m_references);
     if (left == 0)
     {
         delete this;
+        return 0;
     }
+    Due("Release");
     return static_cast<ULONG>(left);
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetGenerationId(ULONG* id) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::GetGenerationId(ULONG* id)
 {
     const HRESULT hr = Enter("GetGenerationId");
     if (SUCCEEDED(hr))
@@ -217,19 +238,19 @@ HRESULT STDMETHODCALLTYPE FakeSurface::GetGenerationId(ULONG* id) noexcept
     return hr;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::IncrementGenerationId(BOOL) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::IncrementGenerationId(BOOL)
 {
     Touch();
     return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetObjectSize(ULONG* size) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::GetObjectSize(ULONG* size)
 {
     *size = static_cast<ULONG>(m_memory.size());
     return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetPixelFormat(GUID*, DXSAMPLEFORMATENUM* format) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::GetPixelFormat(GUID*, DXSAMPLEFORMATENUM* format)
 {
     const HRESULT hr = Enter("GetPixelFormat");
     if (SUCCEEDED(hr) && format != nullptr)
@@ -239,7 +260,7 @@ HRESULT STDMETHODCALLTYPE FakeSurface::GetPixelFormat(GUID*, DXSAMPLEFORMATENUM*
     return hr;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetBounds(DXBNDS* bounds) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::GetBounds(DXBNDS* bounds)
 {
     const HRESULT hr = Enter("GetBounds");
     if (SUCCEEDED(hr))
@@ -256,7 +277,7 @@ HRESULT STDMETHODCALLTYPE FakeSurface::GetBounds(DXBNDS* bounds) noexcept
 
 HRESULT STDMETHODCALLTYPE FakeSurface::LockSurface(const DXBNDS* bounds, ULONG timeOutMs,
                                                    DWORD flags, REFIID riid, void** pointer,
-                                                   ULONG* lockId) noexcept
+                                                   ULONG* lockId)
 {
     *pointer = nullptr;
     const HRESULT hr = Enter("LockSurface");
@@ -300,51 +321,50 @@ HRESULT STDMETHODCALLTYPE FakeSurface::LockSurface(const DXBNDS* bounds, ULONG t
     return hr;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetStatusFlags(DWORD*) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::GetStatusFlags(DWORD*)
 {
     return E_NOTIMPL;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::SetStatusFlags(DWORD) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::SetStatusFlags(DWORD)
 {
     return E_NOTIMPL;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetDirectDrawSurface(REFIID, void** surface) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::GetDirectDrawSurface(REFIID, void** surface)
 {
     *surface = nullptr;
     return E_NOINTERFACE;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetColorKey(DXSAMPLE*) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::GetColorKey(DXSAMPLE*)
 {
     return E_NOTIMPL;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::SetColorKey(DXSAMPLE) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::SetColorKey(DXSAMPLE)
 {
     return E_NOTIMPL;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::LockSurfaceDC(const DXBNDS*, ULONG, DWORD,
-                                                     IDXDCLock** lock) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::LockSurfaceDC(const DXBNDS*, ULONG, DWORD, IDXDCLock** lock)
 {
     *lock = nullptr;
     return E_NOTIMPL;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::SetAppData(DWORD_PTR) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::SetAppData(DWORD_PTR)
 {
     return E_NOTIMPL;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetAppData(DWORD_PTR*) noexcept
+HRESULT STDMETHODCALLTYPE FakeSurface::GetAppData(DWORD_PTR*)
 {
     return E_NOTIMPL;
 }
 
 HRESULT STDMETHODCALLTYPE FakeSurface::GetFrameInformation(FrameInformation* information,
-                                                           ULONG size) noexcept
+                                                           ULONG size)
 {
     const HRESULT hr = Enter("GetFrameInformation");
     if (SUCCEEDED(hr))

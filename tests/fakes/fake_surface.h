@@ -5,6 +5,7 @@
 #include "platform/atl/atlcore.h"
 #include "platform/dxtransform/dxtrans.h"
 #include "platform/hostsdk/host_interfaces.h"
+#include "tests/fakes/foreign_exception.h"
 
 #include <windows.h>
 
@@ -55,6 +56,9 @@ public:
 
     // The `nth` call from now on of a method ("LockSurface", "GetBounds", ...) fails with `result`.
     void FailCall(const std::string& method, HRESULT result, int nth = 1);
+    // The same with an exception. Methods of the locks can do that too: "UnpackRect", "PackRect",
+    // "GetNativeType" and "ReleaseLock".
+    void ThrowFrom(const std::string& method, Throws what, int nth = 1);
 
     // First byte of a row, counted from the top of the picture.
     std::uint8_t* Row(LONG y) noexcept;
@@ -87,50 +91,52 @@ public:
     static LONG LiveSurfaces() noexcept;
 
     // IUnknown
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) noexcept override;
-    ULONG STDMETHODCALLTYPE AddRef() noexcept override;
-    ULONG STDMETHODCALLTYPE Release() noexcept override;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    ULONG STDMETHODCALLTYPE Release() override;
 
     // IDXBaseObject
-    HRESULT STDMETHODCALLTYPE GetGenerationId(ULONG* id) noexcept override;
-    HRESULT STDMETHODCALLTYPE IncrementGenerationId(BOOL refresh) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetObjectSize(ULONG* size) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetGenerationId(ULONG* id) override;
+    HRESULT STDMETHODCALLTYPE IncrementGenerationId(BOOL refresh) override;
+    HRESULT STDMETHODCALLTYPE GetObjectSize(ULONG* size) override;
 
     // IDXSurface. One writer or any number of readers; a lock that would have to wait times out at
     // once. Only the read or the read/write pointer that fits the flags is handed out.
-    HRESULT STDMETHODCALLTYPE GetPixelFormat(GUID* formatId,
-                                             DXSAMPLEFORMATENUM* format) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetBounds(DXBNDS* bounds) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetStatusFlags(DWORD* flags) noexcept override;
-    HRESULT STDMETHODCALLTYPE SetStatusFlags(DWORD flags) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetPixelFormat(GUID* formatId, DXSAMPLEFORMATENUM* format) override;
+    HRESULT STDMETHODCALLTYPE GetBounds(DXBNDS* bounds) override;
+    HRESULT STDMETHODCALLTYPE GetStatusFlags(DWORD* flags) override;
+    HRESULT STDMETHODCALLTYPE SetStatusFlags(DWORD flags) override;
     HRESULT STDMETHODCALLTYPE LockSurface(const DXBNDS* bounds, ULONG timeOutMs, DWORD flags,
-                                          REFIID riid, void** pointer,
-                                          ULONG* lockId) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetDirectDrawSurface(REFIID riid, void** surface) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetColorKey(DXSAMPLE* key) noexcept override;
-    HRESULT STDMETHODCALLTYPE SetColorKey(DXSAMPLE key) noexcept override;
+                                          REFIID riid, void** pointer, ULONG* lockId) override;
+    HRESULT STDMETHODCALLTYPE GetDirectDrawSurface(REFIID riid, void** surface) override;
+    HRESULT STDMETHODCALLTYPE GetColorKey(DXSAMPLE* key) override;
+    HRESULT STDMETHODCALLTYPE SetColorKey(DXSAMPLE key) override;
     HRESULT STDMETHODCALLTYPE LockSurfaceDC(const DXBNDS* bounds, ULONG timeOutMs, DWORD flags,
-                                            IDXDCLock** lock) noexcept override;
-    HRESULT STDMETHODCALLTYPE SetAppData(DWORD_PTR data) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetAppData(DWORD_PTR* data) noexcept override;
+                                            IDXDCLock** lock) override;
+    HRESULT STDMETHODCALLTYPE SetAppData(DWORD_PTR data) override;
+    HRESULT STDMETHODCALLTYPE GetAppData(DWORD_PTR* data) override;
 
     // ISfFrameInformation
     HRESULT STDMETHODCALLTYPE GetFrameInformation(FrameInformation* information,
-                                                  ULONG size) noexcept override;
+                                                  ULONG size) override;
 
     // For the lock objects.
     void Note(const char* method);
+    HRESULT Due(const char* method); // gives or throws what is due
 
 private:
     explicit FakeSurface(FakeSurfaceSettings settings);
     virtual ~FakeSurface();
-    HRESULT Enter(const char* method); // notes the call and gives the failure that is due
+    HRESULT Enter(const char* method); // notes the call too
 
     struct Failure
     {
         int callsToGo;
         HRESULT result;
+        Throws throws;
     };
+
+    Failure TakeFailure(const char* method);
 
     FakeSurfaceSettings m_settings;
     std::size_t m_sampleBytes;

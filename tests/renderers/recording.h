@@ -3,6 +3,7 @@
 #pragma once
 
 #include "renderer/frame_buffer_desc.h"
+#include "tests/fakes/foreign_exception.h"
 
 #include <array>
 #include <atomic>
@@ -64,6 +65,8 @@ struct RecordingAnswers
     void* exitContext = nullptr;
     const std::uint8_t* sessionData = nullptr; // handed out by GetSessionData
     std::uint32_t sessionDataSize = 0;
+    Throws throws = Throws::Nothing; // out of the entry point below, whenever it is called
+    Call throwsFrom{};
 };
 
 struct Recording : RecordingAnswers

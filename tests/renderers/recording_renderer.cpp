@@ -22,6 +22,10 @@ RecordedCall& Note(Call call)
     RecordedCall& entry = index < Recording::kCapacity ? g_recording.calls[index] : overflow;
     entry = {};
     entry.call = call;
+    if (call == g_recording.throwsFrom)
+    {
+        Throw(g_recording.throws);
+    }
     return entry;
 }
 
