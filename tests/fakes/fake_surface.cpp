@@ -100,6 +100,10 @@ void FakeSurface::Note(const char* method)
     if (m_settings.log != nullptr)
     {
         m_settings.log->Add(m_settings.name + "." + method);
+        if (onCall)
+        {
+            onCall(method);
+        }
     }
 }
 
@@ -200,7 +204,9 @@ HRESULT STDMETHODCALLTYPE FakeSurface::QueryInterface(REFIID riid, void** ppv)
     }
     else if (m_settings.frame && ::IsEqualIID(riid, IID_ISfFrameInformation))
     {
-        *ppv = static_cast<ISfFrameInformation*>(this);
+        *ppv = static_cast<ISfFrameInformation*>(&m_information);
+        m_information.AddRef();
+        return informationQueryResult;
     }
     else
     {
@@ -363,13 +369,39 @@ HRESULT STDMETHODCALLTYPE FakeSurface::GetAppData(DWORD_PTR*)
     return E_NOTIMPL;
 }
 
-HRESULT STDMETHODCALLTYPE FakeSurface::GetFrameInformation(FrameInformation* information,
-                                                           ULONG size)
+HRESULT STDMETHODCALLTYPE FakeSurface::Information::QueryInterface(REFIID riid, void** ppv)
 {
-    const HRESULT hr = Enter("GetFrameInformation");
+    return m_surface.QueryInterface(riid, ppv);
+}
+
+ULONG STDMETHODCALLTYPE FakeSurface::Information::AddRef()
+{
+    m_surface.AddRef();
+    return static_cast<ULONG>(::InterlockedIncrement(&m_references));
+}
+
+ULONG STDMETHODCALLTYPE FakeSurface::Information::Release()
+{
+    const LONG left = ::InterlockedDecrement(&m_references);
+    if (left == 0)
+    {
+        m_surface.Note("GetFrameInformation.Release");
+    }
+    m_surface.Release(); // may be the end of this
+    return static_cast<ULONG>(left);
+}
+
+HRESULT STDMETHODCALLTYPE
+FakeSurface::Information::GetFrameInformation(FrameInformation* information, ULONG size)
+{
+    const HRESULT hr = m_surface.Enter("GetFrameInformation");
+    if (m_surface.m_settings.log != nullptr)
+    {
+        m_surface.informationSizes.push_back(size);
+    }
     if (SUCCEEDED(hr))
     {
-        std::memcpy(information, &*m_settings.frame,
+        std::memcpy(information, &*m_surface.m_settings.frame,
                     std::min<std::size_t>(size, sizeof(FrameInformation)));
     }
     return hr;

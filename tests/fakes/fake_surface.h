@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -47,7 +48,7 @@ struct FakeSurfaceSettings
 
 // Counts references like any COM object: hold it in a CComPtr<FakeSurface>. Any thread, but for the
 // members that tests read and set while nobody else is at work.
-class FakeSurface : public IDXSurface, public ISfFrameInformation
+class FakeSurface : public IDXSurface
 {
 public:
     static CComPtr<FakeSurface> Make(FakeSurfaceSettings settings = {});
@@ -82,6 +83,9 @@ public:
     std::vector<LockNote> lockNotes;        // while there is a log
     std::vector<DXPACKEDRECTDESC> unpacked; // the descriptors of UnpackRect, while there is a log
     std::vector<DXPACKEDRECTDESC> packed;   // and of PackRect
+    std::vector<ULONG> informationSizes;    // that GetFrameInformation was given, likewise
+    HRESULT informationQueryResult = S_OK;  // of QueryInterface for the frame information
+    std::function<void(const std::string& method)> onCall; // at each call that the log gets
     LONG openReadLocks = 0;
     LONG openWriteLocks = 0;
     ULONG generationId = 1;
@@ -116,15 +120,29 @@ public:
     HRESULT STDMETHODCALLTYPE SetAppData(DWORD_PTR data) override;
     HRESULT STDMETHODCALLTYPE GetAppData(DWORD_PTR* data) override;
 
-    // ISfFrameInformation
-    HRESULT STDMETHODCALLTYPE GetFrameInformation(FrameInformation* information,
-                                                  ULONG size) override;
-
     // For the lock objects.
     void Note(const char* method);
     HRESULT Due(const char* method); // gives or throws what is due
 
 private:
+    // The surface's frame information. References to it are counted apart, so that its last
+    // release can be noted: as "GetFrameInformation.Release".
+    class Information : public ISfFrameInformation
+    {
+    public:
+        explicit Information(FakeSurface& surface) noexcept : m_surface(surface) {}
+
+        HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;
+        ULONG STDMETHODCALLTYPE AddRef() override;
+        ULONG STDMETHODCALLTYPE Release() override;
+        HRESULT STDMETHODCALLTYPE GetFrameInformation(FrameInformation* information,
+                                                      ULONG size) override;
+
+    private:
+        FakeSurface& m_surface;
+        LONG m_references = 0;
+    };
+
     explicit FakeSurface(FakeSurfaceSettings settings);
     virtual ~FakeSurface();
     HRESULT Enter(const char* method); // notes the call too
@@ -144,5 +162,6 @@ private:
     std::vector<std::uint8_t> m_memory;
     std::map<std::string, Failure> m_failures;
     LONG m_references = 0;
+    Information m_information{*this};
     CComAutoCriticalSection m_lock; // guards the notes and the open locks
 };
