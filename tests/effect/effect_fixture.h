@@ -21,6 +21,7 @@ public:
     using CSFVideoPlugin<SessionData>::IsDirty;
     using CPlugin::m_automated;
     using CPlugin::m_current;
+    using CPlugin::m_dirty;
     using CPlugin::m_dwCleanGenId;
     using CPlugin::m_dwGenerationId;
     using CPlugin::m_dwOptionFlags;
@@ -29,6 +30,7 @@ public:
     using CPlugin::m_frame;
     using CPlugin::m_keyFrom;
     using CPlugin::m_keyTo;
+    using CPlugin::m_lock;
     using CPlugin::m_presetCount;
     using CPlugin::m_ulNumInRequired;
     using CPlugin::RefreshFrameProps;

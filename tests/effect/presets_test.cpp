@@ -102,6 +102,14 @@ TEST_F(Presets, TheExtensionRecordIsCopiedAsFarAsBothSidesReach)
     EXPECT_EQ(effect->GetExtensionInfo(nullptr, 32), E_POINTER);
 }
 
+TEST_F(Presets, AnExtensionRecordOfNoBytesTouchesNothingAndStillNeedsAPlace)
+{
+    unsigned char info[2] = {0xEE, 0xEE};
+    EXPECT_EQ(effect->GetExtensionInfo(info, 0), S_OK);
+    EXPECT_EQ(info[0], 0xEE);
+    EXPECT_EQ(effect->GetExtensionInfo(nullptr, 0), E_POINTER);
+}
+
 TEST_F(Presets, TheExtensionValueIsKeptBetweenZeroAndOne)
 {
     EXPECT_EQ(effect->m_extensionValue, 1.0);

@@ -1,6 +1,8 @@
 // The template base on its own, without what an effect overrides.
 #include "tests/effect/effect_fixture.h"
 
+#include <cstring>
+
 namespace
 {
 
@@ -36,6 +38,17 @@ TEST(TemplateBase, WithoutPresetsBeginsWithARecordOfZeros)
     EXPECT_EQ(effect.m_current.data, nullptr);
     EXPECT_EQ(effect.m_current.size, 0U);
     EXPECT_EQ(effect.m_current.flag, 0U);
+}
+
+TEST(TemplateBase, ItsExtensionRecordClaimsOneInputAndNoCapabilities)
+{
+    BareEffect effect(1);
+    unsigned char info[32];
+    std::memset(info, 0xEE, sizeof info);
+    EXPECT_EQ(effect.GetExtensionInfo(info, sizeof info), S_OK);
+    const unsigned char expected[32] = {2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F,
+                                        1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,    0};
+    EXPECT_EQ(std::memcmp(info, expected, sizeof info), 0);
 }
 
 TEST(TemplateBase, MovesRecordsAsPlainData)
