@@ -27,6 +27,25 @@ HRESULT STDMETHODCALLTYPE CountingSink::QueryInterface(REFIID iid, void** object
     return *object != nullptr ? (AddRef(), S_OK) : E_NOINTERFACE;
 }
 
+ULONG STDMETHODCALLTYPE CountingSink::AddRef()
+{
+    if (onAddRef)
+    {
+        onAddRef();
+    }
+    return ++references;
+}
+
+ULONG STDMETHODCALLTYPE CountingSink::Release()
+{
+    const ULONG left = --references;
+    if (onRelease)
+    {
+        onRelease();
+    }
+    return left;
+}
+
 HRESULT STDMETHODCALLTYPE CountingSink::OnPropsChanged()
 {
     ++calls;

@@ -34,6 +34,9 @@ public:
     using CPlugin::m_presetCount;
     using CPlugin::m_ulNumInRequired;
     using CPlugin::RefreshFrameProps;
+
+    // Of several interfaces with methods of these names.
+    IPersistStreamInit& Persistence() noexcept { return *this; }
 };
 
 // A record's bytes: a header, the option chunk with `flag`, then `fill` up to `size` bytes.
@@ -62,13 +65,15 @@ class CountingSink : public ISfChangeSink
 {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    ULONG STDMETHODCALLTYPE Release() override;
     HRESULT STDMETHODCALLTYPE OnPropsChanged() override;
 
     std::atomic<int> calls = 0;
     std::atomic<ULONG> references = 0; // lives on the test's stack
-    std::function<void()> onCall;      // runs inside the call
+    std::function<void()> onCall;      // each runs inside its call
+    std::function<void()> onAddRef;
+    std::function<void()> onRelease;
 };
 
 // A message-only window of this thread that collects what is posted to it.

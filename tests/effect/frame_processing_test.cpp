@@ -255,20 +255,6 @@ TEST_F(FrameProcessing, APartThatStartsAtTheTopLeftCountsAsAPartToo)
     EXPECT_EQ(output->packed[0].lRowPadding, 0) << "the widths are equal";
 }
 
-TEST_F(FrameProcessing, AnOutputBeyondTheInputIsRefusedBeforeAnythingIsPacked)
-{
-    SetUp(DXPF_ARGB32, DXPF_ARGB32);
-    CDXTWorkInfoNTo1 work;
-    work.OutputBnds = CDXDBnds(RECT{4, 0, 12, 4});
-    BOOL goOn = TRUE;
-    FakeSurfaceSettings wide = Surface("output", DXPF_ARGB32, &log);
-    wide.width = 16;
-    SetUp(Surface("input", DXPF_ARGB32, &log), wide);
-    EXPECT_EQ(effect->WorkProc(work, &goOn), DXTERR_INVALID_BOUNDS);
-    EXPECT_TRUE(output->packed.empty());
-    ExpectNoOpenLocks();
-}
-
 TEST_F(FrameProcessing, InTheBufferedPathTheFlagsIgnoreTheOption)
 {
     SetUp(DXPF_ARGB32, DXPF_ARGB32);

@@ -60,6 +60,7 @@ public:
     // The same with an exception. Methods of the locks can do that too: "UnpackRect", "PackRect",
     // "GetNativeType" and "ReleaseLock".
     void ThrowFrom(const std::string& method, Throws what, int nth = 1);
+    std::size_t FailuresLeft() const noexcept { return m_failures.size(); } // not yet due
 
     // First byte of a row, counted from the top of the picture.
     std::uint8_t* Row(LONG y) noexcept;
@@ -72,6 +73,9 @@ public:
     void Fill(DXSAMPLE sample) noexcept;
     // Something changed the picture from outside.
     void Touch() noexcept { ++generationId; }
+
+    // Runs inside LockSurface, before anything is locked.
+    std::function<void()> onLock;
 
     struct LockNote
     {

@@ -1,6 +1,7 @@
 #include "effect/iplugin.h"
 #include "module/resource.h"
 #include "platform/hostsdk/host_interfaces.h"
+#include "tests/fakes/child_test.h"
 #include "tests/module/message_box_watch.h"
 #include "tests/module/plugin_module.h"
 #include "tests/renderers/renderer_variant.h"
@@ -57,6 +58,57 @@ TEST(Module, AFailedStartIsShownOnceAndEveryCreationFailsWhenInitRendererFails)
     ExpectOneBoxAndNoEffect();
     ASSERT_GE(recording.count, 3U);
     EXPECT_EQ(recording.calls[2].call, Call::InitRenderer) << "each creation tries again";
+}
+
+TEST(Module, AFailedStartIsShownOnceAndEveryCreationFailsWhenInitRendererThrows)
+{
+    Recording& recording = UseRenderer(L"complete");
+    const PluginModule module;
+    MessageBoxWatch watch;
+    recording.throwsFrom = Call::InitRenderer;
+    for (const Throws what : kAllThrows)
+    {
+        recording.throws = what;
+        CComPtr<IDXTransform> effect;
+        EXPECT_EQ(module.CreateEffect(IID_IDXTransform, reinterpret_cast<void**>(&effect)),
+                  E_INVALIDARG);
+        EXPECT_EQ(effect.p, nullptr);
+    }
+    EXPECT_EQ(watch.boxes.size(), 1U);
+    EXPECT_EQ(module.CanUnloadNow(), S_OK) << "no failed effect stays behind";
+    recording.throws = Throws::Nothing;
+    CComPtr<IDXTransform> effect;
+    EXPECT_EQ(module.CreateEffect(IID_IDXTransform, reinterpret_cast<void**>(&effect)), S_OK);
+}
+
+namespace
+{
+
+// Ends the process with what ExitRenderer found.
+void ReportExit(void* recording)
+{
+    const bool detached = static_cast<const Recording*>(recording)->detached;
+    ::TerminateProcess(::GetCurrentProcess(), detached ? 77 : 78);
+}
+
+} // namespace
+
+TEST(Module, AtTheEndOfAProcessExitRendererRunsAfterTheRenderersOwnDetach)
+{
+    if (!IsChild())
+    {
+        EXPECT_EQ(ExitCodeOf(L"Module.AtTheEndOfAProcess*"), 77U);
+        return;
+    }
+    // As in a host: the plug-in first, which then loads the renderer.
+    const PluginModule module;
+    ::SetDllDirectoryW((BinFolder() + L"\\renderers\\complete").c_str());
+    CComPtr<IDXTransform> effect;
+    ASSERT_EQ(module.CreateEffect(IID_IDXTransform, reinterpret_cast<void**>(&effect)), S_OK);
+    Recording& recording = UseRenderer(L"complete");
+    recording.onExit = ReportExit;
+    recording.exitContext = &recording;
+    ::ExitProcess(79);
 }
 
 TEST(Module, TwoEffectsInARowStartTheRendererTwiceAndUnloadingEndsItOnce)

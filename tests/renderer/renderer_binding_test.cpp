@@ -1,10 +1,13 @@
 #include "renderer/renderer_binding.h"
 
+#include "platform/runtime/foreign_call.h"
 #include "renderer/entry_point_table.h"
 #include "tests/renderers/renderer_variant.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <stdexcept>
 #include <string>
 
 using RendererAPI::RendererBinding;
@@ -240,4 +243,61 @@ TEST(RendererBinding, UnloadingForgetsTheLibraryAndALaterStartFindsItAgain)
     binding.Unload();
     ExpectNotAvailable(binding);
     EXPECT_EQ(binding.Start(3), 0);
+}
+
+TEST(RendererBinding, WhatTheRendererThrowsComesOutOfEveryForwarder)
+{
+    Recording& recording = UseRenderer(L"complete");
+    RendererBinding binding;
+    ASSERT_EQ(binding.Start(3), 0);
+    FrameBufferDesc frame;
+    std::uint8_t bytes[4]{};
+    struct Row
+    {
+        Call call;
+        std::function<void()> forward;
+    };
+    const Row rows[]{
+        {Call::InitRenderer, [&] { binding.Start(3); }},
+        {Call::DoModalUI, [&] { binding.DoModalUI(&frame, bytes, 4); }},
+        {Call::DoModalUI2, [&] { binding.DoModalUI2(&frame, bytes, 4, 1); }},
+        {Call::DoModalUI2, [&] { binding.RunEditor(&frame, bytes, 4, 1); }},
+        {Call::DoModalUIWithProfile,
+         [&] { binding.DoModalUIWithProfile(&frame, bytes, 4, bytes, 4, 1); }},
+        {Call::RenderFrame, [&] { binding.RenderFrame(&frame, &frame, bytes, 4, 0x31, 7); }},
+        {Call::LoadSessionFile, [&] { binding.LoadSessionFile("x", 0); }},
+        {Call::GetSessionIcon, [&] { binding.GetSessionIcon(bytes, 4, &frame); }},
+        {Call::GetSessionDataSize, [&] { binding.GetSessionDataSize(); }},
+        {Call::GetSessionData, [&] { binding.GetSessionData(bytes, 4); }},
+        {Call::InterpolateSessionData,
+         [&] { binding.InterpolateSessionData(bytes, 2, bytes, 2, 0.5, bytes + 2); }},
+        {Call::BeginToolChain, [&] { binding.BeginToolChain(); }},
+        {Call::AddToolToChain, [&] { binding.AddToolToChain(1); }},
+        {Call::SetToolParameterValue, [&] { binding.SetToolParameterValue(1, 2, 3.0); }},
+        {Call::EnableFeature, [&] { binding.EnableFeature(1, 1); }},
+        {Call::SetTopLevelMaskParameterValue,
+         [&] { binding.SetTopLevelMaskParameterValue(1, 1.0); }},
+    };
+    for (const Row& row : rows)
+    {
+        recording.throwsFrom = row.call;
+        recording.throws = Throws::CppException;
+        EXPECT_THROW(row.forward(), std::runtime_error) << static_cast<int>(row.call);
+        recording.throws = Throws::OtherCompilers;
+        EXPECT_THROW(row.forward(), ForeignException) << static_cast<int>(row.call);
+    }
+    recording.throws = Throws::Nothing;
+}
+
+TEST(RendererBinding, WhatExitRendererThrowsIsDropped)
+{
+    Recording& recording = UseRenderer(L"complete");
+    recording.throwsFrom = Call::ExitRenderer;
+    for (const Throws what : kAllThrows)
+    {
+        recording.throws = what;
+        RendererBinding binding;
+        ASSERT_EQ(binding.Start(3), 0);
+    }
+    EXPECT_EQ(CountOf(recording, Call::ExitRenderer), 2U);
 }

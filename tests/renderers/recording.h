@@ -75,6 +75,7 @@ struct Recording : RecordingAnswers
 
     std::array<RecordedCall, kCapacity> calls{}; // later calls are counted but not kept
     std::atomic<std::size_t> count = 0;
+    std::atomic<bool> detached = false; // the library's own process-detach has run
 
     // For the next test in the same process.
     void Reset() noexcept

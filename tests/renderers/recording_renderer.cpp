@@ -90,6 +90,15 @@ std::int32_t Edit(Call call, const FrameBufferDesc* preview, const void* record,
 
 } // namespace
 
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*)
+{
+    if (reason == DLL_PROCESS_DETACH)
+    {
+        g_recording.detached = true;
+    }
+    return TRUE;
+}
+
 extern "C"
 {
 
