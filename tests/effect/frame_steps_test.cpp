@@ -1,5 +1,6 @@
 // The order of the steps of a frame, and what each step asks of the surfaces.
 #include "tests/effect/frame_fixture.h"
+#include "tests/fakes/held_lock.h"
 
 #include <algorithm>
 
@@ -49,6 +50,27 @@ TEST_F(FrameSteps, WithAFalseContinueFlagTheRecordIsNotTaken)
     BOOL goOn = FALSE;
     EXPECT_EQ(effect->WorkProc({}, &goOn), S_OK);
     EXPECT_EQ(effect->m_frame.data, nullptr);
+}
+
+TEST_F(FrameSteps, TheRecordLockIsGivenBackBeforeASurfaceIsTouched)
+{
+    for (const DXSAMPLEFORMATENUM format : {DXPF_ARGB32, DXPF_NONSTANDARD})
+    {
+        SetUp(format, format);
+        int calls = 0;
+        int underTheLock = 0;
+        for (FakeSurface* surface : {input.p, output.p})
+        {
+            surface->onCall = [&](const std::string&) {
+                ++calls;
+                underTheLock += IsHeld(effect->m_lock) ? 1 : 0;
+            };
+        }
+        EXPECT_EQ(Work(), S_OK);
+        input->onCall = output->onCall = nullptr;
+        EXPECT_GT(calls, 0);
+        EXPECT_EQ(underTheLock, 0);
+    }
 }
 
 TEST_F(FrameSteps, BothFormatsAreReadBeforeTheInputIsLocked)
@@ -110,6 +132,20 @@ TEST_F(FrameSteps, AnySuccessOfTheFrameInformationCounts)
     ASSERT_EQ(Work(), S_OK);
     EXPECT_EQ(LastFrameNumber(), 50);
     EXPECT_EQ(LastSource().aspect, 1.5F);
+}
+
+TEST_F(FrameSteps, APartOfTheOutputIsPackedStraightAndFromARectangleOfItsOwnSize)
+{
+    SetUp(DXPF_ARGB32, DXPF_PMARGB32);
+    ASSERT_EQ(Work({1, 2, 7, 4}), S_OK);
+    ASSERT_EQ(output->packed.size(), 1U);
+    const DXPACKEDRECTDESC& packed = output->packed[0];
+    EXPECT_EQ(packed.bPremult, FALSE);
+    EXPECT_EQ(packed.rect.left, 0);
+    EXPECT_EQ(packed.rect.top, 0);
+    EXPECT_EQ(packed.rect.right, 6);
+    EXPECT_EQ(packed.rect.bottom, 2);
+    EXPECT_EQ(packed.lRowPadding, (8 - 6) * 4);
 }
 
 TEST_F(FrameSteps, ASuccessCodeOfTheBoundsIsNotTheResultOfADirectFrame)

@@ -1,9 +1,7 @@
 // Which lock an operation holds while it works. Told from the state of the locks and not from who
 // is faster, so that a lock that is missing shows every time.
 #include "tests/effect/effect_fixture.h"
-#include "tests/fakes/test_thread.h"
-
-#include <mutex>
+#include "tests/fakes/held_lock.h"
 
 namespace
 {
@@ -29,21 +27,6 @@ template struct ObjectLockOf<&CComObjectRootEx<CComMultiThreadModel>::m_critsec>
 auto& ObjectLock(CComObjectRootEx<CComMultiThreadModel>& object);
 
 constexpr DWORD kDeadlineMs = 20000;
-
-// Whether another thread would have to wait for the lock now.
-bool IsHeld(CComCriticalSection& lock)
-{
-    bool free = false;
-    TestThread other([&] {
-        free = ::TryEnterCriticalSection(&lock.m_sec) != FALSE;
-        if (free)
-        {
-            lock.unlock();
-        }
-    });
-    other.Join(INFINITE);
-    return !free;
-}
 
 // Whether `operation` comes to wait for the lock before it ends. Told from the lock's count, which
 // changes when somebody waits.

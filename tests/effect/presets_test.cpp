@@ -1,3 +1,4 @@
+#include "effect/preset_table.h"
 #include "tests/effect/effect_fixture.h"
 
 #include <cmath>
@@ -69,6 +70,22 @@ TEST_F(Presets, ApplyingAnIndexOutsideTheListDoesNothing)
     EXPECT_EQ(effect->ApplyPreset(-1), E_INVALIDARG);
     EXPECT_TRUE(postBox.Take().empty());
     EXPECT_EQ(sink.calls, 0);
+}
+
+TEST_F(Presets, TheTableIsOnlyRead)
+{
+    Fill(effect->m_current, RecordBytes(7, 0));
+    effect->m_current.GetFlag();
+    FakeStream broken;
+    broken.statResult = STG_E_ACCESSDENIED;
+    effect->ApplyPreset(0);
+    effect->m_current.SetFlag(0);
+    effect->LoadProps(&broken);
+    static_cast<IPersistStreamInit*>(effect.p)->InitNew();
+    const SessionData& preset = *PresetTable();
+    EXPECT_EQ(preset.data, nullptr);
+    EXPECT_EQ(preset.size, 0U);
+    EXPECT_EQ(preset.flag, 1U);
 }
 
 TEST_F(Presets, AFreshEffectHoldsTheEmptyPreset)
