@@ -282,6 +282,22 @@ TEST_F(Lock, ProgressAndDurationAreSetUnderTheObjectLock)
     EXPECT_EQ(value, 2.0F);
 }
 
+TEST_F(Lock, ProgressAndDurationAreReadWithoutWaitingForAFrame)
+{
+    float progress = -1.0F;
+    float duration = -1.0F;
+    effect->Lock(); // as a frame does while it is rendered
+    TestThread page([&] {
+        effect->get_Progress(&progress);
+        effect->get_Duration(&duration);
+    });
+    EXPECT_TRUE(page.Join(kDeadlineMs));
+    effect->Unlock();
+    page.Join(INFINITE);
+    EXPECT_EQ(progress, 0.0F);
+    EXPECT_EQ(duration, 0.5F);
+}
+
 TEST_F(Lock, AFrameWaitsForNobodyOnceItHasItsRecord)
 {
     EXPECT_TRUE(WaitsFor(effect->m_lock, [&] { effect->RefreshFrameProps(); }));
