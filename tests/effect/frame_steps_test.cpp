@@ -195,3 +195,29 @@ TEST_F(FrameSteps, AFailedFrameKeepsTheInputBufferForTheNext)
     EXPECT_EQ(Work(), S_OK);
     EXPECT_EQ(effect->GetPreviewFrame()->pixels, pixels);
 }
+
+TEST_F(FrameSteps, SurfacesLiveUntilTheFrameEndsThoughOneOfThemClearsTheTransform)
+{
+    const LONG liveBefore = FakeSurface::LiveSurfaces();
+    for (const DXSAMPLEFORMATENUM format : {DXPF_ARGB32, DXPF_NONSTANDARD})
+    {
+        for (const char* call : {"GetPixelFormat", "LockSurface", "GetBounds", "Unlock"})
+        {
+            SetUp(format, format);
+            LONG liveAfterwards = 0;
+            FakeSurface& first = *input;
+            first.onCall = [&, call](const std::string& method) {
+                if (method == call && liveAfterwards == 0)
+                {
+                    EXPECT_EQ(effect->Setup(nullptr, 0, nullptr, 0, 0), S_OK);
+                    liveAfterwards = FakeSurface::LiveSurfaces();
+                }
+            };
+            input.Release();
+            output.Release();
+            Work();
+            EXPECT_EQ(liveAfterwards, liveBefore + 2) << call;
+            EXPECT_EQ(FakeSurface::LiveSurfaces(), liveBefore) << call;
+        }
+    }
+}
