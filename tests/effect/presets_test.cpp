@@ -38,6 +38,12 @@ TEST_F(Presets, ANameThatFillsTheCapacityIsNotTerminated)
     EXPECT_EQ(std::memcmp(name, L"(Def###", 8 * sizeof(WCHAR)), 0);
 }
 
+TEST_F(Presets, ANameWithoutAPlaceIsOnlyMeasured)
+{
+    EXPECT_EQ(effect->GetPresetName(0, nullptr, 32), S_OK);
+    EXPECT_EQ(effect->GetPresetName(1, nullptr, 32), E_INVALIDARG);
+}
+
 TEST_F(Presets, APresetWithoutANameGivesAnEmptyOneAndFails)
 {
     effect->m_presetCount = 2;
