@@ -1,7 +1,11 @@
 #include "tests/effect/effect_fixture.h"
 #include "tests/fakes/allocation_count.h"
 
+#include <windows.h>
+
 #include <cmath>
+
+#include <psapi.h>
 
 namespace
 {
@@ -300,6 +304,25 @@ TEST_F(Automation, AShortReadIsNotDetectedAndLeavesNoForeignBytes)
     EXPECT_EQ(effect->LoadProps(&second), S_OK);
     std::fill(expected.begin() + 20, expected.begin() + 25, std::uint8_t{5});
     EXPECT_EQ(BytesOf(effect->m_current), expected);
+}
+
+TEST_F(Automation, AStreamThatPromisesGigabytesDoesNotMakeTheEffectWriteThem)
+{
+    const Bytes content = RecordBytes(9);
+    FakeStream stream(content);
+    stream.extraSize = 0xFFFFFFFFU - content.size();
+    PROCESS_MEMORY_COUNTERS before{};
+    ::GetProcessMemoryInfo(::GetCurrentProcess(), &before, sizeof before);
+    EXPECT_EQ(effect->LoadProps(&stream), S_OK);
+    PROCESS_MEMORY_COUNTERS after{};
+    ::GetProcessMemoryInfo(::GetCurrentProcess(), &after, sizeof after);
+    if (effect->m_current.data == nullptr)
+    {
+        GTEST_SKIP() << "this machine has no 4 GiB to promise";
+    }
+    EXPECT_LT(after.WorkingSetSize, before.WorkingSetSize + 0x10000000U);
+    EXPECT_EQ(effect->m_current.size, 0xFFFFFFFFU);
+    EXPECT_EQ(Bytes(effect->m_current.data, effect->m_current.data + content.size()), content);
 }
 
 TEST_F(Automation, ItsOperationsStandInTheirSlots)

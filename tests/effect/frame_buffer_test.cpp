@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 TEST(FrameBuffer, TheSameSizeAndFormatTwiceGivesTheSameMemory)
 {
@@ -79,5 +80,32 @@ TEST(FrameBuffer, AnImageBeyondMemoryLeavesTheBufferEmpty)
     ASSERT_NE(buffer.Allocate(8, 4, kFormatBgra8), nullptr);
     constexpr std::uint32_t kHuge = std::numeric_limits<std::uint32_t>::max();
     EXPECT_EQ(buffer.Allocate(kHuge, kHuge, kFormatBgraFloat), nullptr);
+    EXPECT_FALSE(buffer.IsValid());
+}
+
+TEST(FrameBuffer, TheRoomAroundAnImageIsZeroAndKeptWhileItIsEnough)
+{
+    FrameBuffer buffer;
+    auto* const image =
+        static_cast<std::uint8_t*>(buffer.Allocate(2, 1, kFormatBgra8, {.before = 3, .behind = 5}));
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(buffer.pixels, image);
+    std::memset(image, 7, 8);
+    EXPECT_EQ(std::vector<std::uint8_t>(image - 3, image), std::vector<std::uint8_t>(3, 0));
+    EXPECT_EQ(std::vector<std::uint8_t>(image + 8, image + 13), std::vector<std::uint8_t>(5, 0));
+    EXPECT_EQ(buffer.Allocate(2, 1, kFormatBgra8), image);
+    EXPECT_EQ(buffer.Allocate(2, 1, kFormatBgra8, {.before = 3, .behind = 4}), image);
+    ASSERT_NE(buffer.Allocate(2, 1, kFormatBgra8, {.before = 3, .behind = 4096}), nullptr);
+    EXPECT_EQ(static_cast<std::uint8_t*>(buffer.pixels)[8 + 4095], 0);
+    ASSERT_NE(buffer.Allocate(2, 1, kFormatBgra8, {.before = 4096, .behind = 0}), nullptr);
+    EXPECT_EQ((static_cast<std::uint8_t*>(buffer.pixels) - 4096)[0], 0);
+}
+
+TEST(FrameBuffer, RoomBeyondMemoryLeavesTheBufferEmpty)
+{
+    FrameBuffer buffer;
+    constexpr std::size_t kHuge = std::numeric_limits<std::size_t>::max();
+    EXPECT_EQ(buffer.Allocate(2, 1, kFormatBgra8, {.before = kHuge, .behind = 0}), nullptr);
+    EXPECT_EQ(buffer.Allocate(2, 1, kFormatBgra8, {.before = 0, .behind = kHuge}), nullptr);
     EXPECT_FALSE(buffer.IsValid());
 }

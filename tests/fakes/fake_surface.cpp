@@ -287,10 +287,6 @@ HRESULT STDMETHODCALLTYPE FakeSurface::LockSurface(const DXBNDS* bounds, ULONG t
 {
     *pointer = nullptr;
     const HRESULT hr = Enter("LockSurface");
-    if (onLock)
-    {
-        onLock();
-    }
     const std::lock_guard guard(m_lock);
     if (m_settings.log != nullptr)
     {

@@ -74,9 +74,6 @@ public:
     // Something changed the picture from outside.
     void Touch() noexcept { ++generationId; }
 
-    // Runs inside LockSurface, before anything is locked.
-    std::function<void()> onLock;
-
     struct LockNote
     {
         std::optional<DXBNDS> bounds; // none: the whole surface was asked for

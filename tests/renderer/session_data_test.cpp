@@ -56,12 +56,41 @@ TEST(SessionData, AllocateDataWithTheCurrentSizeKeepsTheBlockAndItsBytes)
     EXPECT_EQ(BytesOf(record), (std::vector<std::uint8_t>{1, 2, 3, 4}));
 }
 
-TEST(SessionData, AllocateDataWithAnotherSizeGivesABlockOfExactlyThatSizeInZeros)
+TEST(SessionData, AllocateDataWithAnotherSizeGivesABlockOfExactlyThatSize)
 {
     SessionData record;
     Fill(record, {1, 2, 3, 4});
-    ASSERT_NE(record.AllocateData(6), nullptr);
-    EXPECT_EQ(BytesOf(record), std::vector<std::uint8_t>(6, 0));
+    std::uint8_t* const block = record.AllocateData(6);
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(record.data, block);
+    EXPECT_EQ(record.size, 6U);
+    std::memset(block, 9, 6); // all of it is the record's: a sanitizer sees one that is short
+}
+
+TEST(SessionData, AllocateClearedDataGivesANewBlockInZerosAndKeepsOneOfThatSize)
+{
+    SessionData record;
+    Fill(record, {1, 2, 3, 4});
+    ASSERT_NE(record.AllocateClearedData(4), nullptr);
+    EXPECT_EQ(BytesOf(record), (std::vector<std::uint8_t>{1, 2, 3, 4}));
+    ASSERT_NE(record.AllocateClearedData(600), nullptr);
+    EXPECT_EQ(BytesOf(record), std::vector<std::uint8_t>(600, 0));
+    EXPECT_EQ(record.AllocateClearedData(0), nullptr);
+    EXPECT_EQ(record.data, nullptr);
+}
+
+TEST(SessionData, SwappingTheBlocksLeavesTheOptionWords)
+{
+    SessionData first;
+    SessionData second;
+    Fill(first, {1, 2});
+    Fill(second, {3, 4, 5});
+    second.flag = 0;
+    first.SwapData(second);
+    EXPECT_EQ(BytesOf(first), (std::vector<std::uint8_t>{3, 4, 5}));
+    EXPECT_EQ(BytesOf(second), (std::vector<std::uint8_t>{1, 2}));
+    EXPECT_EQ(first.flag, 1U);
+    EXPECT_EQ(second.flag, 0U);
 }
 
 TEST(SessionData, AllocateDataOfZeroFreesTheBlockAndReturnsNull)
