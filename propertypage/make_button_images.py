@@ -2,16 +2,20 @@
 """Draws the panel's button images and writes them as button_images.cpp beside this script.
 
 Run once; the result is committed, so that a build needs neither this script nor a font. Wants
-python3-freetype and DejaVu Sans Condensed (fonts-dejavu-extra). Run again after a change here, then
-look at the images: --preview FILE writes them eight times enlarged as a PPM picture.
+python3-freetype and DejaVu Sans (fonts-dejavu-core). Run again after a change here, then look at
+the images: --preview FILE writes them eight times enlarged as a PPM picture.
 """
 
 import argparse
+import os
 import pathlib
 
-import freetype
+# The interpreter that obeys the font's hints in both directions: read when the library starts.
+os.environ["FREETYPE_PROPERTIES"] = "truetype:interpreter-version=35"
 
-FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSansCondensed.ttf"
+import freetype  # pylint: disable=wrong-import-position
+
+FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 # Coverage is raised to this power: light letters on a dark ground look thinner than they are.
 COVERAGE_POWER = 1 / 1.5
 
@@ -48,43 +52,47 @@ class Canvas:
                 round(u + (c - u) * amount) for u, c in zip(under, colour))
 
 
-def letters(text, size):
+def letters(text, size, widest_gap):
     """Coverage from 0 to 1 by (column, row); row 0 is the one below the baseline.
 
-    Hinted in height only, so that stems and rounds keep their places between the pixels while the
-    tops and the baseline are sharp.
+    By the font's own hints, so that stems and bars are whole pixels in the text's full colour and
+    only slants and rounds are smoothed. No more than `widest_gap` columns stay free between two
+    letters, a space apart.
     """
     face = freetype.Face(FONT)
-    face.set_char_size(round(size * 64), 0, 72, 72)
-    no_change = freetype.Matrix(0x10000, 0, 0, 0x10000)
+    face.set_char_size(size * 64, 0, 72, 72)
     coverage = {}
-    pen = 0.0
+    pen = 0  # the font's place for the next letter
+    ink_end = None  # the column behind the last letter's ink, later by the spaces since
     for letter in text:
-        whole = int(pen)
-        face.set_transform(no_change, freetype.Vector(round((pen - whole) * 64), 0))
-        face.load_char(letter, freetype.FT_LOAD_RENDER | freetype.FT_LOAD_TARGET_LIGHT)
-        bitmap = face.glyph.bitmap
-        for row in range(bitmap.rows):
-            for column in range(bitmap.width):
-                value = bitmap.buffer[row * bitmap.pitch + column]
-                if value:
-                    at = (whole + face.glyph.bitmap_left + column, row - face.glyph.bitmap_top)
-                    coverage[at] = min(255, coverage.get(at, 0) + value)
-        pen += face.glyph.linearHoriAdvance / 65536
-    strongest = max(coverage.values())
-    return {at: (value / strongest) ** COVERAGE_POWER for at, value in coverage.items()}
+        face.load_char(letter, freetype.FT_LOAD_RENDER | freetype.FT_LOAD_TARGET_NORMAL)
+        bitmap, advance = face.glyph.bitmap, face.glyph.advance.x // 64  # hinted: whole pixels
+        ink = {(column, row - face.glyph.bitmap_top): bitmap.buffer[row * bitmap.pitch + column]
+               for row in range(bitmap.rows) for column in range(bitmap.width)
+               if bitmap.buffer[row * bitmap.pitch + column]}
+        if ink:
+            left = pen + face.glyph.bitmap_left
+            start = left if ink_end is None else min(left, ink_end + widest_gap)
+            pen += start - left
+            coverage |= {(start + column, row): (value / 255) ** COVERAGE_POWER
+                         for (column, row), value in ink.items()}
+            ink_end = start + bitmap.width
+        else:
+            ink_end += advance
+        pen += advance
+    return coverage
 
 
 def edit_button(face, rim, text_colour):
     canvas = Canvas(40, 20, face)
     canvas.outline(0, 0, 39, 19, rim)
-    canvas.text(letters("Edit...", 11), 6, 14, text_colour)
+    canvas.text(letters("Edit...", 11, 2), 6, 14, text_colour)
     return canvas
 
 
 def check_box(checked):
     canvas = Canvas(125, 16, PANEL)
-    canvas.text(letters("Assume Linear Gamma", 10), 2, 12, LABEL)
+    canvas.text(letters("Assume Linear Gamma", 9, 1), 2, 12, LABEL)
     canvas.outline(112, 3, 121, 12, LABEL)
     if checked:
         canvas.fill(114, 5, 119, 10, GOLD)
