@@ -36,9 +36,16 @@ HRESULT CComModule::Init(_ATL_OBJMAP_ENTRY* map, HINSTANCE instance, const GUID*
 
 void CComModule::Term() noexcept
 {
-    const std::lock_guard guard(m_csObjMap);
-    for (_ATL_OBJMAP_ENTRY* entry = m_pObjMap; entry != nullptr && entry->pclsid != nullptr;
-         ++entry)
+    _ATL_OBJMAP_ENTRY* entry = nullptr;
+    TermFunction* functions = nullptr;
+    {
+        const std::lock_guard guard(m_csObjMap);
+        entry = std::exchange(m_pObjMap, nullptr);
+        functions = std::exchange(m_termFunctions, nullptr);
+    }
+    // Outside the lock: what is called here takes locks of its own, under which others wait for
+    // this one.
+    for (; entry != nullptr && entry->pclsid != nullptr; ++entry)
     {
         IUnknown* const classObject = std::exchange(entry->pCF, nullptr);
         if (classObject != nullptr)
@@ -46,11 +53,10 @@ void CComModule::Term() noexcept
             classObject->Release();
         }
     }
-    m_pObjMap = nullptr;
-    while (m_termFunctions != nullptr)
+    while (functions != nullptr)
     {
-        const TermFunction* const first = m_termFunctions;
-        m_termFunctions = first->next;
+        const TermFunction* const first = functions;
+        functions = first->next;
         first->function(first->argument);
         delete first;
     }

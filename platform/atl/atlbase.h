@@ -77,8 +77,9 @@ public:
     // `map` and `libid` (the type library that the module carries, may be null) must outlive the
     // module. Neither allocates nor waits: may be called at process attach.
     HRESULT Init(_ATL_OBJMAP_ENTRY* map, HINSTANCE instance, const GUID* libid = nullptr) noexcept;
-    // Releases the class objects and runs what AddTermFunc collected, last added first. Once all
-    // other users are gone: when the module is unloaded or its process ends.
+    // Releases the class objects and runs what AddTermFunc collected, last added first, without
+    // holding a lock. Once all other users are gone: when the module is unloaded or its process
+    // ends.
     void Term() noexcept;
 
     // Every live object and every LockServer(TRUE) is one. Any thread.
@@ -91,7 +92,8 @@ public:
     // CLASS_E_CLASSNOTAVAILABLE for a class that is not in the map. Any thread.
     HRESULT GetClassObject(REFCLSID clsid, REFIID riid, void** ppv) noexcept;
 
-    // E_OUTOFMEMORY when there is no room to remember it. Any thread.
+    // E_OUTOFMEMORY when there is no room to remember it. May be called with another lock held: no
+    // function runs under the module's own. Any thread.
     HRESULT AddTermFunc(_ATL_TERMFUNC* function, DWORD_PTR dw) noexcept;
 
     HINSTANCE GetModuleInstance() const noexcept { return m_hInst; }

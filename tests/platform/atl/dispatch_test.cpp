@@ -1,8 +1,11 @@
 // IDispatch over registered type libraries: one that nobody registers, and the system's own.
+#include "tests/fakes/test_thread.h"
 #include "tests/platform/atl/sample_objects.h"
 
 #include <oleauto.h>
 #include <olectl.h>
+
+#include <memory>
 
 namespace
 {
@@ -12,6 +15,8 @@ constexpr GUID kUnregisteredLibrary{0x51A0F8A1, 0x0201, 0x4C0E, {0x9A, 0x11, 0x5
 constexpr GUID kStandardOle{0x00020430, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 constexpr IID kFontDisp{0xBEF6E003, 0xA874, 0x101A, {0x8B, 0xBA, 0x00, 0xAA, 0x00, 0x30, 0x0C, 0xAB}};
 // clang-format on
+
+constexpr DWORD kDeadlineMs = 10000;
 
 template <const IID* piid, const GUID* plibid, WORD wMajor>
 class CDispatching : public CComObjectRootEx<CComMultiThreadModel>,
@@ -102,6 +107,34 @@ TEST_F(DispatchTest, LoadsTheTypeInformationOnceForAllObjectsAndAgainAfterTerm)
     m_module.Term(); // lets go of what was kept
     CComPtr<ITypeInfo> third;
     EXPECT_EQ(Make<CRegistered>()->GetTypeInfo(0, LOCALE_NEUTRAL, &third), S_OK);
+}
+
+// Loading takes the cache's lock and then the module's; ending the module must not wait for a cache
+// with its own lock held.
+TEST_F(DispatchTest, TypeInformationLoadsWhileTheModuleRunsItsTermFunctions)
+{
+    struct Loader
+    {
+        bool loaded = false;
+        static void WINAPI Load(DWORD_PTR self)
+        {
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): a term function's argument is an integer
+            auto& loader = *reinterpret_cast<Loader*>(self);
+            loader.thread = std::make_unique<TestThread>([] {
+                ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+                CComPtr<ITypeInfo> info;
+                EXPECT_EQ(Make<CRegistered>()->GetTypeInfo(0, LOCALE_NEUTRAL, &info), S_OK);
+                info.Release();
+                ::CoUninitialize();
+            });
+            loader.loaded = loader.thread->Join(kDeadlineMs);
+        }
+        std::unique_ptr<TestThread> thread;
+    } loader;
+    ASSERT_EQ(m_module.AddTermFunc(&Loader::Load, reinterpret_cast<DWORD_PTR>(&loader)), S_OK);
+    m_module.Term();
+    EXPECT_TRUE(loader.loaded) << "neither waits for the other";
+    loader.thread.reset();
 }
 
 } // namespace

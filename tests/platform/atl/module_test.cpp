@@ -158,6 +158,41 @@ TEST_F(ModuleTest, ReleasesItsClassObjectsOnTermAndMakesNewOnesAfterTheNextInit)
     EXPECT_EQ(g_factoriesMade, 2);
 }
 
+// Asks the module on another thread, and takes until that is answered.
+class CAskingFactory : public CComClassFactory
+{
+public:
+    void FinalRelease() noexcept
+    {
+        thread = std::make_unique<TestThread>([] {
+            void* none = nullptr;
+            _pModule->GetClassObject(CLSID_Sample, IID_IUnknown, &none);
+        });
+        answered = thread->Join(10000);
+    }
+    static inline std::unique_ptr<TestThread> thread;
+    static inline bool answered = false;
+};
+
+class CAskingSample : public CSample
+{
+public:
+    DECLARE_CLASSFACTORY_EX(CAskingFactory)
+};
+
+BEGIN_OBJECT_MAP(g_askingMap)
+OBJECT_ENTRY(CLSID_Sample, CAskingSample)
+END_OBJECT_MAP()
+
+TEST_F(ModuleTest, AnswersOtherThreadsWhileItReleasesItsClassObjects)
+{
+    m_module.Init(g_askingMap, nullptr);
+    Factory(CLSID_Sample);
+    m_module.Term();
+    CAskingFactory::thread.reset();
+    EXPECT_TRUE(CAskingFactory::answered);
+}
+
 TEST_F(ModuleTest, RunsTermFunctionsOnceInReverseOrder)
 {
     g_termOrder.clear();
