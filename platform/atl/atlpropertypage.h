@@ -174,7 +174,11 @@ private:
         {
             return 1;
         }
-        reinterpret_cast<STYLESTRUCT*>(styles)->styleNew |= WS_EX_CONTROLPARENT;
+        auto* const change = reinterpret_cast<STYLESTRUCT*>(styles);
+        if (change != nullptr) // anybody may send this
+        {
+            change->styleNew |= WS_EX_CONTROLPARENT;
+        }
         return 0;
     }
 };

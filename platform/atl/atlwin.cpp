@@ -3,9 +3,11 @@
 #include "platform/atl/dialog_template.h"
 
 #include <cstddef>
+#include <mutex>
 #include <new>
 #include <optional>
 #include <span>
+#include <utility>
 
 namespace
 {
@@ -110,7 +112,40 @@ std::span<const std::byte> FindTemplate(HINSTANCE module, UINT id) noexcept
     return {static_cast<const std::byte*>(bytes), ::SizeofResource(module, resource)};
 }
 
+CComAutoCriticalSection g_creationLock;
+_AtlCreateWndData* g_creations = nullptr; // the last one first, guarded by g_creationLock
+
 } // namespace
+
+_AtlCreateWndData::_AtlCreateWndData(void* object) noexcept : m_pThis(object)
+{
+    const std::lock_guard guard(g_creationLock);
+    m_pNext = std::exchange(g_creations, this);
+}
+
+_AtlCreateWndData::~_AtlCreateWndData()
+{
+    const std::lock_guard guard(g_creationLock);
+    _AtlCreateWndData** link = &g_creations;
+    while (*link != this)
+    {
+        link = &(*link)->m_pNext;
+    }
+    *link = m_pNext;
+}
+
+void* _AtlCreateWndData::Extract() noexcept
+{
+    const std::lock_guard guard(g_creationLock);
+    for (_AtlCreateWndData* data = g_creations; data != nullptr; data = data->m_pNext)
+    {
+        if (data->m_dwThreadID == ::GetCurrentThreadId() && data->m_pThis != nullptr)
+        {
+            return std::exchange(data->m_pThis, nullptr);
+        }
+    }
+    return nullptr;
+}
 
 HINSTANCE AtlGetResourceInstance() noexcept
 {

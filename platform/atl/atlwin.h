@@ -1,7 +1,6 @@
 // ATL's window, message map and modeless dialog. Stands in for the platform's atlwin.h; windows of
 // one's own classes, subclassing, modal dialogs, most of CWindow, alternate and notification maps
-// are left out. The object is found through the window's own memory, not through a thunk: what
-// comes before WM_INITDIALOG is not seen by the message map.
+// are left out. The object is found through the window's own memory, not through a thunk.
 // Tests: tests/platform/atl/dialog_test.cpp.
 #pragma once
 
@@ -69,6 +68,26 @@ HINSTANCE AtlGetResourceInstance() noexcept;
 // result itself or, for most messages, TRUE after leaving the result with the window.
 INT_PTR AtlDialogProcResult(HWND dialog, UINT message, LRESULT result) noexcept;
 
+// Makes an object known to the calling thread, which is about to create its window: as in ATL the
+// window takes the object at its first message, whatever that is, so that no message's parameters
+// are ever taken for an object. What no window has taken when this ends is forgotten.
+class _AtlCreateWndData
+{
+public:
+    explicit _AtlCreateWndData(void* object) noexcept;
+    ~_AtlCreateWndData();
+    _AtlCreateWndData(const _AtlCreateWndData&) = delete;
+    _AtlCreateWndData& operator=(const _AtlCreateWndData&) = delete;
+
+    // The object that the calling thread made known last, once; null when there is none.
+    static void* Extract() noexcept;
+
+private:
+    void* m_pThis; // null once taken
+    DWORD m_dwThreadID = ::GetCurrentThreadId();
+    _AtlCreateWndData* m_pNext = nullptr;
+};
+
 // The size in pixels that the dialog manager would give the client area of a dialog made from the
 // module's template `id`. E_UNEXPECTED when there is no such template.
 HRESULT AtlGetDialogSize(HINSTANCE module, UINT id, SIZE* size) noexcept;
@@ -87,9 +106,9 @@ public:
     // Null, with the reason in GetLastError, when it cannot be made. There is one at a time.
     HWND Create(HWND parent, LPARAM initParam = 0) noexcept
     {
-        const Creation creation{static_cast<T*>(this), initParam};
+        const _AtlCreateWndData creation(static_cast<T*>(this));
         return ::CreateDialogParamW(AtlGetResourceInstance(), MAKEINTRESOURCEW(T::IDD), parent,
-                                    T::DialogProc, reinterpret_cast<LPARAM>(&creation));
+                                    StartDialogProc, initParam);
     }
     BOOL DestroyWindow() noexcept { return ::DestroyWindow(this->m_hWnd); }
     // The window stays, without an object.
@@ -106,15 +125,7 @@ public:
     static INT_PTR CALLBACK DialogProc(HWND window, UINT message, WPARAM wParam,
                                        LPARAM lParam) noexcept
     {
-        auto* self = reinterpret_cast<T*>(::GetWindowLongPtrW(window, DWLP_USER));
-        if (message == WM_INITDIALOG)
-        {
-            const auto& creation = *reinterpret_cast<const Creation*>(lParam);
-            self = creation.self;
-            self->m_hWnd = window;
-            ::SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(self));
-            lParam = creation.initParam;
-        }
+        auto* const self = reinterpret_cast<T*>(::GetWindowLongPtrW(window, DWLP_USER));
         if (self == nullptr)
         {
             return FALSE;
@@ -133,10 +144,18 @@ protected:
     ~CDialogImpl() { Detach(); }
 
 private:
-    // What WM_INITDIALOG is told.
-    struct Creation
+    // Sees a window's first message only.
+    static INT_PTR CALLBACK StartDialogProc(HWND window, UINT message, WPARAM wParam,
+                                            LPARAM lParam) noexcept
     {
-        T* self;
-        LPARAM initParam;
-    };
+        auto* const self = static_cast<T*>(_AtlCreateWndData::Extract());
+        if (self == nullptr)
+        {
+            return FALSE;
+        }
+        self->m_hWnd = window;
+        ::SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(self));
+        ::SetWindowLongPtrW(window, DWLP_DLGPROC, reinterpret_cast<LONG_PTR>(&T::DialogProc));
+        return T::DialogProc(window, message, wParam, lParam);
+    }
 };

@@ -85,6 +85,23 @@ TEST_F(PageWindowTest, ActivatingRegistersTheWindowThenReadsTheRecord)
     EXPECT_EQ(exchange.bytes, PageRecord(0x31, 0, 77));
 }
 
+TEST_F(PageWindowTest, EveryWmInitDialogRegistersAndReadsAgainAndAnswers0)
+{
+    Open();
+    const HWND window = PageWindow();
+    FakeExchange stranger; // not the page, whatever a message says
+    for (const LPARAM forged : {LPARAM{0}, LPARAM{1}, reinterpret_cast<LPARAM>(&stranger)})
+    {
+        exchange.calls.clear();
+        EXPECT_EQ(CPluginPP::DialogProc(window, WM_INITDIALOG, 0, forged), 0);
+        EXPECT_EQ(::SendMessageW(window, WM_INITDIALOG, 0, forged), 0);
+        EXPECT_EQ(exchange.calls, (std::vector<std::string>{"SetNotifyWindow", "GetProps",
+                                                            "SetNotifyWindow", "GetProps"}));
+        EXPECT_EQ(exchange.notices.back().window, window);
+        EXPECT_EQ(exchange.notices.back().command, 0x7F00U);
+    }
+}
+
 TEST_F(PageWindowTest, DeactivatingEndsTheRegistration)
 {
     Open();
@@ -158,6 +175,7 @@ TEST_F(PageWindowTest, KeepsItsControlParentStyleWhenStylesChange)
     EXPECT_TRUE(Handles(WM_STYLECHANGING, style, lParam));
     EXPECT_EQ(::SendMessageW(PageWindow(), WM_STYLECHANGING, style, lParam), 1);
     EXPECT_EQ(styles.styleNew, 0U);
+    EXPECT_EQ(::SendMessageW(PageWindow(), WM_STYLECHANGING, exStyle, 0), 0) << "from anybody";
     ::SetWindowLongW(PageWindow(), GWL_EXSTYLE, 0);
     EXPECT_TRUE(::GetWindowLongW(PageWindow(), GWL_EXSTYLE) & WS_EX_CONTROLPARENT);
 }

@@ -1,8 +1,11 @@
 // Message maps and modeless dialogs.
 #include "platform/atl/atlwin.h"
 
+#include "tests/fakes/test_thread.h"
+
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -33,6 +36,7 @@ public:
 
     BEGIN_MSG_MAP(CSampleDialog)
     CHAIN_MSG_MAP(CMapOfBase)
+    MESSAGE_HANDLER(WM_SETFONT, OnSetFont)
     MESSAGE_HANDLER(WM_INITDIALOG, OnInitDialog)
     MESSAGE_HANDLER(WM_CTLCOLORSTATIC, OnColour)
     MESSAGE_HANDLER(kHandled, OnHandled)
@@ -43,15 +47,30 @@ public:
     END_MSG_MAP()
 
     LPARAM initParam = 0;
+    int inits = 0;
     HWND atInit = nullptr;
     HWND atNcDestroy = nullptr;
     std::vector<UINT> declined;
+    std::function<void()> onInit;
+
+    HWND atSetFont = nullptr;
 
 private:
+    LRESULT OnSetFont(UINT, WPARAM, LPARAM, BOOL& handled) noexcept
+    {
+        atSetFont = m_hWnd;
+        handled = FALSE;
+        return 0;
+    }
     LRESULT OnInitDialog(UINT, WPARAM, LPARAM lParam, BOOL&) noexcept
     {
         initParam = lParam;
+        ++inits;
         atInit = m_hWnd;
+        if (onInit)
+        {
+            onInit();
+        }
         return TRUE;
     }
     LRESULT OnColour(UINT, WPARAM, LPARAM, BOOL&) noexcept { return 0x1234; }
@@ -93,12 +112,13 @@ public:
 
 } // namespace
 
-TEST(Dialog, IsMadeFromItsTemplateAndKnowsItsWindowFromWmInitDialogOn)
+TEST(Dialog, IsMadeFromItsTemplateAndKnowsItsWindowFromTheFirstMessageOn)
 {
     CSampleDialog dialog;
     const HWND window = dialog.Create(nullptr, 4711);
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(dialog.m_hWnd, window);
+    EXPECT_EQ(dialog.atSetFont, window) << "sent before WM_INITDIALOG";
     EXPECT_EQ(dialog.atInit, window);
     EXPECT_EQ(dialog.initParam, 4711);
     EXPECT_TRUE(dialog.DestroyWindow());
@@ -109,11 +129,70 @@ TEST(Dialog, IsMadeFromItsTemplateAndKnowsItsWindowFromWmInitDialogOn)
     dialog.DestroyWindow();
 }
 
+TEST(Dialog, RunsItsMapForEveryWmInitDialogWhateverComesWithIt)
+{
+    CSampleDialog dialog;
+    CSampleDialog other;
+    const HWND window = dialog.Create(nullptr, 4711);
+    ASSERT_NE(window, nullptr);
+    // Nothing, what cannot be an address, and the address of another object.
+    for (const LPARAM forged : {LPARAM{0}, LPARAM{1}, reinterpret_cast<LPARAM>(&other)})
+    {
+        const int before = dialog.inits;
+        EXPECT_EQ(::SendMessageW(window, WM_INITDIALOG, 0, forged), TRUE);
+        EXPECT_EQ(dialog.inits, before + 1);
+        EXPECT_EQ(dialog.initParam, forged);
+        EXPECT_EQ(dialog.m_hWnd, window);
+    }
+    EXPECT_EQ(other.inits, 0);
+    EXPECT_EQ(other.m_hWnd, nullptr);
+    dialog.DestroyWindow();
+}
+
+TEST(Dialog, AWmInitDialogForAWindowWithoutItsObjectIsNotHandled)
+{
+    CSampleDialog dialog;
+    dialog.Create(nullptr);
+    const HWND window = dialog.Detach();
+    EXPECT_EQ(::SendMessageW(window, WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(&dialog)), 0);
+    EXPECT_EQ(dialog.inits, 1);
+    EXPECT_EQ(dialog.m_hWnd, nullptr);
+    ::DestroyWindow(window);
+}
+
+TEST(Dialog, AWindowTakesTheObjectOfItsOwnThreadThatWasMadeKnownLast)
+{
+    CSampleDialog waiting; // of a thread that has not come to its window yet
+    const _AtlCreateWndData creation(&waiting);
+    CSampleDialog outer;
+    CSampleDialog inner; // made within the making of the other
+    outer.onInit = [&] { inner.Create(nullptr, 2); };
+    void* left = &outer;
+    {
+        const TestThread thread([&] {
+            EXPECT_EQ(outer.Create(nullptr, 1), outer.m_hWnd);
+            EXPECT_EQ(outer.initParam, 1);
+            EXPECT_NE(inner.m_hWnd, nullptr);
+            EXPECT_EQ(inner.initParam, 2);
+            inner.DestroyWindow();
+            outer.DestroyWindow();
+            left = _AtlCreateWndData::Extract();
+        });
+    }
+    EXPECT_EQ(left, nullptr) << "the one that waits is not this thread's";
+    EXPECT_EQ(_AtlCreateWndData::Extract(), &waiting);
+    EXPECT_EQ(_AtlCreateWndData::Extract(), nullptr) << "once";
+}
+
 TEST(Dialog, WithoutItsTemplateItIsNotMade)
 {
     CShape<999> dialog;
     EXPECT_EQ(dialog.Create(nullptr), nullptr);
     EXPECT_EQ(dialog.m_hWnd, nullptr);
+    CSampleDialog next;
+    EXPECT_NE(next.Create(nullptr), nullptr) << "nor does another window take it";
+    EXPECT_EQ(dialog.m_hWnd, nullptr);
+    next.DestroyWindow();
 }
 
 TEST(Dialog, AHandledMessageReturnsItsHandlersResult)
