@@ -2,12 +2,23 @@
 #include "platform/atl/atlwin.h"
 
 #include "tests/fakes/test_thread.h"
+#include "tests/platform/atl/import_patch.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <vector>
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names for the imports
+extern "C"
+{
+extern decltype(&::CreateFontIndirectW) __imp_CreateFontIndirectW;
+extern decltype(&::GetDC) __imp_GetDC;
+extern decltype(&::ReleaseDC) __imp_ReleaseDC;
+}
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace
 {
@@ -274,6 +285,41 @@ TEST(Dialog, ItsSizeIsTheDialogManagersWithoutAFont)
 TEST(Dialog, ItsSizeIsTheDialogManagersForABoldItalicFont)
 {
     ExpectTheDialogManagersSize<4>();
+}
+
+TEST(Dialog, ItsSizeIsInTheSystemsBaseUnitsWhenItsFontCannotBeMade)
+{
+    const ImportPatch noFont(
+        __imp_CreateFontIndirectW, +[](const LOGFONTW*) WINAPI -> HFONT { return nullptr; });
+    const LONG units = ::GetDialogBaseUnits();
+    SIZE size{};
+    ASSERT_EQ(AtlGetDialogSize(AtlGetResourceInstance(), 4, &size), S_OK);
+    EXPECT_EQ(size.cx, ::MulDiv(99, LOWORD(units), 4));
+    EXPECT_EQ(size.cy, ::MulDiv(55, HIWORD(units), 8));
+}
+
+TEST(Dialog, MeasuringGivesItsDeviceContextsBack)
+{
+    static std::multiset<HDC> taken;
+    static int count = 0;
+    static decltype(&::GetDC) get = nullptr;
+    static decltype(&::ReleaseDC) giveBack = nullptr;
+    const ImportPatch getting(
+        __imp_GetDC, +[](HWND window) WINAPI -> HDC {
+            ++count;
+            return *taken.insert(get(window));
+        });
+    const ImportPatch givingBack(
+        __imp_ReleaseDC, +[](HWND window, HDC dc) WINAPI -> int {
+            taken.erase(taken.find(dc));
+            return giveBack(window, dc);
+        });
+    get = getting.original;
+    giveBack = givingBack.original;
+    SIZE size{};
+    ASSERT_EQ(AtlGetDialogSize(AtlGetResourceInstance(), 4, &size), S_OK);
+    EXPECT_GE(count, 1);
+    EXPECT_TRUE(taken.empty());
 }
 
 TEST(Dialog, TheSizeOfATemplateThatThereIsNotIsAnError)
