@@ -217,15 +217,17 @@ TEST_F(PageMouse, AHostMayCloseAndLetThePageGoWhenItIsToldOfTheToggle)
 {
     Open();
     const HWND window = PageWindow();
+    ULONG references = 0;
     exchange.onSet = [&] {
         page->Deactivate();
-        IUnknown* none = nullptr;
-        page->SetObjects(0, &none);
         page.Release();
+        references = exchange.references;
     };
     MovePointer(window, kOnCheckBox);
     ::SendMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, 0);
     EXPECT_EQ(exchange.sets, 1);
+    EXPECT_EQ(references, 2U) << "the page lives on until its call is over";
+    EXPECT_EQ(exchange.references, 0U) << "and no longer";
     EXPECT_FALSE(::IsWindow(window));
 }
 
@@ -246,6 +248,21 @@ TEST_F(PageMouse, APressEndsWithItsWindow)
     ::SendMessageW(PageWindow(), WM_MOUSEMOVE, 0, 0);
     ::SendMessageW(PageWindow(), WM_LBUTTONUP, 0, 0);
     EXPECT_EQ(EditorCalls(), 0U);
+}
+
+TEST_F(PageMouse, APressDoesNotGoOnInTheNextWindowThoughItIsGivenTheMouse)
+{
+    Open();
+    MovePointer(PageWindow(), kElsewhere);
+    ::SendMessageW(PageWindow(), WM_LBUTTONDOWN, MK_LBUTTON, 0);
+    Close();
+    // Hidden, so that it comes to no paint, which would see that the press had lost the mouse.
+    const RECT rect = frame->PageRect();
+    ASSERT_EQ(page->Activate(frame->Window(), &rect, FALSE), S_OK);
+    ::SetCapture(PageWindow());
+    MoveOver(kOnCheckBox);
+    EXPECT_EQ(exchange.sets, 0);
+    ::ReleaseCapture();
 }
 
 TEST_F(PageMouse, APressEndsWhenTheSystemTakesTheMouseAway)

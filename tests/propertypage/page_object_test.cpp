@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstring>
+#include <cwchar>
 #include <limits>
 
 namespace
@@ -150,6 +151,14 @@ TEST_F(PageObject, TellsItsTextsInTaskMemory)
     EXPECT_EQ(page->GetPageInfo(nullptr), E_POINTER);
     ASSERT_EQ(page->GetPageInfo(&info), S_OK);
     EXPECT_EQ(info.cb, 48U);
+    CComPtr<IMalloc> taskMemory;
+    ASSERT_EQ(::CoGetMalloc(1, &taskMemory), S_OK);
+    for (const LPOLESTR text : {info.pszTitle, info.pszDocString, info.pszHelpFile})
+    {
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(taskMemory->GetSize(text), (std::wcslen(text) + 1) * sizeof(WCHAR))
+            << "with room for the end";
+    }
     EXPECT_EQ(Taken(info.pszTitle), L"Brellin Glazel");
     EXPECT_EQ(Taken(info.pszDocString), L"Brellin Glazel Doc");
     EXPECT_EQ(Taken(info.pszHelpFile), L"Brellin Glazel Help");
