@@ -1,13 +1,11 @@
 #include "propertypage/editor_launch.h"
 
+#include "propertypage/record_bytes.h"
 #include "renderer/renderer_binding.h"
 
 #include <windows.h>
 
 #include <cstdint>
-#include <cstring>
-#include <memory>
-#include <new>
 
 namespace
 {
@@ -21,25 +19,7 @@ void Tell(const char* text) noexcept
     ::MessageBoxA(nullptr, text, nullptr, MB_OK);
 }
 
-// Runs the editor on a copy of the record's bytes: a change notice that is handled while the editor
-// is open may free the record's own.
-std::int32_t RunEditor(FrameBufferDesc* preview, const SessionData& record,
-                       std::uint32_t linear) noexcept
-{
-    const std::unique_ptr<std::uint8_t[]> bytes(
-        record.data != nullptr ? new (std::nothrow) std::uint8_t[record.size] : nullptr);
-    if (bytes == nullptr && record.data != nullptr)
-    {
-        return RendererAPI::kEditorUnavailable;
-    }
-    if (bytes != nullptr)
-    {
-        std::memcpy(bytes.get(), record.data, record.size);
-    }
-    return RendererAPI::Binding().RunEditor(preview, bytes.get(), record.size, linear);
-}
-
-void FetchEditedLook(SessionData& record) noexcept
+void FetchEditedLook(SessionData& record)
 {
     const RendererAPI::RendererBinding& renderer = RendererAPI::Binding();
     const std::uint32_t size = renderer.GetSessionDataSize();
@@ -52,9 +32,9 @@ void FetchEditedLook(SessionData& record) noexcept
 
 } // namespace
 
-bool LaunchEditor(ISfExchangeProps<SessionData>* effect, SessionData& record) noexcept
+bool LaunchEditor(const EffectExchange& effect, SessionData& record)
 {
-    FrameBufferDesc* const preview = effect != nullptr ? effect->GetPreviewFrame() : nullptr;
+    FrameBufferDesc* const preview = effect.PreviewFrame();
     if (preview == nullptr || !preview->IsValid())
     {
         Tell(kNoPreviewText);
@@ -62,7 +42,8 @@ bool LaunchEditor(ISfExchangeProps<SessionData>* effect, SessionData& record) no
     }
     const std::uint32_t option = record.GetFlag();
     const bool linear = preview->format == kFormatBgraFloat && option == kAssumeLinearGamma;
-    switch (RunEditor(preview, record, linear ? 1 : 0))
+    const RecordBytes bytes(record);
+    switch (RendererAPI::Binding().RunEditor(preview, bytes.Data(), bytes.Size(), linear ? 1 : 0))
     {
     case RendererAPI::kEditorAccepted:
         FetchEditedLook(record);

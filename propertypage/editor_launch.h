@@ -2,13 +2,13 @@
 // tests/propertypage/editor_launch_test.cpp.
 #pragma once
 
-#include "platform/hostsdk/host_interfaces.h"
+#include "propertypage/effect_exchange.h"
 #include "renderer/session_data.h"
 
-// Opens the editor on the frame that `effect` last received and returns when the user has closed
+// Opens the editor on the frame that the effect last received and returns when the user has closed
 // it; meanwhile the thread's messages are handled, so that anything may have happened to the
 // caller's window. True when `record` is another look now; its option word is what it was before.
-// Shows a message when there is no frame (or no effect: null) or the editor cannot be started, also
-// for lack of memory.
+// Shows a message when there is no frame (or no effect) or the editor cannot be started. Throws
+// what the renderer throws: then `record` may be anything.
 // Window thread.
-bool LaunchEditor(ISfExchangeProps<SessionData>* effect, SessionData& record) noexcept;
+bool LaunchEditor(const EffectExchange& effect, SessionData& record);

@@ -1,8 +1,11 @@
 #include "propertypage/plugin_pp.h"
 
 #include "propertypage/editor_launch.h"
+#include "propertypage/effect_exchange.h"
 #include "propertypage/panel_painter.h"
+#include "propertypage/record_bytes.h"
 #include "renderer/renderer_binding.h"
+#include "support/exception_info.h"
 
 #include <tuple>
 
@@ -51,13 +54,12 @@ CPluginPP::CPluginPP() noexcept
 
 HRESULT STDMETHODCALLTYPE CPluginPP::Apply() noexcept
 {
-    HRESULT result = S_OK;
-    const CComPtr<Exchange> effect = Effect(result);
-    if (effect == nullptr)
+    const EffectExchange effect(FirstObject());
+    if (FAILED(effect.Result()))
     {
-        return result;
+        return effect.Result();
     }
-    std::ignore = effect->SetProps(&m_record); // the page has done its part: it is not dirty
+    std::ignore = effect.SetProps(m_record); // the page has done its part: it is not dirty
     m_bDirty = FALSE;
     return S_OK;
 }
@@ -102,10 +104,13 @@ LRESULT CPluginPP::OnPaint(UINT, WPARAM, LPARAM, BOOL&) noexcept
     {
         // Asked for anew with every paint: the pixels stay the renderer's. Whether there are any is
         // the answer: renderers do not agree on what the result of this call means.
-        FrameBufferDesc thumbnail{};
-        std::ignore =
-            RendererAPI::Binding().GetSessionIcon(m_record.data, m_record.size, &thumbnail);
-        DrawThumbnail(context, thumbnail, page);
+        const RecordBytes bytes(m_record);
+        RunSteps([&] {
+            FrameBufferDesc thumbnail{};
+            std::ignore =
+                RendererAPI::Binding().GetSessionIcon(bytes.Data(), bytes.Size(), &thumbnail);
+            DrawThumbnail(context, thumbnail, page);
+        });
     }
     return 0;
 }
@@ -146,36 +151,21 @@ LRESULT CPluginPP::OnMouseMove(UINT, WPARAM, LPARAM, BOOL&) noexcept
     return 0;
 }
 
-CComPtr<CPluginPP::Exchange> CPluginPP::Effect(HRESULT& result) const noexcept
+IUnknown* CPluginPP::FirstObject() const noexcept
 {
-    CComPtr<Exchange> effect;
-    result = E_UNEXPECTED;
-    if (m_nObjects > 0 && m_ppUnk[0] != nullptr)
-    {
-        result =
-            m_ppUnk[0]->QueryInterface(IID_ISfExchangeProps, reinterpret_cast<void**>(&effect));
-    }
-    return effect;
+    return m_nObjects > 0 ? m_ppUnk[0].p : nullptr;
 }
 
 void CPluginPP::Notify(UINT command) noexcept
 {
-    HRESULT result = S_OK;
-    const CComPtr<Exchange> effect = Effect(result);
-    if (effect != nullptr)
-    {
-        std::ignore = effect->SetNotifyWindow(m_hWnd, command); // then the page does not follow
-    }
+    // When it fails the page does not follow the effect.
+    std::ignore = EffectExchange(FirstObject()).SetNotifyWindow(m_hWnd, command);
 }
 
 void CPluginPP::Refresh() noexcept
 {
-    HRESULT result = S_OK;
-    const CComPtr<Exchange> effect = Effect(result);
-    if (effect != nullptr)
-    {
-        std::ignore = effect->GetProps(&m_record); // when it fails the page keeps what it has
-    }
+    // When it fails the page keeps what it has.
+    std::ignore = EffectExchange(FirstObject()).GetProps(m_record);
     Invalidate();
 }
 
@@ -233,14 +223,18 @@ void CPluginPP::Edit() noexcept
         return; // an editor that does not block the page's frame: one at a time
     }
     const CComPtr<IUnknown> self = GetUnknown(); // the host may let the page go meanwhile
-    HRESULT result = S_OK;
-    const CComPtr<Exchange> effect = Effect(result);
+    const EffectExchange effect(FirstObject());  // the same one until the session is over
+    bool accepted = false;
     m_editing = true;
-    const bool accepted = LaunchEditor(effect, m_record);
+    const bool ended = RunSteps([&] { accepted = LaunchEditor(effect, m_record); });
     m_editing = false;
     if (accepted)
     {
         std::ignore = Apply(); // as for the check box
         Invalidate();
+    }
+    else if (!ended)
+    {
+        Refresh(); // the renderer threw, perhaps with half a look in the page's record
     }
 }

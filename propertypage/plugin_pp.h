@@ -5,7 +5,6 @@
 #include "platform/atl/atlcom.h"
 #include "platform/atl/atlpropertypage.h"
 #include "platform/atl/atlwin.h"
-#include "platform/hostsdk/host_interfaces.h"
 #include "propertypage/press_tracker.h"
 #include "propertypage/window_context.h"
 #include "renderer/session_data.h"
@@ -57,8 +56,6 @@ public:
     HRESULT STDMETHODCALLTYPE Apply() noexcept override;
 
 private:
-    using Exchange = ISfExchangeProps<SessionData>;
-
     LRESULT OnInitDialog(UINT, WPARAM, LPARAM, BOOL&) noexcept;
     LRESULT OnDestroy(UINT, WPARAM, LPARAM, BOOL&) noexcept;
     LRESULT OnCommand(UINT, WPARAM wParam, LPARAM, BOOL&) noexcept;
@@ -68,8 +65,7 @@ private:
     LRESULT OnLButtonUp(UINT, WPARAM, LPARAM, BOOL&) noexcept;
     LRESULT OnMouseMove(UINT, WPARAM, LPARAM, BOOL&) noexcept;
 
-    // Null with the reason in `result` when there is no effect to talk to.
-    CComPtr<Exchange> Effect(HRESULT& result) const noexcept;
+    IUnknown* FirstObject() const noexcept; // borrowed; null when there is none
     void Notify(UINT command) noexcept;
     // Takes the effect's record over; when that fails the page keeps its own. Repaints.
     void Refresh() noexcept;

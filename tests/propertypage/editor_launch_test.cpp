@@ -1,6 +1,7 @@
 // From the button to the look that the editor left behind.
 #include "tests/effect/effect_fixture.h"
 #include "tests/fakes/fake_surface.h"
+#include "tests/propertypage/failing_allocation.h"
 #include "tests/propertypage/page_fixture.h"
 
 #include <cstring>
@@ -17,14 +18,8 @@ class EditorLaunch : public PageTest
 protected:
     using PageTest::PageTest;
 
-    // Clicks "Edit..." and comes back when the editor is closed.
-    void ClickEdit() const
-    {
-        const HWND window = PageWindow();
-        MovePointer(window, kOnEdit);
-        ::SendMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, 0);
-        ::SendMessageW(window, WM_LBUTTONUP, 0, 0);
-    }
+    // Comes back when the editor is closed.
+    void ClickEdit() const { Click(kOnEdit); }
     // The next editor session is accepted and leaves these bytes behind.
     void Accept(const std::vector<std::uint8_t>& bytes)
     {
@@ -169,10 +164,23 @@ TEST_F(EditorLaunch, AnAcceptedLookIsAppliedAndShown)
     ClickEdit();
     EXPECT_EQ(exchange.sets, 1);
     EXPECT_EQ(exchange.bytes, edited);
-    EXPECT_TRUE(::GetUpdateRect(PageWindow(), nullptr, FALSE)) << "all of it is to be painted";
+    RECT toPaint{};
+    EXPECT_TRUE(::GetUpdateRect(PageWindow(), &toPaint, FALSE));
+    const RECT all = frame->PageRect();
+    EXPECT_TRUE(::EqualRect(&toPaint, &all));
     ::UpdateWindow(PageWindow());
     EXPECT_EQ(LastOf(Call::GetSessionIcon).sizeA, 100U);
     EXPECT_EQ(page->IsPageDirty(), S_FALSE);
+}
+
+TEST_F(EditorLaunch, AnAcceptedLookLetsTheGroundBeErased)
+{
+    exchange.ShowPreview(kFormatBgra8);
+    Open();
+    const std::vector<std::uint8_t> edited = PageRecord(0x99);
+    Accept(edited);
+    ClickEdit();
+    EXPECT_TRUE(TakeErase());
 }
 
 TEST_F(EditorLaunch, AnAcceptedSessionKeepsTheCheckBoxAsItWas)
@@ -268,6 +276,62 @@ TEST_F(EditorLaunch, AChangeThatIsHandledWhileTheEditorIsOpenLeavesItsRecordAlon
     EXPECT_EQ(exchange.bytes, PageRecord(0x22, 0, 200)) << "cancelled: the change stays";
 }
 
+TEST_F(EditorLaunch, AnAcceptedLookWinsOverAChangeDuringItsSessionWithTheCheckBoxOfItsStart)
+{
+    exchange.ShowPreview(kFormatBgra8);
+    exchange.bytes = PageRecord(0x11, 1, 64);
+    Open();
+    const std::vector<std::uint8_t> edited = PageRecord(0x99, 0, 100);
+    Accept(edited);
+    WhileOpen([&] {
+        exchange.bytes = PageRecord(0x22, 0, 200);
+        ::SendMessageW(PageWindow(), WM_COMMAND, ID_PROPS_CHANGED, 0);
+    });
+    ClickEdit();
+    EXPECT_EQ(exchange.sets, 1);
+    EXPECT_EQ(exchange.bytes, PageRecord(0x99, 1, 100));
+    EXPECT_EQ(exchange.flag, 1U);
+}
+
+TEST_F(EditorLaunch, TheEditorWorksOnACopyAndWithoutMemoryForItOnTheRecordItself)
+{
+    exchange.ShowPreview(kFormatBgra8);
+    exchange.bytes = PageRecord(0x42, 1, 90);
+    Open();
+    ClickEdit();
+    EXPECT_NE(LastOf(Call::DoModalUI2).recordA, exchange.recordBlock);
+    const NoMemory noMemory;
+    ClickEdit();
+    const RecordedCall call = LastOf(Call::DoModalUI2);
+    EXPECT_EQ(CallsOf(Call::DoModalUI2), 2U) << "the editor opens all the same";
+    EXPECT_EQ(call.recordA, exchange.recordBlock);
+    EXPECT_EQ(call.sizeA, 90U);
+}
+
+TEST_F(EditorLaunch, AnEffectThatIsReplacedDuringTheSessionIsHeldToItsEndAndTheNewOneGetsTheLook)
+{
+    FakeExchange other;
+    exchange.ShowPreview(kFormatBgra8);
+    Open();
+    const std::vector<std::uint8_t> edited = PageRecord(0x99);
+    Accept(edited);
+    ULONG during = 0;
+    WhileOpen([&] {
+        SetObject(&other);
+        during = exchange.references;
+    });
+    ClickEdit();
+    EXPECT_EQ(during, 1U) << "by the session alone";
+    EXPECT_EQ(exchange.references, 0U);
+    EXPECT_EQ(exchange.sets, 0);
+    EXPECT_EQ(other.sets, 1);
+    EXPECT_EQ(other.bytes, edited);
+    Close();
+    IUnknown* none = nullptr;
+    page->SetObjects(0, &none);
+    EXPECT_EQ(other.references, 0U);
+}
+
 TEST_F(EditorLaunch, APageThatIsClosedWhileTheEditorIsOpenStillAppliesTheLook)
 {
     exchange.ShowPreview(kFormatBgra8);
@@ -286,14 +350,16 @@ TEST_F(EditorLaunch, APageThatIsLetGoWhileTheEditorIsOpenDoesNotCrash)
     Open();
     const std::vector<std::uint8_t> edited = PageRecord(0x99);
     Accept(edited);
+    ULONG references = 0;
     WhileOpen([&] {
         page->Deactivate();
-        IUnknown* none = nullptr;
-        page->SetObjects(0, &none);
         page.Release();
+        references = exchange.references;
     });
     ClickEdit();
-    EXPECT_EQ(exchange.sets, 0) << "there is no effect to apply it to";
+    EXPECT_EQ(references, 2U) << "the page lives on until its call is over";
+    EXPECT_EQ(exchange.references, 0U) << "and no longer";
+    EXPECT_EQ(exchange.bytes, edited);
 }
 
 TEST_F(EditorLaunch, AnEditorThatDoesNotBlockThePageIsNotOpenedTwice)

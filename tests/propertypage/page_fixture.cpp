@@ -93,6 +93,22 @@ void PageTest::Repaint() const
     ::RedrawWindow(PageWindow(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
 }
 
+void PageTest::Click(PanelPoint point) const
+{
+    const HWND window = PageWindow();
+    MovePointer(window, point);
+    ::SendMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, 0);
+    ::SendMessageW(window, WM_LBUTTONUP, 0, 0);
+}
+
+bool PageTest::TakeErase() const
+{
+    PAINTSTRUCT paint{};
+    ::BeginPaint(PageWindow(), &paint);
+    ::EndPaint(PageWindow(), &paint);
+    return paint.fErase != FALSE; // the page itself erases nothing
+}
+
 void PageTest::Show(Thumbnail& thumbnail)
 {
     recording.iconPixels = thumbnail.pixels.data();

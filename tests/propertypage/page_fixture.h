@@ -34,6 +34,11 @@ protected:
     HWND PageWindow() const { return frame->PageWindow(); }
     // Paints all of it anew.
     void Repaint() const;
+    // Moves the pointer there, presses and releases the button. On "Edit..." it comes back when the
+    // editor is closed.
+    void Click(PanelPoint point) const;
+    // Whether the page is to be painted with its ground erased first; ends that.
+    bool TakeErase() const;
     // Lets the recording renderer hand out this thumbnail, which must live on.
     void Show(Thumbnail& thumbnail);
     std::size_t CallsOf(Call call) const;

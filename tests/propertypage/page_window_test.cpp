@@ -63,6 +63,18 @@ TEST_F(PageWindowTest, MovingTakesTheRectangle)
     EXPECT_EQ(page->m_size.cx, 300) << "the size is that of the activation";
 }
 
+TEST_F(PageWindowTest, MovingRepaints)
+{
+    Open({300, 120});
+    const RECT smaller{0, 0, 150, 60};
+    EXPECT_EQ(page->Move(&smaller), S_OK);
+    ::UpdateWindow(PageWindow());
+    ASSERT_FALSE(NeedsPaint());
+    const RECT larger{0, 0, 300, 120};
+    EXPECT_EQ(page->Move(&larger), S_OK);
+    EXPECT_TRUE(NeedsPaint());
+}
+
 TEST_F(PageWindowTest, ActivatingInNoWindowOfTheSystemFailsAndLeavesNone)
 {
     const PageFrame host;
@@ -135,6 +147,15 @@ TEST_F(PageWindowTest, TheChangeCommandRereadsTheRecordAndRepaints)
     const Picture screen = ScreenOf(PageWindow());
     EXPECT_EQ(FirstDifference(screen, ExpectedPanel(screen.size, {.checked = false})), "");
     EXPECT_TRUE(Handles(WM_COMMAND, 0x7F00));
+}
+
+TEST_F(PageWindowTest, TheChangeCommandLetsTheGroundBeErased)
+{
+    Open();
+    ::InvalidateRect(PageWindow(), nullptr, FALSE);
+    ASSERT_FALSE(TakeErase()) << "seen to be told apart";
+    ::SendMessageW(PageWindow(), WM_COMMAND, ID_PROPS_CHANGED, 0);
+    EXPECT_TRUE(TakeErase());
 }
 
 TEST_F(PageWindowTest, AnyOtherCommandDoesNothingAndIsHandled)
@@ -226,7 +247,8 @@ TEST_F(PageWindowTest, AnElementWithoutMemoryIsLeftOutOfThePaint)
         const std::size_t before = NothrowAllocations();
         const NoMemory noMemory;
         Repaint();
-        EXPECT_EQ(NothrowAllocations(), before + 3) << "button, check box and thumbnail";
+        EXPECT_EQ(NothrowAllocations(), before + 4)
+            << "button, check box, thumbnail and the record's copy for it";
     }
     const Picture screen = ScreenOf(PageWindow());
     for (int y = 1; y < screen.size.height - 1; ++y)

@@ -1,7 +1,12 @@
 // The page on the screen, pixel by pixel.
+#include "tests/platform/atl/import_patch.h"
+#include "tests/propertypage/failing_allocation.h"
 #include "tests/propertypage/page_fixture.h"
 
 #include <cstring>
+
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the linker's name for the import
+extern "C" decltype(&::SetDIBitsToDevice) __imp_SetDIBitsToDevice;
 
 namespace
 {
@@ -117,6 +122,81 @@ TEST_F(PanelPaint, TheRendererIsAskedForTheThumbnailOfThePagesRecordWithAnEmptyF
     EXPECT_EQ(desc.texture, 0U);
     EXPECT_EQ(desc.minValue, -1000.0F);
     EXPECT_EQ(desc.maxValue, 1000.0F);
+}
+
+TEST_F(PanelPaint, EveryPictureIsATopDown32BitBitmapAt96DotsPerInch)
+{
+    struct Drawn
+    {
+        PanelPoint at;
+        PanelSize size;
+        BITMAPINFOHEADER header;
+        UINT firstLine;
+        UINT lines;
+        UINT usage;
+    };
+    static std::vector<Drawn> drawn;
+    Thumbnail thumbnail = SampleThumbnail({120, 60});
+    Show(thumbnail);
+    Open({100, 60});
+    {
+        const ImportPatch drawing(
+            __imp_SetDIBitsToDevice,
+            +[](HDC, int x, int y, DWORD width, DWORD height, int sourceX, int sourceY, UINT start,
+                UINT lines, const void* bits, const BITMAPINFO* info, UINT usage) WINAPI -> int {
+                EXPECT_EQ(sourceX, 0);
+                EXPECT_EQ(sourceY, 0);
+                EXPECT_NE(bits, nullptr);
+                drawn.push_back({{x, y},
+                                 {static_cast<int>(width), static_cast<int>(height)},
+                                 info->bmiHeader,
+                                 start,
+                                 lines,
+                                 usage});
+                return static_cast<int>(lines);
+            });
+        Repaint();
+    }
+    ASSERT_EQ(drawn.size(), 3U);
+    EXPECT_EQ(drawn[0].at, (PanelPoint{5, 25}));
+    EXPECT_EQ(drawn[0].size, (PanelSize{40, 20}));
+    EXPECT_EQ(drawn[1].at, (PanelPoint{7, 70}));
+    EXPECT_EQ(drawn[1].size, (PanelSize{125, 16}));
+    EXPECT_EQ(drawn[2].at, (PanelPoint{50, 18}));
+    EXPECT_EQ(drawn[2].size, (PanelSize{49, 41})) << "cut to the page";
+    for (const Drawn& one : drawn)
+    {
+        const BITMAPINFOHEADER& header = one.header;
+        EXPECT_EQ(header.biSize, 40U);
+        EXPECT_EQ(header.biWidth, one.size.width);
+        EXPECT_EQ(header.biHeight, -one.size.height);
+        EXPECT_EQ(header.biPlanes, 1U);
+        EXPECT_EQ(header.biBitCount, 32U);
+        EXPECT_EQ(header.biCompression, static_cast<DWORD>(BI_RGB));
+        EXPECT_EQ(header.biSizeImage, static_cast<DWORD>(one.size.width * one.size.height * 4));
+        EXPECT_EQ(header.biXPelsPerMeter, 3780);
+        EXPECT_EQ(header.biYPelsPerMeter, 3780);
+        EXPECT_EQ(header.biClrUsed, 0U);
+        EXPECT_EQ(header.biClrImportant, 0U);
+        EXPECT_EQ(one.firstLine, 0U);
+        EXPECT_EQ(one.lines, static_cast<UINT>(one.size.height));
+        EXPECT_EQ(one.usage, static_cast<UINT>(DIB_RGB_COLORS));
+    }
+}
+
+TEST_F(PanelPaint, TheRendererWorksOnACopyOfTheRecordAndWithoutMemoryForItOnTheRecordItself)
+{
+    exchange.bytes = PageRecord(0x42, 1, 80);
+    Open();
+    EXPECT_NE(LastOf(Call::GetSessionIcon).recordA, exchange.recordBlock);
+    const std::size_t before = CallsOf(Call::GetSessionIcon);
+    {
+        const NoMemory noMemory;
+        Repaint();
+    }
+    EXPECT_EQ(CallsOf(Call::GetSessionIcon), before + 1);
+    EXPECT_EQ(LastOf(Call::GetSessionIcon).recordA, exchange.recordBlock);
+    EXPECT_EQ(LastOf(Call::GetSessionIcon).sizeA, 80U);
 }
 
 TEST_F(PanelPaint, EveryPaintAsksForTheThumbnailAgain)

@@ -1,0 +1,44 @@
+// The effect as its page talks to it. Tests: tests/propertypage/foreign_exception_test.cpp.
+#pragma once
+
+#include "platform/hostsdk/host_interfaces.h"
+#include "renderer/session_data.h"
+#include "support/exception_info.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+// Holds the exchange interface of an object for as long as it lives. The object may be any that the
+// host has set: what it throws, also when it is asked for the interface or let go, counts as an
+// answer of E_UNEXPECTED. Window thread.
+class EffectExchange
+{
+public:
+    explicit EffectExchange(IUnknown* object) noexcept; // may be null
+    ~EffectExchange();
+    EffectExchange(const EffectExchange&) = delete;
+    EffectExchange& operator=(const EffectExchange&) = delete;
+
+    // S_OK when there is an effect to talk to; otherwise why not, which all calls answer then:
+    // E_UNEXPECTED without an object, or the query's failure.
+    HRESULT Result() const noexcept { return m_result; }
+
+    HRESULT GetProps(SessionData& record) const noexcept;
+    HRESULT SetProps(SessionData& record) const noexcept;
+    HRESULT SetNotifyWindow(HWND window, UINT command) const noexcept;
+    FrameBufferDesc* PreviewFrame() const noexcept; // the effect's own; null when there is none
+
+private:
+    // The one way out of the page into foreign code, but for the renderer.
+    template <typename Call>
+    static HRESULT Ask(Call&& call) noexcept
+    {
+        HRESULT answer = E_UNEXPECTED;
+        return ResultOf(answer, [&] { answer = call(); });
+    }
+
+    // Owned; not a CComPtr, which lets nothing through that its release throws.
+    ISfExchangeProps<SessionData>* m_exchange = nullptr;
+    HRESULT m_result = E_UNEXPECTED;
+};
