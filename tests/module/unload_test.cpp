@@ -18,6 +18,7 @@
 #include <memory>
 #include <string>
 #include <tuple>
+#include <vector>
 
 namespace
 {
@@ -281,6 +282,50 @@ INSTANTIATE_TEST_SUITE_P(
                              2000},
                     NamedUse{"AFreshRenderer", Use::FreshRenderer, L"", 10000}),
     [](const auto& use) { return std::string(use.param.name); });
+
+TEST(Unload, ThreadsThatThrewInsideAndEndLeaveNothingThoughTheModuleStays)
+{
+    constexpr std::size_t kThreads = 300;
+    UseRenderer(L"complete");
+    const PluginModule module;
+    const auto run = [&](std::size_t threads) {
+        for (std::size_t count = 0; count < threads; ++count)
+        {
+            const TestThread thread([&] { ThrowInside(Create(module, CLSID_Plugin)); });
+        }
+    };
+    run(20);
+    const ProcessCensus before = TakeCensus(module.Handle());
+    run(kThreads);
+    const ProcessCensus after = TakeCensus(module.Handle());
+    SCOPED_TRACE(testing::Message() << "before: " << before << "; after: " << after);
+    // One state lost a thread would be 300 blocks; the system's own pools move by a few.
+    EXPECT_LT(after.heapBlocks, before.heapBlocks + kThreads / 10);
+}
+
+// Without a place for the state of an exception the first one thrown would end the process.
+TEST(Unload, TheModuleIsNotLoadedWhenTheProcessHasNoThreadLocalSlotLeft)
+{
+    for (const wchar_t* library : {L"gdi32", L"ole32", L"oleaut32", L"user32"})
+    {
+        ASSERT_NE(::LoadLibraryW(library), nullptr);
+    }
+    const std::wstring file = BinFolder() + L"\\GlazelDX_x64.dll";
+    std::vector<DWORD> slots;
+    for (DWORD slot = ::TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = ::TlsAlloc())
+    {
+        slots.push_back(slot);
+    }
+    const HMODULE refused = ::LoadLibraryW(file.c_str());
+    const DWORD error = ::GetLastError();
+    for (const DWORD slot : slots)
+    {
+        ::TlsFree(slot);
+    }
+    EXPECT_EQ(refused, nullptr);
+    EXPECT_EQ(error, static_cast<DWORD>(ERROR_DLL_INIT_FAILED));
+    EXPECT_NE(::LoadLibraryW(file.c_str()), nullptr) << "with slots again";
+}
 
 TEST(Unload, ThreadsThatThrewInsideAndLiveOnLeaveNothing)
 {

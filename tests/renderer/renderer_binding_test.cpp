@@ -93,6 +93,16 @@ TEST(RendererBinding, EachStartRunsInitRendererWithItsModeAndReturnsItsResult)
     EXPECT_EQ(TakeLoads(), 1) << "by this test: only the first start had loaded it";
 }
 
+TEST(RendererBinding, UnloadingTwiceFreesTheLibraryOnce)
+{
+    UseRenderer(L"complete");
+    RendererBinding binding;
+    ASSERT_EQ(binding.Start(3), 0);
+    binding.Unload();
+    binding.Unload();
+    EXPECT_EQ(TakeLoads(), 1) << "this test's own is left";
+}
+
 TEST(RendererBinding, ALibraryWithoutTheTwoOptionalNamesLoadsAndIsEditedThroughDoModalUI)
 {
     Recording& recording = UseRenderer(L"without_optional");
