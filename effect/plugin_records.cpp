@@ -4,13 +4,12 @@
 #include "effect/plugin.h"
 
 #include "platform/runtime/foreign_call.h"
+#include "renderer/record_bytes.h"
 #include "renderer/renderer_binding.h"
 #include "support/exception_info.h"
 #include "support/trace.h"
 
 #include <cstring>
-#include <memory>
-#include <new>
 
 static_assert(kResultOk == S_OK && kResultOutOfMemory == E_OUTOFMEMORY);
 
@@ -116,17 +115,10 @@ HRESULT STDMETHODCALLTYPE CPlugin::WriteProps(IStream* stream, SessionData* reco
             result = E_POINTER;
             return;
         }
-        // As for reading, the stream may change the record meanwhile. Where memory is short it
-        // writes from the record itself: better than not to save.
-        const ULONG size = record->size;
-        const std::unique_ptr<std::uint8_t[]> copy(new (std::nothrow) std::uint8_t[size]);
-        if (copy != nullptr)
-        {
-            std::memcpy(copy.get(), record->data, size);
-        }
-        const std::uint8_t* const bytes = copy != nullptr ? copy.get() : record->data;
+        const RecordBytes bytes(*record);
         ULONG bytesWritten = 0;
-        result = CallForeign([&] { return stream->Write(bytes, size, &bytesWritten); });
+        result =
+            CallForeign([&] { return stream->Write(bytes.Data(), bytes.Size(), &bytesWritten); });
         Trace(0, "WriteProps  size = %d \n", bytesWritten);
     });
     return result;

@@ -1,6 +1,6 @@
 #include "propertypage/editor_launch.h"
 
-#include "propertypage/record_bytes.h"
+#include "renderer/record_bytes.h"
 #include "renderer/renderer_binding.h"
 
 #include <windows.h>
@@ -23,7 +23,7 @@ void FetchEditedLook(SessionData& record)
 {
     const RendererAPI::RendererBinding& renderer = RendererAPI::Binding();
     const std::uint32_t size = renderer.GetSessionDataSize();
-    std::uint8_t* const block = record.AllocateData(size);
+    std::uint8_t* const block = record.AllocateClearedData(size); // a renderer may fill less
     if (block != nullptr && size > 0)
     {
         renderer.GetSessionData(block, size);

@@ -8,54 +8,40 @@ EffectExchange::EffectExchange(IUnknown* object) noexcept
     {
         return;
     }
-    ISfExchangeProps<SessionData>* found = nullptr;
-    m_result = Ask([&] {
-        return object->QueryInterface(IID_ISfExchangeProps, reinterpret_cast<void**>(&found));
+    m_result = ForeignResult([&] {
+        return object->QueryInterface(IID_ISfExchangeProps, reinterpret_cast<void**>(&m_exchange));
     });
-    if (SUCCEEDED(m_result))
+    if (FAILED(m_result))
     {
-        m_exchange = found;
-        m_result = found != nullptr ? S_OK : E_NOINTERFACE;
+        std::ignore = m_exchange.Detach(); // whatever a failed query left there
     }
-}
-
-EffectExchange::~EffectExchange()
-{
-    if (m_exchange != nullptr)
+    else
     {
-        // Nobody is left to tell.
-        std::ignore = Ask([&] {
-            m_exchange->Release();
-            return S_OK;
-        });
+        m_result = m_exchange != nullptr ? S_OK : E_NOINTERFACE;
     }
 }
 
 HRESULT EffectExchange::GetProps(SessionData& record) const noexcept
 {
-    return m_exchange != nullptr ? Ask([&] { return m_exchange->GetProps(&record); }) : m_result;
+    return Ask([&] { return m_exchange->GetProps(&record); });
 }
 
 HRESULT EffectExchange::SetProps(SessionData& record) const noexcept
 {
-    return m_exchange != nullptr ? Ask([&] { return m_exchange->SetProps(&record); }) : m_result;
+    return Ask([&] { return m_exchange->SetProps(&record); });
 }
 
 HRESULT EffectExchange::SetNotifyWindow(HWND window, UINT command) const noexcept
 {
-    return m_exchange != nullptr ? Ask([&] { return m_exchange->SetNotifyWindow(window, command); })
-                                 : m_result;
+    return Ask([&] { return m_exchange->SetNotifyWindow(window, command); });
 }
 
 FrameBufferDesc* EffectExchange::PreviewFrame() const noexcept
 {
     FrameBufferDesc* frame = nullptr;
-    if (m_exchange != nullptr)
-    {
-        std::ignore = Ask([&] {
-            frame = m_exchange->GetPreviewFrame();
-            return S_OK;
-        });
-    }
+    std::ignore = Ask([&] {
+        frame = m_exchange->GetPreviewFrame();
+        return S_OK;
+    });
     return frame;
 }

@@ -1,9 +1,10 @@
 // The effect as its page talks to it. Tests: tests/propertypage/foreign_exception_test.cpp.
 #pragma once
 
+#include "platform/atl/atlcomcli.h"
 #include "platform/hostsdk/host_interfaces.h"
+#include "platform/runtime/foreign_call.h"
 #include "renderer/session_data.h"
-#include "support/exception_info.h"
 
 #include <windows.h>
 
@@ -11,14 +12,11 @@
 
 // Holds the exchange interface of an object for as long as it lives. The object may be any that the
 // host has set: what it throws, also when it is asked for the interface or let go, counts as an
-// answer of E_UNEXPECTED. Window thread.
+// answer of E_UNEXPECTED or E_OUTOFMEMORY. Window thread.
 class EffectExchange
 {
 public:
     explicit EffectExchange(IUnknown* object) noexcept; // may be null
-    ~EffectExchange();
-    EffectExchange(const EffectExchange&) = delete;
-    EffectExchange& operator=(const EffectExchange&) = delete;
 
     // S_OK when there is an effect to talk to; otherwise why not, which all calls answer then:
     // E_UNEXPECTED without an object, or the query's failure.
@@ -32,13 +30,11 @@ public:
 private:
     // The one way out of the page into foreign code, but for the renderer.
     template <typename Call>
-    static HRESULT Ask(Call&& call) noexcept
+    HRESULT Ask(Call&& call) const noexcept
     {
-        HRESULT answer = E_UNEXPECTED;
-        return ResultOf(answer, [&] { answer = call(); });
+        return m_exchange != nullptr ? ForeignResult(call) : m_result;
     }
 
-    // Owned; not a CComPtr, which lets nothing through that its release throws.
-    ISfExchangeProps<SessionData>* m_exchange = nullptr;
+    CComPtr<ISfExchangeProps<SessionData>> m_exchange;
     HRESULT m_result = E_UNEXPECTED;
 };

@@ -3,7 +3,7 @@
 #include "propertypage/editor_launch.h"
 #include "propertypage/effect_exchange.h"
 #include "propertypage/panel_painter.h"
-#include "propertypage/record_bytes.h"
+#include "renderer/record_bytes.h"
 #include "renderer/renderer_binding.h"
 #include "support/exception_info.h"
 

@@ -1,40 +1,47 @@
-// Effects that throw: nothing may leave the page's methods and its window procedure, and the page
-// works on.
+// Effects and renderers that throw, by this compiler or another: nothing may leave the page's
+// methods and its window procedure, and the page works on.
+#include "tests/fakes/foreign_exception.h"
 #include "tests/propertypage/page_fixture.h"
 
-#include <stdexcept>
+#include <tuple>
 
 namespace
 {
 
-class ForeignException : public PageTest
+class ThrowingObjects : public PageTest
 {
 protected:
-    ForeignException() { exchange.ShowPreview(kFormatBgra8); }
-    ~ForeignException() override { exchange.onCall = nullptr; }
+    ThrowingObjects() { exchange.ShowPreview(kFormatBgra8); }
+    ~ThrowingObjects() override { exchange.onCall = nullptr; }
 
-    void ThrowIn(std::string_view method)
+    void ThrowIn(std::string_view method, Throws what)
     {
-        exchange.onCall = [method](std::string_view called) {
+        exchange.onCall = [method, what](std::string_view called) {
             if (called == method)
             {
-                throw std::runtime_error("of the effect");
+                Throw(what);
             }
         };
     }
 };
 
-class ForeignExceptionIn : public ForeignException, public testing::WithParamInterface<const char*>
+class ThrownByTheEffect : public ThrowingObjects,
+                          public testing::WithParamInterface<std::tuple<const char*, Throws>>
+{
+};
+
+class ThrownByTheRenderer : public ThrowingObjects,
+                            public testing::WithParamInterface<std::tuple<Call, Throws>>
 {
 };
 
 } // namespace
 
-TEST_P(ForeignExceptionIn, EndsWithTheCallAndThePageWorksOn)
+TEST_P(ThrownByTheEffect, EndsWithTheCallAndThePageWorksOn)
 {
-    const std::string_view method = GetParam();
+    const std::string_view method = std::get<0>(GetParam());
     exchange.bytes = PageRecord(3, 1);
-    ThrowIn(method);
+    ThrowIn(method, std::get<1>(GetParam()));
     Open();
     ::SendMessageW(PageWindow(), WM_COMMAND, ID_PROPS_CHANGED, 0);
     Click(kOnCheckBox);
@@ -58,23 +65,63 @@ TEST_P(ForeignExceptionIn, EndsWithTheCallAndThePageWorksOn)
     EXPECT_EQ(CallsOf(Call::DoModalUI2), 1U);
 }
 
-INSTANTIATE_TEST_SUITE_P(EachCall, ForeignExceptionIn,
-                         testing::Values("QueryInterface", "GetProps", "SetProps",
-                                         "SetNotifyWindow", "GetPreviewFrame", "Release"),
-                         [](const auto& method) { return std::string(method.param); });
+INSTANTIATE_TEST_SUITE_P(EachCall, ThrownByTheEffect,
+                         testing::Combine(testing::Values("QueryInterface", "GetProps", "SetProps",
+                                                          "SetNotifyWindow", "GetPreviewFrame",
+                                                          "Release"),
+                                          testing::ValuesIn(kAllThrows)));
 
-TEST_F(ForeignException, ApplyingAnswersWhatEachMeans)
+TEST_P(ThrownByTheRenderer, TheRendererLeavesThePageItsRecordAndLetsItWorkOn)
+{
+    const auto [call, what] = GetParam();
+    exchange.bytes = PageRecord(3, 1);
+    const std::vector<std::uint8_t> edited = PageRecord(5, 1);
+    recording.editorResult = 1;
+    recording.sessionData = edited.data();
+    recording.sessionDataSize = static_cast<std::uint32_t>(edited.size());
+    recording.throwsFrom = call;
+    recording.throws = what;
+    Open();
+    Repaint();
+    Click(kOnEdit);
+    EXPECT_EQ(::GetCapture(), nullptr);
+    if (call != Call::GetSessionIcon)
+    {
+        EXPECT_EQ(exchange.bytes, PageRecord(3, 1)) << "half a session changes nothing";
+    }
+
+    recording.throws = Throws::Nothing;
+    Click(kOnEdit);
+    EXPECT_EQ(exchange.bytes, edited);
+    recording.count = 0;
+    Repaint();
+    EXPECT_EQ(CallsOf(Call::GetSessionIcon), 1U);
+    Close();
+    EXPECT_EQ(exchange.references, 1U) << "only as the page's object";
+}
+
+INSTANTIATE_TEST_SUITE_P(EachCall, ThrownByTheRenderer,
+                         testing::Combine(testing::Values(Call::GetSessionIcon, Call::DoModalUI2,
+                                                          Call::GetSessionDataSize,
+                                                          Call::GetSessionData),
+                                          testing::ValuesIn(kAllThrows)));
+
+TEST_F(ThrowingObjects, ApplyingAnswersWhatEachMeans)
 {
     SetObject(&exchange);
     page->m_bDirty = TRUE;
-    ThrowIn("QueryInterface");
-    EXPECT_EQ(page->Apply(), E_UNEXPECTED) << "there is no effect to talk to";
-    EXPECT_EQ(page->IsPageDirty(), S_OK);
-    for (const char* const method : {"SetProps", "Release"})
+    for (const Throws what : kAllThrows)
     {
         page->m_bDirty = TRUE;
-        ThrowIn(method);
-        EXPECT_EQ(page->Apply(), S_OK) << "whatever the effect does with the record: " << method;
-        EXPECT_EQ(page->IsPageDirty(), S_FALSE) << method;
+        ThrowIn("QueryInterface", what);
+        EXPECT_EQ(page->Apply(), E_UNEXPECTED) << "there is no effect to talk to";
+        EXPECT_EQ(page->IsPageDirty(), S_OK);
+        for (const char* const method : {"SetProps", "Release"})
+        {
+            page->m_bDirty = TRUE;
+            ThrowIn(method, what);
+            EXPECT_EQ(page->Apply(), S_OK) << "whatever the effect does with it: " << method;
+            EXPECT_EQ(page->IsPageDirty(), S_FALSE) << method;
+        }
     }
 }

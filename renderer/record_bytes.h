@@ -1,5 +1,6 @@
-// A record's bytes as the renderer gets them from the page.
-// Pure: no windows.h. Tests: tests/propertypage/editor_launch_test.cpp, panel_paint_test.cpp.
+// A record's bytes as foreign code gets them, for as long as its call lasts.
+// Pure: no windows.h. Tests: tests/propertypage/editor_launch_test.cpp, panel_paint_test.cpp,
+// tests/effect/reentry_test.cpp.
 #pragma once
 
 #include "renderer/session_data.h"
@@ -9,8 +10,8 @@
 #include <memory>
 #include <new>
 
-// A copy: a renderer may handle messages during a call, and a change notice among them frees the
-// record's own bytes. They are the record's own only where there is no memory for a copy.
+// A copy: a renderer or a stream may come back during the call, by a message or by itself, and free
+// the record's own bytes. They are those only where there is no memory for a copy.
 class RecordBytes
 {
 public:
