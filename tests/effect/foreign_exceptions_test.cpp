@@ -22,8 +22,6 @@ protected:
     }
     void RendererIsFine() { recording.throws = Throws::Nothing; }
 
-    HRESULT Execute() { return effect->Execute(nullptr, nullptr, nullptr); }
-
     // No lock of the surfaces, of the records or of the object is held, and a frame comes out.
     void ExpectTheNextFrameIsGood()
     {

@@ -4,17 +4,12 @@
 #include <cstring>
 #include <stdexcept>
 
-namespace
-{
-
 FrameBufferDesc DescFrom(const std::array<std::byte, 72>& bytes)
 {
     FrameBufferDesc desc;
     std::memcpy(static_cast<void*>(&desc), bytes.data(), bytes.size());
     return desc;
 }
-
-} // namespace
 
 FrameTest::FrameTest()
 {

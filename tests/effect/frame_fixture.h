@@ -4,6 +4,12 @@
 #include "tests/effect/effect_fixture.h"
 #include "tests/fakes/fake_surface.h"
 
+#include <array>
+#include <cstddef>
+
+// A frame record as the renderer saw it.
+FrameBufferDesc DescFrom(const std::array<std::byte, 72>& bytes);
+
 class FrameTest : public EffectTest
 {
 protected:
@@ -14,18 +20,17 @@ protected:
     void SetUp(FakeSurfaceSettings inputSettings, FakeSurfaceSettings outputSettings);
     void SetUp(DXSAMPLEFORMATENUM inputFormat, DXSAMPLEFORMATENUM outputFormat);
 
+    HRESULT Execute() { return effect->Execute(nullptr, nullptr, nullptr); }
     // The frame's work alone, without what the transform base does around it.
     HRESULT Work(const RECT& outputBounds = {0, 0, 8, 4});
 
     std::size_t Renders() const;
-    FrameBufferDesc LastSource() const; // of the last call of RenderFrame
+    const RecordedCall& LastRender() const; // the last call of RenderFrame
+    FrameBufferDesc LastSource() const;
     FrameBufferDesc LastDestination() const;
     std::int32_t LastFrameNumber() const;
 
     CallLog log;
     CComPtr<FakeSurface> input;
     CComPtr<FakeSurface> output;
-
-private:
-    const RecordedCall& LastRender() const;
 };

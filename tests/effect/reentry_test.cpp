@@ -91,11 +91,11 @@ TEST_F(Reentry, SurfacesThatAreReplacedWhileTheyAreLockedLastForTheFrame)
             EXPECT_EQ(effect->Setup(inputs, 1, outputs, 1, 0), S_OK);
             input.Release(); // the effect's own reference is what keeps it
         };
-        EXPECT_EQ(effect->Execute(nullptr, nullptr, nullptr), S_OK);
+        EXPECT_EQ(Execute(), S_OK);
         EXPECT_EQ(FakeSurface::LiveSurfaces(), alive - 1) << "the old input has gone by now";
         EXPECT_EQ(output->Sample(0, 0).Red, 255 - 0x10) << "the frame that was under way";
         freshInput->Fill(DXSAMPLE(0xFF405060));
-        EXPECT_EQ(effect->Execute(nullptr, nullptr, nullptr), S_OK);
+        EXPECT_EQ(Execute(), S_OK);
         EXPECT_EQ(freshOutput->Sample(0, 0).Red, 255 - 0x40);
     }
 }
@@ -111,9 +111,9 @@ TEST_F(Reentry, ATransformThatIsClearedWhileASurfaceIsLockedEndsItsFrame)
                 EXPECT_EQ(effect->Setup(nullptr, 0, nullptr, 0, 0), S_OK);
             }
         };
-        EXPECT_EQ(effect->Execute(nullptr, nullptr, nullptr), S_OK);
+        EXPECT_EQ(Execute(), S_OK);
         output->onCall = nullptr;
         EXPECT_EQ(output->References(), 1);
-        EXPECT_EQ(effect->Execute(nullptr, nullptr, nullptr), DXTERR_UNINITIALIZED);
+        EXPECT_EQ(Execute(), DXTERR_UNINITIALIZED);
     }
 }
