@@ -11,6 +11,7 @@
 #include <objidl.h>
 
 #include <array>
+#include <string>
 
 namespace
 {
@@ -200,6 +201,21 @@ TEST(Module, HoldsTheTextsOfThePageAndTheProject)
         char text[64] = "";
         ::LoadStringA(module.Handle(), id, text, sizeof text);
         EXPECT_STREQ(text, expected) << id;
+    }
+}
+
+// With today's scripts this shows nowhere: the class key above it goes whole as well.
+TEST(Module, TheScriptsTakeProgrammableOutWhole)
+{
+    const PluginModule module;
+    for (const WORD id : {WORD{101}, WORD{105}})
+    {
+        auto* const script = ::FindResourceW(module.Handle(), MAKEINTRESOURCEW(id), L"REGISTRY");
+        ASSERT_NE(script, nullptr) << id;
+        const std::string text(
+            static_cast<const char*>(::LockResource(::LoadResource(module.Handle(), script))),
+            ::SizeofResource(module.Handle(), script));
+        EXPECT_NE(text.find("ForceRemove 'Programmable'"), std::string::npos) << text;
     }
 }
 

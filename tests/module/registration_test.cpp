@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <objbase.h>
+#include <oleauto.h>
 
 #include <iterator>
 #include <string>
@@ -145,6 +146,8 @@ public:
     OwnClassesRoot(const OwnClassesRoot&) = delete;
     OwnClassesRoot& operator=(const OwnClassesRoot&) = delete;
 
+    // From now on nothing can be written there.
+    void Vanish() const { ::RegDeleteKeyW(HKEY_CURRENT_USER, m_path.c_str()); }
     bool HasTypeLibrary() const
     {
         HKEY key = nullptr;
@@ -177,16 +180,21 @@ protected:
         ::CoUninitialize();
     }
 
-    // What the registrar is asked for when the scripts 101 and so on are run.
-    std::vector<std::wstring> Scripts(const wchar_t* deed, const std::vector<const wchar_t*>& ids)
+    std::wstring ModulePath() const
     {
         wchar_t path[MAX_PATH] = L"";
         ::GetModuleFileNameW(m_module.Handle(), path, static_cast<DWORD>(std::size(path)));
+        return path;
+    }
+    // What the registrar is asked for when the scripts 101 and so on are run.
+    std::vector<std::wstring> Scripts(const wchar_t* deed, const std::vector<const wchar_t*>& ids)
+    {
+        const std::wstring path = ModulePath();
         std::vector<std::wstring> expected;
         for (const wchar_t* id : ids)
         {
-            expected.push_back(std::wstring(L"Module=") + path);
-            expected.push_back(std::wstring(L"Module_Raw=") + path);
+            expected.push_back(L"Module=" + path);
+            expected.push_back(L"Module_Raw=" + path);
             expected.push_back(std::wstring(deed) + L" " + id + L" REGISTRY of " + path);
         }
         return expected;
@@ -223,6 +231,19 @@ TEST_F(Registration, RegistersTheTypeLibraryAfterTheScripts)
     EXPECT_EQ(m_module.RegisterServer(), S_OK);
     EXPECT_EQ(m_registrar.asked, Scripts(L"register", {L"101", L"105"}));
     EXPECT_TRUE(m_classes.HasTypeLibrary());
+}
+
+TEST_F(Registration, ReturnsTheFailureOfTheTypeLibrary)
+{
+    CComPtr<ITypeLib> library;
+    std::wstring path = ModulePath();
+    ASSERT_EQ(::LoadTypeLibEx(path.c_str(), REGKIND_NONE, &library), S_OK);
+    m_registrar.results = {S_OK, S_OK};
+    m_classes.Vanish();
+    const HRESULT failure = ::RegisterTypeLib(library, path.data(), nullptr);
+    ASSERT_TRUE(FAILED(failure));
+    EXPECT_EQ(m_module.RegisterServer(), failure);
+    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {L"101", L"105"}));
 }
 
 TEST_F(Registration, TakesOutWhatItCanAndReturnsTheFirstFailure)
