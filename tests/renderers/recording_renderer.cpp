@@ -201,9 +201,12 @@ std::int32_t GetSessionData(void* buffer, std::uint32_t bufferSize)
     RecordedCall& entry = Note(Call::GetSessionData);
     entry.recordA = buffer;
     entry.word1 = bufferSize;
-    std::copy_n(g_recording.sessionData, std::min(bufferSize, g_recording.sessionDataSize),
-                static_cast<std::uint8_t*>(buffer));
-    return 1;
+    if (g_recording.sessionDataResult != 0)
+    {
+        std::copy_n(g_recording.sessionData, std::min(bufferSize, g_recording.sessionDataSize),
+                    static_cast<std::uint8_t*>(buffer));
+    }
+    return g_recording.sessionDataResult;
 }
 
 // Blends byte by byte but for the first twenty, which are those of A.

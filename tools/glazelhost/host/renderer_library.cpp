@@ -8,6 +8,7 @@
 
 #include <bit>
 #include <string_view>
+#include <utility>
 
 namespace
 {
@@ -113,15 +114,16 @@ void RendererLibrary::Shutdown() noexcept
     EntryPoint<RendererAPI::ExitRendererFunction>("ExitRenderer")();
 }
 
-std::vector<std::byte> RendererLibrary::LastProduced() const
+std::optional<std::vector<std::byte>> RendererLibrary::LastProduced() const
 {
     const std::uint32_t size =
         EntryPoint<RendererAPI::GetSessionDataSizeFunction>("GetSessionDataSize")();
     // A size beyond all reason must not become an allocation.
     std::vector<std::byte> bytes(size <= kLargestDescription ? size : 0U);
-    if (!bytes.empty())
+    if (!bytes.empty() &&
+        EntryPoint<RendererAPI::GetSessionDataFunction>("GetSessionData")(bytes.data(), size) == 0)
     {
-        EntryPoint<RendererAPI::GetSessionDataFunction>("GetSessionData")(bytes.data(), size);
+        return std::nullopt; // what the buffer holds is nobody's
     }
     return bytes;
 }
@@ -130,7 +132,7 @@ DescriptionText RendererLibrary::Describe(const std::string& path, std::uint32_t
 {
     EntryPoint<RendererAPI::LoadSessionFileFunction>("LoadSessionFile")(
         path.c_str(), options | RendererAPI::kImportDescribe);
-    const std::vector<std::byte> text = LastProduced();
+    const std::vector<std::byte> text = LastProduced().value_or(std::vector<std::byte>());
     const std::string_view json(reinterpret_cast<const char*>(text.data()), text.size());
     // A renderer without descriptions leaves something else there.
     return ParseDescription(json).value_or(DescriptionText{});
@@ -154,7 +156,15 @@ Look RendererLibrary::ImportLook(const std::string& path, std::uint32_t options)
                             std::to_string(result) + ")",
                         "check that the file is there and of a kind that the renderer reads");
     }
-    Look look{LastProduced(), {}};
+    std::optional<std::vector<std::byte>> record = LastProduced();
+    if (!record)
+    {
+        throw HostError(path,
+                        "the renderer imported this look but does not hand it out (GetSessionData "
+                        "answered 0)",
+                        "use another renderer for this look");
+    }
+    Look look{std::move(*record), {}};
     if (look.record.empty() || look.record.size() > kLargestRecord)
     {
         throw HostError(path,

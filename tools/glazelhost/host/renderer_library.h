@@ -8,7 +8,9 @@
 #include "tools/glazelhost/host/library_file.h"
 #include "tools/glazelhost/host/look.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -53,8 +55,8 @@ private:
     Function* EntryPoint(const char* name) const noexcept;
     void LoadAsTheEffectDoes();
     void FindEntryPoints();
-    // What the renderer last produced.
-    std::vector<std::byte> LastProduced() const;
+    // What the renderer last produced, empty when that is nothing; none when it does not copy it.
+    std::optional<std::vector<std::byte>> LastProduced() const;
     // The renderer's own words about a look or its failure; empty parts when it has none.
     DescriptionText Describe(const std::string& path, std::uint32_t options) const;
 

@@ -1,9 +1,13 @@
 #include "tools/glazelhost/host/renderer_library.h"
 
+#include "tests/renderers/renderer_variant.h"
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
 
 #include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
 
 namespace
 {
@@ -84,4 +88,31 @@ TEST(RendererLibrary, ARendererThatDoesNotStartSaysWhatItAnswered)
     {
         EXPECT_NE(std::string(error.what()).find("InitRenderer answered 5"), std::string::npos);
     }
+}
+
+TEST(RendererLibrary, ARecordThatTheRendererDoesNotCopyOutIsNoLook)
+{
+    const RendererLibrary renderer(Variant("complete"));
+    Recording& recording = UseRenderer(L"complete");
+    const std::array<std::uint8_t, 24> record{1, 2, 3};
+    recording.sessionData = record.data();
+    recording.sessionDataSize = record.size();
+    const auto import = [&] { return renderer.ImportLook("warm.cube", 0).record; };
+    EXPECT_EQ(import().size(), record.size());
+
+    recording.sessionDataResult = 0;
+    try
+    {
+        import();
+        FAIL() << "bytes that nobody wrote were taken for a look";
+    }
+    catch (const HostError& error)
+    {
+        EXPECT_EQ(error.Code(), ExitCode::Failed);
+        EXPECT_EQ(std::string(error.what()),
+                  "warm.cube: the renderer imported this look but does not hand it out "
+                  "(GetSessionData answered 0); use another renderer for this look");
+    }
+    recording.Reset();
+    ::FreeLibrary(::GetModuleHandleA(RendererAPI::kLibraryName)); // as UseRenderer loaded it
 }
