@@ -13,6 +13,9 @@ using Json = nlohmann::ordered_json;
 constexpr char kFormat[] = "glazelhost project";
 constexpr char kLinear[] = "linear";
 constexpr char kSmooth[] = "smooth";
+// Three are in use. What is nested without end cannot even be written out to check its seal: each
+// level takes some of the stack.
+constexpr int kMostLevels = 16;
 
 std::uint32_t Crc32Of(const std::string& text) noexcept
 {
@@ -90,7 +93,13 @@ ProjectDescription ParseProjectDescription(std::string_view text, const std::str
     }
     try
     {
-        Json json = Json::parse(text);
+        Json json = Json::parse(text, [&path](int level, Json::parse_event_t, const Json&) {
+            if (level > kMostLevels)
+            {
+                ThrowDamagedProject(path, "its description");
+            }
+            return true;
+        });
         // Before anything else is looked at: a newer form may have another seal.
         const auto version = json.at("version").get<std::int64_t>();
         if (version > kProjectVersion)

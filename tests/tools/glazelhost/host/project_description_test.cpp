@@ -113,3 +113,24 @@ TEST(ProjectDescriptions, ASealDoesNotMakeNonsenseAProject)
         EXPECT_TRUE(Says(ErrorOf(Sealed(members)), "damaged")) << members;
     }
 }
+
+TEST(ProjectDescriptions, AreDamagedWhenTheyNestWithoutEnd)
+{
+    constexpr std::size_t kLevels = 200'000;
+    for (const auto& [opened, closed] : {std::pair{"[", "]"}, std::pair{"{\"a\":", "}"}})
+    {
+        std::string nested;
+        for (std::size_t level = 0; level < kLevels; ++level)
+        {
+            nested += opened;
+        }
+        nested += "1";
+        for (std::size_t level = 0; level < kLevels; ++level)
+        {
+            nested += closed;
+        }
+        const std::string text =
+            R"({"format":"glazelhost project","version":1,"crc32":1,"keyframes":)" + nested + "}";
+        EXPECT_TRUE(Says(ErrorOf(text), "damaged")) << opened;
+    }
+}
