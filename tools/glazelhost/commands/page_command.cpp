@@ -4,15 +4,13 @@
 #include "tools/glazelhost/host/message_boxes.h"
 #include "tools/glazelhost/host/project_file.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/file_kind.h"
 #include "tools/glazelhost/io/open_frames.h"
 #include "tools/glazelhost/io/safe_output.h"
 #include "tools/glazelhost/page/page_window.h"
 #include "tools/glazelhost/ui/reporter.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cstddef>
-#include <string_view>
 #include <utility>
 
 namespace
@@ -26,15 +24,6 @@ struct Still
     bool isFirstOfSeveral = false;
 };
 
-bool IsRawName(const std::string& path)
-{
-    constexpr std::string_view kRaw = ".bgra";
-    return path.size() >= kRaw.size() &&
-           std::equal(
-               kRaw.begin(), kRaw.end(), path.end() - static_cast<std::ptrdiff_t>(kRaw.size()),
-               [](char raw, char c) { return raw == std::tolower(static_cast<unsigned char>(c)); });
-}
-
 Still OpenStill(const PageCommand& command)
 {
     if (!command.image)
@@ -43,7 +32,7 @@ Still OpenStill(const PageCommand& command)
     }
     SourceOptions options;
     options.path = *command.image;
-    if (IsRawName(options.path))
+    if (KindFromName(options.path) == FileKind::Bgra)
     {
         throw HostError(options.path, "raw frames do not say how large they are",
                         "convert one with \"glazelhost render\" and --size, and name the result");

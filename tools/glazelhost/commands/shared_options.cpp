@@ -16,7 +16,8 @@ void AddToolOptions(CLI::App& command, ToolPaths& tools, bool withPlugin)
 {
     command
         .add_option("--renderer", tools.rendererFolder,
-                    "folder of GZ3Renderer_x64.dll (default: this program's folder, then PATH)")
+                    "folder of GZ3Renderer_x64.dll (default: this program's folder, the system's, "
+                    "the current one, then PATH)")
         ->envname("GLAZEL_RENDERER")
         ->type_name("DIR");
     if (withPlugin)

@@ -152,33 +152,6 @@ def test_jpeg_is_written_so_that_others_read_it(tmp_path):
     assert np.abs(ours - theirs).mean() < 1
 
 
-@pytest.mark.parametrize("sampling, pixel_format", [("444", "yuvj444p"), ("420jpeg", "yuvj420p")])
-def test_jpeg_decodes_nearly_to_the_same_bytes(tmp_path, sampling, pixel_format):
-    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", pixel_format, "-q:v", 1,
-           tmp_path / "a.jpg")
-    ours = pixels_by_copy(tmp_path / "a.jpg", tmp_path).astype(int)
-    theirs = pixels_by_ffmpeg(
-        tmp_path / "a.jpg", "bgra", np.uint8, "-vf",
-        f"scale=flags={EXACT}{sited(sampling, 'in')},format=gbrp").astype(int)
-    # The decoders round their transforms, and chroma once more where it is of half size.
-    assert np.abs(ours - theirs).max() <= (3 if sampling == "444" else 6)
-    assert np.abs(ours - theirs).mean() < 0.5
-
-
-def test_jpeg_is_written_so_that_others_read_it(tmp_path):
-    ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 1, "-pix_fmt", "rgb24", tmp_path / "a.png")
-    copy(tmp_path / "a.png", tmp_path / "b.jpg")
-    ours = pixels_by_ffmpeg(tmp_path / "b.jpg", "rgb24").astype(int)
-    theirs = pixels_by_ffmpeg(tmp_path / "a.png", "rgb24").astype(int)
-    assert np.abs(ours - theirs).max() <= 8
-    assert np.abs(ours - theirs).mean() < 1
-
-
-# Names of ffmpeg for the matrices, and the flags with which its scaler computes exactly.
-MATRICES = {"bt601": "smpte170m", "bt709": "bt709", "bt2020": "bt2020nc"}
-EXACT = "accurate_rnd+full_chroma_int+full_chroma_inp+bitexact+bilinear"
-
-
 @pytest.mark.parametrize("sampling", SAMPLINGS)
 @pytest.mark.parametrize("wide", ["limited", "full"])
 @pytest.mark.parametrize("matrix", MATRICES)

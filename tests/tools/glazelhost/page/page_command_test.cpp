@@ -489,8 +489,11 @@ TEST_F(PageCommands, FailBeforeAnyWindowWhenTheyCannotSucceed)
     noImage.image = m_folder / "missing.png";
     EXPECT_NE(errorOf(noImage).find("missing.png"), std::string::npos);
     PageCommand raw = m_command;
-    raw.image = m_folder / "frames.BGRA";
-    EXPECT_NE(errorOf(raw).find("how large"), std::string::npos);
+    for (const char* name : {"frames.BGRA", "frames.raw"})
+    {
+        raw.image = m_folder / name;
+        EXPECT_NE(errorOf(raw).find("how large"), std::string::npos) << name;
+    }
     PageCommand noLook = m_command;
     noLook.look = m_folder / "missing.cube";
     EXPECT_NE(errorOf(noLook).find("missing.cube"), std::string::npos);
