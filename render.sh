@@ -115,6 +115,12 @@ probe_video() {
     [ -n "${video[$key]:-}" ] || video[$key]=$value # a program lists its streams once more
   done <<<"$lines"
   [ -n "${video[width]:-}" ] || fail "$input" "it holds no picture" "check the file"
+  case ${video[pix_fmt]:-} in
+    *f16* | *f32*)
+      fail "$input" "it holds floats, usually linear light, which the way through ffmpeg would cut to 8 bits" \
+        "convert it to a TIFF of 32-bit floats, which is read as what it is"
+      ;;
+  esac
   video[container_start]=$(probe format start_time | cut -d= -f2)
   video[container_duration]=$(probe format duration | cut -d= -f2)
 }

@@ -3,6 +3,7 @@
 import os
 import pathlib
 import shutil
+import struct
 import subprocess
 
 import numpy as np
@@ -95,6 +96,52 @@ def write_png(path, array):
            f"{width}x{height}", "-i", "-", path, data=array.astype(np.uint8).tobytes())
 
 
+def write_deep_png(path, array):
+    """16-bit RGB; ffmpeg's own conversion from 8 bits is not exact."""
+    height, width, _ = array.shape
+    ffmpeg("-f", "rawvideo", "-pix_fmt", "rgb48le", "-s", f"{width}x{height}", "-i", "-", path,
+           data=array.astype("<u2").tobytes())
+
+
+def tiff(*pages, tags=None):
+    """A TIFF of rows x columns x channels of numbers; `tags` {number: (type, values)} go to the
+    first page."""
+    codes = {"B": 7, "s": 2, "H": 3, "I": 4}
+    data = bytearray(b"II*\0\0\0\0\0")
+    link = 4
+    for array in pages:
+        height, width, channels = array.shape
+        strip = len(data)
+        data += array.tobytes()
+        fields = {256: ("I", [width]), 257: ("I", [height]), 259: ("H", [1]), 262: ("H", [2]),
+                  258: ("H", [array.dtype.itemsize * 8] * channels), 273: ("I", [strip]),
+                  277: ("H", [channels]), 278: ("I", [height]), 279: ("I", [array.nbytes]),
+                  339: ("H", [3 if array.dtype.kind == "f" else 1] * channels)}
+        if channels == 4:
+            fields[338] = ("H", [2])
+        entries = b""
+        for tag, (code, values) in sorted((fields | (tags or {})).items()):
+            value = (values if code in "Bs" else struct.pack(f"<{len(values)}{code}", *values))
+            count = len(values)
+            if len(value) > 4:
+                data += bytes(len(data) % 2)
+                value, place = struct.pack("<I", len(data)), value
+                data += place
+            entries += struct.pack("<HHI", tag, codes[code], count) + value.ljust(4, b"\0")
+        data += bytes(len(data) % 2)
+        struct.pack_into("<I", data, link, len(data))
+        data += struct.pack("<H", len(entries) // 12) + entries
+        link = len(data)
+        data += bytes(4)
+        tags = None
+    return bytes(data)
+
+
+def float_tiff(rng, tags=None):
+    """Small and colourful."""
+    return tiff(rng.random((12, 16, 3)).astype("<f4"), tags=tags)
+
+
 def write_y4m(path, frames, size=(64, 48), pixel_format="yuv420p", rate="25"):
     """A moving test picture."""
     ffmpeg("-f", "lavfi", "-i", f"testsrc=size={size[0]}x{size[1]}:rate={rate}", "-frames:v",
@@ -123,6 +170,14 @@ def small(tmp_path):
     """A small colourful picture."""
     path = tmp_path / "small.png"
     write_png(path, np.random.default_rng(7).integers(0, 256, (12, 16, 3)))
+    return path
+
+
+@pytest.fixture
+def linear(tmp_path):
+    """A small picture of linear light."""
+    path = tmp_path / "linear.tif"
+    path.write_bytes(float_tiff(np.random.default_rng(8)))
     return path
 
 

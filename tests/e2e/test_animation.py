@@ -1,8 +1,10 @@
 """Looks animated over a clip, against plain renders of the looks and of their blends."""
 
+import numpy as np
 import pytest
 
-from conftest import COOL, IMAGES, LOOKS, WARM, ffmpeg, host, render, succeed, y4m_frames
+from conftest import (COOL, IMAGES, LOOKS, WARM, ffmpeg, float_tiff, host, render, succeed,
+                      y4m_frames)
 
 BLEACH = LOOKS / "bleach_bypass.cube"
 RATE = 24
@@ -100,20 +102,23 @@ def test_the_linear_option_holds_between_keyframes_too(linear, clip, tmp_path):
     assert frames_of(tmp_path / "out.y4m") == frames_of(tmp_path / "plain.y4m")
 
 
-def test_looks_whose_options_differ_keep_them_at_their_keyframes(clip, tmp_path):
+def test_looks_whose_options_differ_keep_them_at_their_keyframes(tmp_path):
+    rng = np.random.default_rng(5)
+    for number in range(1, 11):
+        (tmp_path / f"in_{number}.tif").write_bytes(float_tiff(rng))
     for look, linear in ((WARM, "off"), (COOL, "on"), (BLEACH, "off")):
         succeed(host("look", look, tmp_path / f"{look.stem}.look", "--linear", linear))
     keys = []
     for frame, look in ((0, WARM), (4, COOL), (8, BLEACH)):
         keys += ["--key", f"{frame}f={tmp_path / look.stem}.look"]
-    succeed(host("render", clip, tmp_path / "out.y4m", "--frames", "1-10", "--depth", "float",
-                 *keys))
-    frames = frames_of(tmp_path / "out.y4m")
+    result = succeed(host("render", tmp_path / "in_%d.tif", tmp_path / "out_%d.png", *keys))
+    assert "as linear light where a keyframe's option is on" in result.lines[0]
     for frame, look, linear in ((0, WARM, "off"), (4, COOL, "on"), (8, BLEACH, "off"),
                                 (9, BLEACH, "off")):
-        succeed(render(clip, tmp_path / f"{frame}.y4m", "--frames", frame + 1, "--depth", "float",
+        succeed(render(tmp_path / f"in_{frame + 1}.tif", tmp_path / f"alone_{frame + 1}.png",
                        "--linear", linear, look=look))
-        assert frames[frame] == frames_of(tmp_path / f"{frame}.y4m")[0], frame
+        assert (tmp_path / f"out_{frame + 1}.png").read_bytes() == \
+            (tmp_path / f"alone_{frame + 1}.png").read_bytes(), frame
 
 
 def test_a_picture_needs_frames_or_a_rate(small, tmp_path):

@@ -17,11 +17,11 @@ def test_the_list_needs_a_renderer_and_says_so(lonely_program):
     assert "GZ3Renderer_x64.dll" in result.only_line()
 
 
-def test_default_keeps_the_look_and_turns_its_option_on(small, tmp_path):
+def test_default_keeps_the_look_and_turns_its_option_on(linear, tmp_path):
     succeed(host("look", WARM, tmp_path / "off.look", "--linear", "off"))
 
     def picture(name, *options, look):
-        succeed(render(small, tmp_path / name, "--depth", "float", *options, look=look))
+        succeed(render(linear, tmp_path / name, *options, look=look))
         return (tmp_path / name).read_bytes()
     off = picture("off.png", look=tmp_path / "off.look")
     preset = picture("preset.png", "--preset", "(Default)", "--save-project", tmp_path / "a.glz",
@@ -29,8 +29,7 @@ def test_default_keeps_the_look_and_turns_its_option_on(small, tmp_path):
     on = picture("on.png", "--linear", "on", look=tmp_path / "off.look")
     assert preset == on
     assert preset != off
-    succeed(host("render", small, tmp_path / "again.png", "--depth", "float", "--project",
-                 tmp_path / "a.glz"))
+    succeed(host("render", linear, tmp_path / "again.png", "--project", tmp_path / "a.glz"))
     assert (tmp_path / "again.png").read_bytes() == preset, "the project keeps the option"
 
 

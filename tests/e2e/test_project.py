@@ -37,9 +37,9 @@ def test_a_look_kept_by_one_process_renders_the_same_in_another(project, small, 
     assert (tmp_path / "again.png").read_bytes() == (tmp_path / "graded.png").read_bytes()
 
 
-def test_the_linear_option_is_kept_with_the_look(small, tmp_path):
+def test_the_linear_option_is_kept_with_the_look(linear, tmp_path):
     def picture(name, *options):
-        succeed(host("render", small, tmp_path / name, "--depth", "float", *options))
+        succeed(host("render", linear, tmp_path / name, *options))
         return (tmp_path / name).read_bytes()
     path = tmp_path / "off.glz"
     off = picture("off.png", "--look", WARM, "--linear", "off", "--save-project", path)

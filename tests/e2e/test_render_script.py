@@ -52,6 +52,15 @@ def test_a_picture_is_rendered_like_by_the_host_itself(folder, tmp_path):
     assert (folder / "out put.png").read_bytes() == (tmp_path / "direct.png").read_bytes()
 
 
+def test_floats_that_would_be_cut_are_refused(folder):
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=32x16", "-frames:v", 1, "-pix_fmt", "gbrpf32le",
+           folder / "a.exr")
+    result = script("a.exr", "a.png", "--look", WARM, cwd=folder)
+    assert result.code == 1
+    assert "a.exr: it holds floats" in result.only_line() and "TIFF" in result.only_line()
+    assert not left(folder, "a.exr")
+
+
 def test_three_seconds_of_a_photograph_in_720p_are_rendered_frame_by_frame(folder, tmp_path):
     ffmpeg("-loop", 1, "-framerate", 25, "-i", IMAGES / "coffee.png", "-t", 3, "-vf",
            "scale=1280:720,format=yuv420p", "-c:v", "libx264", "-qp", 8, folder / "clip.mp4")

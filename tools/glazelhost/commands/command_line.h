@@ -48,7 +48,7 @@ struct RenderCommand
     std::optional<std::string> preset;
     std::optional<std::string> savedProject; // where to keep what was rendered with
     std::optional<SampleType> depth;         // none: 8 bits for an 8-bit source, else float
-    std::optional<bool> linear;              // none: as the look says
+    std::optional<bool> linear;              // none: as light_choice.h says
     bool unclamped = false;
     FrameList frames;
     std::optional<std::int64_t> expectedFrames; // of a source that does not say how many it has

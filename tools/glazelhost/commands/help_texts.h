@@ -22,9 +22,17 @@ input's first frame, which is 0 (and number 1 in --frames). A time within half a
 millisecond of a frame's is that frame's. The first keyframe holds before its time, the
 last one after.
 A project holds a look, or keyframes and their ease; it is written before the first frame.
---linear and --ease change what it holds for this render, and for --save-project.
-"glazelhost presets" lists the presets. "(Default)" keeps the look and turns on the option
-"assume linear gamma", which counts with --depth float.
+--linear on, --linear off and --ease change what it holds for this render, and for
+--save-project; --linear auto leaves what is saved alone.
+"glazelhost presets" lists the presets. "(Default)" keeps the look and turns on its option
+"assume linear gamma".
+
+With --linear auto the option "assume linear gamma", which every new look has on, counts only
+where the picture is linear light: a TIFF of floats, unless its colour profile says otherwise
+or this program wrote it from a picture that is not. Whole numbers are codes for a display
+in every kind of file and stream, Y4M and raw BGRA included, and are graded as such, so that
+8 and 16 bits of a picture come out alike. --linear on and off decide it for the whole
+render. 8-bit work (--depth 8) is never linear. The line about the input says what is used.
 
 Examples:
   glazelhost render photo.png graded.png --look warm.cube
@@ -38,8 +46,9 @@ what there is to say goes to standard error.)text";
 
 inline constexpr char kPageFooter[] = R"text(
 The window shows the picture as the effect renders it, and below it the effect's own page:
-"Edit..." opens the look editor, "Assume Linear Gamma" counts with --depth float. Every change
-is rendered at once.
+"Edit..." opens the look editor, "Assume Linear Gamma" is obeyed where the effect works in
+float. The line at the bottom says what it does for this picture, and whether the picture is
+linear light. Every change is rendered at once.
 "Save look..." keeps the look as a file. "Copy command" puts the "glazelhost render" command
 that makes the same picture on the clipboard; a look that no file holds is saved first.
 With --save-look the window closes without asking; else it asks when a changed look would be

@@ -21,6 +21,7 @@ struct Still
 {
     Image image;
     FrameInformation information;
+    Light light;
     bool isFirstOfSeveral = false;
 };
 
@@ -28,7 +29,7 @@ Still OpenStill(const PageCommand& command)
 {
     if (!command.image)
     {
-        return {TestChart(command.depth.value_or(SampleType::Byte)), {}, false};
+        return {TestChart(command.depth.value_or(SampleType::Byte)), {}, {}, false};
     }
     SourceOptions options;
     options.path = *command.image;
@@ -41,6 +42,7 @@ Still OpenStill(const PageCommand& command)
     const StreamInfo& info = source->Info();
     Still still;
     still.information = {info.pixelAspect, info.framesPerSecond, 0};
+    still.light = info.light;
     still.isFirstOfSeveral = info.frameCount != 1;
     const SampleType type =
         command.depth.value_or(info.bitsPerChannel > 8 ? SampleType::Float : SampleType::Byte);
@@ -75,6 +77,8 @@ PageWindow::Options WindowOptions(const PageCommand& command, const Still& still
                               ? command.image->substr(command.image->find_last_of("\\/:") + 1)
                               : "Test chart";
     options.overwrite = command.overwrite;
+    options.depth = still.image.type;
+    options.light = still.light;
     if (command.savedLook)
     {
         options.savedLook = FullPath(*command.savedLook);

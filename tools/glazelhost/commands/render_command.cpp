@@ -132,7 +132,9 @@ void RunRender(const RenderCommand& command, Reporter& reporter)
 {
     const std::unique_ptr<FrameSource> source = OpenSource(command.source);
     const StreamInfo& info = source->Info();
-    const std::unique_ptr<FrameSink> sink = OpenSink(command.sink, info);
+    StreamInfo written = info;
+    written.light.isLinear = command.linear.value_or(info.light.isLinear);
+    const std::unique_ptr<FrameSink> sink = OpenSink(command.sink, written);
     const SampleType depth = DepthOf(command, info);
     const std::string output = NameOf(command.sink.path, "standard output");
 
@@ -140,11 +142,11 @@ void RunRender(const RenderCommand& command, Reporter& reporter)
     renderer.Require();
     const PluginModule plugin(command.tools.plugin);
     EffectSession session(plugin);
-    ShownLook look(command, info.framesPerSecond, depth, renderer, session, reporter);
+    ShownLook look(command, info, depth, renderer, session, reporter);
 
     // Said when all that could stop the job at once has been passed: an error then stands alone.
     reporter.Note(NameOf(command.source.path, "standard input") + ": " + info.description +
-                  ", rendered in " + (depth == SampleType::Byte ? "8 bits" : "float"));
+                  ", rendered in " + look.Manner());
     look.Tell(reporter);
     FrameLoop frames(command, *source, *sink, look, depth, reporter);
     reporter.Begin(FramesToRender(command, info));

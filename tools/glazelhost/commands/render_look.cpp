@@ -1,14 +1,17 @@
 #include "tools/glazelhost/commands/render_look.h"
 
 #include "tools/glazelhost/commands/look_record.h"
+#include "tools/glazelhost/host/look.h"
 #include "tools/glazelhost/host/preset_list.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/ui/reporter.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <utility>
 
-ShownLook::ShownLook(const RenderCommand& command, double framesPerSecond, SampleType depth,
+ShownLook::ShownLook(const RenderCommand& command, const StreamInfo& info, SampleType depth,
                      const RendererLibrary& renderer, EffectSession& session, Reporter& reporter)
     : m_command(command), m_renderer(renderer), m_session(session),
       m_controls(session.Effect(), session.Path())
@@ -38,17 +41,73 @@ ShownLook::ShownLook(const RenderCommand& command, double framesPerSecond, Sampl
         reporter.Warn("--linear has an effect with --depth float only");
     }
     m_project.ease = command.ease.value_or(m_project.ease);
+    std::optional<KeyframeTrack> track;
     if (!m_project.keyframes.empty())
     {
-        KeyframeTrack track(m_project.keyframes, framesPerSecond, m_project.ease);
+        track.emplace(m_project.keyframes, info.framesPerSecond, m_project.ease);
         // What a host shows, and keeps, of an animated effect beside its keyframes.
         m_session.LoadLook(m_project.keyframes.front().record);
-        m_player.emplace(session, m_controls, m_project.keyframes, std::move(track));
     }
+    // In 8 bits no option counts, and the effect need not be asked for its look.
+    m_manner = RenderText(depth, command.linear, info.light,
+                          depth == SampleType::Byte ? LookOptions::None : Options());
     if (command.savedProject)
     {
         SaveProject(*command.savedProject, command.sink.overwrite, m_project, m_controls);
     }
+    const auto option = OptionToRender(depth, command.linear, info.light);
+    if (option && !command.linear)
+    {
+        SetOption(*option);
+    }
+    if (track)
+    {
+        m_player.emplace(session, m_controls, m_project.keyframes, std::move(*track));
+    }
+}
+
+void ShownLook::SetOption(bool on)
+{
+    const auto set = [on](std::vector<std::byte>& record, const std::string& look) {
+        if (!record.empty() && !SetLinearOption(record, on))
+        {
+            throw HostError(look,
+                            "the renderer's record has no linear option, which counts as on, and "
+                            "the picture is not linear light",
+                            "give --depth 8");
+        }
+    };
+    for (Keyframe& keyframe : m_project.keyframes)
+    {
+        set(keyframe.record, "keyframe at " + TextOf(keyframe.time));
+    }
+    std::vector<std::byte> record = m_controls.StoredLook();
+    set(record, m_command.look.value_or(m_command.project.value_or("the look")));
+    m_session.LoadLook(record); // an empty one changes nothing
+}
+
+LookOptions ShownLook::Options()
+{
+    std::vector<std::optional<bool>> options;
+    for (const Keyframe& keyframe : m_project.keyframes)
+    {
+        options.push_back(LinearOption(keyframe.record));
+    }
+    if (options.empty())
+    {
+        options.push_back(LinearOption(m_controls.StoredLook()));
+    }
+    std::erase(options, std::nullopt);
+    const auto on = std::ranges::count(options, std::optional(true));
+    if (options.empty())
+    {
+        return LookOptions::None;
+    }
+    if (on == 0)
+    {
+        return LookOptions::Off;
+    }
+    return on == std::ssize(options) ? LookOptions::On : LookOptions::Mixed;
 }
 
 void ShownLook::Tell(Reporter& reporter) const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/glazelhost/commands/command_line.h"
+#include "tools/glazelhost/commands/light_choice.h"
 #include "tools/glazelhost/host/effect_controls.h"
 #include "tools/glazelhost/host/effect_session.h"
 #include "tools/glazelhost/host/keyframe_player.h"
@@ -9,6 +10,7 @@
 #include "tools/glazelhost/host/renderer_library.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 class Reporter;
@@ -18,13 +20,15 @@ class ShownLook
 {
 public:
     // Gives the session's effect what `command` asks for and keeps it as a project when that is
-    // wanted. `framesPerSecond` is the source's, 0 when it does not say. Throws HostError.
-    ShownLook(const RenderCommand& command, double framesPerSecond, SampleType depth,
+    // wanted. `info` is the source's. Throws HostError.
+    ShownLook(const RenderCommand& command, const StreamInfo& info, SampleType depth,
               const RendererLibrary& renderer, EffectSession& session, Reporter& reporter);
     ShownLook(const ShownLook&) = delete;
     ShownLook& operator=(const ShownLook&) = delete;
 
-    // What a user should know of it.
+    // "float, as linear light (...)": how its frames are rendered.
+    const std::string& Manner() const noexcept { return m_manner; }
+    // What else a user should know of it.
     void Tell(Reporter& reporter) const;
 
     // `frame` counts from 0; the rest is EffectSession::Render's.
@@ -37,11 +41,15 @@ private:
     void UseKeys(Reporter& reporter);
     void UseProject();
     void UsePreset();
+    // Lets the look that is rendered, which is saved already, have another option than its own.
+    void SetOption(bool on);
+    LookOptions Options();
 
     const RenderCommand& m_command;
     const RendererLibrary& m_renderer;
     EffectSession& m_session;
     EffectControls m_controls;
     Project m_project;
+    std::string m_manner;
     std::optional<KeyframePlayer> m_player; // none: the effect's own look holds throughout
 };

@@ -151,7 +151,12 @@ void AddRenderProgress(CLI::App& command, RenderWords& words)
 void AddRenderOptions(CLI::App& command, RenderCommand& render, RenderWords& words)
 {
     AddRenderPlaces(command, render, words);
-    AddLookOptions(command, words.linear, render.unclamped);
+    command
+        .add_option("--linear", words.linear,
+                    "take the pixels for linear light or not (default: auto)")
+        ->check(OneOf({"auto", "on", "off"}))
+        ->type_name("auto|on|off");
+    AddUnclamped(command, render.unclamped);
     AddRenderLook(command, render, words.look);
     AddRenderFormats(command, render, words);
     AddRenderStreams(command, words);

@@ -55,7 +55,7 @@ void AddDepth(CLI::App& command, std::string& depth)
 
 std::optional<bool> SwitchOf(const std::string& word)
 {
-    return word.empty() ? std::nullopt : std::optional(word == "on");
+    return word.empty() || word == "auto" ? std::nullopt : std::optional(word == "on");
 }
 
 std::optional<SampleType> SampleTypeOf(const std::string& word)

@@ -18,9 +18,10 @@ CLI::Validator OneOf(const std::vector<std::string>& words);
 
 void AddToolOptions(CLI::App& command, ToolPaths& tools, bool withPlugin);
 void AddUnclamped(CLI::App& command, bool& unclamped);
+// `linear` is the option that the record of an imported look gets.
 void AddLookOptions(CLI::App& command, std::string& linear, bool& unclamped);
 void AddDepth(CLI::App& command, std::string& depth);
 
-// Of words that the options have checked; none for an empty one.
+// Of words that the options have checked; none for an empty one and for "auto".
 std::optional<bool> SwitchOf(const std::string& word);
 std::optional<SampleType> SampleTypeOf(const std::string& word);

@@ -35,6 +35,15 @@ struct Image
     std::size_t RowBytes() const noexcept { return static_cast<std::size_t>(width) * PixelBytes(); }
 };
 
+// Whether the numbers of a picture are linear light, as opposed to codes for a display.
+struct Light
+{
+    bool isLinear = false;
+    std::string why = "its codes are whole numbers"; // a clause that stands behind the answer
+
+    bool operator==(const Light&) const = default;
+};
+
 // What a source says of all its frames.
 struct StreamInfo
 {
@@ -46,7 +55,8 @@ struct StreamInfo
     std::optional<std::int64_t> frameCount;  // none when the length is not known beforehand
     std::optional<std::int64_t> firstNumber; // the first frame's number in a numbered sequence
     std::optional<YCbCrEncoding> encoding;   // of a Y4M stream, as it was read
-    std::string description;                 // for the user: "Y4M 4:2:0 limited range, Rec. 709"
+    Light light;
+    std::string description; // for the user: "Y4M 4:2:0 limited range, Rec. 709"
 };
 
 // Gives frames in order. Not thread-safe.

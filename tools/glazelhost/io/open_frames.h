@@ -2,7 +2,8 @@
 // streams, by extension and content. Pure declarations: no windows.h.
 //
 // Pictures are PNG, JPEG, TIFF (8-bit, 16-bit, 32-bit float) and BMP; the first page counts. Their
-// numbers are taken as they are: colour profiles, gamma tags and orientation tags are ignored.
+// numbers are taken as they are: gamma tags and orientation tags are ignored, and a colour profile
+// only tells whether floats are linear light.
 // "shot_%04d.png" (%d or %0Nd, once, in the file name; %% is a per cent sign) is a sequence.
 // The caller has initialised COM on the calling thread, and calls one object from that thread only.
 #pragma once
@@ -55,6 +56,6 @@ struct SinkOptions
 // Throws HostError (WrongUsage when the options contradict each other or are incomplete).
 std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options);
 
-// `info` is the source's, with the rate and aspect that the output shall state. Checks the target
-// (folder, existing output, options) before anything is created; throws HostError.
+// `info` is the source's, with the rate, aspect and light that the output shall state. Checks the
+// target (folder, existing output, options) before anything is created; throws HostError.
 std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info);

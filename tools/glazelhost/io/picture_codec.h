@@ -30,6 +30,7 @@ public:
     int Width() const noexcept { return m_width; }
     int Height() const noexcept { return m_height; }
     int BitsPerChannel() const noexcept { return m_layout.BitsPerChannel(); }
+    const Light& LightOfPixels() const noexcept { return m_light; }
 
     // Throws HostError when the pixels are damaged or some are missing.
     void Decode(Image& image, SampleType type);
@@ -40,6 +41,7 @@ private:
     void Check(HRESULT result, const char* what) const;
 
     std::string m_name;
+    Light m_light;
     CComPtr<IWICImagingFactory> m_factory;
     CComPtr<IWICBitmapFrameDecode> m_frame;
     CComPtr<IWICBitmapSource> m_source; // the frame, or a converter on it
@@ -54,6 +56,7 @@ struct PictureFormat
     FileKind kind = FileKind::Png; // a picture
     int bits = 8;                  // per channel: 8; PNG and TIFF 16; TIFF 32 (float)
     int quality = 95;              // JPEG, 1 to 100; from 90 on chroma keeps its full resolution
+    bool isLinear = true;          // of floats: false is noted in the file
 };
 
 // Writes a whole file to `target`, which is not committed. Alpha is written where the image has it

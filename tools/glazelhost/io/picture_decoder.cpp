@@ -3,6 +3,7 @@
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/memory_stream.h"
+#include "tools/glazelhost/io/picture_light.h"
 #include "tools/glazelhost/io/picture_size.h"
 
 #include <algorithm>
@@ -74,7 +75,7 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     Check(::CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
                              IID_IWICImagingFactory, reinterpret_cast<void**>(&m_factory)),
           "the system's picture codecs do not start");
-    CComPtr<IStream> stream;
+    CComPtr<CMemoryStream> stream;
     stream.Attach(new CMemoryStream(std::move(file)));
     CComPtr<IWICBitmapDecoder> decoder;
     Check(m_factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnDemand,
@@ -88,6 +89,7 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     m_width = static_cast<int>(width);
     m_height = static_cast<int>(height);
     FindLayout();
+    m_light = LightOf(stream->Bytes(), m_layout.sample == FileSample::Float32);
 }
 
 void PictureDecoder::FindLayout()

@@ -165,7 +165,7 @@ void EncodePicture(const Image& image, const PictureFormat& format, ByteWriter& 
     }
     if (format.kind == FileKind::Tiff && format.bits == 32)
     {
-        WriteFloatTiff(image, target, name);
+        WriteFloatTiff(image, target, name, format.isLinear);
         return;
     }
     if (format.kind == FileKind::Bmp && image.hasAlpha)

@@ -41,6 +41,7 @@ PictureSource::PictureSource(const SourceOptions& options) : m_path(options.path
     m_info.height = m_opened->Height();
     m_info.frameCount = 1;
     m_info.bitsPerChannel = m_opened->BitsPerChannel();
+    m_info.light = m_opened->LightOfPixels();
     m_info.description =
         DescribeKindOf(m_path) + " picture, " + DescribeBits(m_info.bitsPerChannel);
     ApplyOptions(options);
@@ -64,6 +65,7 @@ PictureSource::PictureSource(const SourceOptions& options, const SequencePattern
     {
         Open(PathOf(m_next));
         m_info.bitsPerChannel = m_opened->BitsPerChannel();
+        m_info.light = m_opened->LightOfPixels();
     }
     catch (const HostError&)
     {
@@ -125,14 +127,16 @@ bool PictureSource::Skip()
 }
 
 PictureSink::PictureSink(const SinkOptions& options, const StreamInfo& info, FileKind kind)
-    : m_options(options), m_kind(kind), m_sourceBits(info.bitsPerChannel)
+    : m_options(options), m_kind(kind), m_sourceBits(info.bitsPerChannel),
+      m_isLinear(info.light.isLinear)
 {
     CheckOutputTarget(options.path, options.overwrite);
 }
 
 PictureSink::PictureSink(const SinkOptions& options, const StreamInfo& info, FileKind kind,
                          const SequencePattern& pattern)
-    : m_options(options), m_kind(kind), m_sourceBits(info.bitsPerChannel), m_pattern(pattern),
+    : m_options(options), m_kind(kind), m_sourceBits(info.bitsPerChannel),
+      m_isLinear(info.light.isLinear), m_pattern(pattern),
       m_number(options.firstNumber.value_or(info.firstNumber.value_or(1)))
 {
     CheckOutputTarget(pattern.PathOf(m_number), options.overwrite);
@@ -175,7 +179,7 @@ void PictureSink::Write(const Image& image)
     const std::string path = m_pattern ? m_pattern->PathOf(m_number) : m_options.path;
     ++m_number;
     std::unique_ptr<ByteWriter> file = OpenSafeOutput(path, m_options.overwrite);
-    EncodePicture(image, {m_kind, BitsFor(image.type), m_options.quality}, *file, path);
+    EncodePicture(image, {m_kind, BitsFor(image.type), m_options.quality, m_isLinear}, *file, path);
     m_anyFrame = true;
     if (m_pattern)
     {

@@ -56,6 +56,7 @@ private:
     SinkOptions m_options;
     FileKind m_kind;
     int m_sourceBits;
+    bool m_isLinear;                          // what is written holds linear light
     std::optional<SequencePattern> m_pattern; // none: a single picture
     std::int64_t m_number = 1;                // of the next picture
     bool m_anyFrame = false;

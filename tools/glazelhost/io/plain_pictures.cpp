@@ -1,11 +1,14 @@
 #include "tools/glazelhost/io/plain_pictures.h"
 
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/picture_light.h"
 #include "tools/glazelhost/io/pixel_convert.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <limits>
+#include <string_view>
 #include <vector>
 
 namespace
@@ -17,6 +20,11 @@ class LittleEndianBlock
 public:
     void Add16(std::uint32_t value) { Add(value, 2); }
     void Add32(std::uint32_t value) { Add(value, 4); }
+    void AddText(std::string_view text)
+    {
+        std::ranges::transform(text, std::back_inserter(m_bytes),
+                               [](char letter) { return static_cast<std::byte>(letter); });
+    }
     std::size_t Size() const noexcept { return m_bytes.size(); }
     void WriteTo(ByteWriter& target) const { target.Write(m_bytes.data(), m_bytes.size()); }
 
@@ -46,12 +54,14 @@ std::uint32_t Narrow(std::uint64_t value) noexcept
 }
 
 // Types and tags of TIFF 6.0; the directory's entries stand in ascending order of tags.
+constexpr std::uint32_t kTiffText = 2;
 constexpr std::uint32_t kTiffShort = 3;
 constexpr std::uint32_t kTiffLong = 4;
 constexpr std::uint32_t kTiffFloatFormat = 3;
 constexpr std::uint32_t kTiffRgb = 2;
 constexpr std::uint32_t kTiffStraightAlpha = 2;
 constexpr std::uint32_t kTiffEntryBytes = 12;
+constexpr std::uint32_t kTiffNote = 270;
 
 // One directory entry: its value, or the place of its values when they do not fit four bytes.
 struct TiffEntry
@@ -82,12 +92,16 @@ TiffPlan PlanTiff(const Image& image, const std::string& name)
     return {channels, rowBytes, rowsPerStrip, (rows + rowsPerStrip - 1) / rowsPerStrip};
 }
 
-LittleEndianBlock TiffHeader(const Image& image, const TiffPlan& plan)
+// `note` is the file's description; none when empty.
+LittleEndianBlock TiffHeader(const Image& image, const TiffPlan& plan, std::string_view note)
 {
     constexpr std::uint32_t kDirectory = 8;
-    const std::uint32_t entryCount = image.hasAlpha ? 12 : 11;
-    // Behind the directory: bits per sample, sample formats, strip offsets, strip sizes, pixels.
-    const std::uint32_t bits = kDirectory + 2 + entryCount * kTiffEntryBytes + 4;
+    const std::uint32_t entryCount = 11U + (image.hasAlpha ? 1U : 0U) + (note.empty() ? 0U : 1U);
+    const auto noteBytes = static_cast<std::uint32_t>(note.empty() ? 0 : note.size() + 1);
+    // Behind the directory: the note, bits per sample, sample formats, strip offsets, strip sizes,
+    // pixels. All stand at even places.
+    const std::uint32_t words = kDirectory + 2 + entryCount * kTiffEntryBytes + 4;
+    const std::uint32_t bits = words + (noteBytes + 1) / 2 * 2;
     const std::uint32_t formats = bits + 2 * plan.channels;
     const std::uint32_t offsets = formats + 2 * plan.channels;
     const std::uint32_t sizes = offsets + 4 * plan.strips;
@@ -103,12 +117,17 @@ LittleEndianBlock TiffHeader(const Image& image, const TiffPlan& plan)
         {258, kTiffShort, plan.channels, bits},
         {259, kTiffShort, 1, 1}, // not compressed
         {262, kTiffShort, 1, kTiffRgb},
+        {kTiffNote, kTiffText, noteBytes, words},
         {273, kTiffLong, plan.strips, oneStrip ? pixels : offsets},
         {277, kTiffShort, 1, plan.channels},
         {278, kTiffLong, 1, plan.rowsPerStrip},
         {279, kTiffLong, plan.strips, oneStrip ? lastBytes : sizes},
         {284, kTiffShort, 1, 1}, // channels of a pixel side by side
     };
+    if (note.empty())
+    {
+        std::erase_if(entries, [](const TiffEntry& entry) { return entry.tag == kTiffNote; });
+    }
     if (image.hasAlpha)
     {
         entries.push_back({338, kTiffShort, 1, kTiffStraightAlpha});
@@ -128,6 +147,12 @@ LittleEndianBlock TiffHeader(const Image& image, const TiffPlan& plan)
         block.Add32(entry.value);
     }
     block.Add32(0); // no further directory
+    block.AddText(note);
+    for (std::uint32_t place = words + static_cast<std::uint32_t>(note.size()); place < bits;
+         ++place)
+    {
+        block.AddText({"\0", 1});
+    }
     for (std::uint32_t channel = 0; channel < plan.channels; ++channel)
     {
         block.Add16(32);
@@ -158,10 +183,10 @@ void WriteRow(const Image& image, int y, const PixelLayout& layout, std::vector<
 
 } // namespace
 
-void WriteFloatTiff(const Image& image, ByteWriter& target, const std::string& name)
+void WriteFloatTiff(const Image& image, ByteWriter& target, const std::string& name, bool isLinear)
 {
     const TiffPlan plan = PlanTiff(image, name);
-    TiffHeader(image, plan).WriteTo(target);
+    TiffHeader(image, plan, isLinear ? std::string_view() : kDisplayEncodedNote).WriteTo(target);
     const PixelLayout layout{.sample = FileSample::Float32,
                              .channels = static_cast<int>(plan.channels),
                              .red = 0,

@@ -9,8 +9,10 @@
 #include <string>
 
 // RGB, or RGBA with straight alpha, in strips; little-endian. Any image; Byte images are divided
-// by 255. Throws HostError, which names `name`, when the file would pass the 4 GB of the format.
-void WriteFloatTiff(const Image& image, ByteWriter& target, const std::string& name);
+// by 255. Readers take floats for linear light: where that is not so, a note in the file says it.
+// Throws HostError, which names `name`, when the file would pass the 4 GB of the format.
+void WriteFloatTiff(const Image& image, ByteWriter& target, const std::string& name,
+                    bool isLinear = true);
 
 // 32 bits a pixel with a mask for straight alpha (bitmap header version 4), rows bottom-up. Throws
 // like WriteFloatTiff.

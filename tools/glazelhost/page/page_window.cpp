@@ -1,5 +1,7 @@
 #include "tools/glazelhost/page/page_window.h"
 
+#include "tools/glazelhost/commands/light_choice.h"
+#include "tools/glazelhost/host/look.h"
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/page/clipboard.h"
@@ -224,6 +226,10 @@ void PageWindow::AddControls()
         ::EnableWindow(copy, FALSE);
         Tell("This is a test chart. Start with --image FILE to get a command.");
     }
+    else
+    {
+        TellLight();
+    }
 }
 
 void PageWindow::Arrange()
@@ -373,7 +379,7 @@ void PageWindow::OnLookChanged()
     try
     {
         m_picture.Render();
-        Tell(""); // what it said was of the look before
+        TellLight(); // what it said was of the look before
     }
     catch (const HostError& error)
     {
@@ -449,6 +455,12 @@ void PageWindow::CopyCommand()
     RepeatedRender command = *m_options.command;
     command.output = GradedNameOf(command.image, FileExists);
     command.look = look.value();
+    // The check box rules here, and a render that is not told so goes by the picture.
+    if (m_options.depth == SampleType::Float && !m_options.light.isLinear &&
+        LinearOption(m_controls.StoredLook()) == true)
+    {
+        command.look.linear = true;
+    }
     PutOnClipboard(m_window, Wide(CommandText(command)));
     Tell("Command copied: " + NameOf(command.look.path) + " into " + NameOf(command.output));
 }
@@ -531,6 +543,11 @@ void PageWindow::OnActivate(bool active)
     {
         ::SetFocus(m_focus);
     }
+}
+
+void PageWindow::TellLight()
+{
+    Tell(CheckBoxText(m_options.depth, m_options.light, LinearOption(m_controls.StoredLook())));
 }
 
 void PageWindow::Tell(const std::string& text) const

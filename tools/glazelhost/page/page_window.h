@@ -30,6 +30,8 @@ public:
         // Where the look goes when the window closes; none: the user is asked.
         std::optional<std::string> savedLook;
         bool overwrite = false;
+        SampleType depth = SampleType::Byte;
+        Light light; // of the picture
     };
 
     PageWindow(Options options, GradedPicture& picture, LookKeeper& keeper,
@@ -69,6 +71,7 @@ private:
     std::optional<std::string> AskForLookFile() const;
     void SaveTo(const std::string& path, bool overwrite);
     void Tell(const std::string& text) const;
+    void TellLight(); // what the option does for this picture
     // Runs `operation`; a failure is told in a box over the window.
     template <typename Operation>
     void Try(Operation&& operation) noexcept;

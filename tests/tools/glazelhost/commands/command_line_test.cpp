@@ -196,6 +196,8 @@ TEST(CommandLine, ValuesThatMakeNoSenseAreQuoted)
     EXPECT_NE(RenderErrorOf({"--quality", "101"}), "");
     EXPECT_NE(RenderErrorOf({"--frames", "5-1"}), "");
     EXPECT_NE(RenderErrorOf({"--linear", "maybe"}).find("maybe"), std::string::npos);
+    EXPECT_THROW(ParseCommandLine({"look", "a.cube", "b.look", "--linear", "auto"}), HostError)
+        << "a record says on or off";
     EXPECT_NE(RenderErrorOf({"--progress", "loud"}).find("loud"), std::string::npos);
 }
 

@@ -2,6 +2,7 @@
 
 #include "tests/tools/glazelhost/io/memory_streams.h"
 #include "tests/tools/glazelhost/io/sample_images.h"
+#include "tools/glazelhost/io/picture_light.h"
 
 #include <gtest/gtest.h>
 
@@ -99,6 +100,24 @@ TEST(PlainPictures, AFloatTiffHoldsEveryValueWhereItsDirectorySays)
             EXPECT_EQ(again.pixels, image.pixels);
         }
     }
+}
+
+TEST(PlainPictures, AFloatTiffThatIsNotLinearSaysSo)
+{
+    const Image image = RandomImage(5, 3, SampleType::Float, true, 4);
+    const auto written = [&image](bool isLinear) {
+        WrittenBytes bytes;
+        MemoryWriter writer(bytes);
+        WriteFloatTiff(image, writer, "a.tif", isLinear);
+        return bytes.content;
+    };
+    for (const bool isLinear : {true, false})
+    {
+        const std::string file = written(isLinear);
+        EXPECT_EQ(LightOf(std::as_bytes(std::span(file)), true).isLinear, isLinear);
+    }
+    EXPECT_EQ(PixelsOf(written(false), DirectoryOf(written(false))),
+              PixelsOf(written(true), DirectoryOf(written(true))));
 }
 
 TEST(PlainPictures, ATiffAboveFourGigabytesIsRefusedBeforeAnythingIsWritten)

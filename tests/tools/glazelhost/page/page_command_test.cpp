@@ -376,6 +376,27 @@ TEST_F(PageCommands, CopyTheLooksOwnFileWhileItIsUnchanged)
     EXPECT_EQ(shown.Error(), "");
 }
 
+TEST_F(PageCommands, SayWhatTheCheckBoxDoesAndHaveItInTheCommand)
+{
+    ShownPage inBytes(m_command);
+    EXPECT_NE(inBytes.Status().find(L"does nothing here"), std::wstring::npos);
+    EXPECT_EQ(inBytes.Close(), "");
+
+    m_command.depth = SampleType::Float;
+    ShownPage shown(m_command);
+    ASSERT_NE(shown.Window(), nullptr) << shown.Error();
+    EXPECT_NE(shown.Status().find(L"which this picture is not"), std::wstring::npos);
+    ClearClipboard();
+    shown.Press(kCopyCommandId);
+    EXPECT_TRUE(Eventually([&] { return Clipboard().find(L"--linear on") != std::wstring::npos; }))
+        << "a render alone would go by the picture";
+    shown.ClickPage(kOnCheckBox);
+    EXPECT_TRUE(
+        Eventually([&] { return shown.Status().find(L"not as linear") != std::wstring::npos; }));
+    shown.ClickPage(kOnCheckBox);
+    EXPECT_EQ(shown.Close(), "");
+}
+
 TEST_F(PageCommands, AskForAFileWhenAChangedLookWouldBeLost)
 {
     ShownPage shown(m_command);
