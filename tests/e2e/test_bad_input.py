@@ -317,8 +317,14 @@ def test_a_look_that_exists_is_kept_without_overwrite(out):
 
 
 def test_frames_that_the_input_does_not_have(small, out):
-    result = render(small, out / "out.png", "--frames", "7")
-    assert result.code == 1
+    assert_refused(render(small, out / "out.png", "--frames", "7"), "its numbers are 1 to 1")
+    assert_nothing_written(out)
+
+
+def test_frame_0_of_what_counts_from_1(small, out):
+    result = render(small, out / "out.png", "--frames", "0-3")
+    assert result.code == 2
+    assert "count from 1" in result.only_line()
     assert_nothing_written(out)
 
 

@@ -3,7 +3,7 @@
 import numpy as np
 import pytest
 
-from conftest import WARM, render, write_png
+from conftest import COOL, WARM, host, render, write_png
 
 
 @pytest.fixture
@@ -26,9 +26,34 @@ def test_a_sequence_keeps_its_numbers(shot, tmp_path):
     assert (tmp_path / "alone.png").read_bytes() == (tmp_path / "out_0009.png").read_bytes()
 
 
-def test_chosen_frames_count_from_the_first_picture(shot, tmp_path):
-    assert render(shot, tmp_path / "out_%d.png", "--frames", "2-5x2").code == 0
+def test_chosen_frames_have_the_numbers_of_their_files(shot, tmp_path):
+    assert render(shot, tmp_path / "out_%d.png", "--frames", "1-2,8-11x2").code == 0
     assert names(tmp_path, "out") == ["out_10.png", "out_8.png"]
+
+
+def test_frames_outside_the_sequence_are_told_its_numbers(shot, tmp_path):
+    result = render(shot, tmp_path / "out_%d.png", "--frames", "1-5")
+    assert result.code == 1
+    assert "7 to 11" in result.only_line()
+    assert not names(tmp_path, "out")
+
+
+def test_a_sequence_may_begin_at_0(tmp_path):
+    for number in range(3):
+        write_png(tmp_path / f"shot_{number}.png", np.full((4, 6, 3), number * 20))
+    assert render(tmp_path / "shot_%d.png", tmp_path / "all_%d.png").code == 0
+    assert names(tmp_path, "all") == ["all_0.png", "all_1.png", "all_2.png"]
+    assert render(tmp_path / "shot_%d.png", tmp_path / "out_%d.png", "--frames", "0,2").code == 0
+    assert names(tmp_path, "out") == ["out_0.png", "out_2.png"]
+
+
+def test_keyframes_count_from_the_first_picture_that_there_is(shot, tmp_path):
+    assert render(shot, tmp_path / "plain_%d.png", look=COOL).code == 0
+    result = host("render", shot, tmp_path / "out_%d.png", "--frames", "8-9", "--key",
+                  f"0f={WARM}", "--key", f"2f={COOL}")
+    assert result.code == 0, result.lines
+    assert (tmp_path / "out_9.png").read_bytes() == (tmp_path / "plain_9.png").read_bytes()
+    assert (tmp_path / "out_8.png").read_bytes() != (tmp_path / "plain_8.png").read_bytes()
 
 
 def test_the_first_number_can_be_given(shot, tmp_path):
@@ -86,5 +111,5 @@ def test_a_sequence_becomes_a_video(shot, tmp_path):
 
 def test_frames_that_are_not_wanted_need_not_be_good(shot, tmp_path):
     (tmp_path / "shot_0008.png").write_bytes(b"damaged")
-    assert render(shot, tmp_path / "out_%04d.png", "--frames", "3-4").code == 0
+    assert render(shot, tmp_path / "out_%04d.png", "--frames", "9-10").code == 0
     assert names(tmp_path, "out") == ["out_0009.png", "out_0010.png"]

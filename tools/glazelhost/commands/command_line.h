@@ -50,7 +50,7 @@ struct RenderCommand
     std::optional<SampleType> depth;         // none: 8 bits for an 8-bit source, else float
     std::optional<bool> linear;              // none: as light_choice.h says
     bool unclamped = false;
-    FrameList frames;
+    std::optional<FrameList> frames;            // numbers of files, or from 1; none: all
     std::optional<std::int64_t> expectedFrames; // of a source that does not say how many it has
     bool skipBadFrames = false;
     ProgressChoice progress = ProgressChoice::Auto;

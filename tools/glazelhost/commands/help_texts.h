@@ -17,8 +17,11 @@ INPUT and OUTPUT are
 A look is a file that the renderer reads: FILE, FILE#ID for one correction out of a
 collection, or "CDL|LUT" for both.
 
+--frames takes the frames of a numbered sequence by the numbers of their files (1001 is
+shot_1001.png), and those of a stream by their count from 1.
+
 TIME is seconds (2.5), HH:MM:SS.mmm (00:01:02.500) or a frame (48f), counted from the
-input's first frame, which is 0 (and number 1 in --frames). A time within half a
+input's first frame, which is 0 here whatever its number. A time within half a
 millisecond of a frame's is that frame's. The first keyframe holds before its time, the
 last one after.
 A project holds a look, or keyframes and their ease; it is written before the first frame.
@@ -37,7 +40,7 @@ render. 8-bit work (--depth 8) is never linear. The line about the input says wh
 Examples:
   glazelhost render photo.png graded.png --look warm.cube
   glazelhost render photo.tif graded.tif --look warm.cube --depth float --bits 16
-  glazelhost render shot_%04d.png out_%04d.png --look day.ccc#shot12 --frames 1-10,15,20-40x2
+  glazelhost render shot_%04d.png out_%04d.png --look day.ccc#shot12 --frames 1001-1040x2
   glazelhost render clip.y4m out.y4m --key 0=warm.cube --key 00:00:05=cool.cc --ease smooth
   ffmpeg -i in.mp4 -f yuv4mpegpipe - | glazelhost render - out.y4m --look warm.cube
 

@@ -11,6 +11,8 @@
 #include "tools/glazelhost/ui/reporter.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace
@@ -22,14 +24,14 @@ struct Still
     Image image;
     FrameInformation information;
     Light light;
-    bool isFirstOfSeveral = false;
+    std::optional<std::int64_t> number; // among several
 };
 
 Still OpenStill(const PageCommand& command)
 {
     if (!command.image)
     {
-        return {TestChart(command.depth.value_or(SampleType::Byte)), {}, {}, false};
+        return {TestChart(command.depth.value_or(SampleType::Byte)), {}, {}, std::nullopt};
     }
     SourceOptions options;
     options.path = *command.image;
@@ -43,7 +45,10 @@ Still OpenStill(const PageCommand& command)
     Still still;
     still.information = {info.pixelAspect, info.framesPerSecond, 0};
     still.light = info.light;
-    still.isFirstOfSeveral = info.frameCount != 1;
+    if (info.frameCount != 1)
+    {
+        still.number = info.firstNumber.value_or(1);
+    }
     const SampleType type =
         command.depth.value_or(info.bitsPerChannel > 8 ? SampleType::Float : SampleType::Byte);
     if (!source->Read(still.image, type))
@@ -87,7 +92,7 @@ PageWindow::Options WindowOptions(const PageCommand& command, const Still& still
     {
         RepeatedRender& render = options.command.emplace();
         render.image = FullPath(*command.image);
-        render.firstFrameOnly = still.isFirstOfSeveral;
+        render.frame = still.number;
         render.depth = command.depth;
         const ToolPaths& tools = command.tools;
         render.tools.rendererFolder =

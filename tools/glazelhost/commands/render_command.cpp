@@ -25,10 +25,41 @@ SampleType DepthOf(const RenderCommand& command, const StreamInfo& info)
     return command.depth.value_or(info.bitsPerChannel > 8 ? SampleType::Float : SampleType::Byte);
 }
 
-std::optional<std::int64_t> FramesToRender(const RenderCommand& command, const StreamInfo& info)
+// The frames of a sequence have the numbers of their files, all others count from 1.
+std::int64_t FirstNumber(const StreamInfo& info)
 {
-    const auto count = info.frameCount ? info.frameCount : command.expectedFrames;
-    return count ? std::optional(command.frames.CountWithin(*count)) : std::nullopt;
+    return info.firstNumber.value_or(1);
+}
+
+std::optional<std::int64_t> FramesToRender(const FrameList& frames, const StreamInfo& info,
+                                           const std::optional<std::int64_t>& expected)
+{
+    const auto count = info.frameCount ? info.frameCount : expected;
+    const std::int64_t first = FirstNumber(info);
+    return count ? std::optional(frames.CountWithin(first, first + *count - 1)) : std::nullopt;
+}
+
+// Throws HostError when the source is known to have none of the frames that the user lists.
+void CheckFrames(const RenderCommand& command, const StreamInfo& info)
+{
+    if (!command.frames)
+    {
+        return;
+    }
+    if (!info.firstNumber && command.frames->First() < 1)
+    {
+        throw HostError("--frames", "the frames of a stream or picture count from 1",
+                        "give numbers from 1 on", ExitCode::WrongUsage);
+    }
+    if (info.frameCount && *FramesToRender(*command.frames, info, std::nullopt) == 0)
+    {
+        const std::int64_t first = FirstNumber(info);
+        throw HostError(NameOf(command.source.path, "standard input"),
+                        "it has none of the chosen frames: its numbers are " +
+                            std::to_string(first) + " to " +
+                            std::to_string(first + *info.frameCount - 1),
+                        "choose from these with --frames");
+    }
 }
 
 // Takes the frames that are wanted from the source through the effect to the sink.
@@ -37,8 +68,8 @@ class FrameLoop
 public:
     FrameLoop(const RenderCommand& command, FrameSource& source, FrameSink& sink, ShownLook& look,
               SampleType depth, Reporter& reporter)
-        : m_command(command), m_source(source), m_sink(sink), m_look(look), m_depth(depth),
-          m_reporter(reporter),
+        : m_command(command), m_frames(command.frames.value_or(FrameList())), m_source(source),
+          m_sink(sink), m_look(look), m_depth(depth), m_reporter(reporter),
           m_rate(source.Info().framesPerSecond > 0.0 ? source.Info().framesPerSecond : kUsualRate)
     {
     }
@@ -46,10 +77,11 @@ public:
     // Throws HostError for the first frame that fails, unless bad frames are to be skipped.
     void Run()
     {
-        for (std::int64_t number = 1;; ++number)
+        const std::int64_t first = FirstNumber(m_source.Info());
+        for (std::int64_t number = first;; ++number)
         {
-            const bool wanted = m_command.frames.Contains(number);
-            if (!wanted && !m_command.frames.NextAfter(number))
+            const bool wanted = m_frames.Contains(number);
+            if (!wanted && !m_frames.NextAfter(number))
             {
                 return; // the rest of the source is of no interest
             }
@@ -61,7 +93,7 @@ public:
                 m_sink.Pass();
                 break;
             case Taken::Picture:
-                RenderFrame(number);
+                RenderFrame(number - first);
                 break;
             }
         }
@@ -103,9 +135,8 @@ private:
         }
     }
 
-    void RenderFrame(std::int64_t number)
+    void RenderFrame(std::int64_t frame)
     {
-        const std::int64_t frame = number - 1;
         m_look.Render(frame, m_image, m_graded,
                       {m_source.Info().pixelAspect, m_rate, FrameTime(frame, m_rate)});
         m_sink.Write(m_graded);
@@ -113,6 +144,7 @@ private:
     }
 
     const RenderCommand& m_command;
+    const FrameList m_frames;
     FrameSource& m_source;
     FrameSink& m_sink;
     ShownLook& m_look;
@@ -132,6 +164,7 @@ void RunRender(const RenderCommand& command, Reporter& reporter)
 {
     const std::unique_ptr<FrameSource> source = OpenSource(command.source);
     const StreamInfo& info = source->Info();
+    CheckFrames(command, info);
     StreamInfo written = info;
     written.light.isLinear = command.linear.value_or(info.light.isLinear);
     const std::unique_ptr<FrameSink> sink = OpenSink(command.sink, written);
@@ -149,7 +182,8 @@ void RunRender(const RenderCommand& command, Reporter& reporter)
                   ", rendered in " + look.Manner());
     look.Tell(reporter);
     FrameLoop frames(command, *source, *sink, look, depth, reporter);
-    reporter.Begin(FramesToRender(command, info));
+    reporter.Begin(
+        FramesToRender(command.frames.value_or(FrameList()), info, command.expectedFrames));
     try
     {
         frames.Run();

@@ -73,8 +73,7 @@ void AddRenderPlaces(CLI::App& command, RenderCommand& render, RenderWords& word
     command.add_flag("--overwrite", render.sink.overwrite,
                      "replace an output, or a project, that exists");
     command
-        .add_option("--frames", words.frames,
-                    "frames to render, from 1: 1-10,15,20-40x2 (default: all)")
+        .add_option("--frames", words.frames, "frames to render: 1-10,15,20-40x2 (default: all)")
         ->type_name("LIST");
     command
         .add_option("--expect", words.expected,

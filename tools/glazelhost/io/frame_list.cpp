@@ -28,7 +28,7 @@ std::string_view Trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-// A number from 1 to kLargestFrame, and nothing else.
+// A number from 0 to kLargestFrame, and nothing else.
 std::int64_t ParseNumber(std::string_view digits, std::string_view part)
 {
     std::int64_t number = 0;
@@ -43,16 +43,16 @@ std::int64_t ParseNumber(std::string_view digits, std::string_view part)
     {
         Refuse(part, "this is not a frame number or range");
     }
-    if (number < 1)
+    if (number < 0)
     {
-        Refuse(part, "frames and steps count from 1");
+        Refuse(part, "frames have no numbers below 0");
     }
     return number;
 }
 
 } // namespace
 
-FrameList::FrameList() : m_ranges{{1, kNoEnd, 1}} {}
+FrameList::FrameList() : m_ranges{{0, kNoEnd, 1}} {}
 
 FrameList::Range FrameList::ParseRange(std::string_view part)
 {
@@ -67,6 +67,10 @@ FrameList::Range FrameList::ParseRange(std::string_view part)
     if (const auto times = lastDigits.find('x'); times != std::string_view::npos)
     {
         step = ParseNumber(lastDigits.substr(times + 1), part);
+        if (step < 1)
+        {
+            Refuse(part, "a step is at least 1");
+        }
         lastDigits = lastDigits.substr(0, times);
     }
     const std::int64_t first = ParseNumber(part.substr(0, dash), part);
@@ -102,7 +106,7 @@ FrameList FrameList::Parse(std::string_view text)
 
 bool FrameList::Contains(std::int64_t frame) const noexcept
 {
-    return frame >= 1 && NextAfter(frame - 1) == frame;
+    return frame >= 0 && NextAfter(frame - 1) == frame;
 }
 
 std::optional<std::int64_t> FrameList::NextAfter(std::int64_t frame) const noexcept
@@ -127,22 +131,30 @@ std::optional<std::int64_t> FrameList::NextAfter(std::int64_t frame) const noexc
     return next == kNoEnd ? std::nullopt : std::optional(next);
 }
 
+std::int64_t FrameList::First() const noexcept
+{
+    return m_ranges.front().first;
+}
+
 std::optional<std::int64_t> FrameList::Last() const noexcept
 {
     const std::int64_t last = std::ranges::max(m_ranges, {}, &Range::last).last;
     return last == kNoEnd ? std::nullopt : std::optional(last);
 }
 
-std::int64_t FrameList::CountWithin(std::int64_t frameCount) const noexcept
+std::int64_t FrameList::CountWithin(std::int64_t first, std::int64_t last) const noexcept
 {
     if (m_ranges.size() == 1) // the usual list: no walk over millions of frames
     {
         const Range& only = m_ranges.front();
-        const std::int64_t last = std::min(only.last, frameCount);
-        return last < only.first ? 0 : (last - only.first) / only.step + 1;
+        const std::int64_t steps =
+            first > only.first ? (first - only.first + only.step - 1) / only.step : 0;
+        const std::int64_t begin = only.first + steps * only.step;
+        const std::int64_t end = std::min(only.last, last);
+        return end < begin ? 0 : (end - begin) / only.step + 1;
     }
     std::int64_t count = 0;
-    for (auto frame = NextAfter(0); frame && *frame <= frameCount; frame = NextAfter(*frame))
+    for (auto frame = NextAfter(first - 1); frame && *frame <= last; frame = NextAfter(*frame))
     {
         ++count;
     }

@@ -1,4 +1,4 @@
-// The frames that the user wants: "1-10,15,20-40x2" (numbers from 1, both ends included, a step
+// The frames that the user wants: "1-10,15,20-40x2" (numbers from 0, both ends included, a step
 // after x; "30-" goes on to the end). Pure: no windows.h.
 // Tests: tests/tools/glazelhost/io/frame_list_test.cpp.
 #pragma once
@@ -13,7 +13,7 @@ class FrameList
 {
 public:
     // Largest number that can be written in a list.
-    static constexpr std::int64_t kLargestFrame = 1'000'000'000;
+    static constexpr std::int64_t kLargestFrame = 999'999'999'999'999'999;
 
     FrameList(); // every frame
 
@@ -23,10 +23,11 @@ public:
     bool Contains(std::int64_t frame) const noexcept;
     // The smallest listed frame above `frame`; none when there is none.
     std::optional<std::int64_t> NextAfter(std::int64_t frame) const noexcept;
+    std::int64_t First() const noexcept;
     // The last listed frame; none when the list has no end.
     std::optional<std::int64_t> Last() const noexcept;
-    // How many of the frames 1 to `frameCount` are listed.
-    std::int64_t CountWithin(std::int64_t frameCount) const noexcept;
+    // How many of the frames `first` to `last` are listed; `first` is 0 or more.
+    std::int64_t CountWithin(std::int64_t first, std::int64_t last) const noexcept;
 
 private:
     // first, first + step, ... up to last.

@@ -174,7 +174,7 @@ void PictureSink::Write(const Image& image)
     if (!m_pattern && m_anyFrame)
     {
         throw HostError(m_options.path, "one picture holds one frame only",
-                        "name a sequence like out_%04d.png, or choose one frame with --frames 1");
+                        "name a sequence like out_%04d.png, or choose one frame with --frames");
     }
     const std::string path = m_pattern ? m_pattern->PathOf(m_number) : m_options.path;
     ++m_number;

@@ -74,9 +74,9 @@ std::string CommandText(const RepeatedRender& render)
     {
         addOption("--depth", *render.depth == SampleType::Byte ? "8" : "float");
     }
-    if (render.firstFrameOnly)
+    if (render.frame)
     {
-        addOption("--frames", "1");
+        addOption("--frames", std::to_string(*render.frame));
     }
     if (!render.tools.rendererFolder.empty())
     {

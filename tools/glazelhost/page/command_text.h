@@ -4,6 +4,7 @@
 
 #include "tools/glazelhost/commands/command_line.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -23,7 +24,7 @@ struct RepeatedRender
 {
     std::string image;
     std::string output;
-    bool firstFrameOnly = false;
+    std::optional<std::int64_t> frame; // of several: its number for --frames
     LookFile look;
     std::optional<SampleType> depth;
     ToolPaths tools;

@@ -34,10 +34,10 @@ TEST(CommandTexts, SayOnlyWhatWasChosen)
     render.look.linear = false;
     render.look.unclamped = true;
     render.depth = SampleType::Float;
-    render.firstFrameOnly = true;
+    render.frame = 1001;
     render.tools = {R"(D:\renderer)", R"(E:\GlazelDX_x64.dll)"};
     EXPECT_EQ(CommandText(render), CommandText(Render()) +
-                                       " --unclamped --linear off --depth float --frames 1"
+                                       " --unclamped --linear off --depth float --frames 1001"
                                        R"( --renderer D:\renderer --plugin E:\GlazelDX_x64.dll)");
 }
 
