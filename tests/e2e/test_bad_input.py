@@ -6,7 +6,7 @@ import shutil
 import numpy as np
 import pytest
 
-from conftest import BIN, COOL, host, render, write_png, write_y4m, y4m_frames
+from conftest import BIN, COOL, WARM, host, render, write_png, write_y4m, y4m_frames
 
 
 def assert_refused(result, *parts, code=1):
@@ -314,6 +314,14 @@ def test_a_look_that_exists_is_kept_without_overwrite(out):
     (out / "out.look").write_text("mine")
     assert_refused(host("look", COOL, out / "out.look"), "out.look", "--overwrite")
     assert (out / "out.look").read_text() == "mine"
+
+
+@pytest.mark.parametrize("name", ["out.cube", "out.cc", "out"])
+def test_a_look_is_not_written_under_a_name_that_promises_something_else(name, out):
+    for words in (["look", COOL], ["blend", COOL, WARM, "0.5"]):
+        assert_refused(host(*words, out / name), name, ".look", code=2)
+    assert_refused(host("page", "--save-look", out / name), name, ".look", code=2)
+    assert_nothing_written(out)
 
 
 def test_frames_that_the_input_does_not_have(small, out):

@@ -1,6 +1,7 @@
 #include "tools/glazelhost/commands/commands.h"
 
 #include "tools/glazelhost/host/effect_controls.h"
+#include "tools/glazelhost/host/look_formats.h"
 #include "tools/glazelhost/host/plugin_module.h"
 #include "tools/glazelhost/host/renderer_library.h"
 #include "tools/glazelhost/host_error.h"
@@ -8,6 +9,7 @@
 
 void RunBlend(const BlendCommand& command)
 {
+    const LookFormat& format = LookFormatOf(command.output);
     CheckOutputTarget(command.output, command.overwrite);
     const RendererLibrary renderer(command.tools.rendererFolder);
     renderer.Require();
@@ -29,6 +31,6 @@ void RunBlend(const BlendCommand& command)
                         "use smaller looks");
     }
     const auto output = OpenSafeOutput(command.output, command.overwrite);
-    output->Write(blend.data(), blend.size());
+    format.write(blend, *output);
     output->Commit();
 }

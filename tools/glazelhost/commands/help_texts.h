@@ -52,7 +52,7 @@ The window shows the picture as the effect renders it, and below it the effect's
 "Edit..." opens the look editor, "Assume Linear Gamma" is obeyed where the effect works in
 float. The line at the bottom says what it does for this picture, and whether the picture is
 linear light. Every change is rendered at once.
-"Save look..." keeps the look as a file. "Copy command" puts the "glazelhost render" command
+"Save look..." keeps the look as a .look file. "Copy command" puts the "glazelhost render" command
 that makes the same picture on the clipboard; a look that no file holds is saved first.
 With --save-look the window closes without asking; else it asks when a changed look would be
 lost.
@@ -62,13 +62,15 @@ Examples:
   glazelhost page --image photo.tif --save-look mine.look)text";
 
 inline constexpr char kLookFooter[] = R"text(
+OUT's ending says what is written: .look is the renderer's own record. Others are refused.
+
 Examples:
   glazelhost look warm.cube warm.look
   glazelhost look day.ccc#shot12 shot12.look --linear off)text";
 
 inline constexpr char kBlendFooter[] = R"text(
 FRACTION is 0 for all of A to 1 for all of B. The record's option "assume linear gamma" is
-on, unless FRACTION is 0 or 1.
+on, unless FRACTION is 0 or 1. It is written as a .look file.
 
 Examples:
   glazelhost blend warm.cube cool.cc 0.5 between.look)text";

@@ -1,6 +1,7 @@
 #include "tools/glazelhost/commands/commands.h"
 
 #include "tools/glazelhost/commands/look_record.h"
+#include "tools/glazelhost/host/look_formats.h"
 #include "tools/glazelhost/host/renderer_library.h"
 #include "tools/glazelhost/io/safe_output.h"
 #include "tools/glazelhost/ui/console.h"
@@ -65,6 +66,7 @@ std::string TextOf(const LookCommand& command, const Look& look)
 
 void RunLook(const LookCommand& command)
 {
+    const LookFormat& format = LookFormatOf(command.output);
     CheckOutputTarget(command.output, command.overwrite);
     RendererLibrary renderer(command.tools.rendererFolder);
     renderer.Require();
@@ -74,7 +76,7 @@ void RunLook(const LookCommand& command)
                                                              : RendererAPI::kImportRecord);
     SetLinear(look.record, command.linear, command.input);
     const auto output = OpenSafeOutput(command.output, command.overwrite);
-    output->Write(look.record.data(), look.record.size());
+    format.write(look.record, *output);
     output->Commit();
     WriteStandardOutput(TextOf(command, look));
 }

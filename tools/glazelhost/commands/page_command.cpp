@@ -1,6 +1,7 @@
 #include "tools/glazelhost/commands/commands.h"
 
 #include "tools/glazelhost/commands/look_record.h"
+#include "tools/glazelhost/host/look_formats.h"
 #include "tools/glazelhost/host/message_boxes.h"
 #include "tools/glazelhost/host/project_file.h"
 #include "tools/glazelhost/host_error.h"
@@ -13,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace
@@ -108,6 +110,7 @@ void RunPage(const PageCommand& command, Reporter& reporter)
 {
     if (command.savedLook)
     {
+        std::ignore = LookFormatOf(*command.savedLook); // refuses others
         CheckOutputTarget(*command.savedLook, command.overwrite);
     }
     Still still = OpenStill(command);

@@ -1,6 +1,7 @@
 #include "tools/glazelhost/page/look_keeper.h"
 
 #include "tools/glazelhost/host/look.h"
+#include "tools/glazelhost/host/look_formats.h"
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/safe_output.h"
@@ -103,8 +104,9 @@ void LookKeeper::Save(const std::string& path, bool overwrite)
         throw HostError(path, "there is no look to save",
                         "press Edit... on the page and make one, or start with --look FILE");
     }
+    const LookFormat& format = LookFormatOf(path);
     const auto output = OpenSafeOutput(path, overwrite || HasWritten(path));
-    output->Write(record.data(), record.size());
+    format.write(record, *output);
     output->Commit();
     if (m_origin && IsOneOf(path, m_origin->path))
     {
