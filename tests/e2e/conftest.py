@@ -63,6 +63,11 @@ def render(source, target, *options, look=WARM, **more):
     return host("render", source, target, "--look", look, *options, **more)
 
 
+def assert_alike(first, second, most):
+    """No channel of the two pictures is further apart than `most`."""
+    succeed(host("compare", first, second, "--fail-over", most))
+
+
 def ffmpeg(*words, data=None):
     """Standard output of ffmpeg, which must succeed."""
     finished = subprocess.run(["ffmpeg", "-nostdin" if data is None else "-y", "-v", "error", "-y",

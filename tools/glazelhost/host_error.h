@@ -10,6 +10,8 @@ enum class ExitCode
     Done = 0,
     Failed = 1,
     WrongUsage = 2,
+    OverWarning = 3, // compared pictures differ by more than --warn-over
+    OverLimit = 4,   // and by more than --fail-over
 };
 
 // `what` names the file or object, `why` the cause in words, `remedy` what the user can do. The

@@ -214,6 +214,10 @@ ExitCode Run(const Command& command, Reporter& reporter)
         {
             RunBlend(*blend);
         }
+        else if (const auto* compare = std::get_if<CompareCommand>(&command))
+        {
+            RunCompare(*compare);
+        }
         else if (const auto* presets = std::get_if<PresetsCommand>(&command))
         {
             RunPresets(*presets);

@@ -1,5 +1,6 @@
 #include "tools/glazelhost/commands/command_line.h"
 
+#include "tools/glazelhost/commands/compare_options.h"
 #include "tools/glazelhost/commands/help_texts.h"
 #include "tools/glazelhost/commands/render_options.h"
 #include "tools/glazelhost/commands/shared_options.h"
@@ -84,8 +85,8 @@ void AddBlendPlaces(CLI::App& command, BlendCommand& blend)
 // CLI11 would only say that a command is required.
 void CheckCommandName(const std::vector<std::string>& arguments)
 {
-    constexpr std::array<std::string_view, 6> kNames{"render", "page",    "look",
-                                                     "blend",  "presets", "info"};
+    constexpr std::array<std::string_view, 7> kNames{"render",  "page",    "look", "blend",
+                                                     "compare", "presets", "info"};
     const std::string first = arguments.empty() ? std::string() : arguments.front();
     if (first.empty() ||
         (first.front() != '-' && std::find(kNames.begin(), kNames.end(), first) == kNames.end()))
@@ -93,7 +94,7 @@ void CheckCommandName(const std::vector<std::string>& arguments)
         throw HostError(
             first.empty() ? "command line" : OneLine(first),
             first.empty() ? "there is no command" : "there is no such command",
-            "use render, page, look, blend, presets or info, or see \"glazelhost --help\"",
+            "use render, page, look, blend, compare, presets or info, or see \"glazelhost --help\"",
             ExitCode::WrongUsage);
     }
 }
@@ -154,6 +155,13 @@ Command ParseCommandLine(const std::vector<std::string>& arguments)
     AddBlendPlaces(*blendCommand, blend);
     AddToolOptions(*blendCommand, blend.tools, true);
 
+    CompareCommand compare;
+    CompareWords compareWords;
+    CLI::App* const compareCommand =
+        program.add_subcommand("compare", "Tell how far apart two pictures or clips are.");
+    compareCommand->footer(kCompareFooter);
+    AddCompareOptions(*compareCommand, compare, compareWords);
+
     PresetsCommand presets;
     CLI::App* const presetsCommand =
         program.add_subcommand("presets", "List the presets of the effect.");
@@ -209,6 +217,10 @@ Command ParseCommandLine(const std::vector<std::string>& arguments)
                             ExitCode::WrongUsage);
         }
         return blend;
+    }
+    if (*compareCommand)
+    {
+        return FinishCompare(std::move(compare), compareWords);
     }
     if (*presetsCommand)
     {

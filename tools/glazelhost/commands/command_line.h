@@ -90,6 +90,19 @@ struct BlendCommand
     ToolPaths tools;
 };
 
+struct CompareCommand
+{
+    SourceOptions first;
+    SourceOptions second;
+    double threshold = 1.0 / 255.0; // of a pixel that counts as different
+    std::optional<double> warnOver; // the largest difference that is none
+    std::optional<double> failOver;
+    std::optional<std::string> picture; // of the differences
+    double amplify = 16.0;              // their factor in it
+    bool overwrite = false;
+    bool json = false;
+};
+
 struct PresetsCommand
 {
     bool json = false;
@@ -108,8 +121,8 @@ struct TextCommand
     std::string text;
 };
 
-using Command = std::variant<RenderCommand, PageCommand, LookCommand, BlendCommand, PresetsCommand,
-                             InfoCommand, TextCommand>;
+using Command = std::variant<RenderCommand, PageCommand, LookCommand, BlendCommand, CompareCommand,
+                             PresetsCommand, InfoCommand, TextCommand>;
 
 // `arguments` without the program's name. Throws HostError (WrongUsage) with one line.
 Command ParseCommandLine(const std::vector<std::string>& arguments);

@@ -14,6 +14,9 @@ void RunPage(const PageCommand& command, Reporter& reporter);
 void RunLook(const LookCommand& command);
 // The record between two looks, as the effect blends keyframes.
 void RunBlend(const BlendCommand& command);
+// What differs goes to standard output. Throws HostError (OverWarning, OverLimit) behind that when
+// it is more than the command allows.
+void RunCompare(const CompareCommand& command);
 // The effect's presets go to standard output.
 void RunPresets(const PresetsCommand& command);
 // Everything goes to standard output; that something is missing is an answer, not a failure.

@@ -5,7 +5,7 @@ inline constexpr char kProgramHelp[] =
     "Renders pictures and video through the Glazel DX plug-in, as an editor would.";
 
 inline constexpr char kProgramFooter[] = R"text(
-Exit codes: 0 done, 1 the job failed, 2 wrong usage.
+Exit codes: 0 done, 1 the job failed, 2 wrong usage; "compare" has 3 and 4 besides.
 "glazelhost COMMAND --help" tells more about a command.)text";
 
 inline constexpr char kRenderFooter[] = R"text(
@@ -74,6 +74,20 @@ on, unless FRACTION is 0 or 1. It is written as a .look file.
 
 Examples:
   glazelhost blend warm.cube cool.cc 0.5 between.look)text";
+
+inline constexpr char kCompareFooter[] = R"text(
+A and B are pictures, numbered sequences, Y4M or raw BGRA, of one size and as many frames; the
+numbers of sequences may differ. A difference D is of channels from 0 to 1, whatever the depth:
+1/255 is one 8-bit code. Alpha is compared where A or B has it. Told are the largest difference,
+with its frame, pixel (from the upper left, from 0) and channel; the mean; the PSNR; and the
+share of pixels that differ by more than --threshold.
+Exit codes: 0 within both limits, 3 over --warn-over, 4 over --fail-over; a limit that is not
+given is none.
+
+Examples:
+  glazelhost compare graded.png expected.png --fail-over 1/255
+  glazelhost compare a_%04d.tif b_%04d.tif --json
+  glazelhost compare clip.y4m other.y4m --picture diff_%04d.png --amplify 50)text";
 
 inline constexpr char kPresetsFooter[] = R"text(
 Examples:

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <tuple>
 #include <utility>
@@ -27,27 +26,6 @@ std::optional<StreamFormat> FormatOf(const std::string& word)
         return std::nullopt;
     }
     return word == "y4m" ? StreamFormat::Y4m : StreamFormat::Bgra;
-}
-
-// "1920x1080".
-std::pair<int, int> SizeOf(const std::string& word)
-{
-    int width = 0;
-    int height = 0;
-    const char* const end = word.data() + word.size();
-    const auto first = std::from_chars(word.data(), end, width);
-    const bool hasCross = first.ec == std::errc() && first.ptr != end && *first.ptr == 'x';
-    const auto second = hasCross ? std::from_chars(first.ptr + 1, end, height) : first;
-    if (!hasCross || second.ec != std::errc() || second.ptr != end)
-    {
-        ThrowUsage("--size " + word, "a size is WIDTHxHEIGHT, as in 1920x1080");
-    }
-    if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide)
-    {
-        ThrowUsage("--size " + word,
-                   "width and height are from 1 to " + std::to_string(kLargestSide));
-    }
-    return {width, height};
 }
 
 ProgressChoice ProgressOf(const RenderWords& words)
@@ -174,7 +152,7 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
     }
     if (words.size)
     {
-        std::tie(render.source.width, render.source.height) = SizeOf(*words.size);
+        std::tie(render.source.width, render.source.height) = SizeOf(*words.size, "render");
     }
     if (words.firstNumber >= 0)
     {

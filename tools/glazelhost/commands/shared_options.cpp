@@ -1,5 +1,8 @@
 #include "tools/glazelhost/commands/shared_options.h"
 
+#include "tools/glazelhost/host_error.h"
+
+#include <charconv>
 #include <utility>
 
 CLI::Validator Undescribed(CLI::Validator validator)
@@ -65,4 +68,28 @@ std::optional<SampleType> SampleTypeOf(const std::string& word)
         return std::nullopt;
     }
     return word == "8" ? SampleType::Byte : SampleType::Float;
+}
+
+std::pair<int, int> SizeOf(const std::string& word, const char* command)
+{
+    const auto refuse = [&](const std::string& why) {
+        throw HostError("--size " + word, why,
+                        "see \"glazelhost " + std::string(command) + " --help\"",
+                        ExitCode::WrongUsage);
+    };
+    int width = 0;
+    int height = 0;
+    const char* const end = word.data() + word.size();
+    const auto first = std::from_chars(word.data(), end, width);
+    const bool hasCross = first.ec == std::errc() && first.ptr != end && *first.ptr == 'x';
+    const auto second = hasCross ? std::from_chars(first.ptr + 1, end, height) : first;
+    if (!hasCross || second.ec != std::errc() || second.ptr != end)
+    {
+        refuse("a size is WIDTHxHEIGHT, as in 1920x1080");
+    }
+    if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide)
+    {
+        refuse("width and height are from 1 to " + std::to_string(kLargestSide));
+    }
+    return {width, height};
 }

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // What the options fill lives as long as `command`.
@@ -25,3 +26,6 @@ void AddDepth(CLI::App& command, std::string& depth);
 // Of words that the options have checked; none for an empty one and for "auto".
 std::optional<bool> SwitchOf(const std::string& word);
 std::optional<SampleType> SampleTypeOf(const std::string& word);
+
+// "1920x1080" as width and height. Throws HostError (WrongUsage) that names the help of `command`.
+std::pair<int, int> SizeOf(const std::string& word, const char* command);

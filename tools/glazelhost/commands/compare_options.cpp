@@ -1,0 +1,117 @@
+#include "tools/glazelhost/commands/compare_options.h"
+
+#include "tools/glazelhost/commands/shared_options.h"
+#include "tools/glazelhost/host_error.h"
+
+#include <charconv>
+#include <cmath>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace
+{
+
+[[noreturn]] void ThrowUsage(const std::string& what, const std::string& why)
+{
+    throw HostError(what, why, "see \"glazelhost compare --help\"", ExitCode::WrongUsage);
+}
+
+std::optional<double> NumberOf(std::string_view text)
+{
+    double number = 0.0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end && std::isfinite(number) ? std::optional(number)
+                                                                        : std::nullopt;
+}
+
+// "0.004" or "1/255".
+double DifferenceOf(const char* option, const std::string& word)
+{
+    const auto slash = word.find('/');
+    const auto over = NumberOf(std::string_view(word).substr(0, slash));
+    const auto under = slash == std::string::npos
+                           ? std::optional(1.0)
+                           : NumberOf(std::string_view(word).substr(slash + 1));
+    if (!over || !under || *over < 0.0 || *under <= 0.0)
+    {
+        ThrowUsage(std::string(option) + " " + word,
+                   "a difference is a number from 0 on, as in 0.004 or 1/255");
+    }
+    return *over / *under;
+}
+
+} // namespace
+
+void AddCompareOptions(CLI::App& command, CompareCommand& compare, CompareWords& words)
+{
+    command.add_option("A", compare.first.path, "what to compare")->required()->type_name("");
+    command.add_option("B", compare.second.path, "what to compare it with")
+        ->required()
+        ->type_name("");
+    command
+        .add_option("--threshold", words.threshold,
+                    "pixels that differ by more are counted (default: 1/255)")
+        ->type_name("D");
+    command
+        .add_option("--warn-over", words.warnOver,
+                    "end with exit code 3 when the largest difference is more")
+        ->type_name("D");
+    command
+        .add_option("--fail-over", words.failOver,
+                    "end with exit code 4 when the largest difference is more")
+        ->type_name("D");
+    command.add_option("--picture", compare.picture, "where to put a picture of the differences")
+        ->type_name("FILE");
+    command
+        .add_option("--amplify", compare.amplify,
+                    "factor of the differences in the picture (default: 16)")
+        ->check(Undescribed(CLI::PositiveNumber))
+        ->type_name("N");
+    command.add_flag("--overwrite", compare.overwrite, "replace a picture that exists");
+    command.add_option("--size", words.size, "size of raw input")->type_name("WxH");
+    command.add_flag("--json", compare.json, "as one JSON object");
+}
+
+CompareCommand FinishCompare(CompareCommand compare, const CompareWords& words)
+{
+    for (const std::string& path : {compare.first.path, compare.second.path})
+    {
+        if (path == kStandardStream)
+        {
+            ThrowUsage("standard input", "what is compared has to be files");
+        }
+    }
+    if (compare.picture == kStandardStream)
+    {
+        ThrowUsage("--picture -", "the picture goes to a file");
+    }
+    if (!compare.picture && compare.overwrite)
+    {
+        ThrowUsage("--overwrite", "it is for --picture, which is not there");
+    }
+    if (!std::isfinite(compare.amplify))
+    {
+        ThrowUsage("--amplify", "the number is not finite");
+    }
+    if (!words.threshold.empty())
+    {
+        compare.threshold = DifferenceOf("--threshold", words.threshold);
+    }
+    if (!words.warnOver.empty())
+    {
+        compare.warnOver = DifferenceOf("--warn-over", words.warnOver);
+    }
+    if (!words.failOver.empty())
+    {
+        compare.failOver = DifferenceOf("--fail-over", words.failOver);
+    }
+    if (!words.size.empty())
+    {
+        std::tie(compare.first.width, compare.first.height) = SizeOf(words.size, "compare");
+        compare.second.width = compare.first.width;
+        compare.second.height = compare.first.height;
+    }
+    return compare;
+}
