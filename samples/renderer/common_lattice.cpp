@@ -1,7 +1,6 @@
 #include "samples/renderer/common_lattice.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace
 {
@@ -10,6 +9,7 @@ namespace
 // rising, at no less than a tenth of its mean, where both looks are flat.
 constexpr double kOwnShare = 0.45;
 constexpr double kLineShare = 0.1;
+constexpr std::uint32_t kSpacingEntries = 2048; // of the curves that space nodes
 
 const Domain& InputDomain(const StoredLook& look) noexcept
 {
@@ -85,31 +85,26 @@ std::uint32_t CommonSize(const StoredLook& a, const StoredLook& b) noexcept
     return kStoredCubeSize;
 }
 
-// Rounded as records store it, so that the nodes lie where the stored curve puts them.
-float StoredShare(double share) noexcept
-{
-    return static_cast<float>(std::round(std::clamp(share, 0.0, 1.0) * 65535.0) / 65535.0);
-}
-
 void FillCurve(const Spacing& a, const Spacing& b, const Interval& domain, float* curve) noexcept
 {
-    for (std::uint32_t i = 0; i < kStoredCurveSize; ++i)
+    for (std::uint32_t i = 0; i < kSpacingEntries; ++i)
     {
-        const float value = EntryValue(domain, i, kStoredCurveSize);
-        const double line = static_cast<double>(i) / (kStoredCurveSize - 1);
-        curve[i] = StoredShare(kOwnShare * (a.At(value) + b.At(value)) + kLineShare * line);
+        const float value = EntryValue(domain, i, kSpacingEntries);
+        const double line = static_cast<double>(i) / (kSpacingEntries - 1);
+        const double share = kOwnShare * (a.At(value) + b.At(value)) + kLineShare * line;
+        curve[i] = static_cast<float>(std::clamp(share, 0.0, 1.0));
     }
-    curve[kStoredCurveSize - 1] = 1.0F;
+    curve[kSpacingEntries - 1] = 1.0F;
 }
 
 // The value at which a strictly rising curve reaches `share`.
 float InverseOf(const float* curve, const Interval& domain, float share) noexcept
 {
-    const float* const above = std::upper_bound(curve + 1, curve + kStoredCurveSize - 1, share);
+    const float* const above = std::upper_bound(curve + 1, curve + kSpacingEntries - 1, share);
     const double low = above[-1];
     const double entry = static_cast<double>(above - 1 - curve) + (share - low) / (*above - low);
     return static_cast<float>(domain.low +
-                              (double{domain.high} - domain.low) * entry / (kStoredCurveSize - 1));
+                              (double{domain.high} - domain.low) * entry / (kSpacingEntries - 1));
 }
 
 } // namespace
@@ -134,7 +129,7 @@ CommonLattice::CommonLattice(const PreparedLook& a, const PreparedLook& b,
     const bool curved = NeedsCurves(a, b);
     blend.cubeSize = curved ? kStoredCubeSize : CommonSize(a.Stored(), b.Stored());
     blend.cubeDomain = curved ? Domain{} : domain;
-    blend.curveSize = curved ? kStoredCurveSize : 0;
+    blend.curveSize = curved ? kSpacingEntries : 0;
     blend.curveDomain = domain;
     blend.curveRange = Domain{};
     for (std::size_t channel = 0; channel < 3; ++channel)

@@ -3,7 +3,7 @@
 // windows.h. Tests: tests/samples/renderer/cube_reader_test.cpp.
 #pragma once
 
-#include "samples/renderer/look.h"
+#include "samples/renderer/look_record.h"
 
 #include <cstdint>
 #include <string>
@@ -11,7 +11,7 @@
 #include <vector>
 
 // The sizes that a file may state.
-inline constexpr std::uint32_t kLargestCurve = 65536;
+inline constexpr std::uint32_t kLargestCurve = kStoredCurveSize;
 inline constexpr std::uint32_t kLargestCube = 256;
 
 // True when a line of `text` states the size of a table, as every such file must.

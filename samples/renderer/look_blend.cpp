@@ -7,6 +7,9 @@
 namespace
 {
 
+// Of curves that are sampled: as fine as the steps of 14 bits.
+constexpr std::uint32_t kBlendedCurveSize = 16384;
+
 float Mix(double weightA, float a, double weightB, float b) noexcept
 {
     return static_cast<float>(weightA * a + weightB * b);
@@ -28,19 +31,6 @@ CdlMode BlendedMode(CdlMode a, CdlMode b) noexcept
         return CdlMode::None;
     }
     return a == CdlMode::Clamped || b == CdlMode::Clamped ? CdlMode::Clamped : CdlMode::Unclamped;
-}
-
-void CopyTables(const StoredLook& source, StoredLook& blend) noexcept
-{
-    blend.curveSize = source.curveSize;
-    blend.curveDomain = source.curveDomain;
-    blend.curveRange = source.curveRange;
-    std::copy_n(source.curveValues.begin(), std::size_t{3} * source.curveSize,
-                blend.curveValues.begin());
-    blend.cubeSize = source.cubeSize;
-    blend.cubeDomain = source.cubeDomain;
-    blend.cubeRange = source.cubeRange;
-    std::copy_n(source.cubeNodes.begin(), 3 * NodeCount(source.cubeSize), blend.cubeNodes.begin());
 }
 
 // A weighted mean of what two looks' tables hold or give.
@@ -78,6 +68,14 @@ struct TableMix
     }
 };
 
+bool SameTables(const StoredLook& a, const StoredLook& b) noexcept
+{
+    return a.codedVersion == b.codedVersion && a.curveSize == b.curveSize &&
+           a.cubeSize == b.cubeSize && a.curveDomain == b.curveDomain &&
+           a.curveRange == b.curveRange && a.cubeDomain == b.cubeDomain &&
+           a.cubeRange == b.cubeRange && a.coded == b.coded;
+}
+
 bool SameCurves(const StoredLook& a, const StoredLook& b) noexcept
 {
     return std::equal(a.curveValues.begin(),
@@ -99,7 +97,7 @@ bool SameLattice(const StoredLook& a, const StoredLook& b) noexcept
 void MixEntries(const StoredLook& a, const StoredLook& b, const TableMix& mix,
                 StoredLook& blend) noexcept
 {
-    CopyTables(a, blend);
+    blend.CopyTables(a);
     if (a.cubeSize == 0)
     {
         blend.curveRange = mix(a.curveRange, b.curveRange);
@@ -118,7 +116,7 @@ const Domain& OutputRange(const StoredLook& look) noexcept
 void MixSampledCurves(const PreparedLook& a, const PreparedLook& b, const TableMix& mix,
                       StoredLook& blend) noexcept
 {
-    blend.curveSize = CurveCapacity(0);
+    blend.curveSize = kBlendedCurveSize;
     blend.curveDomain = CommonDomain(a.Stored(), b.Stored());
     blend.curveRange = mix(OutputRange(a.Stored()), OutputRange(b.Stored()));
     for (std::size_t channel = 0; channel < 3; ++channel)
@@ -155,10 +153,18 @@ void MixSampledCubes(const PreparedLook& a, const PreparedLook& b, const TableMi
     }
 }
 
+// Where to begin looking for the step of a blend. Two cubes that are cut off along different
+// surfaces take more room together than either; guessing that saves a frame of an animation a try.
+std::uint32_t LikelyStep(const StoredLook& a, const StoredLook& b) noexcept
+{
+    const bool isTight = CubeBytesOf(a) + CubeBytesOf(b) > kRecordTableSize / 4 * 5;
+    return std::max(CubeStepOf(a), CubeStepOf(b)) + (isTight ? 1 : 0);
+}
+
 // With o = (1 - s) x + s T(x) for a look of strength s and tables T, the mean of two outputs is of
 // that form again: the strengths and the weights of T below follow from it.
-void BlendTables(const PreparedLook& a, const PreparedLook& b, double fraction,
-                 StoredLook& blend) noexcept
+void BlendTables(const PreparedLook& a, const PreparedLook& b, double fraction, StoredLook& blend,
+                 TableEncoder& encoder) noexcept
 {
     const StoredLook& storedA = a.Stored();
     const StoredLook& storedB = b.Stored();
@@ -167,13 +173,18 @@ void BlendTables(const PreparedLook& a, const PreparedLook& b, double fraction,
     const double strength = strengthA + strengthB;
     if (!storedA.HasTables() || !storedB.HasTables())
     {
-        CopyTables(storedA.HasTables() ? storedA : storedB, blend);
+        blend.CopyTables(storedA.HasTables() ? storedA : storedB);
         blend.strength = blend.HasTables() ? static_cast<float>(strength) : 1.0F;
         return;
     }
     blend.strength = static_cast<float>(std::min(strength, 1.0));
     const double weightB = strength > 0.0 ? strengthB / strength : fraction;
     const TableMix mix{1.0 - weightB, weightB};
+    if (SameTables(storedA, storedB))
+    {
+        blend.CopyTables(storedA);
+        return;
+    }
     if (SameLattice(storedA, storedB))
     {
         MixEntries(storedA, storedB, mix, blend);
@@ -186,12 +197,13 @@ void BlendTables(const PreparedLook& a, const PreparedLook& b, double fraction,
     {
         MixSampledCubes(a, b, mix, blend);
     }
+    CodeTables(blend, LikelyStep(storedA, storedB), encoder);
 }
 
 } // namespace
 
-void BlendLooks(const PreparedLook& a, const PreparedLook& b, double fraction,
-                StoredLook& blend) noexcept
+void BlendLooks(const PreparedLook& a, const PreparedLook& b, double fraction, StoredLook& blend,
+                TableEncoder& encoder) noexcept
 {
     const double t = BlendFraction(fraction);
     const StoredLook& storedA = a.Stored();
@@ -203,5 +215,5 @@ void BlendLooks(const PreparedLook& a, const PreparedLook& b, double fraction,
     MixTriples(t, storedA.cdl.power, storedB.cdl.power, blend.cdl.power);
     blend.cdl.saturation = Mix(1.0 - t, storedA.cdl.saturation, t, storedB.cdl.saturation);
     blend.title = t < 0.5 ? storedA.title : storedB.title;
-    BlendTables(a, b, t, blend);
+    BlendTables(a, b, t, blend, encoder);
 }

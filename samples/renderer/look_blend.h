@@ -5,7 +5,7 @@
 // a neutral one, and the blend clamps when either does. Tables over the same lattice blend entry by
 // entry, and a look without tables counts as tables of strength 0: both are exact. Otherwise both
 // are sampled over a common lattice that covers both domains:
-// * curves alone: CurveCapacity(0) entries;
+// * curves alone: 16384 entries;
 // * cubes over one domain: the smallest lattice up to kStoredCubeSize that holds all nodes of both,
 //   which is exact too;
 // * anything else: kStoredCubeSize nodes a side behind curves that space the nodes as the two looks
@@ -14,6 +14,7 @@
 #pragma once
 
 #include "samples/renderer/prepared_look.h"
+#include "samples/renderer/record_tables.h"
 
 // The fraction as it counts: limited to 0..1, NaN is 0.
 inline double BlendFraction(double fraction) noexcept
@@ -22,6 +23,7 @@ inline double BlendFraction(double fraction) noexcept
     return notBelow < 1.0 ? notBelow : 1.0;
 }
 
-// Fills `blend`: all of `a` at fraction 0, all of `b` at 1. Does not allocate.
-void BlendLooks(const PreparedLook& a, const PreparedLook& b, double fraction,
-                StoredLook& blend) noexcept;
+// Fills `blend`, at the precision of a record: all of `a` at fraction 0, all of `b` at 1. Does not
+// allocate. `encoder` is for the largest tables that a record holds.
+void BlendLooks(const PreparedLook& a, const PreparedLook& b, double fraction, StoredLook& blend,
+                TableEncoder& encoder) noexcept;

@@ -26,6 +26,11 @@ public:
     // than places are in use at a time. Throws std::bad_alloc.
     Answer Find(std::span<const std::uint8_t> record);
 
+    // Keeps a look that is ready already, so that Find does not decode its record. Answers the look
+    // that had to go, for reuse; null when somebody still works with it. Throws std::bad_alloc.
+    std::shared_ptr<PreparedLook> Keep(std::span<const std::uint8_t> record,
+                                       std::shared_ptr<PreparedLook> look);
+
 private:
     struct Place
     {

@@ -136,15 +136,12 @@ ImportedLook Finished(ReadLook read)
     ImportedLook imported;
     imported.title = read.look.title;
     imported.warnings = std::move(read.warnings);
-    Look fitted = Fitted(read.look, imported.warnings);
-    fitted.title = CleanText(fitted.title, kRecordTitleSize - 1);
+    read.look.title = CleanText(read.look.title, kRecordTitleSize - 1);
 
     const auto stored = std::make_unique<StoredLook>();
-    StoreLook(fitted, *stored);
+    imported.largestError = StoreFitted(read.look, *stored, imported.warnings).size;
     imported.record.resize(kRecordSize);
     WriteRecord(*stored, RecordBytes(imported.record.data(), kRecordSize));
-    ReadRecord(imported.record, *stored); // with the rounding that storing made
-    imported.largestError = LargestError(read.look, *stored);
     imported.kind = KindOf(*stored);
     imported.contents = ContentsOf(*stored);
     return imported;

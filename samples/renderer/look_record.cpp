@@ -1,5 +1,7 @@
 #include "samples/renderer/look_record.h"
 
+#include "samples/renderer/record_tables.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -10,7 +12,6 @@ namespace
 
 static_assert(std::endian::native == std::endian::little, "records are little-endian");
 
-constexpr std::uint32_t kVersion = 1;
 constexpr std::array<char, 4> kMagic{'G', 'L', 'Z', 'K'};
 constexpr std::uint32_t kNewOption = 1; // "Assume Linear Gamma" is on in every new record
 
@@ -70,10 +71,10 @@ constexpr ChunkHead kOptionHead = HeadOf("flag", sizeof(std::uint32_t));
 constexpr ChunkHead kCdlHead = HeadOf("cdl ", sizeof(CdlChunk));
 constexpr ChunkHead kLutHead = HeadOf("lut ", sizeof(LutChunk));
 constexpr ChunkHead kTitleHead = HeadOf("titl", kRecordTitleSize);
-constexpr ChunkHead kTableHead = HeadOf("tabl", kRecordSize - kRecordTableOffset);
+constexpr ChunkHead kTableHead = HeadOf("tabl", kRecordTableSize);
 
 static_assert(sizeof(RecordFront) == kRecordTableOffset, "no padding anywhere");
-static_assert(offsetof(RecordFront, optionHead) == 8);
+static_assert(offsetof(RecordFront, optionHead) == kRecordOption);
 static_assert(offsetof(RecordFront, cdlHead) == kRecordOptionEnd);
 
 StoredDomain Flat(const Domain& domain) noexcept
@@ -122,101 +123,45 @@ bool IsUsable(const CdlChunk& cdl) noexcept
 
 bool IsUsable(const LutChunk& lut) noexcept
 {
-    const bool sizes = lut.curveSize != 1 && lut.cubeSize != 1 && lut.cubeSize <= kStoredCubeSize &&
-                       lut.curveSize <= CurveCapacity(lut.cubeSize);
-    return sizes && lut.strength >= 0.0F && lut.strength <= 1.0F &&
-           IsDomain(Unflat(lut.curveDomain)) && IsDomain(Unflat(lut.cubeDomain)) &&
-           AreRanges(Unflat(lut.curveRange)) && AreRanges(Unflat(lut.cubeRange));
+    return lut.strength >= 0.0F && lut.strength <= 1.0F && IsDomain(Unflat(lut.curveDomain)) &&
+           IsDomain(Unflat(lut.cubeDomain)) && AreRanges(Unflat(lut.curveRange)) &&
+           AreRanges(Unflat(lut.cubeRange));
 }
 
-// 16-bit steps over a range; in double, so that both of its ends come back exactly.
-class Quantiser
+// Over the words of a record but the option chunk, which hosts change, and the sum itself: the
+// FNV-1a hash, taken word by word. Any damage within one word shows.
+std::uint32_t SumOf(std::span<const std::uint8_t> record) noexcept
 {
-public:
-    explicit Quantiser(const Interval& range) noexcept
-        : m_low(range.low), m_step((double{range.high} - double{range.low}) / 65535.0),
-          m_inverse(m_step > 0.0 ? 1.0 / m_step : 0.0)
-    {
-    }
-
-    std::uint16_t Encode(float value) const noexcept
-    {
-        const double steps = (double{value} - m_low) * m_inverse + 0.5;
-        return static_cast<std::uint16_t>(std::clamp(steps, 0.0, 65535.0));
-    }
-
-    float Decode(std::uint16_t code) const noexcept
-    {
-        return static_cast<float>(m_low + m_step * code);
-    }
-
-private:
-    double m_low;
-    double m_step;
-    double m_inverse;
-};
-
-// Element i of a table, counted without regard to how channels are arranged in it.
-std::uint16_t CodeAt(const std::uint8_t* table, std::size_t i) noexcept
-{
-    std::uint16_t code;
-    std::memcpy(&code, table + i * sizeof code, sizeof code);
-    return code;
-}
-
-void PutCode(std::uint8_t* table, std::size_t i, std::uint16_t code) noexcept
-{
-    std::memcpy(table + i * sizeof code, &code, sizeof code);
-}
-
-// Curves are stored channel by channel, nodes channel next to channel: `Visit` is called with
-// (element, channel) for each.
-template <typename Visit>
-void ForEachCurveValue(std::uint32_t size, Visit&& visit)
-{
-    for (std::size_t channel = 0; channel < 3; ++channel)
-    {
-        for (std::size_t i = channel * size; i < (channel + 1) * size; ++i)
+    constexpr std::uint32_t kBasis = 2166136261U;
+    constexpr std::uint32_t kPrime = 16777619U;
+    std::uint32_t sum = kBasis;
+    const auto add = [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; i += sizeof(std::uint32_t))
         {
-            visit(i, channel);
+            std::uint32_t word = 0;
+            std::memcpy(&word, record.data() + i, std::min(end - i, sizeof word));
+            sum = (sum ^ word) * kPrime;
         }
-    }
+    };
+    add(kRecordOptionEnd, kRecordTableOffset);
+    add(kRecordTableOffset + sizeof sum, record.size());
+    return sum;
 }
 
-template <typename Visit>
-void ForEachNodeValue(std::uint32_t size, Visit&& visit)
+// The sum of a record is none of the tables' own bytes.
+void RemoveSum(StoredLook& look) noexcept
 {
-    const std::size_t end = 3 * NodeCount(size);
-    for (std::size_t i = 0; i < end; i += 3)
+    if (look.codedVersion == kCodedVersion)
     {
-        visit(i, std::size_t{0});
-        visit(i + 1, std::size_t{1});
-        visit(i + 2, std::size_t{2});
+        std::fill_n(look.coded.begin(), sizeof(std::uint32_t), std::uint8_t{0});
     }
 }
 
-std::array<Quantiser, 3> QuantisersOf(const Domain& ranges) noexcept
+bool IsSealed(std::span<const std::uint8_t> record) noexcept
 {
-    return {Quantiser(ranges[0]), Quantiser(ranges[1]), Quantiser(ranges[2])};
-}
-
-void Enclose(Interval& range, float value) noexcept
-{
-    range.low = std::min(range.low, value);
-    range.high = std::max(range.high, value);
-}
-
-void DecodeTables(const std::uint8_t* tables, StoredLook& look) noexcept
-{
-    const auto curveSteps = QuantisersOf(look.curveRange);
-    ForEachCurveValue(look.curveSize, [&](std::size_t i, std::size_t channel) {
-        look.curveValues[i] = curveSteps[channel].Decode(CodeAt(tables, i));
-    });
-    const std::uint8_t* const nodes = tables + std::size_t{look.curveSize} * 3 * 2;
-    const auto nodeSteps = QuantisersOf(look.cubeRange);
-    ForEachNodeValue(look.cubeSize, [&](std::size_t i, std::size_t channel) {
-        look.cubeNodes[i] = nodeSteps[channel].Decode(CodeAt(nodes, i));
-    });
+    std::uint32_t sum;
+    std::memcpy(&sum, record.data() + kRecordTableOffset, sizeof sum);
+    return sum == SumOf(record);
 }
 
 RecordState StateOf(std::span<const std::uint8_t> bytes, RecordFront& front) noexcept
@@ -227,23 +172,62 @@ RecordState StateOf(std::span<const std::uint8_t> bytes, RecordFront& front) noe
         return RecordState::Empty;
     }
     std::memcpy(&front, bytes.data(), std::min(bytes.size(), sizeof front));
-    if (bytes.size() < kHeaderSize || front.magic != kMagic || front.version != kVersion)
+    const bool known = front.version == kPlainVersion || front.version == kCodedVersion;
+    if (bytes.size() < kHeaderSize || front.magic != kMagic || !known)
     {
         return RecordState::Foreign;
     }
     const bool whole = bytes.size() == kRecordSize && front.optionHead == kOptionHead &&
                        front.cdlHead == kCdlHead && front.lutHead == kLutHead &&
                        front.titleHead == kTitleHead && front.tableHead == kTableHead;
-    return whole && IsUsable(front.cdl) && IsUsable(front.lut) ? RecordState::Usable
-                                                               : RecordState::Damaged;
+    const bool usable = whole && (front.version == kPlainVersion || IsSealed(bytes)) &&
+                        IsUsable(front.cdl) && IsUsable(front.lut) &&
+                        AreTables(bytes.subspan(kRecordTableOffset), front.version,
+                                  front.lut.curveSize, front.lut.cubeSize);
+    return usable ? RecordState::Usable : RecordState::Damaged;
+}
+
+// Whether the tables of a record are those that `look` holds.
+bool HasTablesOf(const StoredLook& look, const RecordFront& front,
+                 std::span<const std::uint8_t> tables) noexcept
+{
+    const std::ptrdiff_t sumSize = front.version == kCodedVersion ? sizeof(std::uint32_t) : 0;
+    return look.codedVersion == front.version && look.curveSize == front.lut.curveSize &&
+           look.cubeSize == front.lut.cubeSize && look.HasTables() &&
+           look.curveRange == Unflat(front.lut.curveRange) &&
+           look.cubeRange == Unflat(front.lut.cubeRange) &&
+           std::equal(tables.begin() + sumSize, tables.end(), look.coded.begin() + sumSize);
 }
 
 } // namespace
 
 StoredLook::StoredLook()
-    : curveValues(std::size_t{3} * CurveCapacity(0)),
-      cubeNodes(3 * NodeCount(kStoredCubeSize) + kNodePadding)
+    : curveValues(std::size_t{3} * kStoredCurveSize),
+      cubeNodes(3 * NodeCount(kStoredCubeSize) + kNodePadding), coded(kRecordTableSize)
 {
+}
+
+void StoredLook::CopyTables(const StoredLook& source) noexcept
+{
+    curveSize = source.curveSize;
+    curveDomain = source.curveDomain;
+    curveRange = source.curveRange;
+    std::copy_n(source.curveValues.begin(), std::size_t{3} * curveSize, curveValues.begin());
+    cubeSize = source.cubeSize;
+    cubeDomain = source.cubeDomain;
+    cubeRange = source.cubeRange;
+    std::copy_n(source.cubeNodes.begin(), 3 * NodeCount(cubeSize), cubeNodes.begin());
+    codedVersion = source.codedVersion;
+    std::copy(source.coded.begin(), source.coded.end(), coded.begin());
+}
+
+void StoredLook::RemoveTables() noexcept
+{
+    curveSize = 0;
+    cubeSize = 0;
+    curveDomain = curveRange = cubeDomain = cubeRange = Domain{};
+    codedVersion = kCodedVersion;
+    std::fill(coded.begin(), coded.end(), std::uint8_t{0});
 }
 
 void StoredLook::Clear() noexcept
@@ -252,9 +236,7 @@ void StoredLook::Clear() noexcept
     cdl = {};
     strength = 1.0F;
     title = {};
-    curveSize = 0;
-    cubeSize = 0;
-    curveDomain = curveRange = cubeDomain = cubeRange = Domain{};
+    RemoveTables();
 }
 
 RecordState CheckRecord(std::span<const std::uint8_t> bytes) noexcept
@@ -267,11 +249,13 @@ RecordState ReadRecord(std::span<const std::uint8_t> bytes, StoredLook& look) no
 {
     RecordFront front{};
     const RecordState state = StateOf(bytes, front);
-    look.Clear();
     if (state != RecordState::Usable)
     {
+        look.Clear();
         return state;
     }
+    const std::span<const std::uint8_t> tables = bytes.subspan(kRecordTableOffset);
+    const bool decoded = HasTablesOf(look, front, tables);
     look.cdlMode = front.cdl.mode;
     look.cdl = {front.cdl.slope, front.cdl.offset, front.cdl.power, front.cdl.saturation};
     look.strength = front.lut.strength;
@@ -282,11 +266,17 @@ RecordState ReadRecord(std::span<const std::uint8_t> bytes, StoredLook& look) no
     look.cubeSize = front.lut.cubeSize;
     look.cubeDomain = Unflat(front.lut.cubeDomain);
     look.cubeRange = Unflat(front.lut.cubeRange);
-    DecodeTables(bytes.data() + kRecordTableOffset, look);
+    if (!decoded)
+    {
+        look.codedVersion = front.version;
+        std::copy(tables.begin(), tables.end(), look.coded.begin());
+        RemoveSum(look);
+        DecodeTables(look);
+    }
     return state;
 }
 
-void StoreLook(const Look& look, StoredLook& stored) noexcept
+void StoreLook(const Look& look, StoredLook& stored)
 {
     stored.Clear();
     stored.cdlMode = look.cdlMode;
@@ -296,32 +286,23 @@ void StoreLook(const Look& look, StoredLook& stored) noexcept
     look.title.copy(stored.title.data(), stored.title.size() - 1);
     if (look.curves)
     {
-        const std::vector<float>& values = look.curves->values;
         stored.curveSize = look.curves->size;
         stored.curveDomain = look.curves->domain;
-        for (std::size_t channel = 0; channel < 3; ++channel)
-        {
-            const float first = values[channel * stored.curveSize];
-            stored.curveRange[channel] = {first, first};
-        }
-        ForEachCurveValue(stored.curveSize, [&](std::size_t i, std::size_t channel) {
-            stored.curveValues[i] = values[i];
-            Enclose(stored.curveRange[channel], values[i]);
-        });
+        std::copy_n(look.curves->values.begin(), std::size_t{3} * stored.curveSize,
+                    stored.curveValues.begin());
     }
     if (look.cube)
     {
-        const std::vector<float>& nodes = look.cube->nodes;
         stored.cubeSize = look.cube->size;
         stored.cubeDomain = look.cube->domain;
-        for (std::size_t channel = 0; channel < 3; ++channel)
-        {
-            stored.cubeRange[channel] = {nodes[channel], nodes[channel]};
-        }
-        ForEachNodeValue(stored.cubeSize, [&](std::size_t i, std::size_t channel) {
-            stored.cubeNodes[i] = nodes[i];
-            Enclose(stored.cubeRange[channel], nodes[i]);
-        });
+        std::copy_n(look.cube->nodes.begin(), 3 * NodeCount(stored.cubeSize),
+                    stored.cubeNodes.begin());
+    }
+    if (stored.HasTables())
+    {
+        TableEncoder encoder(LargestTableOf(stored));
+        FindRanges(stored);
+        CodeTables(stored, kFinestStep, encoder);
     }
 }
 
@@ -329,7 +310,7 @@ void WriteRecord(const StoredLook& look, RecordBytes record) noexcept
 {
     const RecordFront front{
         kMagic,
-        kVersion,
+        look.codedVersion,
         kOptionHead,
         kNewOption,
         kCdlHead,
@@ -342,17 +323,15 @@ void WriteRecord(const StoredLook& look, RecordBytes record) noexcept
         kTableHead,
     };
     std::memcpy(record.data(), &front, sizeof front);
+    std::copy(look.coded.begin(), look.coded.end(), record.begin() + kRecordTableOffset);
+    if (look.codedVersion == kCodedVersion)
+    {
+        SealRecord(record);
+    }
+}
 
-    std::uint8_t* const tables = record.data() + kRecordTableOffset;
-    const auto curveSteps = QuantisersOf(look.curveRange);
-    ForEachCurveValue(look.curveSize, [&](std::size_t i, std::size_t channel) {
-        PutCode(tables, i, curveSteps[channel].Encode(look.curveValues[i]));
-    });
-    std::uint8_t* const nodes = tables + std::size_t{look.curveSize} * 3 * 2;
-    const auto nodeSteps = QuantisersOf(look.cubeRange);
-    ForEachNodeValue(look.cubeSize, [&](std::size_t i, std::size_t channel) {
-        PutCode(nodes, i, nodeSteps[channel].Encode(look.cubeNodes[i]));
-    });
-    const std::size_t used = (std::size_t{look.curveSize} + NodeCount(look.cubeSize)) * 3 * 2;
-    std::fill(tables + used, record.data() + kRecordSize, std::uint8_t{0});
+void SealRecord(RecordBytes record) noexcept
+{
+    const std::uint32_t sum = SumOf(record);
+    std::memcpy(record.data() + kRecordTableOffset, &sum, sizeof sum);
 }

@@ -1,8 +1,11 @@
 #include "samples/renderer/lut_fitting.h"
 
 #include "samples/renderer/lut_sampling.h"
+#include "samples/renderer/record_tables.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 
 namespace
@@ -41,78 +44,92 @@ Cube Resampled(const Cube& source, std::uint32_t size)
     return cube;
 }
 
-Curves Resampled(const Curves& source, std::uint32_t size)
-{
-    const CurveView view = ViewOf(source);
-    Curves curves{size, source.domain, {}};
-    curves.values.reserve(std::size_t{3} * size);
-    for (std::size_t channel = 0; channel < 3; ++channel)
-    {
-        for (std::uint32_t i = 0; i < size; ++i)
-        {
-            curves.values.push_back(
-                view.Sample(channel, EntryValue(source.domain[channel], i, size)));
-        }
-    }
-    return curves;
-}
-
 double Difference(const Rgb& left, const Rgb& right) noexcept
 {
     return std::max({std::abs(double{left.r} - right.r), std::abs(double{left.g} - right.g),
                      std::abs(double{left.b} - right.b)});
 }
 
-std::string Resized(const char* table, std::uint32_t from, std::uint32_t to, const char* unit)
+// With `digits` significant digits, independent of any locale.
+std::string NumberText(double number, int digits)
 {
-    return std::string("the ") + table + " was resampled from " + std::to_string(from) + " to " +
-           std::to_string(to) + unit + ", the most that a look holds";
+    std::array<char, 32> text{};
+    const auto result = std::to_chars(text.data(), text.data() + text.size(), number,
+                                      std::chars_format::general, digits);
+    return {text.data(), result.ptr};
 }
 
-} // namespace
-
-Look Fitted(const Look& look, std::vector<std::string>& warnings)
+std::string TextOf(const StoringError& error, bool behindCurves)
 {
-    Look fitted;
-    fitted.cdlMode = look.cdlMode;
-    fitted.cdl = look.cdl;
-    fitted.strength = look.strength;
-    fitted.title = look.title;
-    if (look.cube && look.cube->size > kStoredCubeSize)
+    constexpr double kCodes = 255.0;
+    return "the look cannot be stored exactly: largest error " +
+           NumberText(error.size * kCodes, 2) + " of an 8-bit code, at " +
+           NumberText(error.input.r, 3) + ' ' + NumberText(error.input.g, 3) + ' ' +
+           NumberText(error.input.b, 3) +
+           (error.atNode && behindCurves ? " behind the 1D LUT" : "");
+}
+
+// Cubes are tried at these sizes until the steps are no larger than kCoarsestUnseen.
+constexpr std::array<std::uint32_t, 3> kCubeSizes{kStoredCubeSize, 33, 27};
+constexpr std::uint32_t kCoarsestUnseen = 12; // values within a 512th: half a code of 8 bits
+
+// `look` with a cube of at most `largestCube` nodes a side.
+Look Fitted(const Look& look, std::uint32_t largestCube, std::vector<std::string>& losses)
+{
+    Look fitted = look;
+    if (look.cube && look.cube->size > largestCube)
     {
-        warnings.push_back(Resized("3D LUT", look.cube->size, kStoredCubeSize, " nodes a side"));
-        fitted.cube = Resampled(*look.cube, kStoredCubeSize);
-    }
-    else
-    {
-        fitted.cube = look.cube;
-    }
-    const std::uint32_t capacity = CurveCapacity(fitted.cube ? fitted.cube->size : 0);
-    if (look.curves && look.curves->size > capacity)
-    {
-        warnings.push_back(Resized("1D LUT", look.curves->size, capacity, " entries"));
-        fitted.curves = Resampled(*look.curves, capacity);
-    }
-    else
-    {
-        fitted.curves = look.curves;
+        losses.push_back("the 3D LUT was resampled from " + std::to_string(look.cube->size) +
+                         " to " + std::to_string(largestCube) +
+                         " nodes a side, the most that a look holds of it");
+        fitted.cube = Resampled(*look.cube, largestCube);
     }
     return fitted;
 }
 
-double LargestError(const Look& source, const StoredLook& stored)
+} // namespace
+
+StoringError StoreFitted(const Look& look, StoredLook& stored, std::vector<std::string>& warnings)
+{
+    std::vector<std::string> losses;
+    for (const std::uint32_t size : kCubeSizes)
+    {
+        losses.clear();
+        StoreLook(Fitted(look, size, losses), stored);
+        if (CubeStepOf(stored) <= kCoarsestUnseen)
+        {
+            break;
+        }
+    }
+    const StoringError error = LargestError(look, stored);
+    constexpr double kCode = 1.0 / 255.0;
+    if (error.size > kCode)
+    {
+        losses.push_back(TextOf(error, look.curves.has_value()));
+    }
+    warnings.insert(warnings.end(), losses.begin(), losses.end());
+    return error;
+}
+
+StoringError LargestError(const Look& source, const StoredLook& stored)
 {
     const CurveView storedCurves{stored.curveValues.data(), stored.curveSize,
                                  AxesOf(stored.curveDomain, stored.curveSize)};
     const CubeView storedCube{stored.cubeNodes.data(), stored.cubeSize,
                               AxesOf(stored.cubeDomain, stored.cubeSize)};
-    double largest = 0.0;
+    StoringError largest;
+    const auto compare = [&](const Rgb& exact, const Rgb& kept, const Rgb& input, bool atNode) {
+        const double size = Difference(exact, kept);
+        if (size > largest.size)
+        {
+            largest = {size, input, atNode};
+        }
+    };
     if (source.cube)
     {
         const float* node = source.cube->nodes.data();
         ForEachNode(source.cube->domain, source.cube->size, [&](const Rgb& input) {
-            const Rgb exact{node[0], node[1], node[2]};
-            largest = std::max(largest, Difference(exact, storedCube.Sample(input)));
+            compare({node[0], node[1], node[2]}, storedCube.Sample(input), input, true);
             node += 3;
         });
     }
@@ -126,13 +143,13 @@ double LargestError(const Look& source, const StoredLook& stored)
             const Rgb input{EntryValue(domain[0], i, size), EntryValue(domain[1], i, size),
                             EntryValue(domain[2], i, size)};
             Rgb exact = curves.Sample(input);
-            Rgb rounded = storedCurves.Sample(input);
+            Rgb kept = storedCurves.Sample(input);
             if (source.cube)
             {
                 exact = ViewOf(*source.cube).Sample(exact);
-                rounded = storedCube.Sample(rounded);
+                kept = storedCube.Sample(kept);
             }
-            largest = std::max(largest, Difference(exact, rounded));
+            compare(exact, kept, input, false);
         }
     }
     return largest;

@@ -8,11 +8,19 @@
 #include <string>
 #include <vector>
 
-// `look` with a cube of more than kStoredCubeSize nodes a side, then curves of more than
-// CurveCapacity entries, resampled over their domains; says so in `warnings`.
-Look Fitted(const Look& look, std::vector<std::string>& warnings);
+// What storing a look costs: the largest difference in any channel between the tables of the look
+// and what is stored, and the value that reaches the table there.
+struct StoringError
+{
+    double size = 0.0;
+    Rgb input;
+    bool atNode = false; // of the cube; otherwise along greys at an entry of the curves
+};
 
-// The largest difference in any channel between the tables of `source` and what `stored` makes of
-// the same values: at every node of the cube, and along greys at every entry of the curves. 0
-// without tables.
-double LargestError(const Look& source, const StoredLook& stored);
+// Fills `stored` from a look with a cube of any size: resampled over its domain where it has more
+// points than a record holds, in coarser steps where it takes too much room, and with fewer points
+// only where the steps would be seen. Says in `warnings` what is lost.
+StoringError StoreFitted(const Look& look, StoredLook& stored, std::vector<std::string>& warnings);
+
+// Compares at every node of the cube, and along greys at every entry of the curves.
+StoringError LargestError(const Look& source, const StoredLook& stored);

@@ -1,6 +1,7 @@
 #include "samples/renderer/prepared_look.h"
 
 #include "samples/renderer/colour_math.h"
+#include "samples/renderer/look_blend.h"
 #include "samples/renderer/row_functions.h"
 
 #include <array>
@@ -29,6 +30,19 @@ float FirstStepOf(const StoredLook& look, std::size_t channel, std::size_t code)
 RecordState PreparedLook::Read(std::span<const std::uint8_t> bytes) noexcept
 {
     const RecordState state = ReadRecord(bytes, m_stored);
+    Prepare();
+    return state;
+}
+
+void PreparedLook::ReadBlend(const PreparedLook& a, const PreparedLook& b, double fraction,
+                             TableEncoder& encoder) noexcept
+{
+    BlendLooks(a, b, fraction, m_stored, encoder);
+    Prepare();
+}
+
+void PreparedLook::Prepare() noexcept
+{
     m_curves = {m_stored.curveValues.data(), m_stored.curveSize, {}};
     if (m_curves.size != 0)
     {
@@ -50,7 +64,6 @@ RecordState PreparedLook::Read(std::span<const std::uint8_t> bytes) noexcept
     m_row8 = rows.eightBit;
     m_rowFloat = rows.floats;
     m_rowLinear = rows.linear;
-    return state;
 }
 
 Rgb PreparedLook::SampleTables(const Rgb& value) const noexcept

@@ -12,6 +12,7 @@
 #include <span>
 
 class PreparedLook;
+class TableEncoder;
 
 // Renders `width` pixels of blue, green, red, alpha from `source` to `target`, which are the same
 // memory or do not overlap. Alpha is copied as it is.
@@ -29,6 +30,9 @@ public:
 
     // Anything but Usable leaves a neutral look without tables.
     RecordState Read(std::span<const std::uint8_t> bytes) noexcept;
+    // What reading the record of the blend of two other looks gives.
+    void ReadBlend(const PreparedLook& a, const PreparedLook& b, double fraction,
+                   TableEncoder& encoder) noexcept;
 
     const StoredLook& Stored() const noexcept { return m_stored; }
     const CurveView& CurvesView() const noexcept { return m_curves; }
@@ -51,6 +55,8 @@ public:
     RowFunction* RowFloat(bool linear) const noexcept { return linear ? m_rowLinear : m_rowFloat; }
 
 private:
+    void Prepare() noexcept;
+
     StoredLook m_stored;
     CurveView m_curves;
     CubeView m_cube;

@@ -23,21 +23,23 @@ using Pixels = std::array<float, 4 * 5>;
 // A sound record: a correction, curves and a small cube.
 Record SampleRecord()
 {
-    StoredLook look;
+    Look look;
     look.cdlMode = CdlMode::Clamped;
     look.cdl.slope = {1.1F, 0.9F, 1.0F};
-    look.curveSize = 4;
-    look.cubeSize = 2;
-    for (std::size_t i = 0; i < 3 * std::size_t{look.curveSize}; ++i)
+    look.curves = Curves{4, {}, {}};
+    for (std::size_t i = 0; i < 3 * std::size_t{look.curves->size}; ++i)
     {
-        look.curveValues[i] = static_cast<float>(i % look.curveSize) / 3.0F;
+        look.curves->values.push_back(static_cast<float>(i % 4) / 3.0F);
     }
-    for (std::size_t i = 0; i < 3 * NodeCount(look.cubeSize); ++i)
+    look.cube = Cube{3, {}, {}};
+    for (std::size_t i = 0; i < 3 * NodeCount(3) + kNodePadding; ++i)
     {
-        look.cubeNodes[i] = static_cast<float>(i / 3 >> i % 3 & 1U);
+        look.cube->nodes.push_back(static_cast<float>(i * 7 % 11) / 10.0F);
     }
+    StoredLook stored;
+    StoreLook(look, stored);
     Record record(kRecordSize);
-    WriteRecord(look, RecordBytes(record));
+    WriteRecord(stored, RecordBytes(record));
     return record;
 }
 
@@ -82,6 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const auto look = std::make_unique<PreparedLook>();
     static const auto other = std::make_unique<PreparedLook>();
     static const auto blend = std::make_unique<StoredLook>();
+    static TableEncoder encoder(NodeCount(kStoredCubeSize));
 
     FuzzedDataProvider input(data, size);
     Pixels source{std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
@@ -92,14 +95,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const auto fraction = input.ConsumeFloatingPoint<double>();
     Record record = sample;
-    // Cut now and then; otherwise damaged where the numbers are, or anywhere.
+    // Cut now and then; otherwise damaged where the numbers and the tables are, or anywhere; mostly
+    // with a sum that fits all the same.
     const auto kind = input.ConsumeIntegralInRange<int>(0, 7);
+    const bool isPlain = input.ConsumeIntegralInRange<int>(0, 3) == 0;
     if (kind == 0)
     {
         record.resize(input.ConsumeIntegralInRange<std::size_t>(0, record.size()));
     }
     const auto bytes = std::as_writable_bytes(std::span(record));
-    Damage(kind < 2 ? bytes : bytes.first(kRecordTableOffset + 64), input);
+    Damage(kind < 2 ? bytes : bytes.first(kRecordTableOffset + 600), input);
+    if (kind > 1)
+    {
+        constexpr std::size_t kVersionOffset = 4;
+        record[kVersionOffset] = static_cast<std::uint8_t>(isPlain ? kPlainVersion : kCodedVersion);
+        SealRecord(RecordBytes(record));
+    }
 
     const RecordState state = look->Read(record);
     Require(CheckRecord(record) == state);
@@ -110,7 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     DrawLookIcon(*look, icon);
     RequireWritesUsable(look->Stored());
     Require(other->Read(sample) == RecordState::Usable);
-    BlendLooks(*look, *other, fraction, *blend);
+    BlendLooks(*look, *other, fraction, *blend, encoder);
     RequireWritesUsable(*blend);
     return 0;
 }

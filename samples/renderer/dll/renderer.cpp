@@ -9,6 +9,7 @@
 #include "samples/renderer/look_icon.h"
 #include "samples/renderer/look_import.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <mutex>
@@ -53,6 +54,7 @@ void Renderer::Stop() noexcept
     }
     {
         const std::lock_guard guard(m_blendLock);
+        m_encoder = nullptr;
         m_blend = nullptr;
     }
     Produce({});
@@ -121,20 +123,20 @@ void Renderer::Interpolate(std::span<const std::uint8_t> a, std::span<const std:
         std::memmove(output, a.data(), a.size());
         return;
     }
-    std::array<std::uint8_t, kRecordOptionEnd>
-        front{}; // A's: the output may lie over either record
-    std::memcpy(front.data(), a.data(), front.size());
+    // A's: the output may lie over either record.
+    std::array<std::uint8_t, kRecordOptionEnd - kRecordOption> option{};
+    std::memcpy(option.data(), a.data() + kRecordOption, option.size());
     try
     {
         if (t == 1.0)
         {
             std::memmove(output, b.data(), kRecordSize);
+            std::memcpy(output + kRecordOption, option.data(), option.size());
         }
         else
         {
-            Blend(*lookA, *lookB, t, RecordBytes(output, kRecordSize));
+            Blend(*lookA, *lookB, t, option, RecordBytes(output, kRecordSize));
         }
-        std::memcpy(output, front.data(), front.size());
     }
     catch (const std::bad_alloc&)
     {
@@ -143,16 +145,24 @@ void Renderer::Interpolate(std::span<const std::uint8_t> a, std::span<const std:
     }
 }
 
+// The blend goes to the looks that are ready: the frame that it was made for comes next.
 void Renderer::Blend(const PreparedLook& a, const PreparedLook& b, double fraction,
-                     RecordBytes output)
+                     std::span<const std::uint8_t> option, RecordBytes output)
 {
     const std::lock_guard guard(m_blendLock);
+    if (m_encoder == nullptr)
+    {
+        m_encoder = std::make_unique<TableEncoder>(NodeCount(kStoredCubeSize));
+    }
     if (m_blend == nullptr)
     {
-        m_blend = std::make_unique<StoredLook>();
+        m_blend = std::make_shared<PreparedLook>();
     }
-    BlendLooks(a, b, fraction, *m_blend);
-    WriteRecord(*m_blend, output);
+    m_blend->ReadBlend(a, b, fraction, *m_encoder);
+    WriteRecord(m_blend->Stored(), output);
+    std::copy(option.begin(), option.end(), output.begin() + kRecordOption);
+    const std::lock_guard looksGuard(m_looksLock);
+    m_blend = m_looks.Keep(output, std::move(m_blend));
 }
 
 std::int32_t Renderer::Edit(const FrameBufferDesc* preview, std::span<const std::uint8_t> record,

@@ -7,6 +7,7 @@
 #include "samples/renderer/dll/slim_lock.h"
 #include "samples/renderer/look_cache.h"
 #include "samples/renderer/look_record.h"
+#include "samples/renderer/table_coding.h"
 #include "samples/renderer/tool_chain.h"
 
 #include <cstdint>
@@ -52,7 +53,8 @@ public:
 
 private:
     std::shared_ptr<const PreparedLook> FindLook(std::span<const std::uint8_t> record) noexcept;
-    void Blend(const PreparedLook& a, const PreparedLook& b, double fraction, RecordBytes output);
+    void Blend(const PreparedLook& a, const PreparedLook& b, double fraction,
+               std::span<const std::uint8_t> option, RecordBytes output);
     void Produce(std::vector<std::uint8_t> bytes) noexcept;
     void ProduceChain(); // Caller holds m_producedLock.
 
@@ -62,7 +64,8 @@ private:
     SlimLock m_looksLock;
     LookCache m_looks;
     SlimLock m_blendLock;
-    std::unique_ptr<StoredLook> m_blend; // room to blend in
+    std::unique_ptr<TableEncoder> m_encoder;
+    std::shared_ptr<PreparedLook> m_blend; // room to blend in
 
     mutable SlimLock m_producedLock; // guards all below
     std::vector<std::uint8_t> m_produced;

@@ -161,9 +161,7 @@ void LookDraft::ResetAll() noexcept
 
 void LookDraft::RemoveTables() noexcept
 {
-    m_look.curveSize = 0;
-    m_look.cubeSize = 0;
-    m_look.curveDomain = m_look.curveRange = m_look.cubeDomain = m_look.cubeRange = Domain{};
+    m_look.RemoveTables();
     m_look.strength = FactsOf(Control::Strength).neutral;
     m_look.title = {}; // it named the tables
 }
@@ -190,7 +188,8 @@ bool LookDraft::Merge(const ImportedLook& imported, std::string_view name)
     }
     if (whole || look->HasTables())
     {
-        TakeTables(*look);
+        m_look.strength = look->strength;
+        m_look.CopyTables(*look);
     }
     return true;
 }
@@ -219,17 +218,4 @@ void LookDraft::SetTitle(std::string_view title)
     const std::string clean = CleanText(title, kRecordTitleSize - 1);
     m_look.title = {};
     std::copy(clean.begin(), clean.end(), m_look.title.begin());
-}
-
-void LookDraft::TakeTables(const StoredLook& from)
-{
-    m_look.strength = from.strength;
-    m_look.curveSize = from.curveSize;
-    m_look.curveDomain = from.curveDomain;
-    m_look.curveRange = from.curveRange;
-    m_look.curveValues = from.curveValues;
-    m_look.cubeSize = from.cubeSize;
-    m_look.cubeDomain = from.cubeDomain;
-    m_look.cubeRange = from.cubeRange;
-    m_look.cubeNodes = from.cubeNodes;
 }

@@ -58,7 +58,6 @@ public:
 private:
     void Store(Control control, float value) noexcept;
     void SetTitle(std::string_view title);
-    void TakeTables(const StoredLook& from);
 
     StoredLook m_look;
     RecordState m_origin; // what reading into m_look said, so declared after it

@@ -18,6 +18,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <numeric>
 
 namespace
 {
@@ -144,12 +145,12 @@ TEST_F(LoadedRendererTest, BadArgumentsOfAnImportHaveTheirOwnResult)
 
 TEST_F(LoadedRendererTest, AnImportIsDescribedAsJson)
 {
-    const std::string path = Write(L"q.cube", "TITLE \"My look\"\n" + CubeText(33, Swirled));
+    const std::string path = Write(L"q.cube", "TITLE \"My look\"\n" + CubeText(66, Swirled));
     ASSERT_EQ(m_library.loadSessionFile(path.c_str(), kImportDescribe), kImportDone);
     const auto json = nlohmann::json::parse(m_library.ProducedText());
     EXPECT_EQ(json["kind"], "3D LUT");
     EXPECT_EQ(json["title"], "My look");
-    EXPECT_EQ(json["contents"], "3D LUT: 27 nodes a side, domain 0..1");
+    EXPECT_EQ(json["contents"], "3D LUT: 65 nodes a side, domain 0..1");
     EXPECT_EQ(json["warnings"].size(), 1U);
     EXPECT_GT(json["largestError"].get<double>(), 1e-5);
 }
@@ -338,6 +339,44 @@ TEST_F(LoadedRendererTest, ABlendKeepsTheHeaderAndTheOptionOfItsFirstRecord)
         EXPECT_EQ(Render(pixels, 1, blend), kFrameRendered);
         EXPECT_NEAR(pixels[0], fraction * 255.0, 0.51);
     }
+}
+
+TEST_F(LoadedRendererTest, RecordsOfBothVersionsBlend)
+{
+    const Bytes a = PlainRecordOf(CubeLook(CubeOf(9, Same)));
+    const Bytes b = RecordOf(CubeLook(CubeOf(33, Inverted)));
+    const auto size = static_cast<std::uint32_t>(kRecordSize);
+    for (const double fraction : {0.0, 0.5, 1.0})
+    {
+        for (const bool plainFirst : {true, false})
+        {
+            const Bytes& first = plainFirst ? a : b;
+            const Bytes& second = plainFirst ? b : a;
+            Bytes blend(kRecordSize, 0xCC);
+            m_library.interpolateSessionData(first.data(), size, second.data(), size, fraction,
+                                             blend.data());
+            Bytes pixels{0, 0, 0, 0};
+            EXPECT_EQ(Render(pixels, 1, blend), kFrameRendered);
+            EXPECT_NEAR(pixels[0], (plainFirst ? fraction : 1.0 - fraction) * 255.0, 0.51);
+        }
+    }
+}
+
+TEST_F(LoadedRendererTest, ABlendRendersAsItsRecordReadElsewhere)
+{
+    const Bytes a = RecordOf(CubeLook(CubeOf(33, Swirled)));
+    const Bytes b = RecordOf(CubeLook(CubeOf(33, Inverted)));
+    Bytes blend(kRecordSize);
+    m_library.interpolateSessionData(a.data(), kRecordSize, b.data(), kRecordSize, 0.3,
+                                     blend.data());
+    Bytes pixels(64);
+    std::iota(pixels.begin(), pixels.end(), std::uint8_t{50});
+    Bytes kept = pixels;
+    EXPECT_EQ(Render(kept, 16, blend), kFrameRendered);
+    m_library.exitRenderer(); // forgets what was ready
+    Bytes decoded = pixels;
+    EXPECT_EQ(Render(decoded, 16, blend), kFrameRendered);
+    EXPECT_TRUE(kept == decoded);
 }
 
 TEST_F(LoadedRendererTest, ABlendMayBeWrittenOverEitherRecord)

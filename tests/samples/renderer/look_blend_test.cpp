@@ -16,7 +16,8 @@ namespace
 std::unique_ptr<PreparedLook> Blend(const PreparedLook& a, const PreparedLook& b, double fraction)
 {
     const auto blend = std::make_unique<StoredLook>();
-    BlendLooks(a, b, fraction, *blend);
+    static TableEncoder encoder(NodeCount(kStoredCubeSize));
+    BlendLooks(a, b, fraction, *blend, encoder);
     std::vector<std::uint8_t> record(kRecordSize);
     WriteRecord(*blend, RecordBytes(record.data(), kRecordSize));
     auto prepared = std::make_unique<PreparedLook>();
@@ -190,4 +191,52 @@ TEST(LookBlend, ExtremeNumbersStayReadable)
     Look b = CubeLook(CubeOf(4, Same));
     b.cube->domain[0] = {9e29F, 1e30F};
     EXPECT_NE(Blend(*Prepared(a), *Prepared(b), 0.5), nullptr);
+}
+
+TEST(LookBlend, CubesOf33And65PointsBlendExactly)
+{
+    EXPECT_LT(BlendError(CubeLook(CubeOf(33, Swirled)), CubeLook(CubeOf(65, Inverted)), 0.4),
+              kRoundingOfRecords);
+}
+
+TEST(LookBlend, BlendsOfBlendsStayExact)
+{
+    const auto a = Prepared(CubeLook(CubeOf(33, Swirled)));
+    auto blend = Prepared(CubeLook(CubeOf(33, Inverted)));
+    double shareOfA = 0.0;
+    for (int generation = 0; generation < 10; ++generation)
+    {
+        blend = Blend(*a, *blend, 0.9);
+        shareOfA = 0.1 + 0.9 * shareOfA;
+    }
+    for (const float value : {0.0F, 0.11F, 0.5F, 0.93F, 1.0F})
+    {
+        const Rgb input{value, 1.0F - value, 0.3F};
+        const Rgb outA = Swirled(input);
+        const Rgb outB = Inverted(input);
+        const auto share = static_cast<float>(shareOfA);
+        const Rgb mean{outB.r + share * (outA.r - outB.r), outB.g + share * (outA.g - outB.g),
+                       outB.b + share * (outA.b - outB.b)};
+        EXPECT_LT(Distance(blend->Grade(input), mean), 5e-4) << value; // the cube's own spacing
+    }
+}
+
+TEST(LookBlend, TablesThatBothHaveAreKeptAsTheyAre)
+{
+    Look a = CubeLook(CubeOf(33, Swirled));
+    Look b = a;
+    b.cdlMode = CdlMode::Clamped;
+    b.cdl.saturation = 0.2F;
+    const auto lookA = Prepared(a);
+    const auto blend = Blend(*lookA, *Prepared(b), 0.5);
+    EXPECT_TRUE(blend->Stored().coded == lookA->Stored().coded);
+    EXPECT_FLOAT_EQ(blend->Stored().cdl.saturation, 0.6F);
+}
+
+TEST(LookBlend, CubesThatFillTheirRecordsStillBlend)
+{
+    std::mt19937 random(9);
+    std::uniform_real_distribution<float> value(0.0F, 1.0F);
+    const auto noise = [&](const Rgb&) { return Rgb{value(random), value(random), value(random)}; };
+    EXPECT_LT(BlendError(CubeLook(CubeOf(33, noise)), CubeLook(CubeOf(33, noise)), 0.5), 4e-3);
 }

@@ -66,3 +66,26 @@ TEST(LookCache, RecordsThatCannotBeUsedGiveNoLook)
     record.pop_back();
     EXPECT_EQ(cache.Find(record).state, RecordState::Damaged);
 }
+
+TEST(LookCache, ALookThatIsReadyAlreadyIsNotReadAgain)
+{
+    LookCache cache;
+    auto look = std::make_shared<PreparedLook>();
+    PreparedLook* const ready = look.get();
+    cache.Keep(RecordNumber(1), std::move(look));
+    EXPECT_EQ(cache.Find(RecordNumber(1)).look.get(), ready);
+}
+
+TEST(LookCache, KeepingALookHandsBackTheOneThatHadToGoUnlessItIsInUse)
+{
+    LookCache cache;
+    std::vector<std::shared_ptr<const PreparedLook>> inUse;
+    for (int i = 0; i < 6; ++i)
+    {
+        inUse.push_back(cache.Find(RecordNumber(i)).look);
+    }
+    const PreparedLook* const second = inUse[1].get();
+    EXPECT_EQ(cache.Keep(RecordNumber(10), std::make_shared<PreparedLook>()), nullptr);
+    inUse.clear();
+    EXPECT_EQ(cache.Keep(RecordNumber(11), std::make_shared<PreparedLook>()).get(), second);
+}

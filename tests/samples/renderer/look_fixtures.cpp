@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <stdexcept>
 
 bool MemoryFiles::Exists(const std::string& path) const
@@ -72,6 +73,33 @@ std::vector<std::uint8_t> RecordOf(const Look& look)
 {
     const auto stored = std::make_unique<StoredLook>();
     StoreLook(look, *stored);
+    std::vector<std::uint8_t> record(kRecordSize);
+    WriteRecord(*stored, RecordBytes(record.data(), kRecordSize));
+    return record;
+}
+
+std::vector<std::uint8_t> PlainRecordOf(const Look& look)
+{
+    const auto stored = std::make_unique<StoredLook>();
+    StoreLook(look, *stored);
+    std::uint8_t* next = stored->coded.data();
+    const auto put = [&](float value, const Interval& range) {
+        const float share =
+            range.low < range.high ? (value - range.low) / (range.high - range.low) : 0.0F;
+        const auto code = static_cast<std::uint16_t>(std::lround(share * 65535.0F));
+        std::memcpy(next, &code, sizeof code);
+        next += sizeof code;
+    };
+    for (std::size_t i = 0; i < std::size_t{3} * stored->curveSize; ++i)
+    {
+        put(stored->curveValues[i], stored->curveRange[i / stored->curveSize]);
+    }
+    for (std::size_t i = 0; i < 3 * NodeCount(stored->cubeSize); ++i)
+    {
+        put(stored->cubeNodes[i], stored->cubeRange[i % 3]);
+    }
+    std::fill(next, stored->coded.data() + stored->coded.size(), std::uint8_t{0});
+    stored->codedVersion = kPlainVersion;
     std::vector<std::uint8_t> record(kRecordSize);
     WriteRecord(*stored, RecordBytes(record.data(), kRecordSize));
     return record;

@@ -36,6 +36,8 @@ std::string CubeText(std::uint32_t size, const Grading& grading);
 
 // The record of a look whose tables fit.
 std::vector<std::uint8_t> RecordOf(const Look& look);
+// The same as earlier versions wrote it: tables of plain 16-bit steps. A cube of at most 27.
+std::vector<std::uint8_t> PlainRecordOf(const Look& look);
 // The look made ready for pixels by way of its record.
 std::unique_ptr<PreparedLook> Prepared(const Look& look);
 

@@ -139,7 +139,7 @@ TEST_F(LookImport, DamagedAndNewerLookFilesAreRefused)
     m_files.files["cut.look"] = std::string(record.begin(), record.end() - 9);
     ExpectFailure("cut.look", kImportMalformed, "the look record is damaged");
     std::string newer(record.begin(), record.end());
-    newer[4] = 2;
+    newer[4] = 3;
     m_files.files["newer.look"] = newer;
     ExpectFailure("newer.look", kImportUnrecognised, "newer version");
     m_files.files["text.look"] = "hello";
@@ -168,11 +168,11 @@ TEST_F(LookImport, BadArgumentsAreRefused)
 
 TEST_F(LookImport, ALutThatIsTooLargeIsResampledAndReported)
 {
-    m_files.files["big.cube"] = CubeText(33, Swirled);
+    m_files.files["big.cube"] = CubeText(66, Swirled);
     const ImportedLook imported = Import("big.cube");
     ASSERT_EQ(imported.warnings.size(), 1U);
     EXPECT_GT(imported.largestError, 1e-5);
-    EXPECT_EQ(imported.contents, "3D LUT: 27 nodes a side, domain 0..1");
+    EXPECT_EQ(imported.contents, "3D LUT: 65 nodes a side, domain 0..1");
 }
 
 TEST_F(LookImport, TitlesAreKeptInTheRecordAndCutBetweenCharacters)

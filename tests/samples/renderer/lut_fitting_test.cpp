@@ -6,60 +6,103 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 
-TEST(LutFitting, TablesThatFitStayAsTheyAre)
+namespace
 {
+
+// A look as it is stored, with what was said about it.
+struct Fitting
+{
+    StoredLook stored;
     std::vector<std::string> warnings;
-    Look look = CubeLook(CubeOf(27, Swirled));
-    look.curves = CurvesOf(2048, [](double x) { return x; });
-    const Look fitted = Fitted(look, warnings);
-    EXPECT_TRUE(warnings.empty());
-    EXPECT_EQ(fitted.cube->nodes, look.cube->nodes);
-    EXPECT_EQ(fitted.curves->values, look.curves->values);
+    StoringError error;
+
+    explicit Fitting(const Look& look) : error(StoreFitted(look, stored, warnings)) {}
+};
+
+// Nothing follows from a node's neighbours.
+Cube NoiseCube(std::uint32_t size)
+{
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> value(0.0F, 1.0F);
+    return CubeOf(size, [&](const Rgb&) {
+        return Rgb{value(random), value(random), value(random)};
+    });
 }
 
-TEST(LutFitting, LargerCubesAreResampledAndTheErrorIsMeasured)
+} // namespace
+
+TEST(LutFitting, CubesOfUpTo65PointsKeepTheirSize)
 {
-    std::vector<std::string> warnings;
-    const Look look = CubeLook(CubeOf(33, Swirled));
-    const Look fitted = Fitted(look, warnings);
-    EXPECT_EQ(fitted.cube->size, 27U);
-    ASSERT_EQ(warnings.size(), 1U);
-    EXPECT_EQ(warnings[0], "the 3D LUT was resampled from 33 to 27 nodes a side, the most that a "
-                           "look holds");
-    const double error = LargestError(look, Prepared(fitted)->Stored());
-    EXPECT_GT(error, 1e-5);
-    EXPECT_LT(error, 2e-3);
+    const Fitting fitting(CubeLook(CubeOf(65, Swirled)));
+    EXPECT_TRUE(fitting.warnings.empty());
+    EXPECT_EQ(fitting.stored.cubeSize, 65U);
+    EXPECT_GT(fitting.error.size, 0.0);
+    EXPECT_LT(fitting.error.size, 1.5 / 123000.0) << "half a step of the range";
+}
+
+TEST(LutFitting, LargerCubesAreResampled)
+{
+    const Fitting fitting(CubeLook(CubeOf(97, Swirled)));
+    EXPECT_EQ(fitting.stored.cubeSize, 65U);
+    ASSERT_EQ(fitting.warnings.size(), 1U);
+    EXPECT_EQ(fitting.warnings[0], "the 3D LUT was resampled from 97 to 65 nodes a side, the most "
+                                   "that a look holds of it");
+    EXPECT_GT(fitting.error.size, 1e-5);
+    EXPECT_LT(fitting.error.size, 1e-3);
 }
 
 TEST(LutFitting, ACubeWhoseNodesContainTheStoredOnesLosesOnlyRounding)
 {
-    std::vector<std::string> warnings;
     const auto linear = [](const Rgb& v) { return Rgb{0.5F * v.r, v.g - v.b, v.b + 0.2F}; };
-    const Look look = CubeLook(CubeOf(65, linear));
-    EXPECT_LT(LargestError(look, Prepared(Fitted(look, warnings))->Stored()), 2e-5);
+    EXPECT_LT(Fitting(CubeLook(CubeOf(129, linear))).error.size, 2e-5);
 }
 
-TEST(LutFitting, LargerCurvesKeepAsManyEntriesAsFit)
+TEST(LutFitting, ASpikeThatGetsLostIsToldWithItsSizeAndPlace)
 {
-    std::vector<std::string> warnings;
-    const auto function = [](double x) { return std::sqrt(x); };
-    const Look alone = CurveLook(CurvesOf(65536, function));
-    EXPECT_EQ(Fitted(alone, warnings).curves->size, 21731U);
-    Look beside = CubeLook(CubeOf(17, Same));
-    beside.curves = CurvesOf(65536, function);
-    EXPECT_EQ(Fitted(beside, warnings).curves->size, 21731U - 17 * 17 * 17);
-    EXPECT_EQ(warnings.size(), 2U);
-    // A square root between its first two stored entries.
-    const double error = LargestError(alone, Prepared(Fitted(alone, warnings))->Stored());
-    EXPECT_GT(error, 1e-4);
-    EXPECT_LT(error, 3e-3);
+    Look look = CubeLook(CubeOf(129, Same));
+    look.cube->nodes[3 * (13 + 129 * (25 + 129 * 1))] = 1.0F; // between the nodes that are kept
+    const Fitting fitting(look);
+    ASSERT_EQ(fitting.warnings.size(), 2U);
+    EXPECT_EQ(fitting.warnings[1], "the look cannot be stored exactly: largest error 2.3e+02 of an "
+                                   "8-bit code, at 0.102 0.195 0.00781");
 }
 
-TEST(LutFitting, RoundingAloneIsAHalfStepOfTheRange)
+TEST(LutFitting, ASpikeInACubeThatFitsIsKept)
 {
-    const Look look = CubeLook(CubeOf(9, Swirled));
-    const double error = LargestError(look, Prepared(look)->Stored());
-    EXPECT_GT(error, 0.0);
-    EXPECT_LT(error, 1.5 / 131070.0 + 1e-7);
+    Look look = CubeLook(CubeOf(65, Same));
+    look.cube->nodes[3 * NodeCount(31)] = 1.0F;
+    const Fitting fitting(look);
+    EXPECT_TRUE(fitting.warnings.empty());
+    EXPECT_LT(fitting.error.size, 1.0 / 123000.0);
+}
+
+TEST(LutFitting, PrecisionGoesBeforePoints)
+{
+    const Fitting fitting(CubeLook(NoiseCube(33)));
+    EXPECT_EQ(fitting.stored.cubeSize, 33U);
+    EXPECT_TRUE(fitting.warnings.empty());
+    EXPECT_GT(fitting.error.size, 1.0 / 16384.0);
+    EXPECT_LT(fitting.error.size, 1.0 / 510.0);
+}
+
+TEST(LutFitting, NoiseOf65PointsLosesPointsAndSaysSo)
+{
+    const Fitting fitting(CubeLook(NoiseCube(65)));
+    EXPECT_EQ(fitting.stored.cubeSize, 33U);
+    ASSERT_EQ(fitting.warnings.size(), 2U);
+    EXPECT_GT(fitting.error.size, 0.1);
+    EXPECT_NE(fitting.warnings[1].find("largest error "), std::string::npos);
+}
+
+TEST(LutFitting, CurvesBesideTheLargestCubeKeepTheirEntries)
+{
+    Look look = CubeLook(CubeOf(65, Swirled));
+    look.curves = CurvesOf(65536, [](double x) { return std::sqrt(x); });
+    const Fitting fitting(look);
+    EXPECT_TRUE(fitting.warnings.empty());
+    EXPECT_EQ(fitting.stored.curveSize, 65536U);
+    EXPECT_EQ(fitting.stored.cubeSize, 65U);
+    EXPECT_LT(fitting.error.size, 1e-4);
 }
