@@ -15,6 +15,17 @@ constexpr std::size_t kMostWarnings = 8; // a file of nothing but unknown words 
 
 using Triple = std::array<float, 3>;
 
+// A value of full range whose code in video range, 64 for black to 940 for white of 1023, is
+// `value` of the whole scale of codes.
+float FromVideoRange(float value) noexcept
+{
+    constexpr double kBlack = 64.0;
+    constexpr double kWhite = 940.0;
+    constexpr double kTop = 1023.0;
+    const double full = (double{value} * kTop - kBlack) / (kWhite - kBlack);
+    return static_cast<float>(std::clamp(full, -double{kLargestNumber}, double{kLargestNumber}));
+}
+
 bool IsKeyword(std::string_view word) noexcept
 {
     const auto upper = [](char c) { return c >= 'A' && c <= 'Z'; };
@@ -46,6 +57,12 @@ public:
         {
             FailHere("the file ends after " + std::to_string(m_entries) + " of the " +
                      EntriesExpected() + "; export the LUT again");
+        }
+        if (m_videoOutput)
+        {
+            // What the last table gives.
+            std::vector<float>& values = m_look.cube ? m_look.cube->nodes : m_look.curves->values;
+            std::transform(values.begin(), values.end(), values.begin(), FromVideoRange);
         }
         if (m_look.cube)
         {
@@ -127,6 +144,14 @@ private:
         else if (word == "LUT_3D_INPUT_RANGE")
         {
             m_cubeRange = ReadRange(word, rest);
+        }
+        else if (word == "LUT_IN_VIDEO_RANGE")
+        {
+            m_videoInput = true;
+        }
+        else if (word == "LUT_OUT_VIDEO_RANGE")
+        {
+            m_videoOutput = true;
         }
         else if (m_warnings.size() < kMostWarnings)
         {
@@ -254,11 +279,25 @@ private:
                                m_cubeRange.value_or(domain[2])};
             m_look.cube = Cube{*m_cubeSize, range, {}};
         }
+        if (m_videoInput)
+        {
+            // What reaches the first table.
+            TakeVideoRange(m_look.curves ? m_look.curves->domain : m_look.cube->domain);
+        }
         const std::uint64_t side = m_cubeSize.value_or(0);
         m_expected = CurveSize() + side * side * side;
         if (m_look.cube)
         {
             m_look.cube->nodes.reserve(3U * std::min(m_expected, m_mostEntries) + kNodePadding);
+        }
+    }
+
+    void TakeVideoRange(Domain& domain) const
+    {
+        for (Interval& interval : domain)
+        {
+            interval = CheckedInterval(FromVideoRange(interval.low), FromVideoRange(interval.high),
+                                       "the domain in video range");
         }
     }
 
@@ -290,6 +329,8 @@ private:
     std::optional<Triple> m_domainMax;
     std::optional<Interval> m_curveRange;
     std::optional<Interval> m_cubeRange;
+    bool m_videoInput = false;
+    bool m_videoOutput = false;
     bool m_tablesStarted = false;
     std::uint64_t m_entries = 0;  // read so far, curves first
     std::uint64_t m_expected = 0; // that the sizes ask for

@@ -84,9 +84,9 @@ TEST(CubeReader, IntegersExponentsTabsAndCarriageReturnsAreRead)
 TEST(CubeReader, UnknownKeywordsAreSkippedWithAWarning)
 {
     std::vector<std::string> warnings;
-    ReadCube("LUT_IN_VIDEO_RANGE\nLUT_1D_SIZE 2\n0 0 0\n1 1 1\n", "test.cube", warnings);
+    ReadCube("LUT_OF_TOMORROW\nLUT_1D_SIZE 2\n0 0 0\n1 1 1\n", "test.cube", warnings);
     ASSERT_EQ(warnings.size(), 1U);
-    EXPECT_EQ(warnings[0], "line 1: 'LUT_IN_VIDEO_RANGE' is not a known keyword and was ignored");
+    EXPECT_EQ(warnings[0], "line 1: 'LUT_OF_TOMORROW' is not a known keyword and was ignored");
 }
 
 TEST(CubeReader, TooFewEntriesNameTheCountsAndTheLastLine)
@@ -165,4 +165,48 @@ TEST(CubeReader, TheTwoDialectsDoNotMix)
 TEST(CubeReader, LongHeadersWithoutEntriesTakeNoMemoryForThem)
 {
     EXPECT_NE(Failure("LUT_3D_SIZE 256\n").find("after 0 of the 16777216"), std::string::npos);
+}
+
+TEST(CubeReader, ATableForVideoRangeTakesAndGivesFullRange)
+{
+    // Codes of ten bits in video range: grey 502 becomes white 940 and black stays at 64.
+    const double last = 64.0 / 1023.0 + 2.0 * (1023.0 - 64.0) / 1023.0;
+    const Look look = Read("LUT_IN_VIDEO_RANGE\nLUT_OUT_VIDEO_RANGE\nLUT_1D_SIZE 2\n"
+                           "LUT_1D_INPUT_RANGE 0.0625610948 1\n0.0625610948 0 0\n" +
+                           std::to_string(last) + " 1 1\n");
+    const auto prepared = Prepared(look);
+    EXPECT_NEAR(prepared->Grade({0.0F, 0, 0}).r, 0.0, 2e-5);
+    EXPECT_NEAR(prepared->Grade({0.5F, 0, 0}).r, 1.0, 2e-5);
+    EXPECT_NEAR(look.curves->values[2], -64.0 / 876.0, 1e-6) << "code 0 is below black";
+}
+
+TEST(CubeReader, EachEndOfALutHasItsOwnRange)
+{
+    const std::string size = "LUT_3D_SIZE 2\n";
+    const Look input = Read("LUT_IN_VIDEO_RANGE\n" + size + kEightNodes);
+    EXPECT_NEAR(input.cube->domain[1].low, -64.0 / 876.0, 1e-6);
+    EXPECT_NEAR(input.cube->domain[1].high, 959.0 / 876.0, 1e-6);
+    EXPECT_EQ(input.cube->nodes[3], 1.0F);
+    const Look output = Read("LUT_OUT_VIDEO_RANGE\n" + size + kEightNodes);
+    EXPECT_EQ(output.cube->domain[1], Interval{});
+    EXPECT_NEAR(output.cube->nodes[3], 959.0 / 876.0, 1e-6);
+}
+
+TEST(CubeReader, BetweenCurvesAndACubeTheRangeIsTheFilesOwn)
+{
+    const Look look = Read("LUT_IN_VIDEO_RANGE\nLUT_OUT_VIDEO_RANGE\nLUT_1D_SIZE 2\n"
+                           "LUT_3D_SIZE 2\n0 0 0\n1 1 1\n" +
+                           kEightNodes);
+    EXPECT_EQ(look.curves->values[1], 1.0F);
+    EXPECT_EQ(look.cube->domain[0], Interval{});
+    EXPECT_NEAR(look.curves->domain[0].high, 959.0 / 876.0, 1e-6);
+    EXPECT_NEAR(look.cube->nodes[0], -64.0 / 876.0, 1e-6);
+}
+
+TEST(CubeReader, ADomainThatVideoRangeLeavesNoWidthIsRefused)
+{
+    EXPECT_EQ(Failure("LUT_IN_VIDEO_RANGE\nLUT_1D_SIZE 2\nLUT_1D_INPUT_RANGE 0 1e-12\n0 0 0\n"
+                      "1 1 1\n"),
+              "test.cube: line 4: the domain in video range does not rise from its minimum to its "
+              "maximum; correct the two");
 }
