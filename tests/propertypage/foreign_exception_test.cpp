@@ -88,6 +88,9 @@ TEST_P(ThrownByTheRenderer, TheRendererLeavesThePageItsRecordAndLetsItWorkOn)
     if (call != Call::GetSessionIcon)
     {
         EXPECT_EQ(exchange.bytes, PageRecord(3, 1)) << "half a session changes nothing";
+        Click(kOnCheckBox);
+        EXPECT_EQ(exchange.bytes, PageRecord(3, 0)) << "the page has no half a look of its own";
+        Click(kOnCheckBox);
     }
 
     recording.throws = Throws::Nothing;

@@ -66,7 +66,7 @@ struct RecordingAnswers
     const std::uint8_t* sessionData = nullptr; // handed out by GetSessionData
     std::uint32_t sessionDataSize = 0;
     std::int32_t sessionDataResult = 1; // 0: GetSessionData copies nothing
-    Throws throws = Throws::Nothing; // out of the entry point below, whenever it is called
+    Throws throws = Throws::Nothing;    // out of the entry point below, whenever it is called
     Call throwsFrom{};
 };
 
