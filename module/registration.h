@@ -1,6 +1,7 @@
 // What self-registration writes to the registry and takes out of it. The scripts are plugin.rgs and
 // plugin_pp.rgs; only the effect's class has ProgID and TypeLib keys, and that TypeLib is not the
-// library registered here: see MAINLib.idl.
+// library registered here: see MAINLib.idl. Entries of the type library's interfaces that belong to
+// another library are kept aside meanwhile and put back in the end: IDXEffect is not ours alone.
 // Tests: tests/registration/.
 #pragma once
 

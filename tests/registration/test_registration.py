@@ -219,6 +219,38 @@ def test_a_failing_registrar_fails_the_registration_and_nothing_is_written(prefi
     assert changes(before, prefix.registry()) == ({}, {})
 
 
+def add_foreign_interface(prefix, name):
+    """As another program does that registers one of our interfaces for a library of its own."""
+    for key, values in ((f"HKLM\\Software\\Classes\\Interface\\{name}", ["/d", "theirs"]),
+                        (f"HKLM\\Software\\Classes\\Interface\\{name}\\TypeLib",
+                         ["/d", "{11111111-2222-3333-4444-555555555555}"])):
+        assert prefix.run("reg", "add", key, "/ve", *values, "/f").code == 0
+
+
+def test_interfaces_that_others_registered_before_or_meanwhile_are_theirs_again(prefix):
+    dll = windows_path(BIN / "GlazelDX_x64.dll")
+    effect, plugin = "{E31FB81B-1335-11D1-8189-0000F87557DB}", "{A947DD96-CD97-4958-B026-BFE1CB8646EE}"
+    before = prefix.registry()
+    add_foreign_interface(prefix, effect)
+    theirs = changes(before, prefix.registry())
+    for _ in range(2):
+        assert prefix.run("regsvr32", "/s", dll).code == 0
+    library = f"{CLASSES}Interface\\{effect}\\TypeLib"
+    assert prefix.registry(library)[library]["@"] == LIBRARY
+    assert prefix.run("regsvr32", "/s", "/u", dll).code == 0
+    assert changes(before, prefix.registry()) == theirs
+
+    assert prefix.run("regsvr32", "/s", dll).code == 0
+    library = f"{CLASSES}Interface\\{plugin}\\TypeLib"
+    add_foreign_interface(prefix, plugin)
+    assert prefix.run("regsvr32", "/s", "/u", dll).code == 0
+    assert prefix.registry(library)[library]["@"] != LIBRARY
+    for name in (effect, plugin):
+        key = f"HKLM\\Software\\Classes\\Interface\\{name}"
+        assert prefix.run("reg", "delete", key, "/f").code == 0
+    assert changes(before, prefix.registry()) == ({}, {})
+
+
 def test_unregistering_what_is_not_registered_harms_nothing(prefix):
     before = prefix.registry()
     prefix.run("regsvr32", "/s", "/u", windows_path(BIN / "GlazelDX_x64.dll"))
