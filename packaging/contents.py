@@ -50,6 +50,13 @@ def version():
     return re.search(r"project\(GlazelDX VERSION (\d+\.\d+\.\d+)", text).group(1)
 
 
+def oldest_windows():
+    """The one whose functions the build allows itself to use, as major.minor."""
+    text = (ROOT / "cmake/warnings.cmake").read_text(encoding="utf-8")
+    number = int(re.search(r"_WIN32_WINNT=0x([0-9A-F]{4})", text).group(1), 16)
+    return f"{number >> 8}.{number & 0xFF}"
+
+
 def items(build, notices):
     """Everything of a release build; `notices` is the file with the libraries' licences."""
     binaries = pathlib.Path(build) / "bin"

@@ -8,7 +8,6 @@ the same SOURCE_DATE_EPOCH give the same bytes.
 import argparse
 import os
 import pathlib
-import re
 import subprocess
 import sys
 import tempfile
@@ -41,6 +40,10 @@ def write_zip(path, entries, when):
             archive.writestr(entry, data)
 
 
+def windows_name(name):
+    return name.replace("/", "\\")
+
+
 def windows_lines(path):
     return path.read_bytes().replace(b"\r\n", b"\n").replace(b"\n", b"\r\n")
 
@@ -52,35 +55,28 @@ def portable_entries(items, folder):
     return entries
 
 
-def written_mark(item):
-    """The variable of the installer that says whether it has written the file."""
-    return "Written_" + re.sub(r"[^A-Za-z0-9]", "_", item.name)
-
-
-def section_macros(items):
-    """The file lists that glazel.nsi includes: Install_<component>, RemoveAll, and RemoveWritten for
-    what this run wrote; a variable for each file notes that."""
-    lines = [f"Var {written_mark(item)}" for item in items]
+def file_macros(items):
+    """The file lists that glazel.nsi includes: Stage_<component>, EachKnownFile and
+    RemoveKnownFolders."""
+    lines = []
     for component in contents.COMPONENTS:
-        lines.append(f"!macro Install_{component}")
+        lines.append(f"!macro Stage_{component}")
         folder = None
         for item in (item for item in items if item.component == component):
-            parent = item.name.rpartition("/")[0].replace("/", "\\")
+            name = windows_name(item.name)
+            parent, _, file = name.rpartition("\\")
             if parent != folder:
                 folder = parent
-                lines.append('  SetOutPath "$INSTDIR{}"'.format("\\" + parent if parent else ""))
-            lines.append(f'  !insertmacro InstallFile "{item.source}" '
-                         f'"{item.name.rpartition("/")[2]}" "${written_mark(item)}"')
+                lines.append('  SetOutPath "$INSTDIR\\~setup-new{}"'.format(parent and "\\" + parent))
+            lines.append(f'  !insertmacro StageFile "{item.source}" "{file}" "{name}" {component}')
         lines.append("!macroend")
     folders = {str(pathlib.PurePosixPath(item.name).parent) for item in items} - {"."}
-    remove_folders = ['  RMDir "$INSTDIR\\{}"'.format(folder.replace("/", "\\"))
-                      for folder in sorted(folders, reverse=True)]
-    names = [(item.name.replace("/", "\\"), written_mark(item)) for item in items]
-    lines += ["!macro RemoveAll", *(f'  !insertmacro RemoveFile "{name}"' for name, _ in names),
-              *remove_folders, "!macroend"]
-    lines += ["!macro RemoveWritten",
-              *(f'  !insertmacro RemoveWrittenFile "{name}" "${mark}"' for name, mark in names),
-              *remove_folders, "!macroend"]
+    lines += ["!macro EachKnownFile deed",
+              *(f'  !insertmacro ${{deed}} "{windows_name(item.name)}" {item.component}'
+                for item in items), "!macroend"]
+    lines += ["!macro RemoveKnownFolders",
+              *(f'  RMDir "$INSTDIR\\{windows_name(folder)}"'
+                for folder in sorted(folders, reverse=True)), "!macroend"]
     return "\n".join(lines) + "\n"
 
 
@@ -89,10 +85,11 @@ def make_installer(items, version, target):
     plugin = next(item.source for item in items if item.name == contents.PLUGIN)
     with tempfile.TemporaryDirectory() as work:
         macros = pathlib.Path(work) / "files.nsh"
-        macros.write_text(section_macros(items), encoding="utf-8")
+        macros.write_text(file_macros(items), encoding="utf-8")
         subprocess.run(["makensis", "-V2", "-NOCD", "-INPUTCHARSET", "UTF8",
                         f"-DVERSION={version}", f"-DFILES={macros}", f"-DPLUGIN_SOURCE={plugin}",
-                        f"-DTARGET={target}", f"-DHERE={HERE}", str(HERE / "glazel.nsi")],
+                        f"-DOLDEST_WINDOWS={contents.oldest_windows()}", f"-DTARGET={target}",
+                        f"-DHERE={HERE}", str(HERE / "glazel.nsi")],
                        check=True)
 
 

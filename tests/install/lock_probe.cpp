@@ -1,8 +1,13 @@
 // Keeps setup programs from something, until its standard input ends:
 // foreign-mutex NAME   a mutex that nobody else may open, as one of another account is
 // locked-key KEY       a key of HKEY_LOCAL_MACHINE whose values can be read, and nothing else done
-// Ends with 0 when that could be done, with 1 when not, with 2 on wrong usage.
+// read-only-key KEY    one that can be read, with all below it
+// volatile-key KEY     a new one in which only values can be written, and no lasting keys
+// Ends with 0 when that could be done, with 1 when not, with 2 on wrong usage. In the place of
+// regsvr32, which is started with /s FILE, it ends the setup program with kEndedCode.
 #include <windows.h>
+
+#include <tlhelp32.h>
 
 #include <cstdio>
 #include <string>
@@ -10,6 +15,8 @@
 
 namespace
 {
+
+constexpr UINT kEndedCode = 77;
 
 void Hold()
 {
@@ -65,7 +72,7 @@ int HoldForeignMutex(const wchar_t* name)
     return 0; // the system closes the handle
 }
 
-int HoldLockedKey(const wchar_t* name)
+int HoldLockedKey(const wchar_t* name, DWORD access)
 {
     constexpr DWORD kRights = READ_CONTROL | WRITE_DAC;
     HKEY key = nullptr;
@@ -78,9 +85,7 @@ int HoldLockedKey(const wchar_t* name)
     }
     std::vector<BYTE> before(size);
     Lock lock;
-    // Wine 8 lets DELETE pass whatever the list says, but not a look at the keys below, which
-    // whoever deletes a key with them needs as well.
-    if (!lock.AllowEverybody(KEY_QUERY_VALUE) ||
+    if (!lock.AllowEverybody(access) ||
         ::RegGetKeySecurity(key, DACL_SECURITY_INFORMATION, before.data(), &size) !=
             ERROR_SUCCESS ||
         ::RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, lock.Descriptor()) != ERROR_SUCCESS)
@@ -92,6 +97,33 @@ int HoldLockedKey(const wchar_t* name)
                                                                                                : 1;
 }
 
+int HoldVolatileKey(const wchar_t* name)
+{
+    HKEY key = nullptr;
+    if (::RegCreateKeyExW(HKEY_LOCAL_MACHINE, name, 0, nullptr, REG_OPTION_VOLATILE, KEY_READ,
+                          nullptr, &key, nullptr) != ERROR_SUCCESS)
+    {
+        return 1;
+    }
+    Hold();
+    return ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, name) == ERROR_SUCCESS ? 0 : 1;
+}
+
+int EndParent()
+{
+    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    BOOL found = ::Process32FirstW(snapshot, &entry);
+    while (found && entry.th32ProcessID != ::GetCurrentProcessId())
+    {
+        found = ::Process32NextW(snapshot, &entry);
+    }
+    const HANDLE parent =
+        found ? ::OpenProcess(PROCESS_TERMINATE, FALSE, entry.th32ParentProcessID) : nullptr;
+    return ::TerminateProcess(parent, kEndedCode) ? 0 : 1; // the system closes the handles
+}
+
 } // namespace
 
 int wmain(int count, wchar_t** words)
@@ -101,9 +133,19 @@ int wmain(int count, wchar_t** words)
     {
         return HoldForeignMutex(words[2]);
     }
+    // Wine 8 lets DELETE pass whatever the list says, but not a look at the keys below, which
+    // whoever deletes a key with them needs as well.
     if (deed == L"locked-key")
     {
-        return HoldLockedKey(words[2]);
+        return HoldLockedKey(words[2], KEY_QUERY_VALUE);
     }
-    return 2;
+    if (deed == L"read-only-key")
+    {
+        return HoldLockedKey(words[2], KEY_READ);
+    }
+    if (deed == L"volatile-key")
+    {
+        return HoldVolatileKey(words[2]);
+    }
+    return deed == L"/s" ? EndParent() : 2;
 }

@@ -23,7 +23,8 @@ DEADLINE = 120  # seconds that no run ever needs
 
 # What the system itself notes about a run: nothing that a program asked it to keep.
 OWN_TO_THE_SYSTEM = re.compile(
-    r"\[HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Control\\(Class|Video)\\", re.IGNORECASE)
+    r"\[HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Control\\(Class\\|Video\\|ServiceCurrent\])",
+    re.IGNORECASE)
 VALUE = re.compile(r'(@|"(?:[^"\\]|\\.)*")=(.*)', re.DOTALL)
 
 
