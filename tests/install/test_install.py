@@ -804,6 +804,43 @@ def test_the_portable_archive_registers_where_it_is_unpacked(machine, out):
     assert machine.leftovers() == NOTHING
 
 
+def test_registering_the_portable_archive_says_what_failed(machine, unpacked):
+    def problem(env=None):
+        result = machine.prefix.run("cmd", "/c", "register.cmd", cwd=unpacked, env=env)
+        assert (result.code, result.output) == (1, "")
+        return result.errors.strip()
+
+    with machine.prefix.running(BIN / "lock_probe.exe", "locked-key", "Software\\Classes\\CLSID",
+                                ready="holding"):
+        assert "needs the rights of an administrator" in problem(NO_REGISTRAR)
+    assert "the registry entries could not be written" in problem(NO_REGISTRAR)
+    plugin = unpacked / "GlazelDX_x64.dll"
+    good = plugin.read_bytes()
+    plugin.write_bytes(b"damaged")
+    assert "cannot load GlazelDX_x64.dll" in problem()
+    plugin.unlink()
+    assert "is not beside this file" in problem()
+    plugin.write_bytes(good)
+
+
+def test_unregistering_the_portable_archive_is_refused_when_another_copy_is_registered(machine,
+                                                                                       unpacked):
+    other = windows_path(BIN / "GlazelDX_x64.dll")
+    assert machine.prefix.run("regsvr32", "/s", other).code == 0
+    before = contents_of(unpacked)
+    result = machine.prefix.run("cmd", "/c", "unregister.cmd", cwd=unpacked)
+    assert result.code == 1 and f'the registered copy is "{other}"' in result.errors
+    assert machine.key(SERVER)["@"] == other
+    assert contents_of(unpacked) == before
+    assert machine.prefix.run("regsvr32", "/s", f"{PORTABLE}\\GlazelDX_x64.dll").code == 0
+
+
+def test_unregistering_the_portable_archive_works_through_another_drive(machine, unpacked):
+    with machine.drive_for("x", PORTABLE):
+        assert machine.prefix.run("cmd", "/c", "X:\\unregister.cmd").code == 0
+    assert machine.prefix.registry(SERVER) == {}
+
+
 def test_the_list_of_contents_names_every_file_with_its_checksums(out):
     document = json.loads((out / f"GlazelDX-{VERSION}.spdx.json").read_text(encoding="utf-8"))
     assert document["spdxVersion"] == "SPDX-2.3" and document["dataLicense"] == "CC0-1.0"
