@@ -3,8 +3,11 @@
 #include "samples/renderer/cdl_reader.h"
 #include "samples/renderer/cube_reader.h"
 #include "samples/renderer/lut_fitting.h"
+#include "samples/renderer/spi_reader.h"
 #include "samples/renderer/text_scanning.h"
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <utility>
 
@@ -15,6 +18,20 @@ using namespace RendererAPI;
 
 // Far above any collection of corrections; the parser takes several times as much memory.
 constexpr std::size_t kLargestCdlFile = std::size_t{16} << 20;
+
+// The kinds of LUT files, told apart by their contents.
+struct LutFormat
+{
+    bool (*looksLike)(std::string_view text) noexcept;
+    Look (*read)(std::string_view text, std::string_view path, std::vector<std::string>& warnings);
+    std::string_view extension; // whose files are read this way whatever they look like
+};
+
+constexpr std::array kLutFormats{
+    LutFormat{LooksLikeSpi1d, ReadSpi1d, ".spi1d"},
+    LutFormat{LooksLikeSpi3d, ReadSpi3d, ".spi3d"},
+    LutFormat{LooksLikeCube, ReadCube, ".cube"},
+};
 
 struct FileAndId
 {
@@ -63,9 +80,8 @@ void CheckIsText(const std::string& path, std::string_view bytes)
     }
     if (bytes.find('\0') != std::string_view::npos)
     {
-        throw Unrecognised(path,
-                           "the file is binary and no look record; choose a .cube, .cc, .ccc, "
-                           ".cdl or .look file");
+        throw Unrecognised(path, "the file is binary and no look record; choose a .cube, .spi1d, "
+                                 ".spi3d, .cc, .ccc, .cdl or .look file");
     }
 }
 
@@ -85,6 +101,24 @@ ReadLook ReadCdlFile(std::string bytes, const FileAndId& file, std::uint32_t opt
     return read;
 }
 
+const LutFormat& FormatOf(std::string_view text, const std::string& path)
+{
+    const auto isOfKind = [&](const LutFormat& format) { return format.looksLike(text); };
+    const auto isNamed = [&](const LutFormat& format) { return EndsWith(path, format.extension); };
+    const auto* found = std::find_if(kLutFormats.begin(), kLutFormats.end(), isOfKind);
+    if (found == kLutFormats.end())
+    {
+        found = std::find_if(kLutFormats.begin(), kLutFormats.end(), isNamed);
+    }
+    if (found == kLutFormats.end())
+    {
+        throw Unrecognised(path, "the contents are neither a LUT (.cube, .spi1d, .spi3d), a CDL "
+                                 "(.cc, .ccc, .cdl) nor a look record; choose a file of these "
+                                 "kinds");
+    }
+    return *found;
+}
+
 // A CDL or a LUT, by the contents of the file.
 ReadLook ReadTextFile(std::string bytes, const FileAndId& file, std::uint32_t options)
 {
@@ -97,11 +131,7 @@ ReadLook ReadTextFile(std::string bytes, const FileAndId& file, std::uint32_t op
     {
         return ReadCdlFile(std::move(bytes), file, options);
     }
-    if (!LooksLikeCube(bytes) && !EndsWith(file.path, ".cube"))
-    {
-        throw Unrecognised(file.path, "the contents are neither a .cube LUT, a CDL (.cc, .ccc, "
-                                      ".cdl) nor a look record; choose a file of these kinds");
-    }
+    const LutFormat& format = FormatOf(bytes, file.path);
     if (!file.id.empty())
     {
         throw ImportError{kImportNotFound, file.path +
@@ -110,7 +140,7 @@ ReadLook ReadTextFile(std::string bytes, const FileAndId& file, std::uint32_t op
                                                CleanText(file.id) + "'"};
     }
     ReadLook read;
-    read.look = ReadCube(bytes, file.path, read.warnings);
+    read.look = format.read(bytes, file.path, read.warnings);
     return read;
 }
 

@@ -153,7 +153,7 @@ TEST_F(LookImport, ContentsThatAreNoLookAreRefused)
                      {"wide.cube", std::string("\xFF\xFEL\0U\0", 6)},
                      {"a.bin", std::string("\0\1\2\3", 4)}};
     ExpectFailure("empty.cube", kImportUnrecognised, "empty");
-    ExpectFailure("a.txt", kImportUnrecognised, "a.txt: the contents are neither a .cube LUT");
+    ExpectFailure("a.txt", kImportUnrecognised, "a.txt: the contents are neither a LUT (.cube, ");
     ExpectFailure("wide.cube", kImportUnrecognised, "UTF-16");
     ExpectFailure("a.bin", kImportUnrecognised, "binary");
     ExpectFailure("none.cube", kImportUnreadable, "none.cube");
