@@ -157,7 +157,7 @@ void MixSampledCubes(const PreparedLook& a, const PreparedLook& b, const TableMi
 // surfaces take more room together than either; guessing that saves a frame of an animation a try.
 std::uint32_t LikelyStep(const StoredLook& a, const StoredLook& b) noexcept
 {
-    const bool isTight = CubeBytesOf(a) + CubeBytesOf(b) > kRecordTableSize / 4 * 5;
+    const bool isTight = CubeBytesOf(a) + CubeBytesOf(b) > kRecordTableSize;
     return std::max(CubeStepOf(a), CubeStepOf(b)) + (isTight ? 1 : 0);
 }
 
