@@ -14,6 +14,8 @@ INPUT and OUTPUT are
   a numbered sequence   shot_%04d.png
   a Y4M stream          clip.y4m, or - for standard input or output
   raw BGRA              clip.bgra or -, 8 bits a channel, with --size
+Pictures are turned upright as their orientation says, and written without one. Of a file of
+several pages the first counts.
 A look is a file that the renderer reads: FILE, FILE#ID for one correction out of a
 collection, or "CDL|LUT" for both.
 

@@ -8,6 +8,7 @@
 #include "tools/glazelhost/io/byte_stream.h"
 #include "tools/glazelhost/io/file_kind.h"
 #include "tools/glazelhost/io/frame_io.h"
+#include "tools/glazelhost/io/orientation.h"
 #include "tools/glazelhost/io/pixel_convert.h"
 
 #include <windows.h>
@@ -27,9 +28,16 @@ public:
     // layout that is not supported, or of a size that CheckSize refuses.
     PictureDecoder(std::vector<std::byte> file, std::string name);
 
-    int Width() const noexcept { return m_width; }
-    int Height() const noexcept { return m_height; }
-    int BitsPerChannel() const noexcept { return m_layout.BitsPerChannel(); }
+    // Upright, whichever way it is stored.
+    int Width() const noexcept { return SwapsSides(m_orientation) ? m_height : m_width; }
+    int Height() const noexcept { return SwapsSides(m_orientation) ? m_width : m_height; }
+    // 32 stands for floats of 16 bits too: no whole numbers hold their values.
+    int BitsPerChannel() const noexcept
+    {
+        return m_layout.sample == FileSample::Float16 ? 32 : m_layout.BitsPerChannel();
+    }
+    // For the user: "16-bit float, page 1 of 3 (the others are left out)".
+    std::string Description() const;
     const Light& LightOfPixels() const noexcept { return m_light; }
 
     // Throws HostError when the pixels are damaged or some are missing.
@@ -37,6 +45,7 @@ public:
 
 private:
     void FindLayout();
+    void FindHalves(const std::vector<std::byte>& file);
     void ConvertToBytes(const WICPixelFormatGUID& format);
     void Check(HRESULT result, const char* what) const;
 
@@ -45,8 +54,10 @@ private:
     CComPtr<IWICImagingFactory> m_factory;
     CComPtr<IWICBitmapFrameDecode> m_frame;
     CComPtr<IWICBitmapSource> m_source; // the frame, or a converter on it
-    int m_width = 0;
+    int m_width = 0;                    // as it is stored
     int m_height = 0;
+    int m_orientation = 1;
+    UINT m_pages = 1;
     PixelLayout m_layout;
     bool m_hasAlpha = false;
 };

@@ -5,6 +5,7 @@
 #include "tools/glazelhost/io/memory_stream.h"
 #include "tools/glazelhost/io/picture_light.h"
 #include "tools/glazelhost/io/picture_size.h"
+#include "tools/glazelhost/io/tiff_directory.h"
 
 #include <algorithm>
 #include <iterator>
@@ -19,6 +20,15 @@ struct KnownFormat
     const WICPixelFormatGUID* format;
     PixelLayout layout;
 };
+
+// Formats of the system that the toolchain's headers do not name.
+constexpr GUID HalfFormat(BYTE last) noexcept
+{
+    return {0x6FDDC324, 0x4E03, 0x4BFE, {0xB1, 0x85, 0x3D, 0x77, 0x76, 0x8D, 0xC9, last}};
+}
+constexpr GUID kGrayHalf = HalfFormat(0x3E); // 16 bits a pixel
+constexpr GUID kRgbHalf = HalfFormat(0x3B);  // 48
+constexpr GUID kRgbxHalf = HalfFormat(0x42); // 64
 
 // Channels: count, then the places of red, green, blue, alpha. The byte order names of the formats
 // count from the lowest address.
@@ -41,6 +51,10 @@ const KnownFormat kKnownFormats[] = {
     {&GUID_WICPixelFormat64bppBGRA,         {FileSample::Bits16,  4, 2, 1, 0,  3, false}},
     {&GUID_WICPixelFormat64bppPRGBA,        {FileSample::Bits16,  4, 0, 1, 2,  3, true}},
     {&GUID_WICPixelFormat64bppPBGRA,        {FileSample::Bits16,  4, 2, 1, 0,  3, true}},
+    {&kGrayHalf,                             {FileSample::Float16, 1, 0, 0, 0, -1, false}},
+    {&kRgbHalf,                              {FileSample::Float16, 3, 0, 1, 2, -1, false}},
+    {&kRgbxHalf,                             {FileSample::Float16, 4, 0, 1, 2, -1, false}},
+    {&GUID_WICPixelFormat64bppRGBAHalf,     {FileSample::Float16, 4, 0, 1, 2,  3, false}},
     {&GUID_WICPixelFormat32bppGrayFloat,    {FileSample::Float32, 1, 0, 0, 0, -1, false}},
     {&GUID_WICPixelFormat96bppRGBFloat,     {FileSample::Float32, 3, 0, 1, 2, -1, false}},
     {&GUID_WICPixelFormat128bppRGBFloat,    {FileSample::Float32, 4, 0, 1, 2, -1, false}},
@@ -48,6 +62,29 @@ const KnownFormat kKnownFormats[] = {
     {&GUID_WICPixelFormat128bppPRGBAFloat,  {FileSample::Float32, 4, 0, 1, 2,  3, true}},
 };
 // clang-format on
+
+// The codecs look at little more of a TIFF than how many bits its channels have, if at all.
+void CheckNumbers(const std::vector<std::byte>& file, const std::string& name)
+{
+    const auto directory = TiffDirectory::Read(file);
+    if (!directory)
+    {
+        return;
+    }
+    const std::uint32_t kind = directory->NumberKind();
+    const std::uint32_t bits = directory->BitsPerChannel();
+    const bool isFloat = kind == TiffDirectory::kFloat;
+    const bool isSigned = kind == TiffDirectory::kSigned;
+    if (isSigned || (isFloat ? bits != 16 && bits != 32 : bits > 16))
+    {
+        const char* const numbers = isFloat    ? "floats"
+                                    : isSigned ? "numbers with a sign"
+                                               : "whole numbers";
+        throw HostError(name,
+                        "its " + std::to_string(bits) + "-bit " + numbers + " are not supported",
+                        "convert it to 8-bit, 16-bit or 32-bit float channels");
+    }
+}
 
 // A frame is fetched in bands of about so many bytes: the whole of a large one does not fit the
 // 32-bit sizes of the interface.
@@ -72,6 +109,7 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     {
         CheckSize(m_name, stated->width, stated->height);
     }
+    CheckNumbers(file, m_name);
     Check(::CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
                              IID_IWICImagingFactory, reinterpret_cast<void**>(&m_factory)),
           "the system's picture codecs do not start");
@@ -81,6 +119,7 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     Check(m_factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnDemand,
                                              &decoder),
           "this is not a picture that can be read");
+    Check(decoder->GetFrameCount(&m_pages), "its pages cannot be counted");
     Check(decoder->GetFrame(0, &m_frame), "it holds no picture that can be read");
     UINT width = 0;
     UINT height = 0;
@@ -89,7 +128,38 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     m_width = static_cast<int>(width);
     m_height = static_cast<int>(height);
     FindLayout();
-    m_light = LightOf(stream->Bytes(), m_layout.sample == FileSample::Float32);
+    FindHalves(stream->Bytes());
+    m_orientation = OrientationOf(stream->Bytes());
+    m_light = LightOf(stream->Bytes(), m_layout.sample == FileSample::Float16 ||
+                                           m_layout.sample == FileSample::Float32);
+}
+
+// Not every version of the codecs tells floats of 16 bits from whole numbers.
+void PictureDecoder::FindHalves(const std::vector<std::byte>& file)
+{
+    const auto directory = TiffDirectory::Read(file);
+    if (directory && directory->NumberKind() == TiffDirectory::kFloat &&
+        m_layout.sample == FileSample::Bits16)
+    {
+        m_layout.sample = FileSample::Float16;
+    }
+}
+
+std::string PictureDecoder::Description() const
+{
+    const bool isFloat =
+        m_layout.sample == FileSample::Float16 || m_layout.sample == FileSample::Float32;
+    std::string text =
+        std::to_string(m_layout.BitsPerChannel()) + (isFloat ? "-bit float" : " bits");
+    if (m_orientation != 1)
+    {
+        text += ", turned upright";
+    }
+    if (m_pages > 1)
+    {
+        text += ", page 1 of " + std::to_string(m_pages) + " (the others are left out)";
+    }
+    return text;
 }
 
 void PictureDecoder::FindLayout()
@@ -172,4 +242,5 @@ void PictureDecoder::Decode(Image& image, SampleType type)
                       image.pixels.data() + image.RowBytes() * static_cast<std::size_t>(top + row));
         }
     }
+    MakeUpright(m_orientation, image);
 }

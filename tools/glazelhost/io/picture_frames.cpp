@@ -15,11 +15,6 @@
 namespace
 {
 
-std::string DescribeBits(int bits)
-{
-    return bits == 32 ? "32-bit float" : std::to_string(bits) + " bits";
-}
-
 std::string DescribeKindOf(const std::string& path)
 {
     const auto kind = KindFromName(path);
@@ -42,8 +37,7 @@ PictureSource::PictureSource(const SourceOptions& options) : m_path(options.path
     m_info.frameCount = 1;
     m_info.bitsPerChannel = m_opened->BitsPerChannel();
     m_info.light = m_opened->LightOfPixels();
-    m_info.description =
-        DescribeKindOf(m_path) + " picture, " + DescribeBits(m_info.bitsPerChannel);
+    m_info.description = DescribeKindOf(m_path) + " picture, " + m_opened->Description();
     ApplyOptions(options);
 }
 
@@ -61,9 +55,11 @@ PictureSource::PictureSource(const SourceOptions& options, const SequencePattern
     m_last = numbers.back();
     m_info.frameCount = m_last - m_next + 1;
     m_info.firstNumber = m_next;
+    std::string pixels = "8 bits";
     try
     {
         Open(PathOf(m_next));
+        pixels = m_opened->Description();
         m_info.bitsPerChannel = m_opened->BitsPerChannel();
         m_info.light = m_opened->LightOfPixels();
     }
@@ -72,7 +68,7 @@ PictureSource::PictureSource(const SourceOptions& options, const SequencePattern
         m_opened.reset(); // reported when its turn to be read comes
     }
     m_info.description = DescribeKindOf(m_path) + " pictures " + std::to_string(m_next) + " to " +
-                         std::to_string(m_last) + ", " + DescribeBits(m_info.bitsPerChannel);
+                         std::to_string(m_last) + ", " + pixels;
     ApplyOptions(options);
 }
 

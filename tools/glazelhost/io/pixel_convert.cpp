@@ -3,11 +3,19 @@
 #include "tools/glazelhost/host_error.h"
 
 #include <cassert>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 namespace
 {
+
+// A float of 16 bits, for which there is no type.
+struct Half
+{
+    std::uint16_t bits;
+};
 
 // The four channels of a pixel of an Image, in its order.
 constexpr int kImageChannels = 4;
@@ -18,6 +26,10 @@ Target Converted(Source value) noexcept
     if constexpr (std::is_same_v<Target, Source>)
     {
         return value;
+    }
+    else if constexpr (std::is_same_v<Source, Half>)
+    {
+        return Converted<Target>(FloatOfHalf(value.bits));
     }
     else if constexpr (std::is_same_v<Target, std::uint8_t>)
     {
@@ -142,6 +154,9 @@ void WithFileType(FileSample sample, Operation&& operation)
     case FileSample::Bits16:
         operation(std::uint16_t{});
         break;
+    case FileSample::Float16:
+        assert(false); // only read
+        break;
     case FileSample::Float32:
         operation(float{});
         break;
@@ -152,9 +167,43 @@ constexpr PixelLayout kByteImageLayout{}; // an Image of bytes as if it were a f
 
 } // namespace
 
+float FloatOfHalf(std::uint16_t bits) noexcept
+{
+    constexpr int kBias = 15;
+    constexpr int kFractionBits = 10;
+    constexpr unsigned kNotFinite = 31;
+    const unsigned exponent = bits >> kFractionBits & 31U;
+    const auto fraction = static_cast<float>(bits & 1023U);
+    float size = 0.0F;
+    if (exponent == kNotFinite)
+    {
+        size = (bits & 1023U) == 0 ? std::numeric_limits<float>::infinity()
+                                   : std::numeric_limits<float>::quiet_NaN();
+    }
+    else if (exponent == 0)
+    {
+        size = std::ldexp(fraction, 1 - kBias - kFractionBits);
+    }
+    else
+    {
+        size = std::ldexp(1024.0F + fraction, static_cast<int>(exponent) - kBias - kFractionBits);
+    }
+    return (bits & 0x8000U) != 0 ? -size : size;
+}
+
 int PixelLayout::BitsPerChannel() const noexcept
 {
-    return sample == FileSample::Bits8 ? 8 : sample == FileSample::Bits16 ? 16 : 32;
+    switch (sample)
+    {
+    case FileSample::Bits8:
+        return 8;
+    case FileSample::Bits16:
+    case FileSample::Float16:
+        return 16;
+    case FileSample::Float32:
+        break;
+    }
+    return 32;
 }
 
 std::size_t PixelLayout::PixelBytes() const noexcept
@@ -170,7 +219,7 @@ void UnpackRow(const PixelLayout& layout, const std::byte* source, int width, Sa
         std::memcpy(target, source, static_cast<std::size_t>(width) * kImageChannels);
         return;
     }
-    WithFileType(layout.sample, [&]<typename Source>(Source) {
+    const auto unpack = [&]<typename Source>(Source) {
         if (type == SampleType::Byte)
         {
             Unpack<Source, std::uint8_t>(layout, source, width, target);
@@ -179,7 +228,13 @@ void UnpackRow(const PixelLayout& layout, const std::byte* source, int width, Sa
         {
             Unpack<Source, float>(layout, source, width, target);
         }
-    });
+    };
+    if (layout.sample == FileSample::Float16)
+    {
+        unpack(Half{});
+        return;
+    }
+    WithFileType(layout.sample, unpack);
 }
 
 void PackRow(const PixelLayout& layout, const std::byte* source, int width, SampleType type,

@@ -38,12 +38,16 @@ inline std::uint16_t WordOf(std::uint8_t code) noexcept
     return static_cast<std::uint16_t>(code * 257U);
 }
 
+// The value of a float of 16 bits: a sign, five of the exponent, ten of the fraction.
+float FloatOfHalf(std::uint16_t bits) noexcept;
+
 // How a channel is stored in a picture file.
 enum class FileSample
 {
     Bits8,
     Bits16, // of this machine's byte order
     Float32,
+    Float16, // only read
 };
 
 // One pixel of a picture file: equal channels, one after the other, without gaps.

@@ -102,3 +102,15 @@ std::optional<std::uint32_t> TiffDirectory::Number(std::uint16_t tag) const noex
     const auto place = static_cast<std::size_t>(bytes.data() - m_file.data());
     return NumberAt(place, ValueBytes(NumberAt(*entry + 2, 2)));
 }
+
+std::uint32_t TiffDirectory::BitsPerChannel() const noexcept
+{
+    constexpr std::uint16_t kBitsPerSample = 258;
+    return Number(kBitsPerSample).value_or(1U);
+}
+
+std::uint32_t TiffDirectory::NumberKind() const noexcept
+{
+    constexpr std::uint16_t kSampleFormat = 339;
+    return Number(kSampleFormat).value_or(1U);
+}

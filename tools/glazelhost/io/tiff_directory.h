@@ -11,6 +11,9 @@
 class TiffDirectory
 {
 public:
+    static constexpr std::uint32_t kSigned = 2;
+    static constexpr std::uint32_t kFloat = 3;
+
     // None when the bytes do not begin like a TIFF with a directory.
     static std::optional<TiffDirectory> Read(std::span<const std::byte> file) noexcept;
 
@@ -18,6 +21,10 @@ public:
     std::optional<std::uint32_t> Number(std::uint16_t tag) const noexcept;
     // All bytes of a tag's values; none when the tag is absent or its bytes are.
     std::span<const std::byte> Bytes(std::uint16_t tag) const noexcept;
+
+    // How a channel is stored: bits, and 1 for whole numbers, 2 for such with a sign, 3 for floats.
+    std::uint32_t BitsPerChannel() const noexcept;
+    std::uint32_t NumberKind() const noexcept;
 
 private:
     TiffDirectory() = default;

@@ -175,3 +175,30 @@ TEST(PixelConvert, ReshapingToASmallerImageKeepsTheMemory)
     EXPECT_EQ(image.pixels.data(), memory);
     EXPECT_EQ(image.pixels.size(), 400U);
 }
+
+TEST(PixelConvert, FloatsOf16BitsHaveTheirValues)
+{
+    EXPECT_EQ(FloatOfHalf(0x0000), 0.0F);
+    EXPECT_EQ(FloatOfHalf(0x3C00), 1.0F);
+    EXPECT_EQ(FloatOfHalf(0xC000), -2.0F);
+    EXPECT_EQ(FloatOfHalf(0x3555), 1365.0F / 4096.0F);
+    EXPECT_EQ(FloatOfHalf(0x7BFF), 65504.0F);
+    EXPECT_EQ(FloatOfHalf(0x0001), std::ldexp(1.0F, -24)) << "the smallest";
+    EXPECT_EQ(FloatOfHalf(0x0400), std::ldexp(1.0F, -14));
+    EXPECT_EQ(FloatOfHalf(0xFC00), -std::numeric_limits<float>::infinity());
+    EXPECT_TRUE(std::isnan(FloatOfHalf(0x7C01)));
+}
+
+TEST(PixelConvert, FloatsOf16BitsBecomeFloatsAndBytes)
+{
+    const std::array<std::uint16_t, 3> pixel{0x3C00, 0x3800, 0x4400}; // 1, 0.5, 4
+    const PixelLayout layout{FileSample::Float16, 3, 0, 1, 2, -1, false};
+    EXPECT_EQ(layout.PixelBytes(), sizeof pixel);
+    const auto* const source = reinterpret_cast<const std::byte*>(pixel.data());
+    std::array<float, 4> floats{};
+    UnpackRow(layout, source, 1, SampleType::Float, reinterpret_cast<std::byte*>(floats.data()));
+    EXPECT_EQ(floats, (std::array{4.0F, 0.5F, 1.0F, 1.0F}));
+    std::array<std::uint8_t, 4> bytes{};
+    UnpackRow(layout, source, 1, SampleType::Byte, reinterpret_cast<std::byte*>(bytes.data()));
+    EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{255, 128, 255, 255}));
+}
