@@ -1,6 +1,6 @@
 // The order in which the nodes of a table are stored, and what each is expected to be from those
-// before it. Writer and reader share it, so it is exact: every intermediate result is a whole
-// number of 64ths below 2^18, which floats hold.
+// before it. Writer and reader share it: both must get the same to the last bit, from additions and
+// multiplications of floats in the order in which they stand here, none of them fused.
 // Pure: no windows.h. Tests: tests/samples/renderer/table_coding_test.cpp.
 #pragma once
 
@@ -197,13 +197,13 @@ void VisitBetween(float* codes, const TableShape& shape, std::uint32_t step, flo
                 }
                 if constexpr (Green)
                 {
-                    const Expectation green_ = Along(node, alongGreen);
-                    expected = Red ? Joined(expected, green_, precision) : green_;
+                    const Expectation ofGreen = Along(node, alongGreen);
+                    expected = Red ? Joined(expected, ofGreen, precision) : ofGreen;
                 }
                 if constexpr (Blue)
                 {
-                    const Expectation blue_ = Along(node, alongBlue);
-                    expected = Red || Green ? Joined(expected, blue_, precision) : blue_;
+                    const Expectation ofBlue = Along(node, alongBlue);
+                    expected = Red || Green ? Joined(expected, ofBlue, precision) : ofBlue;
                 }
                 visit(node, expected);
             }

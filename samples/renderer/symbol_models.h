@@ -27,7 +27,7 @@ public:
     // Every symbol that was counted gets a share.
     void Fit(const SymbolCounts& counts) noexcept;
 
-    static constexpr std::size_t kMostBytes = kContexts * (1 + 2 * kSymbols);
+    static constexpr std::size_t kMostBytes = std::size_t{kContexts} * (1 + 2 * kSymbols);
     // Answers the number of bytes written.
     std::size_t Write(std::span<std::uint8_t, kMostBytes> bytes) const noexcept;
     // Answers the number of bytes read, 0 when they are no models.

@@ -125,18 +125,19 @@ TEST(StoredLutAccuracy, CubesOf65Points)
     }
 }
 
-TEST(StoredLutAccuracy, CubesOf65PointsBehindACorrectionAndAShaper)
+TEST(StoredLutAccuracy, CubesBehindACorrectionAndAShaper)
 {
     for (const LutOfSet& lut : LutSet())
     {
-        Look look = CubeLook(CubeOf(65, lut.grading));
+        const std::uint32_t size = lut.name == "Cineon to display" ? 65 : 33; // the fullest record
+        Look look = CubeLook(CubeOf(size, lut.grading));
         look.cdl = SetCdl();
         look.cdlMode = CdlMode::Unclamped;
         look.curves = SetShaper();
         // Right beside a jump the rounding of the shaper alone moves a value across it.
         if (lut.isSmooth)
         {
-            ExpectKept(lut, look, 65, 16.0F);
+            ExpectKept(lut, look, size, 16.0F);
         }
     }
 }
