@@ -25,8 +25,8 @@ LookFileAnswer AskForLookFile(HWND owner)
     OPENFILENAMEW question{};
     question.lStructSize = sizeof question;
     question.hwndOwner = owner;
-    question.lpstrFilter = L"Looks (*.cube, *.cc, *.ccc, *.cdl, *.look)\0"
-                           L"*.cube;*.cc;*.ccc;*.cdl;*.look\0"
+    question.lpstrFilter = L"Looks (*.cube, *.spi1d, *.spi3d, *.cc, *.ccc, *.cdl, *.look)\0"
+                           L"*.cube;*.spi1d;*.spi3d;*.cc;*.ccc;*.cdl;*.look\0"
                            L"All files\0*.*\0";
     question.lpstrFile = path.data();
     question.nMaxFile = static_cast<DWORD>(path.size());
