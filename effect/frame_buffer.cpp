@@ -20,13 +20,18 @@ void* FrameBuffer::Allocate(std::uint32_t newWidth, std::uint32_t newHeight,
     }
     Release();
     format = newFormat;
+    constexpr std::size_t alignment =
+        16; // of what is allocated, and so of the image behind the room
+    FrameRoom rounded = room;
     std::size_t imageBytes = 0;
     std::size_t bytes = 0;
     const bool tooLarge =
+        __builtin_add_overflow(room.before, (alignment - room.before % alignment) % alignment,
+                               &rounded.before) ||
         __builtin_mul_overflow(std::size_t{newWidth}, std::size_t{newHeight}, &imageBytes) ||
         __builtin_mul_overflow(imageBytes, std::size_t{BytesPerPixel(newFormat)}, &imageBytes) ||
-        __builtin_add_overflow(imageBytes, room.before, &bytes) ||
-        __builtin_add_overflow(bytes, room.behind, &bytes);
+        __builtin_add_overflow(imageBytes, rounded.before, &bytes) ||
+        __builtin_add_overflow(bytes, rounded.behind, &bytes);
     if (tooLarge)
     {
         return nullptr;
@@ -35,10 +40,10 @@ void* FrameBuffer::Allocate(std::uint32_t newWidth, std::uint32_t newHeight,
     m_block = static_cast<std::byte*>(::operator new(bytes, std::nothrow)); // even for no bytes
     if (m_block != nullptr)
     {
-        std::memset(m_block, 0, room.before);
-        std::memset(m_block + room.before + imageBytes, 0, room.behind);
-        m_room = room;
-        pixels = m_block + room.before;
+        std::memset(m_block, 0, rounded.before);
+        std::memset(m_block + rounded.before + imageBytes, 0, rounded.behind);
+        m_room = rounded;
+        pixels = m_block + rounded.before;
         width = newWidth;
         height = newHeight;
         rowPitch = newWidth;

@@ -23,11 +23,11 @@ public:
     FrameBuffer(const FrameBuffer&) = delete;
     FrameBuffer& operator=(const FrameBuffer&) = delete;
 
-    // Gives memory for an image without row padding, with at least `room` around it, which is 0.
-    // While size and format stay the same and the room is enough it is the same memory, with the
-    // last contents; otherwise the image's are undefined. A size of 0 gives a place without room
-    // for a pixel, and a buffer that is not valid. Null, and a buffer that is not valid, when
-    // memory is short.
+    // Gives memory for an image without row padding, at a multiple of 16 bytes wherever operator
+    // new gives one, with at least `room` around it, which is 0. While size and format stay the
+    // same and the room is enough it is the same memory, with the last contents; otherwise the
+    // image's are undefined. A size of 0 gives a place without room for a pixel, and a buffer that
+    // is not valid. Null, and a buffer that is not valid, when memory is short.
     void* Allocate(std::uint32_t newWidth, std::uint32_t newHeight, std::uint32_t newFormat,
                    const FrameRoom& room = {}) noexcept;
     // Frees the memory. Format, aspect, texture and bounds keep their values.

@@ -9,16 +9,23 @@ std::optional<PackedWalk> WalkOver(const OutputArea& area, std::int32_t bufferWi
     PackedWalk walk;
     walk.isWholeFrame =
         area.left == 0 && area.top == 0 && area.width == bufferWidth && area.height == bufferHeight;
-    if (walk.isWholeFrame || area.width <= 0 || area.height <= 0)
+    if (walk.isWholeFrame)
     {
         return walk;
     }
     walk.firstSample = std::int64_t{area.top} * bufferWidth + area.left;
     std::int32_t difference = 0;
-    std::int64_t lastRow = 0;
     if (__builtin_sub_overflow(bufferWidth, area.width, &difference) ||
-        __builtin_mul_overflow(difference, paddingPerSample, &walk.rowPadding) ||
-        __builtin_mul_overflow(std::int64_t{area.width} + walk.rowPadding,
+        __builtin_mul_overflow(difference, paddingPerSample, &walk.rowPadding))
+    {
+        return std::nullopt;
+    }
+    if (area.width <= 0 || area.height <= 0)
+    {
+        return walk; // nothing is read
+    }
+    std::int64_t lastRow = 0;
+    if (__builtin_mul_overflow(std::int64_t{area.width} + walk.rowPadding,
                                std::int64_t{area.height} - 1, &lastRow) ||
         __builtin_add_overflow(lastRow, walk.firstSample, &lastRow))
     {

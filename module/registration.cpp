@@ -139,7 +139,8 @@ HRESULT UnregisterModule(HINSTANCE module) noexcept
     {
         first = FirstFailure(first, AtlUpdateRegistryFromResource(module, script, false));
     }
-    first = FirstFailure(first, KeepInterfacesOfOthers());
-    first = FirstFailure(first, AtlUnregisterTypeLib(module));
+    // What cannot be kept aside is not to be removed either.
+    const HRESULT kept = KeepInterfacesOfOthers();
+    first = FirstFailure(first, FAILED(kept) ? kept : AtlUnregisterTypeLib(module));
     return FirstFailure(first, GiveBackInterfaces());
 }

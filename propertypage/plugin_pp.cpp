@@ -164,6 +164,7 @@ void CPluginPP::Notify(UINT command) noexcept
 
 void CPluginPP::Refresh() noexcept
 {
+    const CComPtr<IUnknown> self = GetUnknown(); // the object may let the page go when it is asked
     // When it fails the page keeps what it has.
     std::ignore = EffectExchange(FirstObject()).GetProps(m_record);
     Invalidate();

@@ -96,7 +96,12 @@ HRESULT CComTypeInfoHolder::Invoke(IDispatch* p, DISPID dispidMember, LCID lcid,
 {
     CComPtr<ITypeInfo> info;
     const HRESULT hr = GetTI(lcid, &info);
-    return FAILED(hr) ? hr
-                      : info->Invoke(p, dispidMember, wFlags, pdispparams, pvarResult, pexcepinfo,
-                                     puArgErr);
+    if (FAILED(hr))
+    {
+        return hr;
+    }
+    // Arguments may be objects of the caller's, which are asked for their value.
+    return ForeignResult([&] {
+        return info->Invoke(p, dispidMember, wFlags, pdispparams, pvarResult, pexcepinfo, puArgErr);
+    });
 }

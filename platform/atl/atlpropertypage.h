@@ -13,6 +13,7 @@
 
 #include <memory>
 #include <new>
+#include <utility>
 
 // A string resource in memory of CoTaskMemAlloc, for the caller to free; null when there is no such
 // string or no memory.
@@ -99,15 +100,18 @@ public:
         }
         m_nObjects = 0;
         m_ppUnk.reset();
-        m_ppUnk.reset(new (std::nothrow) CComPtr<IUnknown>[nObjects]);
-        if (m_ppUnk == nullptr)
+        // Filled before it is the page's: an object may come back when its reference is taken.
+        std::unique_ptr<CComPtr<IUnknown>[]> objects(new (std::nothrow)
+                                                         CComPtr<IUnknown>[nObjects]);
+        if (objects == nullptr)
         {
             return E_OUTOFMEMORY;
         }
         for (ULONG i = 0; i < nObjects; ++i)
         {
-            m_ppUnk[i] = ppUnk[i];
+            objects[i] = ppUnk[i];
         }
+        m_ppUnk = std::move(objects);
         m_nObjects = nObjects;
         return S_OK;
     }

@@ -52,5 +52,5 @@ HRESULT AtlAutoAggregate(IUnknown* controlling, REFCLSID clsid, IUnknown** membe
             return made;
         }
     }
-    return (*member)->QueryInterface(riid, ppv);
+    return ForeignResult([&] { return (*member)->QueryInterface(riid, ppv); });
 }

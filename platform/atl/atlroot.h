@@ -182,12 +182,15 @@ public: \
      }, \
      0},
 
-// From the inner unknown `punk`, a member; while it is null the object lacks the interface.
+// From the inner unknown `punk`, a member; while it is null the object lacks the interface. Of an
+// object inside an aggregate it adds its reference to the outer, which may be anybody's.
 #define COM_INTERFACE_ENTRY_AGGREGATE(iid, punk) \
     {&iid, nullptr, \
      [](void* pv, REFIID riid, void** ppv, DWORD_PTR) -> HRESULT { \
          IUnknown* const inner = static_cast<_ComMapClass*>(pv)->punk; \
-         return inner != nullptr ? inner->QueryInterface(riid, ppv) : E_NOINTERFACE; \
+         return inner == nullptr \
+                    ? E_NOINTERFACE \
+                    : ForeignResult([&] { return inner->QueryInterface(riid, ppv); }); \
      }, \
      0},
 

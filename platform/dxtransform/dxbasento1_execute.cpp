@@ -115,8 +115,9 @@ ULONG CDXBaseNTo1::BandsToStartWith(ULONG rows) const noexcept
         return 1;
     }
     ULONG processors = 0;
-    if (m_cpTaskMgr == nullptr ||
-        FAILED(ForeignResult([&] { return m_cpTaskMgr->QueryNumProcessors(&processors); })))
+    const CComPtr<IDXTaskManager> taskManager(m_cpTaskMgr);
+    if (taskManager == nullptr ||
+        FAILED(ForeignResult([&] { return taskManager->QueryNumProcessors(&processors); })))
     {
         SYSTEM_INFO system{};
         ::GetSystemInfo(&system);
@@ -150,7 +151,8 @@ HRESULT CDXBaseNTo1::RunBands(const GUID* requestId, const CDXTWorkInfoNTo1& wor
 {
     return CallHook([&] {
         CDXTBandBatch batch(*this, work, bands);
-        return m_cpTaskMgr != nullptr ? batch.RunByTaskManager(m_cpTaskMgr, requestId)
+        const CComPtr<IDXTaskManager> taskManager(m_cpTaskMgr);
+        return taskManager != nullptr ? batch.RunByTaskManager(taskManager, requestId)
                                       : batch.RunInOrder();
     });
 }

@@ -39,7 +39,11 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Setup(IUnknown* const* punkInputs, ULONG 
     fetched.inputs.clear();
     m_spareInputs = std::move(fetched.inputs);
     fetched.output = {};
-    return SUCCEEDED(hr) ? Prepare() : hr;
+    if (FAILED(hr))
+    {
+        return hr;
+    }
+    return m_setUp ? Prepare() : S_OK; // letting the old ones go may have cleared the new ones
 }
 
 HRESULT CDXBaseNTo1::CheckCounts(IUnknown* const* inputs, ULONG numInputs, IUnknown* const* outputs,
@@ -89,13 +93,15 @@ HRESULT CDXBaseNTo1::FetchSurface(IUnknown* object, CComPtr<IDXSurface>& surface
     {
         return S_OK;
     }
-    if (m_cpSurfFact == nullptr)
+    std::ignore = surface.Detach(); // whatever a failed query left there
+    const CComPtr<IDXSurfaceFactory> factory(m_cpSurfFact);
+    if (factory == nullptr)
     {
         return E_INVALIDARG;
     }
     return ForeignResult([&] {
-        return m_cpSurfFact->CreateFromDDSurface(object, nullptr, 0, nullptr, IID_IDXSurface,
-                                                 reinterpret_cast<void**>(&surface));
+        return factory->CreateFromDDSurface(object, nullptr, 0, nullptr, IID_IDXSurface,
+                                            reinterpret_cast<void**>(&surface));
     });
 }
 

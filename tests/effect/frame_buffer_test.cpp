@@ -90,6 +90,7 @@ TEST(FrameBuffer, TheRoomAroundAnImageIsZeroAndKeptWhileItIsEnough)
         static_cast<std::uint8_t*>(buffer.Allocate(2, 1, kFormatBgra8, {.before = 3, .behind = 5}));
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(buffer.pixels, image);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(image) % 16, 0U) << "for vector code";
     std::memset(image, 7, 8);
     EXPECT_EQ(std::vector<std::uint8_t>(image - 3, image), std::vector<std::uint8_t>(3, 0));
     EXPECT_EQ(std::vector<std::uint8_t>(image + 8, image + 13), std::vector<std::uint8_t>(5, 0));
