@@ -20,8 +20,8 @@ void* FrameBuffer::Allocate(std::uint32_t newWidth, std::uint32_t newHeight,
     }
     Release();
     format = newFormat;
-    constexpr std::size_t alignment =
-        16; // of what is allocated, and so of the image behind the room
+    // Of what operator new gives, and so of the image behind the room.
+    constexpr std::size_t alignment = 16;
     FrameRoom rounded = room;
     std::size_t imageBytes = 0;
     std::size_t bytes = 0;
