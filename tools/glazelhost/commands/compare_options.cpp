@@ -3,9 +3,6 @@
 #include "tools/glazelhost/commands/shared_options.h"
 #include "tools/glazelhost/host_error.h"
 
-#include <charconv>
-#include <cmath>
-#include <string_view>
 #include <tuple>
 #include <utility>
 
@@ -17,29 +14,15 @@ namespace
     throw HostError(what, why, "see \"glazelhost compare --help\"", ExitCode::WrongUsage);
 }
 
-std::optional<double> NumberOf(std::string_view text)
-{
-    double number = 0.0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stop == end && std::isfinite(number) ? std::optional(number)
-                                                                        : std::nullopt;
-}
-
-// "0.004" or "1/255".
 double DifferenceOf(const char* option, const std::string& word)
 {
-    const auto slash = word.find('/');
-    const auto over = NumberOf(std::string_view(word).substr(0, slash));
-    const auto under = slash == std::string::npos
-                           ? std::optional(1.0)
-                           : NumberOf(std::string_view(word).substr(slash + 1));
-    if (!over || !under || *over < 0.0 || *under <= 0.0)
+    const auto difference = FractionOf(word);
+    if (!difference || *difference < 0.0)
     {
         ThrowUsage(std::string(option) + " " + word,
                    "a difference is a number from 0 on, as in 0.004 or 1/255");
     }
-    return *over / *under;
+    return *difference;
 }
 
 } // namespace

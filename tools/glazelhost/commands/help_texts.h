@@ -13,7 +13,8 @@ INPUT and OUTPUT are
   a picture             photo.png, photo.jpg, photo.tif, photo.bmp
   a numbered sequence   shot_%04d.png
   a Y4M stream          clip.y4m, or - for standard input or output
-  raw BGRA              clip.bgra or -, 8 bits a channel, with --size
+  a raw stream          clip.bgra or -, with --size; its pixels (FFmpeg's name in brackets):
+                        bgra8 (bgra), bgra16 (bgra64le) or gbraf32 (gbrapf32le)
 Pictures are turned upright as their orientation says, and written without one. Of a file of
 several pages the first counts.
 A look is a file that the renderer reads: FILE, FILE#ID for one correction out of a
@@ -34,8 +35,8 @@ A project holds a look, or keyframes and their ease; it is written before the fi
 
 With --linear auto the option "assume linear gamma", which every new look has on, counts only
 where the picture is linear light: a TIFF of floats, unless its colour profile says otherwise
-or this program wrote it from a picture that is not. Whole numbers are codes for a display
-in every kind of file and stream, Y4M and raw BGRA included, and are graded as such, so that
+or this program wrote it from a picture that is not, and a raw stream with --input-light linear. Whole numbers are codes for a display
+in every kind of file and stream, Y4M and raw ones included, and are graded as such, so that
 8 and 16 bits of a picture come out alike. --linear on and off decide it for the whole
 render. 8-bit work (--depth 8) is never linear. The line about the input says what is used.
 
@@ -78,7 +79,7 @@ Examples:
   glazelhost blend warm.cube cool.cc 0.5 between.look)text";
 
 inline constexpr char kCompareFooter[] = R"text(
-A and B are pictures, numbered sequences, Y4M or raw BGRA, of one size and as many frames; the
+A and B are pictures, numbered sequences, Y4M or raw BGRA of 8 bits, of one size and as many frames; the
 numbers of sequences may differ. A difference D is of channels from 0 to 1, whatever the depth:
 1/255 is one 8-bit code. Alpha is compared where A or B has it. Told are the largest difference,
 with its frame, pixel (from the upper left, from 0) and channel; the mean; the PSNR; and the

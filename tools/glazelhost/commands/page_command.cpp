@@ -37,7 +37,7 @@ Still OpenStill(const PageCommand& command)
     }
     SourceOptions options;
     options.path = *command.image;
-    if (KindFromName(options.path) == FileKind::Bgra)
+    if (KindFromName(options.path) == FileKind::Raw)
     {
         throw HostError(options.path, "raw frames do not say how large they are",
                         "convert one with \"glazelhost render\" and --size, and name the result");

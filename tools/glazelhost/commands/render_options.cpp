@@ -19,15 +19,6 @@ namespace
     throw HostError(what, why, "see \"glazelhost render --help\"", ExitCode::WrongUsage);
 }
 
-std::optional<StreamFormat> FormatOf(const std::string& word)
-{
-    if (word.empty())
-    {
-        return std::nullopt;
-    }
-    return word == "y4m" ? StreamFormat::Y4m : StreamFormat::Bgra;
-}
-
 ProgressChoice ProgressOf(const RenderWords& words)
 {
     constexpr std::array kNames{
@@ -70,8 +61,9 @@ void AddRenderPlaces(CLI::App& command, RenderCommand& render, RenderWords& word
 void AddRenderFormats(CLI::App& command, RenderCommand& render, RenderWords& words)
 {
     AddDepth(command, words.depth);
-    command.add_option("--fps", render.source.framesPerSecond, "frames per second of the input")
-        ->check(Undescribed(CLI::PositiveNumber))
+    command
+        .add_option("--fps", words.framesPerSecond,
+                    "frames per second of the input: 25, 23.976, 30000/1001")
         ->type_name("RATE");
     command
         .add_option("--aspect", render.source.pixelAspect, "width of a pixel divided by its height")
@@ -91,13 +83,25 @@ void AddRenderStreams(CLI::App& command, RenderWords& words)
     command.add_option("--size", words.size, "size of raw input")
         ->type_name("WxH")
         ->group(kStreams);
+    std::vector<std::string> formats;
+    for (const StreamFormatRow& row : kStreamFormats)
+    {
+        formats.emplace_back(row.name);
+    }
+    const std::string formatNames = CLI::detail::join(formats, "|");
     command.add_option("--input-format", words.inputFormat, "what standard input holds")
-        ->check(OneOf({"y4m", "bgra"}))
-        ->type_name("y4m|bgra")
+        ->check(OneOf(formats))
+        ->type_name(formatNames)
+        ->group(kStreams);
+    command
+        .add_option("--input-light", words.inputLight,
+                    "what the numbers of raw input are (default: display)")
+        ->check(OneOf({"display", "linear"}))
+        ->type_name("display|linear")
         ->group(kStreams);
     command.add_option("--output-format", words.outputFormat, "what standard output gets")
-        ->check(OneOf({"y4m", "bgra"}))
-        ->type_name("y4m|bgra")
+        ->check(OneOf(formats))
+        ->type_name(formatNames)
         ->group(kStreams);
     command.add_option("--range", words.range, "codes of Y4M (default: as it says, else limited)")
         ->check(OneOf({"limited", "full"}))
@@ -158,12 +162,23 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
     {
         render.source.firstNumber = words.firstNumber;
     }
-    render.source.format = FormatOf(words.inputFormat);
-    render.sink.format = FormatOf(words.outputFormat);
+    if (words.framesPerSecond)
+    {
+        const auto rate = FractionOf(*words.framesPerSecond);
+        if (!rate || *rate <= 0.0)
+        {
+            ThrowUsage("--fps " + *words.framesPerSecond,
+                       "a rate is a number above 0, as in 25 or 30000/1001");
+        }
+        render.source.framesPerSecond = *rate;
+    }
+    render.source.isLinearLight = words.inputLight == "linear";
+    render.source.format = StreamFormatFromName(words.inputFormat);
+    render.sink.format = StreamFormatFromName(words.outputFormat);
     // Standard input and output are video unless the user says otherwise.
     if (render.source.path == kStandardStream && !render.source.format)
     {
-        render.source.format = !words.size ? StreamFormat::Y4m : StreamFormat::Bgra;
+        render.source.format = !words.size ? StreamFormat::Y4m : StreamFormat::Bgra8;
     }
     if (render.sink.path == kStandardStream && !render.sink.format)
     {
@@ -183,9 +198,9 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
         render.expectedFrames = words.expected;
     }
     render.progress = ProgressOf(words);
-    if (!std::isfinite(render.source.framesPerSecond) || !std::isfinite(render.source.pixelAspect))
+    if (!std::isfinite(render.source.pixelAspect))
     {
-        ThrowUsage("--fps, --aspect", "the number is not finite");
+        ThrowUsage("--aspect", "the number is not finite");
     }
     return render;
 }

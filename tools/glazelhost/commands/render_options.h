@@ -21,7 +21,9 @@ struct RenderWords
     std::string depth;
     std::optional<std::string> frames; // an empty word is an error, not an absence
     std::optional<std::string> size;
+    std::optional<std::string> framesPerSecond;
     std::string inputFormat;
+    std::string inputLight;
     std::string outputFormat;
     std::string range;
     std::string matrix;

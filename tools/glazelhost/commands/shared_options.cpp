@@ -3,7 +3,22 @@
 #include "tools/glazelhost/host_error.h"
 
 #include <charconv>
+#include <cmath>
 #include <utility>
+
+namespace
+{
+
+std::optional<double> NumberOf(std::string_view text)
+{
+    double number = 0.0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end && std::isfinite(number) ? std::optional(number)
+                                                                        : std::nullopt;
+}
+
+} // namespace
 
 CLI::Validator Undescribed(CLI::Validator validator)
 {
@@ -68,6 +83,19 @@ std::optional<SampleType> SampleTypeOf(const std::string& word)
         return std::nullopt;
     }
     return word == "8" ? SampleType::Byte : SampleType::Float;
+}
+
+std::optional<double> FractionOf(std::string_view word)
+{
+    const auto stroke = word.find('/');
+    const auto over = NumberOf(word.substr(0, stroke));
+    const auto under =
+        stroke == std::string_view::npos ? std::optional(1.0) : NumberOf(word.substr(stroke + 1));
+    if (!over || !under || *under <= 0.0 || !std::isfinite(*over / *under))
+    {
+        return std::nullopt;
+    }
+    return *over / *under;
 }
 
 std::pair<int, int> SizeOf(const std::string& word, const char* command)

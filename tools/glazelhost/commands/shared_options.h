@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,9 @@ void AddDepth(CLI::App& command, std::string& depth);
 // Of words that the options have checked; none for an empty one and for "auto".
 std::optional<bool> SwitchOf(const std::string& word);
 std::optional<SampleType> SampleTypeOf(const std::string& word);
+
+// "0.004" or "1/255"; none for what is no finite number, or has 0 or less under the stroke.
+std::optional<double> FractionOf(std::string_view word);
 
 // "1920x1080" as width and height. Throws HostError (WrongUsage) that names the help of `command`.
 std::pair<int, int> SizeOf(const std::string& word, const char* command);

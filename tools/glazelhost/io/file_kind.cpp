@@ -35,10 +35,10 @@ constexpr std::array kExtensions{
     Extension{FileKind::Tiff, "tiff"},
     Extension{FileKind::Bmp,  "bmp"},
     Extension{FileKind::Y4m,  "y4m"},
-    Extension{FileKind::Bgra, "bgra"},
-    Extension{FileKind::Bgra, "raw"},
+    Extension{FileKind::Raw,  "bgra"},
+    Extension{FileKind::Raw,  "raw"},
 };
-constexpr std::array kDescriptions{"PNG"sv, "JPEG"sv, "TIFF"sv, "BMP"sv, "Y4M"sv, "raw BGRA"sv};
+constexpr std::array kDescriptions{"PNG"sv, "JPEG"sv, "TIFF"sv, "BMP"sv, "Y4M"sv, "raw pixels"sv};
 // clang-format on
 
 bool SameLetter(char letter, char lower) noexcept

@@ -14,7 +14,7 @@ enum class FileKind
     Tiff,
     Bmp,
     Y4m,
-    Bgra, // raw pixels
+    Raw, // 8-bit BGRA, unless somebody says otherwise
 };
 
 constexpr bool IsPicture(FileKind kind) noexcept
@@ -29,7 +29,7 @@ inline constexpr std::size_t kKindBytes = 16;
 std::optional<FileKind> KindFromContent(std::span<const std::byte> firstBytes) noexcept;
 // By the extension, in any case: png, jpg, jpeg, tif, tiff, bmp, y4m, bgra, raw.
 std::optional<FileKind> KindFromName(std::string_view path) noexcept;
-// "PNG", "raw BGRA"
+// "PNG", "raw pixels"
 std::string_view DescribeKind(FileKind kind) noexcept;
 
 // All kinds, for messages.

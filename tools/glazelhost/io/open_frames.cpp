@@ -9,6 +9,7 @@
 #include "tools/glazelhost/io/sequence_pattern.h"
 #include "tools/glazelhost/io/y4m_stream.h"
 
+#include <iterator>
 #include <utility>
 
 namespace
@@ -24,7 +25,27 @@ const std::string kUseKnownKind = "use " + std::string(kKnownKinds);
 
 FileKind KindOf(StreamFormat format) noexcept
 {
-    return format == StreamFormat::Y4m ? FileKind::Y4m : FileKind::Bgra;
+    return format == StreamFormat::Y4m ? FileKind::Y4m : FileKind::Raw;
+}
+
+// Of a stream with such a name.
+StreamFormat FormatOf(FileKind kind) noexcept
+{
+    return kind == FileKind::Y4m ? StreamFormat::Y4m : StreamFormat::Bgra8;
+}
+
+// "give --input-format bgra8, bgra16, gbraf32 or y4m"
+std::string GiveFormat(const std::string& option)
+{
+    std::string text = "give " + option;
+    for (const StreamFormatRow& row : kStreamFormats)
+    {
+        text += &row == std::begin(kStreamFormats)     ? " "
+                : &row == std::end(kStreamFormats) - 1 ? " or "
+                                                       : ", ";
+        text += row.name;
+    }
+    return text;
 }
 
 void CheckNumber(const std::string& what, const std::optional<std::int64_t>& firstNumber)
@@ -40,7 +61,7 @@ void CheckNumber(const std::string& what, const std::optional<std::int64_t>& fir
 FileKind KindOfFile(const std::string& path)
 {
     const auto byName = KindFromName(path);
-    if (byName == FileKind::Bgra)
+    if (byName == FileKind::Raw)
     {
         return *byName;
     }
@@ -63,25 +84,25 @@ FileKind KindOfFile(const std::string& path)
     throw HostError(path, "this kind of file is not known", kUseKnownKind);
 }
 
-std::unique_ptr<FrameSource> StreamSource(FileKind kind, std::unique_ptr<ByteReader> stream,
+std::unique_ptr<FrameSource> StreamSource(StreamFormat format, std::unique_ptr<ByteReader> stream,
                                           std::string name, const SourceOptions& options)
 {
-    if (kind == FileKind::Y4m)
+    if (format == StreamFormat::Y4m)
     {
         return std::make_unique<Y4mSource>(std::move(stream), std::move(name), options);
     }
-    return std::make_unique<RawSource>(std::move(stream), std::move(name), options);
+    return std::make_unique<RawSource>(std::move(stream), std::move(name), format, options);
 }
 
-std::unique_ptr<FrameSink> StreamSink(FileKind kind, std::unique_ptr<ByteWriter> stream,
+std::unique_ptr<FrameSink> StreamSink(StreamFormat format, std::unique_ptr<ByteWriter> stream,
                                       std::string name, const SinkOptions& options,
                                       const StreamInfo& info)
 {
-    if (kind == FileKind::Y4m)
+    if (format == StreamFormat::Y4m)
     {
         return std::make_unique<Y4mSink>(std::move(stream), std::move(name), options, info);
     }
-    return std::make_unique<RawSink>(std::move(stream), std::move(name));
+    return std::make_unique<RawSink>(std::move(stream), std::move(name), format);
 }
 
 bool CanHold(FileKind kind, int bits) noexcept
@@ -101,10 +122,11 @@ void CheckSinkOptions(const SinkOptions& options, FileKind kind)
 {
     if (options.bits && !CanHold(kind, *options.bits))
     {
-        RefuseUse(options.path,
-                  std::string(DescribeKind(kind)) + " does not hold " +
-                      std::to_string(*options.bits) + " bits a channel",
-                  "PNG holds 8 or 16, TIFF 8, 16 or 32, all others 8");
+        RefuseUse(
+            options.path,
+            std::string(DescribeKind(kind)) + " does not hold " + std::to_string(*options.bits) +
+                " bits a channel",
+            "PNG holds 8 or 16, TIFF 8, 16 or 32, all others 8; a stream has its --output-format");
     }
     if (options.quality < 1 || options.quality > 100)
     {
@@ -122,8 +144,7 @@ FileKind KindOfSink(const SinkOptions& options)
     }
     if (options.path == kStandardStream)
     {
-        RefuseUse("standard output", "its format is not said",
-                  "give --output-format y4m or --output-format bgra");
+        RefuseUse("standard output", "its format is not said", GiveFormat("--output-format"));
     }
     const auto kind = KindFromName(options.path);
     if (!kind)
@@ -142,11 +163,9 @@ std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
     {
         if (!options.format)
         {
-            RefuseUse("standard input", "its format is not said",
-                      "give --input-format y4m or --input-format bgra");
+            RefuseUse("standard input", "its format is not said", GiveFormat("--input-format"));
         }
-        return StreamSource(KindOf(*options.format), OpenStandardInput(), "standard input",
-                            options);
+        return StreamSource(*options.format, OpenStandardInput(), "standard input", options);
     }
     const auto pattern = SequencePattern::Parse(options.path);
     if (pattern && options.format)
@@ -163,16 +182,18 @@ std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
     {
         return std::make_unique<PictureSource>(options);
     }
-    return StreamSource(kind, OpenFileReader(options.path), options.path, options);
+    return StreamSource(options.format.value_or(FormatOf(kind)), OpenFileReader(options.path),
+                        options.path, options);
 }
 
 std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info)
 {
     const FileKind kind = KindOfSink(options);
+    const StreamFormat format = options.format.value_or(FormatOf(kind));
     CheckSinkOptions(options, kind);
     if (options.path == kStandardStream)
     {
-        return StreamSink(kind, OpenStandardOutput(), "standard output", options, info);
+        return StreamSink(format, OpenStandardOutput(), "standard output", options, info);
     }
     const auto pattern = SequencePattern::Parse(options.path);
     if (!IsPicture(kind))
@@ -182,7 +203,7 @@ std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo
             RefuseUse(options.path, "a stream is one file, not a sequence",
                       "name one file, or pictures like out_%04d.png");
         }
-        return StreamSink(kind, OpenSafeOutput(options.path, options.overwrite), options.path,
+        return StreamSink(format, OpenSafeOutput(options.path, options.overwrite), options.path,
                           options, info);
     }
     if (pattern)

@@ -1,4 +1,4 @@
-// Opens what frames are read from and written to: pictures, numbered sequences, Y4M and raw BGRA
+// Opens what frames are read from and written to: pictures, numbered sequences, Y4M and raw
 // streams, by extension and content. Pure declarations: no windows.h.
 //
 // Pictures are PNG, JPEG, TIFF (8-bit, 16-bit, 16-bit and 32-bit float) and BMP; the first page
@@ -9,18 +9,12 @@
 #pragma once
 
 #include "tools/glazelhost/io/frame_io.h"
+#include "tools/glazelhost/io/stream_format.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-
-// What a stream without an own name or extension holds.
-enum class StreamFormat
-{
-    Y4m,
-    Bgra, // 8 bits a channel, rows top-down without padding, straight alpha
-};
 
 // The path that means standard input or standard output.
 inline constexpr char kStandardStream[] = "-";
@@ -29,10 +23,11 @@ struct SourceOptions
 {
     std::string path;                   // UTF-8; "-" is standard input
     std::optional<StreamFormat> format; // none: by content, then by extension; "-" needs one
-    int width = 0;                      // of raw BGRA, which does not say
+    int width = 0;                      // of a raw stream, which does not say
     int height = 0;
     double framesPerSecond = 0.0;            // > 0 replaces what the stream says
     double pixelAspect = 0.0;                // > 0 replaces what the stream says
+    bool isLinearLight = false;              // the numbers of a raw stream
     std::optional<YCbCrRange> range;         // Y4M; none: what the header says, else limited
     std::optional<YCbCrMatrix> matrix;       // Y4M; none: DefaultMatrix of the size
     std::optional<std::int64_t> firstNumber; // of a sequence; none: the lowest that exists

@@ -4,29 +4,102 @@
 #include "tools/glazelhost/io/pixel_convert.h"
 #include "tools/glazelhost/io/stream_frames.h"
 
+#include <cstring>
 #include <utility>
 
 namespace
 {
 
-constexpr std::size_t kPixelBytes = 4;
-constexpr PixelLayout kFloatLayout{.sample = FileSample::Float32};
+constexpr int kChannels = 4;
 
-void ConvertRows(const Image& from, const PixelLayout& layout, Image& to)
+// Where the planes of GbraFloat have the channels of an Image: blue, green, red, alpha.
+constexpr std::size_t kPlaneOf[kChannels] = {1, 0, 2, 3};
+
+constexpr PixelLayout LayoutOf(StreamFormat format) noexcept
 {
-    for (int y = 0; y < from.height; ++y)
+    return {.sample = RowOf(format).sample};
+}
+
+constexpr PixelLayout kFloats{.sample = FileSample::Float32};
+
+// Whether an Image of this type has its pixels as the stream has them.
+constexpr bool IsSame(StreamFormat format, SampleType type) noexcept
+{
+    return format == StreamFormat::Bgra8 && type == SampleType::Byte;
+}
+
+std::size_t FrameBytes(StreamFormat format, int width, int height) noexcept
+{
+    return LayoutOf(format).PixelBytes() * static_cast<std::size_t>(width) *
+           static_cast<std::size_t>(height);
+}
+
+// Copies `count` floats that lie `fromStep` and `toStep` floats apart.
+void CopyFloats(const std::byte* from, std::size_t fromStep, std::byte* to, std::size_t toStep,
+                std::size_t count) noexcept
+{
+    for (std::size_t i = 0; i < count; ++i)
     {
-        const auto row = static_cast<std::size_t>(y);
-        UnpackRow(layout, from.pixels.data() + row * from.RowBytes(), from.width, to.type,
-                  to.pixels.data() + row * to.RowBytes());
+        std::memcpy(to + i * toStep * sizeof(float), from + i * fromStep * sizeof(float),
+                    sizeof(float));
+    }
+}
+
+// An Image out of a frame of a stream. The Image has its size and type.
+void Decode(StreamFormat format, const std::byte* frame, Image& image)
+{
+    const auto width = static_cast<std::size_t>(image.width);
+    const std::size_t pixels = width * static_cast<std::size_t>(image.height);
+    const bool isPlanar = format == StreamFormat::GbraFloat;
+    std::vector<std::byte> floats(isPlanar ? width * kFloats.PixelBytes() : 0);
+    for (std::size_t first = 0; first < pixels; first += width)
+    {
+        std::byte* const row = image.pixels.data() + first * image.PixelBytes();
+        if (!isPlanar)
+        {
+            const PixelLayout layout = LayoutOf(format);
+            UnpackRow(layout, frame + first * layout.PixelBytes(), image.width, image.type, row);
+            continue;
+        }
+        for (std::size_t channel = 0; channel < kChannels; ++channel)
+        {
+            CopyFloats(frame + (kPlaneOf[channel] * pixels + first) * sizeof(float), 1,
+                       floats.data() + channel * sizeof(float), kChannels, width);
+        }
+        UnpackRow(kFloats, floats.data(), image.width, image.type, row);
+    }
+}
+
+// A frame of a stream out of an Image.
+void Encode(StreamFormat format, const Image& image, std::byte* frame)
+{
+    const auto width = static_cast<std::size_t>(image.width);
+    const std::size_t pixels = width * static_cast<std::size_t>(image.height);
+    const bool isPlanar = format == StreamFormat::GbraFloat;
+    std::vector<std::byte> floats(isPlanar ? width * kFloats.PixelBytes() : 0);
+    for (std::size_t first = 0; first < pixels; first += width)
+    {
+        const std::byte* const row = image.pixels.data() + first * image.PixelBytes();
+        if (!isPlanar)
+        {
+            const PixelLayout layout = LayoutOf(format);
+            PackRow(layout, row, image.width, image.type, frame + first * layout.PixelBytes());
+            continue;
+        }
+        PackRow(kFloats, row, image.width, image.type, floats.data());
+        for (std::size_t channel = 0; channel < kChannels; ++channel)
+        {
+            CopyFloats(floats.data() + channel * sizeof(float), kChannels,
+                       frame + (kPlaneOf[channel] * pixels + first) * sizeof(float), 1, width);
+        }
     }
 }
 
 } // namespace
 
-RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name,
+RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name, StreamFormat format,
                      const SourceOptions& options)
-    : m_stream(std::move(stream)), m_name(std::move(name))
+    : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format)
 {
     if (options.width == 0 && options.height == 0)
     {
@@ -34,13 +107,21 @@ RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name,
                         "give the size, for example --size 1920x1080", ExitCode::WrongUsage);
     }
     CheckSize(m_name, options.width, options.height);
-    m_frameBytes = kPixelBytes * static_cast<std::size_t>(options.width) *
-                   static_cast<std::size_t>(options.height);
+    m_frameBytes = FrameBytes(format, options.width, options.height);
     m_info.width = options.width;
     m_info.height = options.height;
     m_info.framesPerSecond = options.framesPerSecond;
     m_info.pixelAspect = options.pixelAspect > 0.0 ? options.pixelAspect : 1.0;
-    m_info.description = "raw BGRA";
+    m_info.bitsPerChannel = LayoutOf(format).BitsPerChannel();
+    if (options.isLinearLight)
+    {
+        m_info.light = {.isLinear = true, .why = "--input-light linear"};
+    }
+    else if (format == StreamFormat::GbraFloat)
+    {
+        m_info.light.why = "without --input-light linear";
+    }
+    m_info.description = RowOf(format).description;
     if (const auto size = m_stream->Size(); size && *size % m_frameBytes == 0)
     {
         m_info.frameCount = static_cast<std::int64_t>(*size / m_frameBytes);
@@ -70,16 +151,17 @@ bool RawSource::Read(Image& image, SampleType type)
         return false;
     }
     ++m_frame;
-    Image& bytes = type == SampleType::Byte ? image : m_bytes;
-    Reshape(bytes, m_info.width, m_info.height, SampleType::Byte, true);
-    if (!CheckWhole(ReadFully(*m_stream, bytes.pixels.data(), m_frameBytes)))
+    Reshape(image, m_info.width, m_info.height, type, true);
+    const bool isSame = IsSame(m_format, type);
+    m_bytes.resize(isSame ? 0 : m_frameBytes);
+    if (!CheckWhole(
+            ReadFully(*m_stream, isSame ? image.pixels.data() : m_bytes.data(), m_frameBytes)))
     {
         return false;
     }
-    if (type == SampleType::Float)
+    if (!isSame)
     {
-        Reshape(image, m_info.width, m_info.height, type, true);
-        ConvertRows(m_bytes, PixelLayout{}, image);
+        Decode(m_format, m_bytes.data(), image);
     }
     return true;
 }
@@ -99,8 +181,8 @@ std::string RawSource::FrameName() const
     return FrameNameOf(m_frame, m_name);
 }
 
-RawSink::RawSink(std::unique_ptr<ByteWriter> stream, std::string name)
-    : m_stream(std::move(stream)), m_name(std::move(name))
+RawSink::RawSink(std::unique_ptr<ByteWriter> stream, std::string name, StreamFormat format)
+    : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format)
 {
 }
 
@@ -112,14 +194,14 @@ void RawSink::Write(const Image& image)
         m_height = image.height;
     }
     CheckSameSize(m_name, image, m_width, m_height);
-    const Image* bytes = &image;
-    if (image.type == SampleType::Float)
+    if (IsSame(m_format, image.type))
     {
-        Reshape(m_bytes, m_width, m_height, SampleType::Byte, image.hasAlpha);
-        ConvertRows(image, kFloatLayout, m_bytes);
-        bytes = &m_bytes;
+        m_stream->Write(image.pixels.data(), image.pixels.size());
+        return;
     }
-    m_stream->Write(bytes->pixels.data(), bytes->pixels.size());
+    m_bytes.resize(FrameBytes(m_format, m_width, m_height));
+    Encode(m_format, image, m_bytes.data());
+    m_stream->Write(m_bytes.data(), m_bytes.size());
 }
 
 void RawSink::Finish()

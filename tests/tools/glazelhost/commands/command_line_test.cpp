@@ -78,8 +78,9 @@ TEST(CommandLine, EveryRenderOptionReachesItsPlace)
                                          "json",        "--size",
                                          "1920x1080",   "--expect",
                                          "72",          "--input-format",
-                                         "bgra",        "--output-format",
-                                         "y4m"});
+                                         "bgra16",      "--output-format",
+                                         "gbraf32",     "--input-light",
+                                         "linear"});
     EXPECT_EQ(render.depth, SampleType::Float);
     EXPECT_EQ(render.linear, false);
     EXPECT_EQ(render.source.framesPerSecond, 23.976);
@@ -103,8 +104,14 @@ TEST(CommandLine, EveryRenderOptionReachesItsPlace)
     EXPECT_EQ(render.expectedFrames, 72);
     EXPECT_EQ(render.source.width, 1920);
     EXPECT_EQ(render.source.height, 1080);
-    EXPECT_EQ(render.source.format, StreamFormat::Bgra);
-    EXPECT_EQ(render.sink.format, StreamFormat::Y4m);
+    EXPECT_EQ(render.source.format, StreamFormat::Bgra16);
+    EXPECT_TRUE(render.source.isLinearLight);
+    EXPECT_EQ(render.sink.format, StreamFormat::GbraFloat);
+}
+
+TEST(CommandLine, ARateMayBeAFraction)
+{
+    EXPECT_EQ(Render({"--fps", "30000/1001"}).source.framesPerSecond, 30000.0 / 1001.0);
 }
 
 TEST(CommandLine, OptionsMayStandBeforeThePlaces)
@@ -132,9 +139,9 @@ TEST(CommandLine, StandardStreamsAreY4mUnlessASizeOrAFormatSaysOtherwise)
     };
     EXPECT_EQ(pipes({}).source.format, StreamFormat::Y4m);
     EXPECT_EQ(pipes({}).sink.format, StreamFormat::Y4m);
-    EXPECT_EQ(pipes({"--size", "4x4"}).source.format, StreamFormat::Bgra);
-    EXPECT_EQ(pipes({"--size", "4x4"}).sink.format, StreamFormat::Bgra);
-    EXPECT_EQ(pipes({"--output-format", "bgra"}).sink.format, StreamFormat::Bgra);
+    EXPECT_EQ(pipes({"--size", "4x4"}).source.format, StreamFormat::Bgra8);
+    EXPECT_EQ(pipes({"--size", "4x4"}).sink.format, StreamFormat::Bgra8);
+    EXPECT_EQ(pipes({"--output-format", "bgra8"}).sink.format, StreamFormat::Bgra8);
 }
 
 TEST(CommandLine, QuietWinsOverTheKindOfProgress)
@@ -190,6 +197,8 @@ TEST(CommandLine, ValuesThatMakeNoSenseAreQuoted)
     EXPECT_NE(RenderErrorOf({"--fps", "0"}), "");
     EXPECT_NE(RenderErrorOf({"--fps", "fast"}).find("fast"), std::string::npos);
     EXPECT_NE(RenderErrorOf({"--fps", "inf"}), "");
+    EXPECT_NE(RenderErrorOf({"--fps", "30000/0"}), "");
+    EXPECT_NE(RenderErrorOf({"--fps", "30/1/1"}), "");
     EXPECT_NE(RenderErrorOf({"--aspect", "nan"}), "");
     EXPECT_NE(RenderErrorOf({"--bits", "12"}), "");
     EXPECT_NE(RenderErrorOf({"--quality", "0"}), "");

@@ -38,8 +38,8 @@ TEST(FileKind, ExtensionsCountInAnyCase)
     EXPECT_EQ(KindFromName("a.tif"), FileKind::Tiff);
     EXPECT_EQ(KindFromName("a.bmp"), FileKind::Bmp);
     EXPECT_EQ(KindFromName("a.y4m"), FileKind::Y4m);
-    EXPECT_EQ(KindFromName("a.raw"), FileKind::Bgra);
-    EXPECT_EQ(KindFromName("a.bgra"), FileKind::Bgra);
+    EXPECT_EQ(KindFromName("a.raw"), FileKind::Raw);
+    EXPECT_EQ(KindFromName("a.bgra"), FileKind::Raw);
 }
 
 TEST(FileKind, NamesWithoutAKnownExtensionHaveNoKind)

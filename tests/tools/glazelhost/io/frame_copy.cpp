@@ -1,6 +1,6 @@
 // A test program: copies frames from a source to a sink, so that scripts can compare with other
 // programs what the library reads and writes.
-//   frame_copy INPUT OUTPUT [in=y4m|bgra] [out=y4m|bgra] [depth=8|float] [size=WxH] [bits=N]
+//   frame_copy INPUT OUTPUT [in=FORMAT] [out=FORMAT] [depth=8|float] [size=WxH] [bits=N]
 //              [range=R] [matrix=M] [sampling=S] [write_range=R] [overwrite=1]
 // Prints what the source says about itself, and the error when there is one, on standard error.
 
@@ -53,26 +53,17 @@ Words ParseWords(int count, wchar_t** arguments)
     return words;
 }
 
-std::optional<StreamFormat> FormatFrom(const std::string& name)
-{
-    if (name.empty())
-    {
-        return std::nullopt;
-    }
-    return name == "y4m" ? StreamFormat::Y4m : StreamFormat::Bgra;
-}
-
 void Copy(const Words& words)
 {
     SourceOptions from;
     from.path = words.paths.at(0);
-    from.format = FormatFrom(words.Option("in"));
+    from.format = StreamFormatFromName(words.Option("in"));
     std::sscanf(words.Option("size").c_str(), "%dx%d", &from.width, &from.height);
     from.range = RangeFromName(words.Option("range"));
     from.matrix = MatrixFromName(words.Option("matrix"));
     SinkOptions to;
     to.path = words.paths.at(1);
-    to.format = FormatFrom(words.Option("out"));
+    to.format = StreamFormatFromName(words.Option("out"));
     to.overwrite = !words.Option("overwrite").empty();
     to.sampling = SamplingFromName(words.Option("sampling"));
     to.range = RangeFromName(words.Option("write_range"));

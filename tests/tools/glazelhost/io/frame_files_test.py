@@ -228,7 +228,7 @@ def test_frames_of_a_cut_clip_are_delivered_before_the_error(tmp_path):
     ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 3, "-pix_fmt", "yuv420p", clip)
     data = clip.read_bytes()
     clip.write_bytes(data[:-100])
-    result = copy(clip, "-", "out=bgra", check=False, stdout=subprocess.PIPE)
+    result = copy(clip, "-", "out=bgra8", check=False, stdout=subprocess.PIPE)
     assert result.returncode == 1
     assert len(result.stdout) == 2 * WIDTH * HEIGHT * 4
     assert f"frame 3 of {clip}: the data ends in this frame: 100 of its 9216".encode() \
@@ -263,7 +263,7 @@ def test_an_empty_input_pipe_is_an_error_and_no_wait(tmp_path):
 def test_a_closed_output_pipe_is_one_clear_error(tmp_path):
     clip = tmp_path / "a.y4m"
     ffmpeg("-f", "lavfi", "-i", SMOOTH, "-frames:v", 50, "-pix_fmt", "yuv444p", clip)
-    process = subprocess.Popen([*RUN, str(clip), "-", "out=bgra"], stdout=subprocess.PIPE,
+    process = subprocess.Popen([*RUN, str(clip), "-", "out=bgra8"], stdout=subprocess.PIPE,
                                stderr=subprocess.PIPE)
     process.stdout.read(1000)
     process.stdout.close()
@@ -273,7 +273,7 @@ def test_a_closed_output_pipe_is_one_clear_error(tmp_path):
 
 
 def test_a_killed_run_leaves_nothing(tmp_path):
-    process = subprocess.Popen([*RUN, "-", str(tmp_path / "b.bgra"), "in=bgra", "size=64x64"],
+    process = subprocess.Popen([*RUN, "-", str(tmp_path / "b.bgra"), "in=bgra8", "size=64x64"],
                                stdin=subprocess.PIPE, stderr=subprocess.DEVNULL)
     process.stdin.write(b"x" * 64 * 64 * 4 * 3 + b"half a frame")
     process.stdin.flush()
@@ -376,7 +376,7 @@ def test_a_folder_that_must_not_be_written_is_an_error(tmp_path):
 
 def test_a_full_disk_is_an_error():
     with open("/dev/full", "wb") as full:
-        result = copy("-", "-", "in=bgra", "out=bgra", "size=64x64", check=False, stdout=full,
+        result = copy("-", "-", "in=bgra8", "out=bgra8", "size=64x64", check=False, stdout=full,
                       input=b"x" * 64 * 64 * 4)
     assert result.returncode == 1
     assert b"standard output: writing failed: " in result.stderr
@@ -385,7 +385,7 @@ def test_a_full_disk_is_an_error():
 def test_a_device_or_pipe_is_no_output_file_and_stays_what_it_is(tmp_path):
     os.mkfifo(tmp_path / "pipe")
     for path in ("/dev/null", tmp_path / "pipe"):
-        result = copy("-", path, "in=bgra", "out=bgra", "size=1x1", "overwrite=1", check=False,
+        result = copy("-", path, "in=bgra8", "out=bgra8", "size=1x1", "overwrite=1", check=False,
                       input=b"abcd")
         assert result.returncode == 1
         assert b"this is a device or a pipe" in result.stderr
