@@ -6,7 +6,7 @@ import numpy as np
 import pytest
 
 from conftest import (DEADLINE, WARM, environment, ffmpeg, host, host_command, pixels, render,
-                      write_y4m, y4m_frames)
+                      succeed, write_y4m, y4m_frames)
 from wine_exit import exit_code
 
 
@@ -60,6 +60,44 @@ def test_raw_bgra_through_pipes_equals_the_picture(small, tmp_path):
     assert render(small, tmp_path / "out.png").code == 0
     graded = ffmpeg("-i", tmp_path / "out.png", "-f", "rawvideo", "-pix_fmt", "bgra", "-")
     assert piped.output == graded + graded
+
+
+# Channels of BGRA in the order of RGBA and of the planes; each is its own inverse.
+RGBA, PLANES = [2, 1, 0, 3], [1, 0, 2, 3]
+
+
+@pytest.mark.parametrize("name", ["bgra16", "gbraf32"])
+def test_deep_raw_streams_equal_the_deep_picture(name, tmp_path):
+    as_png = ("-f", "rawvideo", "-pix_fmt", "rgba64be")  # as the file has it, so not converted
+    noise = np.random.default_rng(7).integers(0, 65536, (12, 16, 4), np.uint16)
+    ffmpeg(*as_png, "-s", "16x12", "-i", "-", tmp_path / "in.png",
+           data=noise[..., RGBA].astype(">u2").tobytes())
+    floats = (noise[..., PLANES] / np.float32(65535)).transpose(2, 0, 1)
+    raw = noise.tobytes() if name == "bgra16" else floats.tobytes()
+    piped = succeed(render("-", "-", "--size", "16x12", "--input-format", name, "--output-format",
+                           name, data=raw + raw))
+    assert any("float" in line for line in piped.lines), piped.lines
+    succeed(render(tmp_path / "in.png", tmp_path / "out.png", "--bits", 16))
+    expected = np.frombuffer(ffmpeg("-i", tmp_path / "out.png", *as_png, "-"),
+                             ">u2").reshape(12, 16, 4)[..., RGBA]
+    for half in (piped.output[:len(raw)], piped.output[len(raw):]):
+        if name == "bgra16":
+            graded = np.frombuffer(half, np.uint16).reshape(12, 16, 4)
+        else:
+            planes = np.frombuffer(half, np.float32).reshape(4, 12, 16)
+            codes = np.clip(planes, 0, 1).astype(np.float64) * 65535
+            graded = np.floor(codes + 0.5)[PLANES].transpose(1, 2, 0)
+        assert np.array_equal(graded, expected)
+
+
+def test_linear_light_counts_in_a_raw_stream_that_is_said_to_be(tmp_path):
+    raw = np.full((4, 12, 16), 0.18, np.float32).tobytes()
+    shape = ("--size", "16x12", "--input-format", "gbraf32")
+    display = succeed(render("-", "-", *shape, data=raw))
+    linear = succeed(render("-", "-", *shape, "--input-light", "linear", data=raw))
+    forced = succeed(render("-", "-", *shape, "--linear", "on", data=raw))
+    assert display.output != linear.output
+    assert linear.output == forced.output
 
 
 def test_one_kind_of_stream_becomes_another(small):
