@@ -227,7 +227,12 @@ ULONG STDMETHODCALLTYPE FakeSurface::Release()
     const LONG left = ::InterlockedDecrement(&m_references);
     if (left == 0)
     {
+        const auto gone = std::move(onGone);
         delete this;
+        if (gone)
+        {
+            gone();
+        }
         return 0;
     }
     Due("Release");

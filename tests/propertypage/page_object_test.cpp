@@ -6,7 +6,9 @@
 #include <array>
 #include <cstring>
 #include <cwchar>
+#include <functional>
 #include <limits>
+#include <utility>
 
 namespace
 {
@@ -24,7 +26,14 @@ public:
         *object = iid == IID_IUnknown || iid == IID_IPropertyPageSite ? this : nullptr;
         return *object != nullptr ? (AddRef(), S_OK) : E_NOINTERFACE;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE AddRef() override
+    {
+        if (const auto call = std::exchange(onAddRef, nullptr))
+        {
+            call();
+        }
+        return ++references;
+    }
     ULONG STDMETHODCALLTYPE Release() override { return --references; }
     HRESULT STDMETHODCALLTYPE OnStatusChange(DWORD) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE GetLocaleID(LCID*) override { return E_NOTIMPL; }
@@ -32,6 +41,7 @@ public:
     HRESULT STDMETHODCALLTYPE TranslateAccelerator(MSG*) override { return E_NOTIMPL; }
 
     ULONG references = 0;
+    std::function<void()> onAddRef; // once
 };
 
 std::wstring Taken(LPOLESTR text)
@@ -130,6 +140,21 @@ TEST_F(PageObject, HoldsItsObjectsUntilOthersAreSet)
     EXPECT_EQ(page->SetObjects(1, again), S_OK);
     page.Release();
     EXPECT_EQ(second.references, 0U);
+}
+
+TEST_F(PageObject, AnObjectThatSetsOthersWhenItIsTakenDoesNotGetInTheWay)
+{
+    Counted other;
+    Counted object;
+    IUnknown* others[] = {&other};
+    IUnknown* objects[] = {&object, &other};
+    object.onAddRef = [&] { EXPECT_EQ(page->SetObjects(1, others), S_OK); };
+    EXPECT_EQ(page->SetObjects(2, objects), S_OK);
+    EXPECT_EQ(object.references, 1U) << "the outer call is the last that ends";
+    EXPECT_EQ(other.references, 1U);
+    page.Release();
+    EXPECT_EQ(object.references, 0U);
+    EXPECT_EQ(other.references, 0U);
 }
 
 TEST_F(PageObject, WithoutMemoryForObjectsThereAreNone)

@@ -162,6 +162,21 @@ TEST_F(ObjectTest, QueriesOfAnInnerInterfaceGoToTheOuter)
     EXPECT_NE(second, nullptr);
 }
 
+TEST_F(ObjectTest, WhatTheOuterThrowsAtTheMarshalersReferenceIsAFailedQuery)
+{
+    Inside<CSample> holder;
+    const auto first = Query<IFirst>(holder.outer.inner);
+    for (const Throws what : kAllThrows)
+    {
+        SCOPED_TRACE(NameOf(what));
+        holder.outer.throwsFromAddRef = what;
+        void* place = this;
+        EXPECT_EQ(holder.outer.inner->QueryInterface(IID_IMarshal, &place), E_UNEXPECTED);
+        holder.outer.throwsFromAddRef = Throws::Nothing;
+    }
+    EXPECT_NE(Query<IMarshal>(holder.outer.inner), nullptr);
+}
+
 // Fails every query and leaves something in the place.
 class Careless : public IUnknown
 {

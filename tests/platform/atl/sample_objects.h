@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/atl/atlcom.h"
+#include "tests/fakes/foreign_exception.h"
 
 #include <gtest/gtest.h>
 
@@ -167,10 +168,15 @@ public:
         *ppv = nullptr;
         return inner != nullptr ? inner->QueryInterface(riid, ppv) : E_NOINTERFACE;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE AddRef() override
+    {
+        Throw(throwsFromAddRef);
+        return ++references;
+    }
     ULONG STDMETHODCALLTYPE Release() override { return --references; }
 
     CComPtr<IUnknown> inner;
+    Throws throwsFromAddRef = Throws::Nothing;
     ULONG references = 1; // lives on the test's stack
     int queries = 0;
 };

@@ -125,6 +125,24 @@ TEST_F(BandsTest, StartFromTheNumberOfProcessors)
     EXPECT_GE(m_works.size(), 1U);
 }
 
+TEST_F(BandsTest, ATaskManagerThatIsLetGoWhileItWorksLivesUntilItReturns)
+{
+    SetupQuietly();
+    for (const ULONG bands : {0U, 5U}) // it is asked for processors first, and for tasks
+    {
+        FakeTaskManager& manager = UseTaskManager(5);
+        Ask(bands);
+        ULONG least = 100;
+        manager.onCall = [&] {
+            m_transform->m_cpTaskMgr.Release(); // as another site does
+            least = std::min(least, manager.references);
+        };
+        EXPECT_EQ(Execute(), S_OK);
+        EXPECT_EQ(least, 1U);
+        EXPECT_EQ(manager.references, 0U);
+    }
+}
+
 TEST_F(BandsTest, AllRunAndTheFirstFailureInTheirOrderIsTheResult)
 {
     SetupQuietly();

@@ -6,10 +6,11 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
-// Counts no references: lives longer than whoever holds it.
+// Counts references, but lives longer than whoever holds it.
 class FakeTaskManager : public IDXTaskManager
 {
 public:
@@ -17,8 +18,8 @@ public:
 
     // clang-format off
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** ppv) override { *ppv = nullptr; return E_NOINTERFACE; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
     HRESULT STDMETHODCALLTYPE SetThreadPoolSize(ULONG) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetThreadPoolSize(ULONG*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE SetConcurrencyLimit(ULONG) override { return E_NOTIMPL; }
@@ -30,6 +31,10 @@ public:
     HRESULT STDMETHODCALLTYPE QueryNumProcessors(ULONG* count) override
     {
         *count = m_processors;
+        if (onCall)
+        {
+            onCall();
+        }
         return queryResult;
     }
 
@@ -37,6 +42,10 @@ public:
                                             ULONG count, ULONG waitMs) override
     {
         ++calls;
+        if (onCall)
+        {
+            onCall();
+        }
         infos.assign(tasks, tasks + count);
         for (ULONG i = 0; i < count; ++i)
         {
@@ -70,6 +79,9 @@ public:
     ULONG tasksToRun = 0xFFFFFFFFU;
     BOOL continueProcessing = TRUE;
     HANDLE returnEarly = nullptr; // when this is set, ScheduleTasks returns though tasks still run
+
+    std::function<void()> onCall;
+    ULONG references = 0;
 
     int calls = 0;
     std::vector<DXTMTASKINFO> infos;

@@ -1,6 +1,7 @@
 // Setup: which calls are accepted, what they leave behind, and when a transform gets ready again.
 #include "tests/platform/dxtransform/open_transform.h"
 
+#include <functional>
 #include <new>
 
 namespace
@@ -171,8 +172,8 @@ public:
     explicit WrappingFactory(FakeSurface* surface) : m_surface(surface) {}
     // clang-format off
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
     HRESULT STDMETHODCALLTYPE CreateSurface(IUnknown*, const DDSURFACEDESC*, const GUID*, const DXBNDS*, DWORD, IUnknown*, REFIID, void**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE LoadImage(const LPWSTR, IUnknown*, const DDSURFACEDESC*, const GUID*, REFIID, void**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE LoadImageFromStream(IStream*, IUnknown*, const DDSURFACEDESC*, const GUID*, REFIID, void**) override { return E_NOTIMPL; }
@@ -185,11 +186,17 @@ public:
     {
         wrapped = object;
         *ppv = nullptr;
+        if (onCreate)
+        {
+            onCreate();
+        }
         return SUCCEEDED(result) ? m_surface->QueryInterface(riid, ppv) : result;
     }
 
     IUnknown* wrapped = nullptr;
     HRESULT result = S_OK;
+    std::function<void()> onCreate;
+    ULONG references = 0;
 
 private:
     Surface m_surface;
@@ -210,6 +217,58 @@ TEST_F(SetupTest, WrapsAnObjectThatIsNoSurfaceWhereThereIsAFactory)
     EXPECT_EQ(m_transform->Setup(&input, 1, &output, 1, 0), DXTERR_UNSUPPORTED_FORMAT);
     EXPECT_EQ(m_transform->InputSurface(), m_input.p);
     m_transform->m_cpSurfFact.Release();
+}
+
+TEST_F(SetupTest, AFactoryThatIsLetGoWhileItWorksLivesUntilItReturns)
+{
+    Stranger stranger;
+    IUnknown* const input = &stranger;
+    IUnknown* const output = UnknownOf(m_output);
+    WrappingFactory factory(m_input);
+    m_transform->m_cpSurfFact = &factory;
+    ULONG left = 0;
+    factory.onCreate = [&] {
+        m_transform->m_cpSurfFact.Release(); // as another site does
+        left = factory.references;
+    };
+    EXPECT_EQ(m_transform->Setup(&input, 1, &output, 1, 0), S_OK);
+    EXPECT_EQ(left, 1U);
+    EXPECT_EQ(factory.references, 0U);
+}
+
+// A surface that fails a query, and leaves in the place what is not the caller's.
+class Misleading : public Stranger
+{
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** ppv) override
+    {
+        *ppv = this;
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE Release() override { return ++releases; }
+
+    ULONG releases = 0;
+};
+
+TEST_F(SetupTest, WhatAFailedQueryLeavesIsNotReleased)
+{
+    Misleading misleading;
+    IUnknown* const input = &misleading;
+    IUnknown* const output = UnknownOf(m_output);
+    EXPECT_EQ(m_transform->Setup(&input, 1, &output, 1, 0), E_INVALIDARG);
+    EXPECT_EQ(misleading.releases, 0U);
+}
+
+TEST_F(SetupTest, OneThatIsClearedWhileTheOldSurfacesGoIsNotPrepared)
+{
+    auto old = FakeSurface::Make();
+    old->onGone = [this] { EXPECT_EQ(m_transform->Setup(nullptr, 0, nullptr, 0, 0), S_OK); };
+    ASSERT_EQ(SetupWith({old}, m_output), S_OK);
+    old.Release();
+    m_hooks.Clear();
+    EXPECT_EQ(SetupBoth(), S_OK);
+    EXPECT_EQ(m_hooks.Calls(), Calls{"OnReleaseObjects"}) << "no OnSetup without surfaces";
+    EXPECT_EQ(Execute(), DXTERR_UNINITIALIZED);
 }
 
 // Changes of the surfaces.
