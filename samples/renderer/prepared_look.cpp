@@ -25,6 +25,12 @@ float FirstStepOf(const StoredLook& look, std::size_t channel, std::size_t code)
     return value;
 }
 
+void RenderRowOfCodes(const PreparedLook& look, const std::byte* source, std::byte* target,
+                      std::size_t width)
+{
+    look.Codes().RenderRow(source, target, width);
+}
+
 } // namespace
 
 RecordState PreparedLook::Read(std::span<const std::uint8_t> bytes) noexcept
@@ -61,7 +67,8 @@ void PreparedLook::Prepare() noexcept
         }
     }
     const RowFunctions rows = RowFunctionsOf(m_stored.cdlMode, TableKindOf(m_stored));
-    m_row8 = rows.eightBit;
+    m_row8 =
+        m_codes.Prepare(m_stored, m_firstStep, m_curves, m_cube) ? RenderRowOfCodes : rows.eightBit;
     m_rowFloat = rows.floats;
     m_rowLinear = rows.linear;
 }

@@ -3,6 +3,7 @@
 // Pure: no windows.h. Tests: tests/samples/renderer/prepared_look_test.cpp.
 #pragma once
 
+#include "samples/renderer/code_look.h"
 #include "samples/renderer/look_record.h"
 #include "samples/renderer/lut_sampling.h"
 
@@ -42,6 +43,7 @@ public:
     {
         return m_firstStep[channel][code];
     }
+    const CodeLook& Codes() const noexcept { return m_codes; }
 
     // One value through the tables at full strength; the value itself when there are none.
     Rgb SampleTables(const Rgb& value) const noexcept;
@@ -60,7 +62,8 @@ private:
     StoredLook m_stored;
     CurveView m_curves;
     CubeView m_cube;
-    std::array<std::array<float, 256>, 3> m_firstStep{};
+    ValuesOfCodes m_firstStep{};
+    CodeLook m_codes;
     RowFunction* m_row8 = nullptr;
     RowFunction* m_rowFloat = nullptr;
     RowFunction* m_rowLinear = nullptr;
