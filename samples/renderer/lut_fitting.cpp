@@ -1,35 +1,15 @@
 #include "samples/renderer/lut_fitting.h"
 
 #include "samples/renderer/lut_sampling.h"
+#include "samples/renderer/number_words.h"
 #include "samples/renderer/record_tables.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 
 namespace
 {
-
-// Calls `visit` with the input of every node, in the order of the nodes.
-template <typename Visit>
-void ForEachNode(const Domain& domain, std::uint32_t size, Visit&& visit)
-{
-    Rgb input;
-    for (std::uint32_t b = 0; b < size; ++b)
-    {
-        input.b = EntryValue(domain[2], b, size);
-        for (std::uint32_t g = 0; g < size; ++g)
-        {
-            input.g = EntryValue(domain[1], g, size);
-            for (std::uint32_t r = 0; r < size; ++r)
-            {
-                input.r = EntryValue(domain[0], r, size);
-                visit(input);
-            }
-        }
-    }
-}
 
 Cube Resampled(const Cube& source, std::uint32_t size)
 {
@@ -44,28 +24,9 @@ Cube Resampled(const Cube& source, std::uint32_t size)
     return cube;
 }
 
-double Difference(const Rgb& left, const Rgb& right) noexcept
-{
-    return std::max({std::abs(double{left.r} - right.r), std::abs(double{left.g} - right.g),
-                     std::abs(double{left.b} - right.b)});
-}
-
-// With `digits` significant digits, independent of any locale.
-std::string NumberText(double number, int digits)
-{
-    std::array<char, 32> text{};
-    const auto result = std::to_chars(text.data(), text.data() + text.size(), number,
-                                      std::chars_format::general, digits);
-    return {text.data(), result.ptr};
-}
-
 std::string TextOf(const StoringError& error, bool behindCurves)
 {
-    constexpr double kCodes = 255.0;
-    return "the look cannot be stored exactly: largest error " +
-           NumberText(error.size * kCodes, 2) + " of an 8-bit code, at " +
-           NumberText(error.input.r, 3) + ' ' + NumberText(error.input.g, 3) + ' ' +
-           NumberText(error.input.b, 3) +
+    return "the look cannot be stored exactly: " + LargestErrorText(error.size, error.input) +
            (error.atNode && behindCurves ? " behind the 1D LUT" : "");
 }
 
@@ -88,6 +49,19 @@ Look Fitted(const Look& look, std::uint32_t largestCube, std::vector<std::string
 }
 
 } // namespace
+
+double Difference(const Rgb& left, const Rgb& right) noexcept
+{
+    return std::max({std::abs(double{left.r} - right.r), std::abs(double{left.g} - right.g),
+                     std::abs(double{left.b} - right.b)});
+}
+
+std::string LargestErrorText(double size, const Rgb& input)
+{
+    constexpr double kCodes = 255.0;
+    return "largest error " + NumberText(size * kCodes, 2) + " of an 8-bit code, at " +
+           NumberText(input.r, 3) + ' ' + NumberText(input.g, 3) + ' ' + NumberText(input.b, 3);
+}
 
 StoringError StoreFitted(const Look& look, StoredLook& stored, std::vector<std::string>& warnings)
 {

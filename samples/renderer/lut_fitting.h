@@ -17,6 +17,12 @@ struct StoringError
     bool atNode = false; // of the cube; otherwise along greys at an entry of the curves
 };
 
+// The largest difference in any channel.
+double Difference(const Rgb& left, const Rgb& right) noexcept;
+
+// "largest error 0.8 of an 8-bit code, at 0.02 0.02 0.01".
+std::string LargestErrorText(double size, const Rgb& input);
+
 // Fills `stored` from a look with a cube of any size: resampled over its domain where it has more
 // points than a record holds, in coarser steps where it takes too much room, and with fewer points
 // only where the steps would be seen. Says in `warnings` what is lost.

@@ -18,6 +18,26 @@ inline float EntryValue(const Interval& domain, std::uint32_t entry, std::uint32
     return static_cast<float>(domain.low + (double{domain.high} - domain.low) * share);
 }
 
+// Calls `visit` with the input of every node, in the order of the nodes.
+template <typename Visit>
+void ForEachNode(const Domain& domain, std::uint32_t size, Visit&& visit)
+{
+    Rgb input;
+    for (std::uint32_t b = 0; b < size; ++b)
+    {
+        input.b = EntryValue(domain[2], b, size);
+        for (std::uint32_t g = 0; g < size; ++g)
+        {
+            input.g = EntryValue(domain[1], g, size);
+            for (std::uint32_t r = 0; r < size; ++r)
+            {
+                input.r = EntryValue(domain[0], r, size);
+                visit(input);
+            }
+        }
+    }
+}
+
 // Turns a value into a position between the entries of one axis.
 struct Axis
 {

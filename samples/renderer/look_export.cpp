@@ -1,0 +1,313 @@
+#include "samples/renderer/look_export.h"
+
+#include "samples/renderer/cube_writer.h"
+#include "samples/renderer/lut_fitting.h"
+#include "samples/renderer/lut_sampling.h"
+#include "samples/renderer/number_words.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace
+{
+
+constexpr double kUnseen = 1.0 / 4096.0; // errors up to this are not told
+
+// Sizes to try, beside that of the look's own cube: what most programs take.
+constexpr std::array<std::uint32_t, 2> kUsualSizes{33, kMostPoints};
+
+// Samples a side of the check, of which no size of a cube has nodes at the same places; and of
+// greys.
+constexpr std::uint32_t kCheckSide = 98;
+constexpr std::uint32_t kCheckGreys = 4099;
+
+bool ShowsTables(const StoredLook& look) noexcept
+{
+    return look.HasTables() && look.strength > 0.0F;
+}
+
+// The tables alone, wherever they show.
+bool IsTables(const StoredLook& look) noexcept
+{
+    return look.cdlMode == CdlMode::None && look.HasTables() && look.strength == 1.0F;
+}
+
+Look TablesOf(const StoredLook& stored)
+{
+    Look look;
+    if (stored.curveSize != 0)
+    {
+        const auto first = stored.curveValues.begin();
+        look.curves = Curves{stored.curveSize,
+                             stored.curveDomain,
+                             {first, first + std::ptrdiff_t{3} * stored.curveSize}};
+    }
+    if (stored.cubeSize != 0)
+    {
+        const auto first = stored.cubeNodes.begin();
+        const auto floats = static_cast<std::ptrdiff_t>(3 * NodeCount(stored.cubeSize));
+        look.cube = Cube{stored.cubeSize, stored.cubeDomain, {first, first + floats}};
+        look.cube->nodes.resize(look.cube->nodes.size() + kNodePadding);
+    }
+    return look;
+}
+
+// Where a look differs from what it does at the ends: a correction takes every value, and pictures
+// hold 0..1; tables are constant beyond their domain.
+Domain DomainOf(const StoredLook* look) noexcept
+{
+    if (look == nullptr || look->cdlMode != CdlMode::None || !ShowsTables(*look))
+    {
+        return {};
+    }
+    return look->curveSize != 0 ? look->curveDomain : look->cubeDomain;
+}
+
+// Views of tables that somebody else owns.
+struct TableViews
+{
+    explicit TableViews(const Look& tables)
+        : curves(tables.curves ? ViewOf(*tables.curves) : CurveView{}),
+          cube(tables.cube ? ViewOf(*tables.cube) : CubeView{})
+    {
+    }
+
+    Rgb Sample(const Rgb& value) const noexcept
+    {
+        const Rgb curved = curves.size != 0 ? curves.Sample(value) : value;
+        return cube.size != 0 ? cube.Sample(curved) : curved;
+    }
+
+    CurveView curves;
+    CubeView cube;
+};
+
+float Limited(float value, const Interval& interval) noexcept
+{
+    return std::clamp(value, interval.low, interval.high);
+}
+
+// The look at places where its tables are checked, graded once for all sizes that are tried.
+class Check
+{
+public:
+    Check(const Domain& domain, const GradeColours& grade)
+    {
+        m_inputs.reserve(NodeCount(kCheckSide) + kCheckGreys);
+        ForEachNode(domain, kCheckSide, [this](const Rgb& input) { m_inputs.push_back(input); });
+        for (std::uint32_t i = 0; i < kCheckGreys; ++i)
+        {
+            m_inputs.push_back({EntryValue(domain[0], i, kCheckGreys),
+                                EntryValue(domain[1], i, kCheckGreys),
+                                EntryValue(domain[2], i, kCheckGreys)});
+        }
+        m_graded = m_inputs;
+        grade(m_graded);
+    }
+
+    StoringError ErrorOf(const Look& tables) const noexcept
+    {
+        const TableViews views(tables);
+        StoringError largest;
+        for (std::size_t i = 0; i < m_inputs.size(); ++i)
+        {
+            const double size = Difference(views.Sample(m_inputs[i]), m_graded[i]);
+            if (size > largest.size)
+            {
+                largest = {size, m_inputs[i], false};
+            }
+        }
+        return largest;
+    }
+
+private:
+    std::vector<Rgb> m_inputs;
+    std::vector<Rgb> m_graded;
+};
+
+Cube Sampled(const Domain& domain, std::uint32_t size, const GradeColours& grade)
+{
+    std::vector<Rgb> colours;
+    colours.reserve(NodeCount(size));
+    ForEachNode(domain, size, [&](const Rgb& input) { colours.push_back(input); });
+    grade(colours);
+    Cube cube{size, domain, {}};
+    cube.nodes.reserve(3 * colours.size() + kNodePadding);
+    for (const Rgb& node : colours)
+    {
+        for (const float value : {node.r, node.g, node.b})
+        {
+            cube.nodes.push_back(std::clamp(value, -kLargestNumber, kLargestNumber));
+        }
+    }
+    cube.nodes.resize(cube.nodes.size() + kNodePadding);
+    return cube;
+}
+
+// Whether the look goes on where the tables, which end with their domain, do not.
+bool GoesOnBeyond(const Domain& domain, const GradeColours& grade)
+{
+    std::vector<Rgb> inputs;
+    const auto places = [](const Interval& interval) {
+        const float width = interval.high - interval.low;
+        return std::array{interval.low - width, interval.low - width / 16.0F,
+                          interval.low,         interval.low + width / 2.0F,
+                          interval.high,        interval.high + width / 16.0F,
+                          interval.high + width};
+    };
+    for (const float r : places(domain[0]))
+    {
+        for (const float g : places(domain[1]))
+        {
+            for (const float b : places(domain[2]))
+            {
+                inputs.push_back({r, g, b});
+            }
+        }
+    }
+    std::vector<Rgb> beyond = inputs;
+    std::vector<Rgb> limited = inputs;
+    for (Rgb& value : limited)
+    {
+        value = {Limited(value.r, domain[0]), Limited(value.g, domain[1]),
+                 Limited(value.b, domain[2])};
+    }
+    grade(beyond);
+    grade(limited);
+    for (std::size_t i = 0; i < inputs.size(); ++i)
+    {
+        if (Difference(beyond[i], limited[i]) > kUnseen)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string RangeText(const Interval& range)
+{
+    return NumberText(range.low, 3) + " to " + NumberText(range.high, 3);
+}
+
+std::string RangeText(const Domain& domain)
+{
+    if (domain[0] == domain[1] && domain[1] == domain[2])
+    {
+        return RangeText(domain[0]);
+    }
+    return RangeText(domain[0]) + " in red, " + RangeText(domain[1]) + " in green, " +
+           RangeText(domain[2]) + " in blue";
+}
+
+Interval ValuesOf(const Look& tables) noexcept
+{
+    const float* const values =
+        tables.cube ? tables.cube->nodes.data() : tables.curves->values.data();
+    const std::size_t count =
+        tables.cube ? tables.cube->nodes.size() - kNodePadding : tables.curves->values.size();
+    const auto [low, high] = std::minmax_element(values, values + count);
+    return {*low, *high};
+}
+
+const Domain& InputDomainOf(const Look& tables) noexcept
+{
+    return tables.curves ? tables.curves->domain : tables.cube->domain;
+}
+
+void TellLosses(CubeExport& exported, const StoringError& error, const GradeColours& grade)
+{
+    exported.largestError = error.size;
+    if (error.size > kUnseen)
+    {
+        exported.losses.push_back("the cube cannot follow the look exactly: " +
+                                  LargestErrorText(error.size, error.input));
+    }
+    const Domain& domain = InputDomainOf(exported.tables);
+    if (GoesOnBeyond(domain, grade))
+    {
+        exported.losses.push_back("outside " + RangeText(domain) +
+                                  " the cube clips, where the look goes on");
+    }
+    const Interval values = ValuesOf(exported.tables);
+    if (values.low < -kUnseen || values.high > 1.0 + kUnseen)
+    {
+        exported.losses.push_back("it holds values from " + RangeText(values) +
+                                  ", which some programs limit to 0 to 1");
+    }
+    if (exported.tables.curves && exported.tables.cube)
+    {
+        exported.losses.push_back("it holds a 1D LUT before a 3D LUT, which some programs cannot "
+                                  "read; give --points for a 3D LUT alone");
+    }
+}
+
+// One cube, or the look's own tables.
+struct Sampling
+{
+    bool asTheyAre = false;
+    std::uint32_t points = 0;
+};
+
+// Until one is good enough. `own` has tables when the look is nothing else.
+std::vector<Sampling> SamplingsToTry(const StoredLook* look, const Look& own,
+                                     std::optional<std::uint32_t> points)
+{
+    const bool ownIsCube = own.cube && !own.curves;
+    if (points)
+    {
+        return {{ownIsCube && own.cube->size == *points, *points}};
+    }
+    if ((own.curves || own.cube) && FitsCubeFile(own))
+    {
+        return {{true, 0}};
+    }
+    std::vector<Sampling> samplings;
+    if (look != nullptr && look->cubeSize != 0)
+    {
+        samplings.push_back({false, look->cubeSize});
+    }
+    for (const std::uint32_t size : kUsualSizes)
+    {
+        samplings.push_back({false, size});
+    }
+    return samplings;
+}
+
+} // namespace
+
+CubeExport ExportTables(const StoredLook* look, std::optional<std::uint32_t> points,
+                        const GradeColours& grade)
+{
+    const Look own = look != nullptr && IsTables(*look) ? TablesOf(*look) : Look{};
+    const Domain domain = DomainOf(look);
+    const Check check(domain, grade);
+    const std::vector<Sampling> samplings = SamplingsToTry(look, own, points);
+    CubeExport exported;
+    StoringError error;
+    for (const Sampling& sampling : samplings)
+    {
+        Look tables = sampling.asTheyAre ? own : Look{};
+        if (!sampling.asTheyAre)
+        {
+            tables.cube = Sampled(domain, sampling.points, grade);
+        }
+        const StoringError found = check.ErrorOf(tables);
+        if (&sampling == samplings.data() || found.size < error.size)
+        {
+            exported.tables = std::move(tables);
+            error = found;
+        }
+        if (error.size <= kUnseen)
+        {
+            break;
+        }
+    }
+    TellLosses(exported, error, grade);
+    return exported;
+}
+
+bool IsCorrection(const StoredLook& look) noexcept
+{
+    return !ShowsTables(look);
+}
