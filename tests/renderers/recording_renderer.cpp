@@ -4,6 +4,7 @@
 #include "tests/renderers/recording.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 #ifndef RECORDING_INIT_RESULT
@@ -73,6 +74,21 @@ void Invert(const FrameBufferDesc& source, const FrameBufferDesc& target)
                   std::min(source.width, target.width));
     }
 }
+
+#ifdef RECORDING_READS_FILES
+// Every file is a record of this renderer, of which a program knows nothing.
+void ReadAsRecord(const char* path)
+{
+    static std::array<std::uint8_t, 131072> record;
+    if (std::FILE* const file = std::fopen(path, "rb"))
+    {
+        g_recording.sessionDataSize =
+            static_cast<std::uint32_t>(std::fread(record.data(), 1, record.size(), file));
+        g_recording.sessionData = record.data();
+        std::fclose(file);
+    }
+}
+#endif
 
 std::int32_t Edit(Call call, const FrameBufferDesc* preview, const void* record,
                   std::uint32_t recordSize, std::uint32_t linear)
@@ -176,6 +192,9 @@ std::int32_t LoadSessionFile(const void* path, std::uint32_t options)
     RecordedCall& entry = Note(Call::LoadSessionFile);
     entry.recordA = path;
     entry.word1 = options;
+#ifdef RECORDING_READS_FILES
+    ReadAsRecord(static_cast<const char*>(path));
+#endif
     return 1;
 }
 

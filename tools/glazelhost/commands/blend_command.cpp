@@ -9,7 +9,7 @@
 
 void RunBlend(const BlendCommand& command)
 {
-    const LookFormat& format = LookFormatOf(command.output);
+    CheckIsRecordName(command.output);
     CheckOutputTarget(command.output, command.overwrite);
     const RendererLibrary renderer(command.tools.rendererFolder);
     renderer.Require();
@@ -31,6 +31,6 @@ void RunBlend(const BlendCommand& command)
                         "use smaller looks");
     }
     const auto output = OpenSafeOutput(command.output, command.overwrite);
-    format.write(blend, *output);
+    output->Write(blend.data(), blend.size());
     output->Commit();
 }

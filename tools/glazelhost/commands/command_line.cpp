@@ -1,5 +1,6 @@
 #include "tools/glazelhost/commands/command_line.h"
 
+#include "samples/renderer/look_export.h"
 #include "tools/glazelhost/commands/compare_options.h"
 #include "tools/glazelhost/commands/help_texts.h"
 #include "tools/glazelhost/commands/render_options.h"
@@ -141,9 +142,14 @@ Command ParseCommandLine(const std::vector<std::string>& arguments)
         "look", "Convert a look through the renderer and say what it holds.");
     lookCommand->footer(kLookFooter);
     lookCommand->add_option("IN", look.input, "the look to convert")->required()->type_name("");
-    lookCommand->add_option("OUT.look", look.output, "the renderer's own record of it")
+    lookCommand->add_option("OUT", look.output, "a .look, .cube or .cc file of it")
         ->required()
         ->type_name("");
+    lookCommand
+        ->add_option("--points", look.points,
+                     "points a side of a .cube (default: as exact as the look needs)")
+        ->check(Undescribed(CLI::Range(kFewestPoints, kMostPoints)))
+        ->type_name("2-65");
     lookCommand->add_flag("--overwrite", look.overwrite, "replace an output that exists");
     AddLookOptions(*lookCommand, lookLinear, look.unclamped);
     AddToolOptions(*lookCommand, look.tools, false);

@@ -74,6 +74,7 @@ struct LookCommand
     std::string input;
     std::string output;
     std::optional<bool> linear;
+    std::optional<std::uint32_t> points; // of a cube; none: as suits the look
     bool unclamped = false;
     bool overwrite = false;
     ToolPaths tools;

@@ -65,10 +65,20 @@ Examples:
   glazelhost page --image photo.tif --save-look mine.look)text";
 
 inline constexpr char kLookFooter[] = R"text(
-OUT's ending says what is written: .look is the renderer's own record. Others are refused.
+OUT's ending says what is written; others are refused:
+  .look   the renderer's own record, the whole look
+  .cube   a table for other programs. A look that is nothing but LUTs is written as it is:
+          a 1D LUT, a 3D LUT, or a 1D LUT before a 3D LUT, which fewer programs read. Any
+          other look, and every look with --points, is sampled as one 3D LUT, of 33 points
+          a side or as many more, up to 65, as keep it within 1/4096. It is sampled over 0
+          to 1, or the domain of the look's first LUT where there is no CDL before it.
+  .cc     an ASC CDL, of a look that is nothing else
+What a file cannot keep of the look is said. The option "assume linear gamma" belongs to
+records alone: .cube and .cc hold the look for display values, as 8-bit pictures get it.
 
 Examples:
   glazelhost look warm.cube warm.look
+  glazelhost look graded.look graded.cube --points 33
   glazelhost look day.ccc#shot12 shot12.look --linear off)text";
 
 inline constexpr char kBlendFooter[] = R"text(

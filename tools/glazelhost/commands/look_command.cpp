@@ -3,6 +3,7 @@
 #include "tools/glazelhost/commands/look_record.h"
 #include "tools/glazelhost/host/look_formats.h"
 #include "tools/glazelhost/host/renderer_library.h"
+#include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/safe_output.h"
 #include "tools/glazelhost/ui/console.h"
 
@@ -28,7 +29,25 @@ private:
     RendererLibrary& m_renderer;
 };
 
-std::string TextOf(const LookCommand& command, const Look& look)
+// Throws HostError (WrongUsage) for options that the file cannot have.
+void CheckOptions(const LookCommand& command, const LookFormat& format)
+{
+    const auto refuse = [&](const char* option, const char* what) {
+        throw HostError(option, command.output + " has no " + what, "leave it out",
+                        ExitCode::WrongUsage);
+    };
+    if (command.linear && !format.isRecord)
+    {
+        refuse("--linear", "option \"assume linear gamma\"");
+    }
+    if (command.points && !format.isCube)
+    {
+        refuse("--points", "points");
+    }
+}
+
+std::string TextOf(const LookCommand& command, const LookFormat& format, const RendererLook& look,
+                   const WrittenLook& file)
 {
     std::string text;
     const auto add = [&text](const char* name, const std::string& value) {
@@ -44,7 +63,7 @@ std::string TextOf(const LookCommand& command, const Look& look)
     add("kind", description.kind);
     add("title", description.title);
     add("contents", description.contents);
-    if (const auto linear = LinearOption(look.record))
+    if (const auto linear = LinearOption(look.record); linear && format.isRecord)
     {
         add("linear gamma", *linear ? "on" : "off");
     }
@@ -58,7 +77,13 @@ std::string TextOf(const LookCommand& command, const Look& look)
     {
         add("warning", warning);
     }
-    add("record", command.output + ", " + std::to_string(look.record.size()) + " bytes");
+    for (const std::string& loss : file.losses)
+    {
+        add("warning", loss);
+    }
+    add(format.isRecord ? "record" : "written", command.output + ", " +
+                                                    (format.isRecord ? "" : file.contents + ", ") +
+                                                    std::to_string(file.bytes.size()) + " bytes");
     return text;
 }
 
@@ -67,16 +92,21 @@ std::string TextOf(const LookCommand& command, const Look& look)
 void RunLook(const LookCommand& command)
 {
     const LookFormat& format = LookFormatOf(command.output);
+    CheckOptions(command, format);
     CheckOutputTarget(command.output, command.overwrite);
     RendererLibrary renderer(command.tools.rendererFolder);
     renderer.Require();
     const StartedRenderer started(renderer);
-    Look look =
+    RendererLook look =
         renderer.ImportLook(command.input, command.unclamped ? RendererAPI::kImportUnclampedCdl
                                                              : RendererAPI::kImportRecord);
     SetLinear(look.record, command.linear, command.input);
+    const WrittenLook file =
+        format.make({command.output, look.record, look.description.title, command.points,
+                     [&](std::span<Rgb> colours) { renderer.Grade(look.record, colours); },
+                     renderer.State().path});
     const auto output = OpenSafeOutput(command.output, command.overwrite);
-    format.write(look.record, *output);
+    output->Write(reinterpret_cast<const std::byte*>(file.bytes.data()), file.bytes.size());
     output->Commit();
-    WriteStandardOutput(TextOf(command, look));
+    WriteStandardOutput(TextOf(command, format, look, file));
 }

@@ -8,8 +8,8 @@
 std::vector<std::byte> ImportRecord(const RendererLibrary& renderer, const std::string& path,
                                     bool unclamped, std::optional<bool> linear, Reporter& reporter)
 {
-    Look look = renderer.ImportLook(path, unclamped ? RendererAPI::kImportUnclampedCdl
-                                                    : RendererAPI::kImportRecord);
+    RendererLook look = renderer.ImportLook(path, unclamped ? RendererAPI::kImportUnclampedCdl
+                                                            : RendererAPI::kImportRecord);
     for (const std::string& warning : look.description.warnings)
     {
         reporter.Warn(std::string(path).append(": ").append(warning));

@@ -14,7 +14,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <tuple>
 #include <utility>
 
 namespace
@@ -110,7 +109,7 @@ void RunPage(const PageCommand& command, Reporter& reporter)
 {
     if (command.savedLook)
     {
-        std::ignore = LookFormatOf(*command.savedLook); // refuses others
+        CheckIsRecordName(*command.savedLook);
         CheckOutputTarget(*command.savedLook, command.overwrite);
     }
     Still still = OpenStill(command);

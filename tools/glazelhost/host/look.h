@@ -21,7 +21,7 @@ struct LookDescription
         largestError; // of storing it in a record; none when it is exact or not said
 };
 
-struct Look
+struct RendererLook
 {
     std::vector<std::byte> record; // opaque but for its option chunk
     LookDescription description;

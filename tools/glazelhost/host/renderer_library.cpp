@@ -6,7 +6,11 @@
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
+#include <cmath>
+#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -138,7 +142,7 @@ DescriptionText RendererLibrary::Describe(const std::string& path, std::uint32_t
     return ParseDescription(json).value_or(DescriptionText{});
 }
 
-Look RendererLibrary::ImportLook(const std::string& path, std::uint32_t options) const
+RendererLook RendererLibrary::ImportLook(const std::string& path, std::uint32_t options) const
 {
     Require();
     const std::int32_t result =
@@ -164,7 +168,7 @@ Look RendererLibrary::ImportLook(const std::string& path, std::uint32_t options)
                         "answered 0)",
                         "use another renderer for this look");
     }
-    Look look{std::move(*record), {}};
+    RendererLook look{std::move(*record), {}};
     if (look.record.empty() || look.record.size() > kLargestRecord)
     {
         throw HostError(path,
@@ -174,4 +178,42 @@ Look RendererLibrary::ImportLook(const std::string& path, std::uint32_t options)
     }
     look.description = Describe(path, options).description;
     return look;
+}
+
+void RendererLibrary::Grade(std::span<const std::byte> record, std::span<Rgb> colours) const
+{
+    Require();
+    constexpr std::size_t kWidth = 1024; // a frame as renderers know them
+    const std::size_t height = (colours.size() + kWidth - 1) / kWidth;
+    using Pixel = std::array<float, 4>; // blue, green, red, alpha
+    std::vector<Pixel> source(kWidth * height, Pixel{0.0F, 0.0F, 0.0F, 1.0F});
+    std::ranges::transform(colours, source.begin(), [](const Rgb& colour) {
+        return Pixel{colour.b, colour.g, colour.r, 1.0F};
+    });
+    constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+    std::vector<Pixel> target(source.size(), Pixel{kNone, kNone, kNone, kNone});
+    const auto describe = [height](std::vector<Pixel>& pixels) {
+        FrameBufferDesc image{};
+        image.format = kFormatBgraFloat;
+        image.pixels = pixels.data();
+        image.width = image.rowPitch = kWidth;
+        image.height = static_cast<std::uint32_t>(height);
+        return image;
+    };
+    FrameBufferDesc from = describe(source);
+    FrameBufferDesc to = describe(target);
+    EntryPoint<RendererAPI::RenderFrameFunction>("RenderFrame")(
+        &from, &to, record.data(), static_cast<std::uint32_t>(record.size()),
+        RendererAPI::kRenderFrame, 0);
+    ThrowRecordedMessageBoxes(m_state.path);
+    for (std::size_t i = 0; i < colours.size(); ++i)
+    {
+        const auto& [blue, green, red, alpha] = target[i];
+        if (!std::isfinite(red) || !std::isfinite(green) || !std::isfinite(blue))
+        {
+            throw HostError(m_state.path, "the renderer did not grade the colours of a cube",
+                            "write a .look file");
+        }
+        colours[i] = {red, green, blue};
+    }
 }

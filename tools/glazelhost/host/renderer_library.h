@@ -1,16 +1,19 @@
 // The renderer's DLL as the host meets it: loaded and checked before the effect asks for it, kept
-// loaded so that the effect gets the very same file, and used to import looks. The host never
-// renders with it. Tests: tests/tools/glazelhost/host/renderer_library_test.cpp; where it is looked
-// for: tests/e2e/test_renderer_search.py.
+// loaded so that the effect gets the very same file, and used to import and to sample looks. The
+// host never renders pictures with it. Tests:
+// tests/tools/glazelhost/host/renderer_library_test.cpp; where it is looked for:
+// tests/e2e/test_renderer_search.py.
 #pragma once
 
 #include "renderer/entry_points.h"
+#include "samples/renderer/look.h"
 #include "tools/glazelhost/host/library_file.h"
 #include "tools/glazelhost/host/look.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -48,7 +51,11 @@ public:
 
     // `path` names the look for the renderer: FILE, FILE#ID or CDL|LUT. `options`: kImport... bits.
     // The renderer has been started. Throws HostError.
-    Look ImportLook(const std::string& path, std::uint32_t options) const;
+    RendererLook ImportLook(const std::string& path, std::uint32_t options) const;
+
+    // Grades display values in place: as floats that are no linear light. The renderer has been
+    // started. Throws HostError when it leaves one as it was not asked to: untouched or not finite.
+    void Grade(std::span<const std::byte> record, std::span<Rgb> colours) const;
 
 private:
     template <typename Function>

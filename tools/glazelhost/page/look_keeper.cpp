@@ -104,9 +104,9 @@ void LookKeeper::Save(const std::string& path, bool overwrite)
         throw HostError(path, "there is no look to save",
                         "press Edit... on the page and make one, or start with --look FILE");
     }
-    const LookFormat& format = LookFormatOf(path);
+    CheckIsRecordName(path);
     const auto output = OpenSafeOutput(path, overwrite || HasWritten(path));
-    format.write(record, *output);
+    output->Write(record.data(), record.size());
     output->Commit();
     if (m_origin && IsOneOf(path, m_origin->path))
     {

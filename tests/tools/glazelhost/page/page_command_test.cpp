@@ -278,7 +278,7 @@ protected:
         RendererLibrary renderer(ProgramFolder());
         PluginModule plugin(ProgramFolder() + "\\" + kPluginFileName);
         EffectSession session(plugin);
-        Look look = renderer.ImportLook(*render.look, RendererAPI::kImportRecord);
+        RendererLook look = renderer.ImportLook(*render.look, RendererAPI::kImportRecord);
         session.LoadLook(look.record);
         Image graded;
         session.Render(ReadPicture(render.source.path), graded, {});
