@@ -126,17 +126,35 @@ Value DecodeSrgb(Value encoded) noexcept
     return Chosen(encoded < zero, -linear, linear);
 }
 
-// Slope, offset and power. Without the clamp the power leaves negative values as they are: it has
-// no real value there.
+template <typename Value>
+Value ApplySlopeOffset(Value slope, Value offset, Value value) noexcept
+{
+    return value * slope + offset;
+}
+
+// What a correction does after its offset and after its saturation: it clamps, or leaves alone.
+template <CdlMode Mode, typename Value>
+Value Limited(Value value) noexcept
+{
+    return Mode == CdlMode::Clamped ? Clamp01(value) : value;
+}
+
+// The power of a value that is Limited. Without the clamp it leaves negative values as they are: it
+// has no real value there.
+template <CdlMode Mode, typename Value>
+Value ApplyPower(Value power, Value moved) noexcept
+{
+    if constexpr (Mode == CdlMode::Clamped)
+    {
+        return PowerOf(moved, power);
+    }
+    return Chosen(moved > LanesOf<Value>::All(0.0F), PowerOf(moved, power), moved);
+}
+
 template <CdlMode Mode, typename Value>
 Value ApplySlopeOffsetPower(Value slope, Value offset, Value power, Value value) noexcept
 {
-    const Value moved = value * slope + offset;
-    if constexpr (Mode == CdlMode::Clamped)
-    {
-        return PowerOf(Clamp01(moved), power);
-    }
-    return Chosen(moved > LanesOf<Value>::All(0.0F), PowerOf(moved, power), moved);
+    return ApplyPower<Mode>(power, Limited<Mode>(ApplySlopeOffset(slope, offset, value)));
 }
 
 // The same for one channel.
@@ -147,17 +165,32 @@ float ApplySlopeOffsetPower(const Cdl& cdl, std::size_t channel, float value) no
                                        value);
 }
 
-// The saturation step around the luma of Rec. 709.
+// Of Rec. 709.
+inline float LumaOf(const Rgb& value) noexcept
+{
+    return 0.2126F * value.r + 0.7152F * value.g + 0.0722F * value.b;
+}
+
+// The saturation step around a luma, before its clamp.
+inline Rgb Saturated(float saturation, float luma, const Rgb& value) noexcept
+{
+    return {luma + saturation * (value.r - luma), luma + saturation * (value.g - luma),
+            luma + saturation * (value.b - luma)};
+}
+
 template <CdlMode Mode>
 Rgb ApplySaturation(const Cdl& cdl, const Rgb& value) noexcept
 {
-    const float luma = 0.2126F * value.r + 0.7152F * value.g + 0.0722F * value.b;
-    const Rgb saturated{luma + cdl.saturation * (value.r - luma),
-                        luma + cdl.saturation * (value.g - luma),
-                        luma + cdl.saturation * (value.b - luma)};
-    if constexpr (Mode == CdlMode::Clamped)
-    {
-        return {Clamp01(saturated.r), Clamp01(saturated.g), Clamp01(saturated.b)};
-    }
-    return saturated;
+    const Rgb saturated = Saturated(cdl.saturation, LumaOf(value), value);
+    return {Limited<Mode>(saturated.r), Limited<Mode>(saturated.g), Limited<Mode>(saturated.b)};
+}
+
+// What tables gave, mixed with what reached them. An infinity that a correction made must not turn
+// into NaN where it has no weight.
+inline Rgb AtStrength(float strength, const Rgb& value, const Rgb& graded) noexcept
+{
+    const float kept = 1.0F - strength;
+    return {Finite(value.r) * kept + graded.r * strength,
+            Finite(value.g) * kept + graded.g * strength,
+            Finite(value.b) * kept + graded.b * strength};
 }

@@ -67,6 +67,17 @@ inline Axes AxesOf(const Domain& domain, std::uint32_t size) noexcept
     return {Axis(domain[0], size), Axis(domain[1], size), Axis(domain[2], size)};
 }
 
+// Between which two entries of a curve a value lies.
+struct CurvePlace
+{
+    std::uint32_t entry = 0; // the lower one
+    float fraction = 0.0F;   // 0..1 of the way to the next one
+    float low = 0.0F;        // values of the two
+    float high = 0.0F;
+
+    float Value() const noexcept { return low + fraction * (high - low); }
+};
+
 // Looks at curves that somebody else owns.
 struct CurveView
 {
@@ -74,19 +85,33 @@ struct CurveView
     std::uint32_t size = 0;
     Axes axes;
 
-    float Sample(std::size_t channel, float value) const noexcept
+    CurvePlace PlaceOf(std::size_t channel, float value) const noexcept
     {
         const float position = axes[channel].PositionOf(value);
         const auto entry = std::min(static_cast<std::uint32_t>(position), size - 2);
         const float* const curve = values + channel * size;
-        const float fraction = position - static_cast<float>(entry);
-        return curve[entry] + fraction * (curve[entry + 1] - curve[entry]);
+        return {entry, position - static_cast<float>(entry), curve[entry], curve[entry + 1]};
+    }
+
+    float Sample(std::size_t channel, float value) const noexcept
+    {
+        return PlaceOf(channel, value).Value();
     }
 
     Rgb Sample(const Rgb& value) const noexcept
     {
         return {Sample(0, value.r), Sample(1, value.g), Sample(2, value.b)};
     }
+};
+
+// The four nodes of a cube that a value lies between: the corners of one of the six tetrahedra into
+// which a cell is cut along its diagonal.
+struct CubePlace
+{
+    std::array<std::uint32_t, 3> cell{};  // of red, green, blue
+    std::array<float, 3> fractions{};     // 0..1 within the cell
+    std::array<std::size_t, 4> corners{}; // floats before each node
+    std::array<float, 4> weights{};       // which add up to 1
 };
 
 // Looks at a cube that somebody else owns.
@@ -96,7 +121,9 @@ struct CubeView
     std::uint32_t size = 0;
     Axes axes;
 
-    Rgb Sample(const Rgb& value) const noexcept;
+    CubePlace PlaceOf(const Rgb& value) const noexcept;
+    Rgb At(const CubePlace& place) const noexcept;
+    Rgb Sample(const Rgb& value) const noexcept { return At(PlaceOf(value)); }
 };
 
 inline CurveView ViewOf(const Curves& curves) noexcept
@@ -109,9 +136,9 @@ inline CubeView ViewOf(const Cube& cube) noexcept
     return {cube.nodes.data(), cube.size, AxesOf(cube.domain, cube.size)};
 }
 
-// The cell is cut into six tetrahedra along its diagonal; which one holds the point follows from
-// the order of the three fractions. Selecting the corners by that order takes no jump.
-inline Rgb CubeView::Sample(const Rgb& value) const noexcept
+// Which tetrahedron holds the point follows from the order of the three fractions. Selecting the
+// corners by that order takes no jump.
+[[gnu::always_inline]] inline CubePlace CubeView::PlaceOf(const Rgb& value) const noexcept
 {
     const std::size_t stepR = 3;
     const std::size_t stepG = stepR * size;
@@ -138,10 +165,18 @@ inline Rgb CubeView::Sample(const Rgb& value) const noexcept
     const std::size_t lastStep = blueLast ? stepB : (g <= r ? stepG : stepR);
     const std::size_t allSteps = stepR + stepG + stepB;
 
-    const float* const corner = nodes + cellR * stepR + cellG * stepG + cellB * stepB;
-    const FourFloats sum = LoadFour(corner) * (1.0F - largest) +
-                           LoadFour(corner + firstStep) * (largest - middle) +
-                           LoadFour(corner + (allSteps - lastStep)) * (middle - smallest) +
-                           LoadFour(corner + allSteps) * smallest;
+    const std::size_t corner = cellR * stepR + cellG * stepG + cellB * stepB;
+    return {{cellR, cellG, cellB},
+            {r, g, b},
+            {corner, corner + firstStep, corner + (allSteps - lastStep), corner + allSteps},
+            {1.0F - largest, largest - middle, middle - smallest, smallest}};
+}
+
+[[gnu::always_inline]] inline Rgb CubeView::At(const CubePlace& place) const noexcept
+{
+    const FourFloats sum = LoadFour(nodes + place.corners[0]) * place.weights[0] +
+                           LoadFour(nodes + place.corners[1]) * place.weights[1] +
+                           LoadFour(nodes + place.corners[2]) * place.weights[2] +
+                           LoadFour(nodes + place.corners[3]) * place.weights[3];
     return {sum[0], sum[1], sum[2]};
 }

@@ -26,11 +26,7 @@ Rgb ApplyTables(const PreparedLook& look, const Rgb& value) noexcept
     {
         graded = look.CubesView().Sample(graded);
     }
-    // An infinity that a CDL made must not turn into NaN where it has no weight.
-    const float kept = 1.0F - look.Stored().strength;
-    const float taken = look.Stored().strength;
-    return {Finite(value.r) * kept + graded.r * taken, Finite(value.g) * kept + graded.g * taken,
-            Finite(value.b) * kept + graded.b * taken};
+    return AtStrength(look.Stored().strength, value, graded);
 }
 
 // What follows slope, offset and power.
@@ -64,8 +60,7 @@ public:
         if (!m_hasPower)
         {
             // The same bits: a power of 1 gives back its base.
-            const FourFloats moved = pixel * m_slope + m_offset;
-            return Mode == CdlMode::Clamped ? Clamp01(moved) : moved;
+            return Limited<Mode>(ApplySlopeOffset(m_slope, m_offset, pixel));
         }
         return ApplySlopeOffsetPower<Mode>(m_slope, m_offset, m_power, pixel);
     }
