@@ -17,21 +17,18 @@ inline constexpr float kLargestFloat = std::numeric_limits<float>::max();
 template <typename Value>
 Value Finite(Value value) noexcept
 {
-    const Value zero = LanesOf<Value>::All(0.0F);
-    const Value largest = LanesOf<Value>::All(kLargestFloat);
-    const Value number = Chosen(value == value, value, zero);
-    const Value notBelow = Chosen(number > -largest, number, -largest);
-    return Chosen(notBelow < largest, notBelow, largest);
+    using Lanes = LanesOf<Value>;
+    const Value largest = Lanes::All(kLargestFloat);
+    const Value number = Chosen(value == value, value, Lanes::All(0.0F));
+    return Lanes::Smaller(Lanes::Larger(number, -largest), largest);
 }
 
 // Limited to 0..1; NaN becomes 0.
 template <typename Value>
 Value Clamp01(Value value) noexcept
 {
-    const Value zero = LanesOf<Value>::All(0.0F);
-    const Value one = LanesOf<Value>::All(1.0F);
-    const Value notBelow = Chosen(value > zero, value, zero);
-    return Chosen(notBelow < one, notBelow, one);
+    using Lanes = LanesOf<Value>;
+    return Lanes::Smaller(Lanes::Larger(value, Lanes::All(0.0F)), Lanes::All(1.0F));
 }
 
 // The 8-bit code nearest to a value, 0..255; NaN gives 0.
@@ -44,7 +41,7 @@ inline std::uint32_t Code8(float value) noexcept
 // Binary logarithm of a normal number > 0: the exponent plus the series of atanh for the mantissa,
 // whose argument stays within +-0.172, where the first term left out is below 1e-9.
 template <typename Value>
-Value BinaryLogarithm(Value value) noexcept
+[[gnu::always_inline]] inline Value BinaryLogarithm(Value value) noexcept
 {
     using Bits = typename LanesOf<Value>::Bits;
     using Ints = typename LanesOf<Value>::Ints;
@@ -56,25 +53,26 @@ Value BinaryLogarithm(Value value) noexcept
     const Value t = (mantissa - 1.0F) / (mantissa + 1.0F);
     const Value tt = t * t;
     const Value series =
-        t * (1.0F + tt * (1.0F / 3.0F + tt * (1.0F / 5.0F + tt * (1.0F / 7.0F + tt / 9.0F))));
+        t *
+        (1.0F + tt * (1.0F / 3.0F + tt * (1.0F / 5.0F + tt * (1.0F / 7.0F + tt * (1.0F / 9.0F)))));
     return exponent + kTwoOverLn2 * series;
 }
 
 // 2 to the power `value`, limited to what a normal float can hold. Taylor's series of the
 // exponential on +-0.347, where the first term left out is below 6e-9.
 template <typename Value>
-Value BinaryExponential(Value value) noexcept
+[[gnu::always_inline]] inline Value BinaryExponential(Value value) noexcept
 {
     using Lanes = LanesOf<Value>;
     using Bits = typename Lanes::Bits;
     constexpr float kLn2 = 0.693147181F;
     const Value lowest = Lanes::All(-126.0F);
     const Value highest = Lanes::All(127.4F);
-    const Value notBelow = Chosen(value > lowest, value, lowest);
-    const Value limited = Chosen(notBelow < highest, notBelow, highest);
-    const Value toNearest = Chosen(limited < Lanes::All(0.0F), Lanes::All(-0.5F), Lanes::All(0.5F));
-    const auto whole = Lanes::Truncated(limited + toNearest);
-    const Value x = (limited - Lanes::FromInts(whole)) * kLn2;
+    const Value limited = Lanes::Smaller(Lanes::Larger(value, lowest), highest);
+    constexpr float kRounder = 12582912.0F; // 1.5 * 2^23: a sum with it has no room for a fraction
+    const Value shifted = limited + kRounder;
+    const Value x = (limited - (shifted - kRounder)) * kLn2;
+    const Bits whole = std::bit_cast<Bits>(shifted) - std::bit_cast<std::uint32_t>(kRounder);
     const Value series =
         1.0F +
         x * (1.0F +
@@ -82,12 +80,19 @@ Value BinaryExponential(Value value) noexcept
                   x * (1.0F / 6.0F +
                        x * (1.0F / 24.0F +
                             x * (1.0F / 120.0F + x * (1.0F / 720.0F + x * (1.0F / 5040.0F)))))));
-    return series * std::bit_cast<Value>(std::bit_cast<Bits>(whole + 127) << 23);
+    return series * std::bit_cast<Value>((whole + 127U) << 23);
 }
 
-// `base` to the power `exponent`; exponent 1 gives back the base itself. Bases below the smallest
-// normal number, negative ones and NaN give 0; results are limited to what a float can hold. The
-// relative error stays below 2e-6 for results between 1e-4 and 1e4.
+// `base` to the power `exponent` for a normal base > 0. The relative error stays below 2e-6 for
+// results between 1e-4 and 1e4.
+template <typename Value>
+[[gnu::always_inline]] inline Value PowerOfNormal(Value base, Value exponent) noexcept
+{
+    return BinaryExponential(BinaryLogarithm(base) * exponent);
+}
+
+// The same for every base; exponent 1 gives back the base itself. Bases below the smallest normal
+// number, negative ones and NaN give 0; results are limited to what a float can hold.
 template <typename Value>
 Value PowerOf(Value base, Value exponent) noexcept
 {
@@ -95,7 +100,7 @@ Value PowerOf(Value base, Value exponent) noexcept
     const Value zero = LanesOf<Value>::All(0.0F);
     const Value one = LanesOf<Value>::All(1.0F);
     const Value safe = Chosen(base >= smallest, base, one);
-    const Value power = BinaryExponential(BinaryLogarithm(safe) * exponent);
+    const Value power = PowerOfNormal(safe, exponent);
     const Value result = Chosen(base >= smallest, power, zero);
     return Chosen(exponent == one, base, result);
 }
@@ -108,7 +113,7 @@ Value EncodeSrgb(Value linear) noexcept
     using Lanes = LanesOf<Value>;
     const Value zero = Lanes::All(0.0F);
     const Value magnitude = Chosen(linear < zero, -linear, linear);
-    const Value curve = 1.055F * PowerOf(magnitude, Lanes::All(1.0F / 2.4F)) - 0.055F;
+    const Value curve = 1.055F * PowerOfNormal(magnitude, Lanes::All(1.0F / 2.4F)) - 0.055F;
     const Value encoded = Chosen(magnitude <= Lanes::All(0.0031308F), magnitude * 12.92F, curve);
     return Chosen(linear < zero, -encoded, encoded);
 }
@@ -120,7 +125,7 @@ Value DecodeSrgb(Value encoded) noexcept
     using Lanes = LanesOf<Value>;
     const Value zero = Lanes::All(0.0F);
     const Value magnitude = Chosen(encoded < zero, -encoded, encoded);
-    const Value curve = PowerOf((magnitude + 0.055F) * (1.0F / 1.055F), Lanes::All(2.4F));
+    const Value curve = PowerOfNormal((magnitude + 0.055F) * (1.0F / 1.055F), Lanes::All(2.4F));
     const Value linear =
         Chosen(magnitude <= Lanes::All(0.04045F), magnitude * (1.0F / 12.92F), curve);
     return Chosen(encoded < zero, -linear, linear);
@@ -166,16 +171,28 @@ float ApplySlopeOffsetPower(const Cdl& cdl, std::size_t channel, float value) no
 }
 
 // Of Rec. 709.
+template <typename Value>
+Value LumaOf(Value r, Value g, Value b) noexcept
+{
+    return 0.2126F * r + 0.7152F * g + 0.0722F * b;
+}
+
 inline float LumaOf(const Rgb& value) noexcept
 {
-    return 0.2126F * value.r + 0.7152F * value.g + 0.0722F * value.b;
+    return LumaOf(value.r, value.g, value.b);
 }
 
 // The saturation step around a luma, before its clamp.
+template <typename Value>
+Value Saturated(float saturation, Value luma, Value value) noexcept
+{
+    return luma + saturation * (value - luma);
+}
+
 inline Rgb Saturated(float saturation, float luma, const Rgb& value) noexcept
 {
-    return {luma + saturation * (value.r - luma), luma + saturation * (value.g - luma),
-            luma + saturation * (value.b - luma)};
+    return {Saturated(saturation, luma, value.r), Saturated(saturation, luma, value.g),
+            Saturated(saturation, luma, value.b)};
 }
 
 template <CdlMode Mode>
@@ -189,6 +206,10 @@ Rgb ApplySaturation(const Cdl& cdl, const Rgb& value) noexcept
 // into NaN where it has no weight.
 inline Rgb AtStrength(float strength, const Rgb& value, const Rgb& graded) noexcept
 {
+    if (strength == 1.0F)
+    {
+        return graded;
+    }
     const float kept = 1.0F - strength;
     return {Finite(value.r) * kept + graded.r * strength,
             Finite(value.g) * kept + graded.g * strength,

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <xmmintrin.h>
 
 using FourFloats = float __attribute__((vector_size(16)));
 using FourInts = std::int32_t __attribute__((vector_size(16))); // of a comparison: -1 = true
@@ -30,6 +31,9 @@ struct LanesOf<float>
     static float All(float value) noexcept { return value; }
     static float FromInts(Ints value) noexcept { return static_cast<float>(value); }
     static Ints Truncated(float value) noexcept { return static_cast<Ints>(value); }
+    // The first only where it really is: the second for a NaN on either side.
+    static float Larger(float a, float b) noexcept { return a > b ? a : b; }
+    static float Smaller(float a, float b) noexcept { return a < b ? a : b; }
 };
 
 template <>
@@ -46,6 +50,8 @@ struct LanesOf<FourFloats>
     {
         return __builtin_convertvector(value, FourInts);
     }
+    static FourFloats Larger(FourFloats a, FourFloats b) noexcept { return _mm_max_ps(a, b); }
+    static FourFloats Smaller(FourFloats a, FourFloats b) noexcept { return _mm_min_ps(a, b); }
 };
 
 // Takes no jump.

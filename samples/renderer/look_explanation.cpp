@@ -84,6 +84,21 @@ CubeSteps StepsOf(const CubeView& cube, const Rgb& input) noexcept
     return steps;
 }
 
+std::array<std::uint32_t, 3> CodesOf(const Rgb& value) noexcept
+{
+    return {Code8(value.r), Code8(value.g), Code8(value.b)};
+}
+
+std::array<std::uint32_t, 3> RenderedCodes(const PreparedLook& look, const Rgb& input) noexcept
+{
+    const auto [r, g, b] = CodesOf(input);
+    std::array pixel{static_cast<std::byte>(b), static_cast<std::byte>(g),
+                     static_cast<std::byte>(r), std::byte{}};
+    look.Row8()(look, pixel.data(), pixel.data(), 1);
+    const auto code = [&](std::size_t i) { return std::to_integer<std::uint32_t>(pixel[i]); };
+    return {code(2), code(1), code(0)};
+}
+
 } // namespace
 
 LookExplanation Explain(const PreparedLook& look, PixelKind kind, const Rgb& input) noexcept
@@ -118,6 +133,7 @@ LookExplanation Explain(const PreparedLook& look, PixelKind kind, const Rgb& inp
         value = told.decoded.emplace(EachOf(EachOf(value, Finite<float>), DecodeSrgb<float>));
     }
     told.result = kind == PixelKind::EightBit ? value : EachOf(value, Finite<float>);
-    told.codes = {Code8(told.result.r), Code8(told.result.g), Code8(told.result.b)};
+    told.codes =
+        kind == PixelKind::EightBit ? RenderedCodes(look, told.input) : CodesOf(told.result);
     return told;
 }

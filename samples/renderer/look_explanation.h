@@ -57,10 +57,12 @@ struct LookExplanation
     std::optional<CdlSteps> cdl; // the following: where the look has them
     std::optional<CurveSteps> curves;
     std::optional<CubeSteps> cube;
-    std::optional<Rgb> mixed;             // curves and cube at the strength of the look
-    std::optional<Rgb> decoded;           // back to linear light
-    Rgb result;                           // finite; of 8 bits: before it is rounded
-    std::array<std::uint32_t, 3> codes{}; // the result in 8 bits
+    std::optional<Rgb> mixed;   // curves and cube at the strength of the look
+    std::optional<Rgb> decoded; // back to linear light
+    Rgb result;                 // finite; of 8 bits: before it is rounded
+    // The result in 8 bits; 8 bits are rendered in whole numbers, which brings them within 0.52
+    // codes of the result.
+    std::array<std::uint32_t, 3> codes{};
 };
 
 // Of an `input` of 8 bits: codes divided by 255.

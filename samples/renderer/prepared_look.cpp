@@ -1,6 +1,7 @@
 #include "samples/renderer/prepared_look.h"
 
 #include "samples/renderer/colour_math.h"
+#include "samples/renderer/float_rows.h"
 #include "samples/renderer/look_blend.h"
 #include "samples/renderer/row_functions.h"
 
@@ -29,6 +30,17 @@ void RenderRowOfCodes(const PreparedLook& look, const std::byte* source, std::by
                       std::size_t width)
 {
     look.Codes().RenderRow(source, target, width);
+}
+
+template <bool Linear>
+void RenderRowOfFloats(const PreparedLook& look, const std::byte* source, std::byte* target,
+                       std::size_t width)
+{
+    constexpr std::size_t kPixelBytes = 16;
+    const std::size_t done =
+        RenderFloatGroups(UsedInstructionSet(), look, Linear, source, target, width);
+    look.PlainRowFloat(Linear)(look, source + done * kPixelBytes, target + done * kPixelBytes,
+                               width - done);
 }
 
 } // namespace
@@ -71,6 +83,11 @@ void PreparedLook::Prepare() noexcept
         m_codes.Prepare(m_stored, m_firstStep, m_curves, m_cube) ? RenderRowOfCodes : rows.eightBit;
     m_rowFloat = rows.floats;
     m_rowLinear = rows.linear;
+}
+
+RowFunction* PreparedLook::RowFloat(bool linear) const noexcept
+{
+    return linear ? RenderRowOfFloats<true> : RenderRowOfFloats<false>;
 }
 
 Rgb PreparedLook::SampleTables(const Rgb& value) const noexcept

@@ -54,7 +54,12 @@ public:
     RowFunction* Row8() const noexcept { return m_row8; }
     // Floats, 16 bytes a pixel. Colours come out finite: NaN counts as 0, infinities as the largest
     // float. Linear rows are encoded with the sRGB curve before the look and decoded after it.
-    RowFunction* RowFloat(bool linear) const noexcept { return linear ? m_rowLinear : m_rowFloat; }
+    RowFunction* RowFloat(bool linear) const noexcept;
+    // The same pixel by pixel, to the last bit.
+    RowFunction* PlainRowFloat(bool linear) const noexcept
+    {
+        return linear ? m_rowLinear : m_rowFloat;
+    }
 
 private:
     void Prepare() noexcept;

@@ -1,6 +1,7 @@
 #include "samples/renderer/code_look.h"
 
 #include "tests/samples/renderer/look_fixtures.h"
+#include "tests/samples/renderer/row_kernels.h"
 
 #include <gtest/gtest.h>
 
@@ -13,18 +14,6 @@
 
 namespace
 {
-
-using Bytes = std::vector<std::byte>;
-
-std::vector<InstructionSet> AvailableSets()
-{
-    std::vector<InstructionSet> sets{InstructionSet::Baseline};
-    if (UsedInstructionSet() == InstructionSet::Avx2)
-    {
-        sets.push_back(InstructionSet::Avx2);
-    }
-    return sets;
-}
 
 struct NamedLook
 {
@@ -81,19 +70,6 @@ Bytes Rendered(InstructionSet set, const CodeCube& cube, const Bytes& source)
     Bytes target(source.size());
     RenderCodes(set, cube, source.data(), target.data(), source.size() / 4);
     return target;
-}
-
-// Calls `render` with the stack at another multiple of 16 for each `Depth`.
-template <std::size_t Depth, typename Render>
-__attribute__((noinline)) void FromEveryStackAlignment(Render&& render)
-{
-    volatile std::byte room[16 * Depth + 8]{};
-    render();
-    room[0] = room[7];
-    if constexpr (Depth < 4)
-    {
-        FromEveryStackAlignment<Depth + 1>(render);
-    }
 }
 
 } // namespace

@@ -120,6 +120,9 @@ TEST(LookExplanation, ItsCodesAreThoseOfRenderedCodes)
             auto* const bytes = reinterpret_cast<std::byte*>(pixel.data());
             prepared->Row8()(*prepared, bytes, bytes, 1);
             ASSERT_EQ(told.codes, (std::array<std::uint32_t, 3>{pixel[2], pixel[1], pixel[0]}));
+            ASSERT_NEAR(told.codes[0], 255.0F * Clamp01(told.result.r), 0.52);
+            ASSERT_NEAR(told.codes[1], 255.0F * Clamp01(told.result.g), 0.52);
+            ASSERT_NEAR(told.codes[2], 255.0F * Clamp01(told.result.b), 0.52);
         }
     }
 }

@@ -1,0 +1,18 @@
+// Rows of float pixels, several at a time: to the last bit what the row functions give pixel by
+// pixel (row_functions.h). Pure: no windows.h. Tests: tests/samples/renderer/float_rows_test.cpp.
+#pragma once
+
+#include "samples/renderer/instruction_set.h"
+
+#include <cstddef>
+
+class PreparedLook;
+
+// Renders pixels of blue, green, red, alpha from the front of a row, as many as fill whole groups,
+// and answers how many. Source and target are the same memory or do not overlap.
+std::size_t RenderFloatGroups(InstructionSet set, const PreparedLook& look, bool linear,
+                              const std::byte* source, std::byte* target,
+                              std::size_t width) noexcept;
+// With AVX2, which the processor must have.
+std::size_t RenderFloatGroupsAvx2(const PreparedLook& look, bool linear, const std::byte* source,
+                                  std::byte* target, std::size_t width) noexcept;

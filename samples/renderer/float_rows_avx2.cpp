@@ -1,0 +1,37 @@
+// Built with AVX2: nothing here may be used, or shared with another file, that runs without.
+#include "samples/renderer/eight_floats.h"
+#include "samples/renderer/float_kernel.h"
+#include "samples/renderer/float_rows.h"
+
+template <>
+struct PixelsOf<EightFloats>
+{
+    static constexpr std::size_t kCount = 8;
+
+    static EightFloats Load(const void* first, const void* second) noexcept
+    {
+        return __builtin_shufflevector(LoadFour(first), LoadFour(second), 0, 1, 2, 3, 4, 5, 6, 7);
+    }
+    static void Store(EightFloats pixels, void* first, void* second) noexcept
+    {
+        const FourFloats low = __builtin_shufflevector(pixels, pixels, 0, 1, 2, 3);
+        const FourFloats high = __builtin_shufflevector(pixels, pixels, 4, 5, 6, 7);
+        std::memcpy(first, &low, sizeof low);
+        std::memcpy(second, &high, sizeof high);
+    }
+    // The same in both halves.
+    template <int Low0, int Low1, int High0, int High1>
+    static EightFloats Shuffled(EightFloats a, EightFloats b) noexcept
+    {
+        constexpr auto wide = [](int index) { return index < 4 ? index : index + 4; };
+        return __builtin_shufflevector(a, b, wide(Low0), wide(Low1), wide(High0), wide(High1),
+                                       wide(Low0) + 4, wide(Low1) + 4, wide(High0) + 4,
+                                       wide(High1) + 4);
+    }
+};
+
+std::size_t RenderFloatGroupsAvx2(const PreparedLook& look, bool linear, const std::byte* source,
+                                  std::byte* target, std::size_t width) noexcept
+{
+    return FloatKernel<EightFloats>(look, linear).Render(source, target, width);
+}
