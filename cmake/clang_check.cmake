@@ -1,6 +1,7 @@
 # A second compiler's opinion: glazel_clang_check(target) has clang read the C++ sources of `target`
 # for the same Windows target, with its definitions and our warnings as errors, whenever they change.
-# It makes no code. Does nothing in native builds and where there is no clang.
+# It makes no code. It uses no precompiled headers and reads each file alone, so it also finds what
+# forgets to include what it uses. Does nothing in native builds and where there is no clang.
 find_program(GLAZEL_CLANGXX NAMES clang++)
 
 # clang is to read the cross compiler's headers and nothing of this machine's. The compiler's own

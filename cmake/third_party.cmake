@@ -20,9 +20,13 @@ add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM
 if(WIN32)
   target_compile_definitions(gtest PUBLIC GTEST_HAS_NOTIFICATION_=1
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 STRICT)
+  # Precompiled headers must come first of all, and hold it (precompiled_headers.cmake).
+  set(precompiles
+    $<BOOL:$<TARGET_PROPERTY:PRECOMPILE_HEADERS>$<TARGET_PROPERTY:PRECOMPILE_HEADERS_REUSE_FROM>>)
   target_compile_options(gtest PUBLIC
-    "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include \"${PROJECT_SOURCE_DIR}/cmake/gtest_notification.h\">")
+    "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<NOT:${precompiles}>>:SHELL:-include \"${PROJECT_SOURCE_DIR}/cmake/gtest_notification.h\">")
 endif()
+target_compile_options(gtest PRIVATE $<$<CONFIG:Release>:-O0>)
 include(GoogleTest)
 
 # A test program: glazel_add_test(NAME label SOURCES ... LIBS ...). `label` is one of
@@ -37,9 +41,8 @@ function(glazel_add_test name label)
   endif()
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBS} glazel_options GTest::gtest_main)
-  # What is tested is optimised; the tests themselves only cost time to compile.
-  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O0>)
-  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder} GLAZEL_TEST ON)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
+  glazel_precompiled(${name} test)
   if(WIN32)
     set_target_properties(${name} PROPERTIES
       CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/wine-test.sh)

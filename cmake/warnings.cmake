@@ -5,6 +5,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   string(APPEND CMAKE_CXX_FLAGS " -Wno-restrict")
 endif()
 
+# ON for test code, which is not optimised and has no symbols: it only costs time to compile.
+define_property(TARGET PROPERTY GLAZEL_TEST INITIALIZE_FROM_VARIABLE GLAZEL_TEST)
+set(is_release_test $<AND:$<CONFIG:Release>,$<BOOL:$<TARGET_PROPERTY:GLAZEL_TEST>>>)
+
 add_library(glazel_options INTERFACE)
 target_compile_features(glazel_options INTERFACE cxx_std_20)
 target_include_directories(glazel_options INTERFACE ${PROJECT_SOURCE_DIR})
@@ -18,8 +22,9 @@ if(WIN32)
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 STRICT)
   target_compile_options(glazel_options INTERFACE
     -fstack-protector-strong
-    # The symbols end up in files of their own, see shipped_image.cmake. Test programs have none.
-    $<$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:$<TARGET_PROPERTY:GLAZEL_TEST>>>>:-g>
+    # The symbols end up in files of their own, see shipped_image.cmake.
+    $<$<AND:$<CONFIG:Release>,$<NOT:${is_release_test}>>:-g>
+    $<${is_release_test}:-O0>
     # The same sources give the same bytes wherever they stand. The last rule that fits is taken.
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
     -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
