@@ -68,7 +68,7 @@ class Machine:
 
     def remember(self):
         """From now on this is the machine as it was."""
-        self.registry = without_pending_deletions(self.prefix.registry())
+        self.registry = without_pending_deletions(self.prefix.lasting_registry())
         self.files = self.prefix.files()
         self.found_clean = True
 
@@ -128,7 +128,7 @@ class Machine:
 
     def state(self):
         """All that a setup may change: the registry, and the bytes of every file in its folders."""
-        return (without_pending_deletions(self.prefix.registry()),
+        return (without_pending_deletions(self.prefix.lasting_registry()),
                 {name: contents_of(self.path(name))
                  for name in (DEFAULT, PORTABLE, "C:\\Elsewhere", "C:\\Occupied")})
 
@@ -139,7 +139,8 @@ class Machine:
     def leftovers(self):
         """Differences to the machine as it was: registry, files. Temporary files and the log are no
         leftovers."""
-        added, lost = changes(self.registry, without_pending_deletions(self.prefix.registry()))
+        registry = without_pending_deletions(self.prefix.lasting_registry())
+        added, lost = changes(self.registry, registry)
         new, gone = changes(self.files, self.prefix.files())
         result = {**added, **lost}, {name for name in {*new, *gone}
                                      if "/Temp/" not in name and not is_log(name)}
@@ -164,8 +165,9 @@ def without_pending_deletions(registry):
     """The uninstaller runs as a temporary copy, which the system deletes when it starts again."""
     values = registry["HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Control\\Session Manager"]
     pending = values.get("PendingFileRenameOperations", "")
-    data = bytes.fromhex(re.sub(r"^hex\(7\):|[ ,]", "", pending))
-    names = [name for name in data.decode("utf-16-le").split("\0") if name]
+    text = re.sub(r"\\(.)", lambda escaped: escaped[1].replace("0", "\0"),
+                  pending.removeprefix('str(7):"').removesuffix('"'))
+    names = [name for name in text.split("\0") if name]
     if names and all("\\Temp\\~nsu" in name for name in names):
         del values["PendingFileRenameOperations"]
     return registry
@@ -273,10 +275,10 @@ def test_upgraded_not_downgraded_repaired_and_removed(machine):
     assert f"upgrade from {OLDER}" in machine.log()
     assert machine.key(ENTRY)["DisplayVersion"] == VERSION
 
-    before = machine.prefix.registry(), machine.prefix.files()
+    before = machine.prefix.lasting_registry(), machine.prefix.files()
     assert machine.setup(version=OLDER) == DOWNGRADE
     assert f"newer version, {VERSION}" in machine.log()
-    registry, files = machine.prefix.registry(), machine.prefix.files()
+    registry, files = machine.prefix.lasting_registry(), machine.prefix.files()
     assert registry == before[0]
     assert {name for name in changes(before[1], files)[0] if "/Temp/" not in name} <= {
         str(machine.log_file().relative_to(machine.prefix.drive_c))}
@@ -356,7 +358,7 @@ def test_another_folder_moves_the_installation(machine):
 
 def test_a_plugin_in_use_is_neither_replaced_nor_removed(machine):
     assert machine.setup(version=OLDER) == 0
-    before = machine.prefix.registry(), machine.installed()
+    before = machine.prefix.lasting_registry(), machine.installed()
     machine.log()
     with machine.prefix.running(BIN / "com_probe.exe", "hold", "BrellinGlazel_x64.PluginPP",
                                 ready="holding"):
@@ -365,7 +367,7 @@ def test_a_plugin_in_use_is_neither_replaced_nor_removed(machine):
         assert "is in use. Close the video editor" in log
         assert machine.uninstall() == IN_USE
         assert "is in use. Close the video editor" in machine.log()
-        assert (machine.prefix.registry(), machine.installed()) == before
+        assert (machine.prefix.lasting_registry(), machine.installed()) == before
     assert machine.setup() == 0
     machine.uninstall_quietly()
     assert machine.leftovers() == NOTHING

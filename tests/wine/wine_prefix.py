@@ -19,6 +19,8 @@ from wine_exit import exit_code
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ["GLAZEL_BUILD"])
 BIN = BUILD / "bin"
+NOT_STARTED = "ShellExecuteEx failed: Internal error."  # of a program that is there
+REGISTRY_COPIES = {"HKEY_LOCAL_MACHINE": "machine", "HKEY_USERS": "users"}
 DEADLINE = 120  # seconds that no run ever needs
 
 # What the system itself notes about a run: nothing that a program asked it to keep.
@@ -96,6 +98,25 @@ class WinePrefix:
                 keys[head[1:-1]] = dict(values_of(values))
         return keys
 
+    def lasting_registry(self):
+        """All of it, as registry(), in another form of data, and much faster: to compare with another
+        time. Without what lives only as long as the system runs."""
+        keys = {}
+        with tempfile.TemporaryDirectory(dir=self.folder) as folder:
+            result = self.run(BIN / "registry_copy.exe", windows_path(folder))
+            assert result.code == 0, result
+            for root, file in REGISTRY_COPIES.items():
+                text = (pathlib.Path(folder) / file).read_text(encoding="ascii")
+                blocks = text.replace("\\\n", "").split("\n\n[")[1:]
+                assert blocks, text
+                for block in blocks:
+                    head, *lines = block.strip("\n").split("\n")
+                    key = root + "\\" + head.rpartition("] ")[0].replace("\\\\", "\\")
+                    if not OWN_TO_THE_SYSTEM.match(f"[{key}]"):
+                        values = [line for line in lines if not line.startswith("#")]  # its time
+                        keys[key] = dict(values_of("\n".join(values)))
+        return keys
+
     def files(self):
         """Every file and folder of drive C with its size, but for what the system writes in use."""
         found = {}
@@ -120,7 +141,7 @@ class WinePrefix:
             result = cls._run_once(cls._command(program, *words), cwd, cls._environment(folder, env))
             # On a busy machine Wine now and then fails to start a process, and says nothing but
             # this. A program that ran says what is wrong, or has another exit code.
-            if result != Result(1, "", ""):
+            if result != Result(1, "", "") and NOT_STARTED not in result.output:
                 break
         return result
 
