@@ -2,76 +2,37 @@
 
 #include "samples/renderer/import_error.h"
 #include "samples/renderer/text_scanning.h"
-#include "samples/renderer/xml_depth.h"
+#include "samples/renderer/xml_document.h"
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <optional>
-
-#include <rapidxml/rapidxml.hpp>
+#include <utility>
 
 namespace
 {
 
-using Document = rapidxml::xml_document<char>;
-using Node = rapidxml::xml_node<char>;
-
-// A parser that calls itself for every level must not be fed deeper documents than this.
-constexpr std::size_t kDeepestElement = 64;
 constexpr std::size_t kMostIdsShown = 8;
 
-std::string_view LocalName(const Node& node) noexcept
-{
-    const std::string_view name(node.name(), node.name_size());
-    return name.substr(name.find(':') + 1); // npos + 1 is 0: the whole name
-}
-
-bool Is(const Node& node, std::string_view name) noexcept
-{
-    return node.type() == rapidxml::node_element && EqualIgnoringCase(LocalName(node), name);
-}
-
-std::string AttributeOf(const Node& node, std::string_view name)
-{
-    const auto* const attribute = node.first_attribute(name.data(), name.size());
-    return attribute == nullptr ? std::string()
-                                : std::string(attribute->value(), attribute->value_size());
-}
-
-// All text directly inside the element, comments left out.
-std::string TextOf(const Node& node)
-{
-    std::string text;
-    for (const Node* child = node.first_node(); child != nullptr; child = child->next_sibling())
-    {
-        if (child->type() == rapidxml::node_data || child->type() == rapidxml::node_cdata)
-        {
-            text.append(child->value(), child->value_size());
-        }
-    }
-    return text;
-}
-
-void CollectCorrections(const Node& node, std::vector<const Node*>& corrections)
+void CollectCorrections(const XmlNode& node, std::vector<const XmlNode*>& corrections)
 {
     if (Is(node, "ColorCorrection"))
     {
         corrections.push_back(&node);
         return;
     }
-    for (const Node* child = node.first_node(); child != nullptr; child = child->next_sibling())
+    for (const XmlNode* child = node.first_node(); child != nullptr; child = child->next_sibling())
     {
         CollectCorrections(*child, corrections);
     }
 }
 
-// Reads one correction; messages name it.
+// Reads one correction; messages call it `name`.
 class CorrectionReader
 {
 public:
-    CorrectionReader(const Node& correction, std::string_view path)
-        : m_correction(correction), m_path(path)
+    CorrectionReader(const XmlNode& correction, std::string name, std::string_view path)
+        : m_correction(correction), m_name(std::move(name)), m_path(path)
     {
     }
 
@@ -79,17 +40,17 @@ public:
     {
         CdlFile file;
         file.id = CleanText(AttributeOf(m_correction, "id"));
-        if (const Node* const sop = OnlyChild(m_correction, "SOPNode"))
+        if (const XmlNode* const sop = OnlyChild(m_correction, "SOPNode"))
         {
             ReadNumbers(*sop, "Slope", file.cdl.slope);
             ReadNumbers(*sop, "Offset", file.cdl.offset);
             ReadNumbers(*sop, "Power", file.cdl.power);
-            if (const Node* const words = OnlyChild(*sop, "Description"))
+            if (const XmlNode* const words = OnlyChild(*sop, "Description"))
             {
                 file.description = CleanText(TextOf(*words));
             }
         }
-        if (const Node* const sat = OnlyChild(m_correction, "SatNode"))
+        if (const XmlNode* const sat = OnlyChild(m_correction, "SatNode"))
         {
             std::array<float, 1> saturation{file.cdl.saturation};
             ReadNumbers(*sat, "Saturation", saturation);
@@ -102,16 +63,13 @@ public:
 private:
     [[noreturn]] void Fail(const std::string& cause) const
     {
-        const std::string id = AttributeOf(m_correction, "id");
-        const std::string name =
-            id.empty() ? "the correction without id" : "correction " + Quoted(id);
-        throw Malformed(m_path, 0, name + ": " + cause);
+        throw Malformed(m_path, 0, m_name + ": " + cause);
     }
 
-    const Node* OnlyChild(const Node& parent, std::string_view name) const
+    const XmlNode* OnlyChild(const XmlNode& parent, std::string_view name) const
     {
-        const Node* found = nullptr;
-        for (const Node* child = parent.first_node(); child != nullptr;
+        const XmlNode* found = nullptr;
+        for (const XmlNode* child = parent.first_node(); child != nullptr;
              child = child->next_sibling())
         {
             if (!Is(*child, name))
@@ -129,9 +87,10 @@ private:
 
     // Leaves `numbers` alone when there is no such element.
     template <std::size_t Count>
-    void ReadNumbers(const Node& parent, const char* name, std::array<float, Count>& numbers) const
+    void ReadNumbers(const XmlNode& parent, const char* name,
+                     std::array<float, Count>& numbers) const
     {
-        const Node* const element = OnlyChild(parent, name);
+        const XmlNode* const element = OnlyChild(parent, name);
         if (element == nullptr)
         {
             return;
@@ -174,11 +133,18 @@ private:
         }
     }
 
-    const Node& m_correction;
+    const XmlNode& m_correction;
+    std::string m_name;
     std::string_view m_path;
 };
 
-std::string ListOfIds(const std::vector<const Node*>& corrections)
+std::string TitleOf(const XmlNode& correction)
+{
+    const std::string id = AttributeOf(correction, "id");
+    return id.empty() ? "the correction without id" : "correction " + Quoted(id);
+}
+
+std::string ListOfIds(const std::vector<const XmlNode*>& corrections)
 {
     std::string list;
     for (std::size_t i = 0; i < std::min(corrections.size(), kMostIdsShown); ++i)
@@ -189,49 +155,17 @@ std::string ListOfIds(const std::vector<const Node*>& corrections)
     return corrections.size() > kMostIdsShown ? list + ", ..." : list;
 }
 
-void Parse(Document& document, std::string& text, std::string_view path)
-{
-    const char* const start = text.data();
-    try
-    {
-        document.parse<rapidxml::parse_validate_closing_tags>(text.data());
-    }
-    catch (const rapidxml::parse_error& error)
-    {
-        const char* const where = error.where<char>();
-        const auto line = static_cast<std::uint64_t>(std::count(start, where, '\n') + 1);
-        throw Malformed(path, line,
-                        std::string("no well-formed XML: ") + error.what() +
-                            "; export the correction again");
-    }
-}
-
 } // namespace
 
-bool LooksLikeXml(std::string_view text) noexcept
+CdlFile ReadCorrection(const XmlNode& element, const std::string& name, std::string_view path)
 {
-    return TakeWord(text).substr(0, 1) == "<";
+    return CorrectionReader(element, name, path).Read();
 }
 
 CdlFile ReadCdl(std::string text, std::string_view path, std::string_view id)
 {
-    const std::size_t depth = DeepestElement(text);
-    if (depth == kNotCountable)
-    {
-        throw Malformed(path, 0, "has a document type declaration, which no CDL needs; remove it");
-    }
-    if (depth > kDeepestElement)
-    {
-        throw Malformed(path, 0, "its elements are nested too deeply for a CDL; export it again");
-    }
-    const auto document = std::make_unique<Document>(); // its first block of 64 KB is part of it
-    Parse(*document, text, path);
-
-    const Node* root = document->first_node();
-    while (root != nullptr && root->type() != rapidxml::node_element)
-    {
-        root = root->next_sibling();
-    }
+    const XmlText document(std::move(text), path);
+    const XmlNode* const root = document.Root();
     if (root == nullptr || !(Is(*root, "ColorCorrection") || Is(*root, "ColorDecisionList") ||
                              Is(*root, "ColorCorrectionCollection")))
     {
@@ -241,7 +175,7 @@ CdlFile ReadCdl(std::string text, std::string_view path, std::string_view id)
                               "ColorCorrection, ColorCorrectionCollection, "
                               "ColorDecisionList); choose a .cc, .ccc or .cdl file"};
     }
-    std::vector<const Node*> corrections;
+    std::vector<const XmlNode*> corrections;
     CollectCorrections(*root, corrections);
     if (corrections.empty())
     {
@@ -249,7 +183,7 @@ CdlFile ReadCdl(std::string text, std::string_view path, std::string_view id)
     }
 
     const auto chosen =
-        std::find_if(corrections.begin(), corrections.end(), [&](const Node* correction) {
+        std::find_if(corrections.begin(), corrections.end(), [&](const XmlNode* correction) {
             return id.empty() || AttributeOf(*correction, "id") == id;
         });
     if (chosen == corrections.end())
@@ -258,7 +192,7 @@ CdlFile ReadCdl(std::string text, std::string_view path, std::string_view id)
                           std::string(path) + ": no correction has the id " + Quoted(id) +
                               "; choose one of " + ListOfIds(corrections)};
     }
-    CdlFile file = CorrectionReader(**chosen, path).Read();
+    CdlFile file = ReadCorrection(**chosen, TitleOf(**chosen), path);
     if (corrections.size() > 1 && id.empty())
     {
         file.warnings.push_back("holds " + std::to_string(corrections.size()) +

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "samples/renderer/look.h"
+#include "samples/renderer/xml_document.h"
 
 #include <string>
 #include <string_view>
@@ -17,9 +18,9 @@ struct CdlFile
     std::vector<std::string> warnings; // such as: more corrections than the one taken
 };
 
-// True when `text` starts as an XML document does.
-bool LooksLikeXml(std::string_view text) noexcept;
-
 // The correction with the given id, or the first one when `id` is empty. `text` is consumed: the
 // parser works in it. `path` is for messages. Throws ImportError.
 CdlFile ReadCdl(std::string text, std::string_view path, std::string_view id);
+
+// The correction in one element, which messages call `name`. Throws ImportError.
+CdlFile ReadCorrection(const XmlNode& element, const std::string& name, std::string_view path);
