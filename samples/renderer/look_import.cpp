@@ -1,13 +1,9 @@
 #include "samples/renderer/look_import.h"
 
-#include "samples/renderer/cdl_reader.h"
-#include "samples/renderer/cube_reader.h"
+#include "samples/renderer/import_formats.h"
 #include "samples/renderer/lut_fitting.h"
-#include "samples/renderer/spi_reader.h"
 #include "samples/renderer/text_scanning.h"
 
-#include <algorithm>
-#include <array>
 #include <memory>
 #include <utility>
 
@@ -16,34 +12,10 @@ namespace
 
 using namespace RendererAPI;
 
-// Far above any collection of corrections; the parser takes several times as much memory.
-constexpr std::size_t kLargestCdlFile = std::size_t{16} << 20;
-
-// The kinds of LUT files, told apart by their contents.
-struct LutFormat
-{
-    bool (*looksLike)(std::string_view text) noexcept;
-    Look (*read)(std::string_view text, std::string_view path, std::vector<std::string>& warnings);
-    std::string_view extension; // whose files are read this way whatever they look like
-};
-
-constexpr std::array kLutFormats{
-    LutFormat{LooksLikeSpi1d, ReadSpi1d, ".spi1d"},
-    LutFormat{LooksLikeSpi3d, ReadSpi3d, ".spi3d"},
-    LutFormat{LooksLikeCube, ReadCube, ".cube"},
-};
-
 struct FileAndId
 {
     std::string path;
     std::string id; // empty = none asked for
-};
-
-// A look that was read, with what else its file said.
-struct ReadLook
-{
-    Look look;
-    std::vector<std::string> warnings;
 };
 
 FileAndId SplitId(std::string_view part, const FileSource& files)
@@ -61,12 +33,6 @@ ImportError Unrecognised(const std::string& path, const std::string& cause)
     return {kImportUnrecognised, path + ": " + cause};
 }
 
-bool EndsWith(std::string_view path, std::string_view extension) noexcept
-{
-    return path.size() >= extension.size() &&
-           EqualIgnoringCase(path.substr(path.size() - extension.size()), extension);
-}
-
 // Refuses what no reader of text should see.
 void CheckIsText(const std::string& path, std::string_view bytes)
 {
@@ -80,43 +46,9 @@ void CheckIsText(const std::string& path, std::string_view bytes)
     }
     if (bytes.find('\0') != std::string_view::npos)
     {
-        throw Unrecognised(path, "the file is binary and no look record; choose a .cube, .spi1d, "
-                                 ".spi3d, .cc, .ccc, .cdl or .look file");
+        throw Unrecognised(path, "the file is binary and no look record; choose a " + AllEndings() +
+                                     " file");
     }
-}
-
-ReadLook ReadCdlFile(std::string bytes, const FileAndId& file, std::uint32_t options)
-{
-    if (bytes.size() > kLargestCdlFile)
-    {
-        throw Malformed(file.path, 0, "is larger than 16 MB; split the collection");
-    }
-    CdlFile cdl = ReadCdl(std::move(bytes), file.path, file.id);
-    ReadLook read;
-    read.look.cdlMode =
-        (options & kImportUnclampedCdl) != 0 ? CdlMode::Unclamped : CdlMode::Clamped;
-    read.look.cdl = cdl.cdl;
-    read.look.title = cdl.id.empty() ? cdl.description : cdl.id;
-    read.warnings = std::move(cdl.warnings);
-    return read;
-}
-
-const LutFormat& FormatOf(std::string_view text, const std::string& path)
-{
-    const auto isOfKind = [&](const LutFormat& format) { return format.looksLike(text); };
-    const auto isNamed = [&](const LutFormat& format) { return EndsWith(path, format.extension); };
-    const auto* found = std::find_if(kLutFormats.begin(), kLutFormats.end(), isOfKind);
-    if (found == kLutFormats.end())
-    {
-        found = std::find_if(kLutFormats.begin(), kLutFormats.end(), isNamed);
-    }
-    if (found == kLutFormats.end())
-    {
-        throw Unrecognised(path, "the contents are neither a LUT (.cube, .spi1d, .spi3d), a CDL "
-                                 "(.cc, .ccc, .cdl) nor a look record; choose a file of these "
-                                 "kinds");
-    }
-    return *found;
 }
 
 // A CDL or a LUT, by the contents of the file.
@@ -127,21 +59,15 @@ ReadLook ReadTextFile(std::string bytes, const FileAndId& file, std::uint32_t op
     {
         bytes.erase(0, 3);
     }
-    if (LooksLikeXml(bytes))
+    const ImportFormat* const format = ImportFormatOf(bytes, file.path);
+    if (format == nullptr)
     {
-        return ReadCdlFile(std::move(bytes), file, options);
+        throw Unrecognised(file.path, "the contents are neither a LUT (" +
+                                          EndingsOf(FormatGroup::Lut) + "), a CDL (" +
+                                          EndingsOf(FormatGroup::Cdl) +
+                                          ") nor a look record; choose a file of these kinds");
     }
-    const LutFormat& format = FormatOf(bytes, file.path);
-    if (!file.id.empty())
-    {
-        throw ImportError{kImportNotFound, file.path +
-                                               ": a LUT holds no corrections to choose by "
-                                               "id; leave out '#" +
-                                               CleanText(file.id) + "'"};
-    }
-    ReadLook read;
-    read.look = format.read(bytes, file.path, read.warnings);
-    return read;
+    return format->read({std::move(bytes), file.path, file.id, options});
 }
 
 std::string KindOf(const StoredLook& look)
@@ -169,7 +95,8 @@ ImportedLook Finished(ReadLook read)
     read.look.title = CleanText(read.look.title, kRecordTitleSize - 1);
 
     const auto stored = std::make_unique<StoredLook>();
-    imported.largestError = StoreFitted(read.look, *stored, imported.warnings).size;
+    imported.largestError =
+        read.largestError + StoreFitted(read.look, *stored, imported.warnings).size;
     imported.record.resize(kRecordSize);
     WriteRecord(*stored, RecordBytes(imported.record.data(), kRecordSize));
     imported.kind = KindOf(*stored);
@@ -213,13 +140,13 @@ bool ImportRecord(const std::string& bytes, const FileAndId& file, ImportedLook&
 
 ReadLook Combined(ReadLook cdl, ReadLook lut, std::string_view path)
 {
-    const bool firstIsCdl = cdl.look.cdlMode != CdlMode::None;
+    const bool firstIsCdl = cdl.look.cdlMode != CdlMode::None && !cdl.look.curves && !cdl.look.cube;
     const bool secondIsLut = lut.look.cdlMode == CdlMode::None;
     if (!firstIsCdl || !secondIsLut)
     {
         throw ImportError{kImportBadArgument,
                           CleanText(path) + ": two files make a look only as CDL|LUT; put a CDL "
-                                            "before the '|' and a .cube file behind it"};
+                                            "before the '|' and a LUT without one behind it"};
     }
     lut.look.cdlMode = cdl.look.cdlMode;
     lut.look.cdl = cdl.look.cdl;

@@ -30,7 +30,7 @@ struct ImportedLook
     std::string title;                // as the file says, UTF-8, may be empty
     std::string contents;             // one line: the numbers of the CDL, the sizes of the tables
     std::vector<std::string> warnings;
-    double largestError = 0.0; // that storing the tables made, see LargestError
+    double largestError = 0.0; // of reading the file and storing its tables, see LargestError
 };
 
 // Imports what LoadSessionFile was asked for: `path` is FILE, FILE#ID or CDL|LUT, `options` its

@@ -1,5 +1,7 @@
 #include "samples/renderer/editor/look_files.h"
 
+#include "samples/renderer/import_formats.h"
+
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -16,6 +18,22 @@ struct DropFinisher
 
 using DropHandle = std::unique_ptr<std::remove_pointer_t<HDROP>, DropFinisher>;
 
+// Pairs of a text and patterns, each ended by 0; one more 0 ends the whole.
+std::wstring LookFilter()
+{
+    std::wstring shown;
+    std::wstring patterns;
+    for (const ImportFormat& format : ImportFormats())
+    {
+        const std::wstring pattern =
+            L"*" + std::wstring(format.ending.begin(), format.ending.end());
+        shown += (shown.empty() ? L"" : L", ") + pattern;
+        patterns += (patterns.empty() ? L"" : L";") + pattern;
+    }
+    return L"Looks (" + shown + L")" + L'\0' + patterns + L'\0' +
+           std::wstring(L"All files\0*.*\0", 14);
+}
+
 } // namespace
 
 LookFileAnswer AskForLookFile(HWND owner)
@@ -25,9 +43,8 @@ LookFileAnswer AskForLookFile(HWND owner)
     OPENFILENAMEW question{};
     question.lStructSize = sizeof question;
     question.hwndOwner = owner;
-    question.lpstrFilter = L"Looks (*.cube, *.spi1d, *.spi3d, *.cc, *.ccc, *.cdl, *.look)\0"
-                           L"*.cube;*.spi1d;*.spi3d;*.cc;*.ccc;*.cdl;*.look\0"
-                           L"All files\0*.*\0";
+    const std::wstring filter = LookFilter();
+    question.lpstrFilter = filter.c_str();
     question.lpstrFile = path.data();
     question.nMaxFile = static_cast<DWORD>(path.size());
     question.lpstrTitle = L"Import a look";

@@ -18,7 +18,10 @@ INPUT and OUTPUT are
 Pictures are turned upright as their orientation says, and written without one. Of a file of
 several pages the first counts.
 A look is a file that the renderer reads: FILE, FILE#ID for one correction out of a
-collection, or "CDL|LUT" for both.
+collection, or "CDL|LUT" for both. The renderer that comes with this program reads
+  LUTs                  .cube, .spi1d, .spi3d
+  ASC CDL corrections   .cc, .ccc, .cdl
+  its own records       .look
 
 --frames takes the frames of a numbered sequence by the numbers of their files (1001 is
 shot_1001.png), and those of a stream by their count from 1.
