@@ -2,10 +2,13 @@
 
 #include "renderer/entry_points.h"
 #include "samples/renderer/cdl_reader.h"
+#include "samples/renderer/clf_reader.h"
+#include "samples/renderer/csp_reader.h"
 #include "samples/renderer/cube_reader.h"
 #include "samples/renderer/import_error.h"
 #include "samples/renderer/spi_reader.h"
 #include "samples/renderer/text_scanning.h"
+#include "samples/renderer/three_dl_reader.h"
 
 #include <algorithm>
 #include <array>
@@ -40,6 +43,19 @@ ReadLook ReadTable(LookText file)
     return read;
 }
 
+template <typename Text, ReadLook (*Read)(Text text, std::string_view path)>
+ReadLook ReadSteps(LookText file)
+{
+    CheckHasNoId(file);
+    return Read(std::move(file.bytes), file.path);
+}
+
+// Any other XML: its reader says what is missing.
+bool LooksLikeCdl(std::string_view text) noexcept
+{
+    return LooksLikeXml(text) && !LooksLikeClf(text);
+}
+
 ReadLook ReadCdlFile(LookText file)
 {
     if (file.bytes.size() > kLargestCdlFile)
@@ -59,11 +75,14 @@ ReadLook ReadCdlFile(LookText file)
 // clang-format off
 constexpr std::array kFormats{
     ImportFormat{".cube",  FormatGroup::Lut,    LooksLikeCube,  ReadTable<ReadCube>},
+    ImportFormat{".3dl",   FormatGroup::Lut,    LooksLike3dl,   ReadSteps<std::string_view, Read3dl>},
+    ImportFormat{".csp",   FormatGroup::Lut,    LooksLikeCsp,   ReadSteps<std::string_view, ReadCsp>},
+    ImportFormat{".clf",   FormatGroup::Lut,    LooksLikeClf,   ReadSteps<std::string, ReadClf>},
     ImportFormat{".spi1d", FormatGroup::Lut,    LooksLikeSpi1d, ReadTable<ReadSpi1d>},
     ImportFormat{".spi3d", FormatGroup::Lut,    LooksLikeSpi3d, ReadTable<ReadSpi3d>},
-    ImportFormat{".cc",    FormatGroup::Cdl,    LooksLikeXml,   ReadCdlFile},
-    ImportFormat{".ccc",   FormatGroup::Cdl,    LooksLikeXml,   ReadCdlFile},
-    ImportFormat{".cdl",   FormatGroup::Cdl,    LooksLikeXml,   ReadCdlFile},
+    ImportFormat{".cc",    FormatGroup::Cdl,    LooksLikeCdl,   ReadCdlFile},
+    ImportFormat{".ccc",   FormatGroup::Cdl,    LooksLikeCdl,   ReadCdlFile},
+    ImportFormat{".cdl",   FormatGroup::Cdl,    LooksLikeCdl,   ReadCdlFile},
     ImportFormat{".look",  FormatGroup::Record, nullptr,        nullptr},
 };
 // clang-format on

@@ -23,6 +23,7 @@ std::string DocumentText(const std::string& name)
 // A look of each ending: the same table, or the same correction.
 std::map<std::string, std::string> Samples()
 {
+    const std::string points = "2\n0 1\n0 1\n";
     const std::string cc = "<ColorCorrection/>";
     const auto record = RecordOf(CubeLook(CubeOf(2, Same)));
     return {
@@ -30,6 +31,11 @@ std::map<std::string, std::string> Samples()
         {".spi1d", "Version 1\nLength 2\nComponents 1\n{\n0\n1\n}\n"},
         {".spi3d", "SPILUT 1.0\n3 3\n2 2 2\n0 0 0 0 0 0\n0 0 1 0 0 1\n0 1 0 0 1 0\n0 1 1 0 1 1\n"
                    "1 0 0 1 0 0\n1 0 1 1 0 1\n1 1 0 1 1 0\n1 1 1 1 1 1\n"},
+        {".csp", "CSPLUTV100\n1D\n" + points + points + points + "2\n0 0 0\n1 1 1\n"},
+        {".3dl", "0 1023\n0 0 0\n0 0 1023\n0 1023 0\n0 1023 1023\n1023 0 0\n1023 0 1023\n"
+                 "1023 1023 0\n1023 1023 1023\n"},
+        {".clf", "<ProcessList id=\"x\"><LUT1D inBitDepth=\"32f\" outBitDepth=\"32f\"><Array dim="
+                 "\"2 1\">0 1</Array></LUT1D></ProcessList>"},
         {".cc", cc},
         {".ccc", "<ColorCorrectionCollection>" + cc + "</ColorCorrectionCollection>"},
         {".cdl", "<ColorDecisionList>" + cc + "</ColorDecisionList>"},
@@ -64,6 +70,8 @@ TEST(ImportFormats, EveryFormatIsReadWhateverItsFileIsCalled)
 TEST(ImportFormats, ALutThatIsNotRecognisedIsReadByItsEnding)
 {
     EXPECT_EQ(ImportFormatOf("0 0 0\n", "b.CUBE")->ending, ".cube");
+    EXPECT_EQ(ImportFormatOf("hello", "b.3dl")->ending, ".3dl");
+    EXPECT_EQ(ImportFormatOf("hello", "b.csp")->ending, ".csp");
     EXPECT_EQ(ImportFormatOf("hello", "b.cc"), nullptr);
     EXPECT_EQ(ImportFormatOf("hello", "b.txt"), nullptr);
 }
@@ -71,8 +79,11 @@ TEST(ImportFormats, ALutThatIsNotRecognisedIsReadByItsEnding)
 TEST(ImportFormats, WordsOfACubeInsideOtherFilesDoNotMatter)
 {
     const std::string words = "\nLUT_3D_SIZE 33\n";
+    EXPECT_EQ(ImportFormatOf("CSPLUTV100\n3D\nBEGIN METADATA" + words, "a")->ending, ".csp");
+    EXPECT_EQ(ImportFormatOf("<ProcessList><Description>" + words, "a")->ending, ".clf");
     EXPECT_EQ(ImportFormatOf("<ColorCorrection><Description>" + words, "a")->group,
               FormatGroup::Cdl);
+    EXPECT_EQ(ImportFormatOf("# 3DMESH" + words, "a")->ending, ".cube");
 }
 
 TEST(ImportFormats, TextsAndDocumentsNameEveryEnding)
@@ -102,7 +113,7 @@ TEST(ImportFormats, TextsAndDocumentsNameEveryEnding)
 
 TEST(ImportFormats, LutsHoldNoCorrectionsToChoose)
 {
-    for (const char* ending : {".cube", ".spi1d", ".spi3d"})
+    for (const char* ending : {".csp", ".3dl", ".clf"})
     {
         MemoryFiles files;
         files.files["a"] = Samples()[ending];

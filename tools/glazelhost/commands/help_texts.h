@@ -19,7 +19,7 @@ Pictures are turned upright as their orientation says, and written without one. 
 several pages the first counts.
 A look is a file that the renderer reads: FILE, FILE#ID for one correction out of a
 collection, or "CDL|LUT" for both. The renderer that comes with this program reads
-  LUTs                  .cube, .spi1d, .spi3d
+  LUTs                  .cube, .3dl, .csp, .clf, .spi1d, .spi3d
   ASC CDL corrections   .cc, .ccc, .cdl
   its own records       .look
 
