@@ -122,6 +122,22 @@ TEST_F(LookImport, OtherPairsOfFilesAreRefused)
     ExpectFailure("a.cc|", kImportUnreadable, "cannot be opened");
 }
 
+TEST_F(LookImport, NeitherOfAPairLosesWhatItHolds)
+{
+    const auto list = [](const std::string& nodes) {
+        return "<ProcessList id=\"x\">" + nodes + "</ProcessList>";
+    };
+    const std::string cdl = "<ASC_CDL inBitDepth=\"8i\" outBitDepth=\"8i\"/>";
+    const std::string lut = "<LUT1D inBitDepth=\"8i\" outBitDepth=\"8i\"><Array dim=\"2 1\">0 "
+                            "255</Array></LUT1D>";
+    m_files.files["cdl.clf"] = list(cdl);
+    m_files.files["lut.clf"] = list(lut);
+    m_files.files["both.clf"] = list(cdl + lut);
+    EXPECT_EQ(Import("cdl.clf|lut.clf").kind, "CDL and 1D LUT");
+    ExpectFailure("both.clf|lut.clf", kImportBadArgument, "only as CDL|LUT");
+    ExpectFailure("cdl.clf|both.clf", kImportBadArgument, "a LUT without one behind it");
+}
+
 TEST_F(LookImport, ALookFileIsTakenByteForByte)
 {
     std::vector<std::uint8_t> record = Import("a.cube").record;
