@@ -90,7 +90,7 @@ def test_a_chain_that_no_look_holds_is_rendered_with_its_error_told(tmp_path):
 
 
 @pytest.mark.parametrize("name, text, parts", [
-    ("a.3dl", "0 64 1023\n1 2\n", ("a.3dl", "line 2")),
+    ("a.3dl", "0 64 1023\n1 2 3\n", ("a.3dl", "line 1", "27 nodes")),
     ("a.csp", "CSPLUTV100\n4D\n", ("a.csp", "line 2", "4D")),
     ("a.clf", '<ProcessList id="a"><Gamma inBitDepth="8i" outBitDepth="8i"/></ProcessList>',
      ("a.clf", "Gamma", "is not read")),
