@@ -150,6 +150,16 @@ TEST(ChainFitting, OfTwoWaysToSampleTheNearerIsTaken)
     EXPECT_LT(read.largestError, 0.02);
 }
 
+TEST(ChainFitting, ACurveThatHelpsTheCubeIsKept)
+{
+    // Steep at black, and a bend that no cube meets.
+    const CurveStep steep = Through({{0, 0}, {0.001, 0.5}, {1, 1}});
+    const ColourChain chain{steep, kMixing, Each([](double x) { return std::abs(x - 0.503); })};
+    const ReadLook read = LookOfChain(chain, "test");
+    EXPECT_TRUE(read.look.curves);
+    EXPECT_LT(LargestRendered(chain, read), 0.01);
+}
+
 TEST(ChainFitting, TheErrorIsMeasuredAndToldWithItsPlace)
 {
     const ColourChain chain{Through({{0, 0}, {1, 1}}), kMixing,
