@@ -218,6 +218,10 @@ ExitCode Run(const Command& command, Reporter& reporter)
         {
             RunCompare(*compare);
         }
+        else if (const auto* explain = std::get_if<ExplainCommand>(&command))
+        {
+            RunExplain(*explain, reporter);
+        }
         else if (const auto* presets = std::get_if<PresetsCommand>(&command))
         {
             RunPresets(*presets);

@@ -2,6 +2,7 @@
 
 #include "samples/renderer/look_export.h"
 #include "tools/glazelhost/commands/compare_options.h"
+#include "tools/glazelhost/commands/explain_options.h"
 #include "tools/glazelhost/commands/help_texts.h"
 #include "tools/glazelhost/commands/render_options.h"
 #include "tools/glazelhost/commands/shared_options.h"
@@ -86,17 +87,17 @@ void AddBlendPlaces(CLI::App& command, BlendCommand& blend)
 // CLI11 would only say that a command is required.
 void CheckCommandName(const std::vector<std::string>& arguments)
 {
-    constexpr std::array<std::string_view, 7> kNames{"render",  "page",    "look", "blend",
-                                                     "compare", "presets", "info"};
+    constexpr std::array<std::string_view, 8> kNames{"render",  "page",    "look",    "blend",
+                                                     "compare", "explain", "presets", "info"};
     const std::string first = arguments.empty() ? std::string() : arguments.front();
     if (first.empty() ||
         (first.front() != '-' && std::find(kNames.begin(), kNames.end(), first) == kNames.end()))
     {
-        throw HostError(
-            first.empty() ? "command line" : OneLine(first),
-            first.empty() ? "there is no command" : "there is no such command",
-            "use render, page, look, blend, compare, presets or info, or see \"glazelhost --help\"",
-            ExitCode::WrongUsage);
+        throw HostError(first.empty() ? "command line" : OneLine(first),
+                        first.empty() ? "there is no command" : "there is no such command",
+                        "use render, page, look, blend, compare, explain, presets or info, or see "
+                        "\"glazelhost --help\"",
+                        ExitCode::WrongUsage);
     }
 }
 
@@ -168,6 +169,13 @@ Command ParseCommandLine(const std::vector<std::string>& arguments)
     compareCommand->footer(kCompareFooter);
     AddCompareOptions(*compareCommand, compare, compareWords);
 
+    ExplainCommand explain;
+    ExplainWords explainWords;
+    CLI::App* const explainCommand = program.add_subcommand(
+        "explain", "Tell what a look does to one pixel, step by step, in numbers.");
+    explainCommand->footer(kExplainFooter);
+    AddExplainOptions(*explainCommand, explain, explainWords);
+
     PresetsCommand presets;
     CLI::App* const presetsCommand =
         program.add_subcommand("presets", "List the presets of the effect.");
@@ -227,6 +235,10 @@ Command ParseCommandLine(const std::vector<std::string>& arguments)
     if (*compareCommand)
     {
         return FinishCompare(std::move(compare), compareWords);
+    }
+    if (*explainCommand)
+    {
+        return FinishExplain(std::move(explain), explainWords);
     }
     if (*presetsCommand)
     {

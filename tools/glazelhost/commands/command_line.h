@@ -7,6 +7,7 @@
 #include "tools/glazelhost/io/frame_list.h"
 #include "tools/glazelhost/io/open_frames.h"
 
+#include <array>
 #include <optional>
 #include <string>
 #include <variant>
@@ -104,6 +105,16 @@ struct CompareCommand
     bool json = false;
 };
 
+struct ExplainCommand
+{
+    RenderCommand render; // of which a source, a look, a depth, light and tools
+    std::optional<std::array<float, 3>> colour; // red, green, blue; none: a pixel of the source
+    int x = 0;
+    int y = 0;
+    std::optional<std::int64_t> frame; // none: the first
+    bool json = false;
+};
+
 struct PresetsCommand
 {
     bool json = false;
@@ -123,7 +134,7 @@ struct TextCommand
 };
 
 using Command = std::variant<RenderCommand, PageCommand, LookCommand, BlendCommand, CompareCommand,
-                             PresetsCommand, InfoCommand, TextCommand>;
+                             ExplainCommand, PresetsCommand, InfoCommand, TextCommand>;
 
 // `arguments` without the program's name. Throws HostError (WrongUsage) with one line.
 Command ParseCommandLine(const std::vector<std::string>& arguments);

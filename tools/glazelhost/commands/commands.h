@@ -17,6 +17,9 @@ void RunBlend(const BlendCommand& command);
 // What differs goes to standard output. Throws HostError (OverWarning, OverLimit) behind that when
 // it is more than the command allows.
 void RunCompare(const CompareCommand& command);
+// What the look does to the pixel goes to standard output. Throws HostError behind that when the
+// plug-in did something else. Warnings about the look go to `reporter`.
+void RunExplain(const ExplainCommand& command, Reporter& reporter);
 // The effect's presets go to standard output.
 void RunPresets(const PresetsCommand& command);
 // Everything goes to standard output; that something is missing is an answer, not a failure.

@@ -105,6 +105,19 @@ Examples:
   glazelhost compare a_%04d.tif b_%04d.tif --json
   glazelhost compare clip.y4m other.y4m --picture diff_%04d.png --amplify 50)text";
 
+inline constexpr char kExplainFooter[] = R"text(
+PIXEL is X,Y, a pixel of INPUT; --colour is for a colour without a picture, each channel from 0 to 1,
+or as 128/255. The picture is rendered through the plug-in as "render" would; each step of the
+look is told with its numbers and what it leaves: slope, offset, clamp, power and saturation of
+a CDL, the entries of a 1D LUT, the cell, nodes and weights of a 3D LUT, the strength. The last
+line is what the plug-in made of the pixel; it is an error when that is not what the steps give.
+Of a look of another renderer only input and result are known.
+
+Examples:
+  glazelhost explain 120,45 photo.png --look warm.cube
+  glazelhost explain --colour 0.5,0.25,0.1 --look day.ccc#shot12 --json
+  glazelhost explain --colour 128/255,64/255,0 --look warm.cube --depth 8)text";
+
 inline constexpr char kPresetsFooter[] = R"text(
 Examples:
   glazelhost presets

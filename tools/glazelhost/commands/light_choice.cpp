@@ -8,6 +8,11 @@ constexpr char kNotLinear[] = "not as linear light";
 
 } // namespace
 
+SampleType DepthOf(std::optional<SampleType> asked, const StreamInfo& info)
+{
+    return asked.value_or(info.bitsPerChannel > 8 ? SampleType::Float : SampleType::Byte);
+}
+
 std::optional<bool> OptionToRender(SampleType depth, std::optional<bool> asked, const Light& light)
 {
     if (depth == SampleType::Byte || asked)

@@ -16,6 +16,9 @@ enum class LookOptions
     Mixed, // of keyframes
 };
 
+// What a render works in: 8 bits for an 8-bit source, else float, unless the user has `asked`.
+SampleType DepthOf(std::optional<SampleType> asked, const StreamInfo& info);
+
 // The option that a render puts into its records in the place of their own; none: they keep it. It
 // is on in every new look, so it counts only for a picture that is linear light, unless the user
 // has `asked` for something. The effect obeys it in float only.

@@ -1,5 +1,6 @@
 #include "tools/glazelhost/commands/commands.h"
 
+#include "tools/glazelhost/commands/light_choice.h"
 #include "tools/glazelhost/commands/look_record.h"
 #include "tools/glazelhost/host/look_formats.h"
 #include "tools/glazelhost/host/message_boxes.h"
@@ -50,8 +51,7 @@ Still OpenStill(const PageCommand& command)
     {
         still.number = info.firstNumber.value_or(1);
     }
-    const SampleType type =
-        command.depth.value_or(info.bitsPerChannel > 8 ? SampleType::Float : SampleType::Byte);
+    const SampleType type = DepthOf(command.depth, info);
     if (!source->Read(still.image, type))
     {
         throw HostError(*command.image, "there is no picture in it", "name another --image");

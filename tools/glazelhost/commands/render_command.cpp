@@ -20,11 +20,6 @@ std::string NameOf(const std::string& path, const char* standardStream)
     return path == kStandardStream ? standardStream : path;
 }
 
-SampleType DepthOf(const RenderCommand& command, const StreamInfo& info)
-{
-    return command.depth.value_or(info.bitsPerChannel > 8 ? SampleType::Float : SampleType::Byte);
-}
-
 // The frames of a sequence have the numbers of their files, all others count from 1.
 std::int64_t FirstNumber(const StreamInfo& info)
 {
@@ -168,7 +163,7 @@ void RunRender(const RenderCommand& command, Reporter& reporter)
     StreamInfo written = info;
     written.light.isLinear = command.linear.value_or(info.light.isLinear);
     const std::unique_ptr<FrameSink> sink = OpenSink(command.sink, written);
-    const SampleType depth = DepthOf(command, info);
+    const SampleType depth = DepthOf(command.depth, info);
     const std::string output = NameOf(command.sink.path, "standard output");
 
     RendererLibrary renderer(command.tools.rendererFolder);

@@ -132,11 +132,7 @@ void AddRenderProgress(CLI::App& command, RenderWords& words)
 void AddRenderOptions(CLI::App& command, RenderCommand& render, RenderWords& words)
 {
     AddRenderPlaces(command, render, words);
-    command
-        .add_option("--linear", words.linear,
-                    "take the pixels for linear light or not (default: auto)")
-        ->check(OneOf({"auto", "on", "off"}))
-        ->type_name("auto|on|off");
+    AddRenderLinear(command, words.linear);
     AddUnclamped(command, render.unclamped);
     AddRenderLook(command, render, words.look);
     AddRenderFormats(command, render, words);

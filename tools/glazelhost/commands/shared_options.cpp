@@ -47,6 +47,14 @@ void AddToolOptions(CLI::App& command, ToolPaths& tools, bool withPlugin)
     }
 }
 
+void AddRenderLinear(CLI::App& command, std::string& linear)
+{
+    command
+        .add_option("--linear", linear, "take the pixels for linear light or not (default: auto)")
+        ->check(OneOf({"auto", "on", "off"}))
+        ->type_name("auto|on|off");
+}
+
 void AddUnclamped(CLI::App& command, bool& unclamped)
 {
     command.add_flag("--unclamped", unclamped, "apply a CDL without clamping between its steps");

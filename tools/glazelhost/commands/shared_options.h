@@ -19,6 +19,8 @@ CLI::Validator Undescribed(CLI::Validator validator);
 CLI::Validator OneOf(const std::vector<std::string>& words);
 
 void AddToolOptions(CLI::App& command, ToolPaths& tools, bool withPlugin);
+// "auto" too: as a render chooses it.
+void AddRenderLinear(CLI::App& command, std::string& linear);
 void AddUnclamped(CLI::App& command, bool& unclamped);
 // `linear` is the option that the record of an imported look gets.
 void AddLookOptions(CLI::App& command, std::string& linear, bool& unclamped);
