@@ -108,11 +108,11 @@ def write_deep_png(path, array):
            data=array.astype("<u2").tobytes())
 
 
-def tiff(*pages, tags=None):
+def tiff(*pages, tags=None, order="<"):
     """A TIFF of rows x columns x channels of numbers; `tags` {number: (type, values)} go to the
-    first page."""
+    first page. `order` is that of everything, the numbers included."""
     codes = {"B": 7, "s": 2, "H": 3, "I": 4}
-    data = bytearray(b"II*\0\0\0\0\0")
+    data = bytearray(struct.pack(order + "2sHI", {"<": b"II", ">": b"MM"}[order], 42, 0))
     link = 4
     for array in pages:
         height, width, channels = array.shape
@@ -126,16 +126,16 @@ def tiff(*pages, tags=None):
             fields[338] = ("H", [2])
         entries = b""
         for tag, (code, values) in sorted((fields | (tags or {})).items()):
-            value = (values if code in "Bs" else struct.pack(f"<{len(values)}{code}", *values))
+            value = (values if code in "Bs" else struct.pack(f"{order}{len(values)}{code}", *values))
             count = len(values)
             if len(value) > 4:
                 data += bytes(len(data) % 2)
-                value, place = struct.pack("<I", len(data)), value
+                value, place = struct.pack(order + "I", len(data)), value
                 data += place
-            entries += struct.pack("<HHI", tag, codes[code], count) + value.ljust(4, b"\0")
+            entries += struct.pack(order + "HHI", tag, codes[code], count) + value.ljust(4, b"\0")
         data += bytes(len(data) % 2)
-        struct.pack_into("<I", data, link, len(data))
-        data += struct.pack("<H", len(entries) // 12) + entries
+        struct.pack_into(order + "I", data, link, len(data))
+        data += struct.pack(order + "H", len(entries) // 12) + entries
         link = len(data)
         data += bytes(4)
         tags = None

@@ -92,3 +92,26 @@ def test_further_pages_are_named_as_left_out(neutral, tmp_path):
     result = succeed(render(tmp_path / "a.tif", tmp_path / "b.png", look=neutral))
     assert "page 1 of 3 (the others are left out)" in result.lines[0]
     assert np.array_equal(pixels(tmp_path / "b.png"), pages[0])
+
+
+@pytest.mark.parametrize("kind", ["u2", "f2"])
+def test_both_byte_orders_of_16_bit_channels_are_read(kind, neutral, tmp_path):
+    rng = np.random.default_rng(5)
+    numbers = rng.random((6, 9, 3)) if kind == "f2" else rng.integers(0, 65536, (6, 9, 3))
+    for order, name in (("<", "little"), (">", "big")):
+        (tmp_path / f"{name}.tif").write_bytes(tiff(numbers.astype(order + kind), order=order))
+    assert equal(tmp_path / "little.tif", tmp_path / "big.tif")
+
+
+def test_cmyk_and_planar_pictures_are_refused_by_name(neutral, tmp_path):
+    inks = np.zeros((4, 4, 4), "u1")
+    cases = {"CMYK": tiff(inks, tags={262: ("H", [5])}),
+             "planar": tiff(inks[:, :, :3], tags={284: ("H", [2])}),
+             "JPEG compression within TIFF": tiff(inks[:, :, :3], tags={259: ("H", [7])}),
+             "BigTIFF": b"II+\0\x08\0\0\0" + bytes(100)}
+    for said, data in cases.items():
+        (tmp_path / "a.tif").write_bytes(data)
+        result = render(tmp_path / "a.tif", tmp_path / "out.png", look=neutral)
+        assert result.code == 1
+        assert said in result.only_line() and "not supported" in result.only_line()
+        assert not (tmp_path / "out.png").exists()

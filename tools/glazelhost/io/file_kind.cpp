@@ -24,6 +24,8 @@ constexpr std::array kSignatures{
     Signature{FileKind::Jpeg, "\xFF\xD8\xFF"sv},
     Signature{FileKind::Tiff, "II*\0"sv},
     Signature{FileKind::Tiff, "MM\0*"sv},
+    Signature{FileKind::Tiff, "II+\0"sv}, // BigTIFF
+    Signature{FileKind::Tiff, "MM\0+"sv},
     Signature{FileKind::Bmp,  "BM"sv},
     Signature{FileKind::Y4m,  "YUV4MPEG2"sv},
 };

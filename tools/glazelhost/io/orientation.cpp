@@ -1,100 +1,17 @@
 #include "tools/glazelhost/io/orientation.h"
 
-#include "tools/glazelhost/io/file_kind.h"
+#include "tools/glazelhost/io/picture_blocks.h"
 #include "tools/glazelhost/io/pixel_convert.h"
 #include "tools/glazelhost/io/tiff_directory.h"
 
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
 namespace
 {
 
-using namespace std::string_view_literals;
-
 constexpr int kUpright = 1;
-
-using Bytes = std::span<const std::byte>;
-
-bool Begins(Bytes bytes, std::string_view text) noexcept
-{
-    return bytes.size() >= text.size() && std::memcmp(bytes.data(), text.data(), text.size()) == 0;
-}
-
-// Caller has checked that the bytes are there.
-std::size_t BigEndian(Bytes bytes, std::size_t place, std::size_t count) noexcept
-{
-    std::size_t value = 0;
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        value = value << 8 | std::to_integer<std::size_t>(bytes[place + i]);
-    }
-    return value;
-}
-
-// Segments follow each other, each with its length, up to the scan. The EXIF block is a TIFF.
-Bytes ExifOfJpeg(Bytes file) noexcept
-{
-    constexpr std::size_t kApplication1 = 0xE1;
-    constexpr std::size_t kStartOfScan = 0xDA;
-    constexpr std::string_view kExif = "Exif\0\0"sv;
-    for (std::size_t place = 2; place + 4 <= file.size() && file[place] == std::byte{0xFF};)
-    {
-        const std::size_t marker = BigEndian(file, place + 1, 1);
-        const std::size_t length = BigEndian(file, place + 2, 2);
-        if (marker == kStartOfScan || length < 2 || length > file.size() - place - 2)
-        {
-            break;
-        }
-        const Bytes contents = file.subspan(place + 4, length - 2);
-        if (marker == kApplication1 && Begins(contents, kExif))
-        {
-            return contents.subspan(kExif.size());
-        }
-        place += 2 + length;
-    }
-    return {};
-}
-
-// Chunks follow each other: length, name, contents, a sum of four bytes.
-Bytes ExifOfPng(Bytes file) noexcept
-{
-    constexpr std::size_t kSignature = 8;
-    constexpr std::size_t kHead = 8;
-    constexpr std::size_t kSum = 4;
-    for (std::size_t place = kSignature; place + kHead <= file.size();)
-    {
-        const std::size_t length = BigEndian(file, place, 4);
-        const Bytes rest = file.subspan(place + kHead);
-        if (length > rest.size() || rest.size() - length < kSum)
-        {
-            break;
-        }
-        if (Begins(file.subspan(place + 4), "eXIf"sv))
-        {
-            return rest.first(length);
-        }
-        place += kHead + length + kSum;
-    }
-    return {};
-}
-
-Bytes DirectoryBytes(Bytes file) noexcept
-{
-    switch (KindFromContent(file).value_or(FileKind::Bmp))
-    {
-    case FileKind::Jpeg:
-        return ExifOfJpeg(file);
-    case FileKind::Png:
-        return ExifOfPng(file);
-    case FileKind::Tiff:
-        return file;
-    default:
-        return {};
-    }
-}
 
 // Where the pixel of the upright picture stands in the stored one of `width` x `height`.
 std::pair<int, int> StoredPlace(int orientation, int x, int y, int width, int height) noexcept

@@ -45,7 +45,7 @@ public:
 
 private:
     void FindLayout();
-    void FindHalves(const std::vector<std::byte>& file);
+    void FindWords(const std::vector<std::byte>& file);
     void ConvertToBytes(const WICPixelFormatGUID& format);
     void Check(HRESULT result, const char* what) const;
 
@@ -60,6 +60,7 @@ private:
     UINT m_pages = 1;
     PixelLayout m_layout;
     bool m_hasAlpha = false;
+    bool m_swapsWords = false; // the codec gives 16-bit channels in the wrong byte order
 };
 
 struct PictureFormat

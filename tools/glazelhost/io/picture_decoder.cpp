@@ -3,6 +3,7 @@
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/memory_stream.h"
+#include "tools/glazelhost/io/picture_check.h"
 #include "tools/glazelhost/io/picture_light.h"
 #include "tools/glazelhost/io/picture_size.h"
 #include "tools/glazelhost/io/tiff_directory.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <span>
 #include <utility>
 
 namespace
@@ -63,32 +65,45 @@ const KnownFormat kKnownFormats[] = {
 };
 // clang-format on
 
-// The codecs look at little more of a TIFF than how many bits its channels have, if at all.
-void CheckNumbers(const std::vector<std::byte>& file, const std::string& name)
-{
-    const auto directory = TiffDirectory::Read(file);
-    if (!directory)
-    {
-        return;
-    }
-    const std::uint32_t kind = directory->NumberKind();
-    const std::uint32_t bits = directory->BitsPerChannel();
-    const bool isFloat = kind == TiffDirectory::kFloat;
-    const bool isSigned = kind == TiffDirectory::kSigned;
-    if (isSigned || (isFloat ? bits != 16 && bits != 32 : bits > 16))
-    {
-        const char* const numbers = isFloat    ? "floats"
-                                    : isSigned ? "numbers with a sign"
-                                               : "whole numbers";
-        throw HostError(name,
-                        "its " + std::to_string(bits) + "-bit " + numbers + " are not supported",
-                        "convert it to 8-bit, 16-bit or 32-bit float channels");
-    }
-}
-
 // A frame is fetched in bands of about so many bytes: the whole of a large one does not fit the
 // 32-bit sizes of the interface.
 constexpr std::size_t kBandBytes = std::size_t{1} << 26;
+
+// True when the system's TIFF decoder gives 16-bit channels of big-endian files in the file's byte
+// order instead of this machine's, as some versions of Wine do: seen by reading one pixel.
+bool BigEndianWordsAreSwapped(IWICImagingFactory& factory)
+{
+    static const bool swapped = [&factory] {
+        constexpr std::uint16_t kCode = 0x1234;
+        // clang-format off
+        constexpr std::uint8_t kFile[] = {
+            'M', 'M', 0, 42, 0, 0, 0, 10, 0x12, 0x34, // the directory's place, and the pixel
+            0, 8,                                     // tags, each with type, count and value
+            1, 0,  0, 3, 0, 0, 0, 1, 0, 1, 0, 0,      // width
+            1, 1,  0, 3, 0, 0, 0, 1, 0, 1, 0, 0,      // rows
+            1, 2,  0, 3, 0, 0, 0, 1, 0, 16, 0, 0,     // bits of a channel
+            1, 3,  0, 3, 0, 0, 0, 1, 0, 1, 0, 0,      // not compressed
+            1, 6,  0, 3, 0, 0, 0, 1, 0, 1, 0, 0,      // grey
+            1, 17, 0, 3, 0, 0, 0, 1, 0, 8, 0, 0,      // the pixel's place
+            1, 22, 0, 3, 0, 0, 0, 1, 0, 1, 0, 0,      // rows of a strip
+            1, 23, 0, 3, 0, 0, 0, 1, 0, 2, 0, 0,      // bytes of the strip
+            0, 0, 0, 0};
+        // clang-format on
+        const auto bytes = std::as_bytes(std::span(kFile));
+        CComPtr<CMemoryStream> stream;
+        stream.Attach(new CMemoryStream({bytes.begin(), bytes.end()}));
+        CComPtr<IWICBitmapDecoder> decoder;
+        CComPtr<IWICBitmapFrameDecode> frame;
+        std::uint16_t code = kCode;
+        return SUCCEEDED(factory.CreateDecoderFromStream(
+                   stream, nullptr, WICDecodeMetadataCacheOnDemand, &decoder)) &&
+               SUCCEEDED(decoder->GetFrame(0, &frame)) &&
+               SUCCEEDED(frame->CopyPixels(nullptr, sizeof code, sizeof code,
+                                           reinterpret_cast<BYTE*>(&code))) &&
+               code != kCode;
+    }();
+    return swapped;
+}
 
 } // namespace
 
@@ -109,7 +124,7 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     {
         CheckSize(m_name, stated->width, stated->height);
     }
-    CheckNumbers(file, m_name);
+    CheckPixelKind(file, m_name);
     Check(::CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
                              IID_IWICImagingFactory, reinterpret_cast<void**>(&m_factory)),
           "the system's picture codecs do not start");
@@ -128,21 +143,25 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     m_width = static_cast<int>(width);
     m_height = static_cast<int>(height);
     FindLayout();
-    FindHalves(stream->Bytes());
+    FindWords(stream->Bytes());
     m_orientation = OrientationOf(stream->Bytes());
     m_light = LightOf(stream->Bytes(), m_layout.sample == FileSample::Float16 ||
                                            m_layout.sample == FileSample::Float32);
 }
 
-// Not every version of the codecs tells floats of 16 bits from whole numbers.
-void PictureDecoder::FindHalves(const std::vector<std::byte>& file)
+// Not every version of the codecs tells floats of 16 bits from whole numbers, or minds their order.
+void PictureDecoder::FindWords(const std::vector<std::byte>& file)
 {
     const auto directory = TiffDirectory::Read(file);
-    if (directory && directory->NumberKind() == TiffDirectory::kFloat &&
-        m_layout.sample == FileSample::Bits16)
+    if (!directory || m_layout.BitsPerChannel() != 16)
+    {
+        return;
+    }
+    if (directory->NumberKind() == TiffDirectory::kFloat)
     {
         m_layout.sample = FileSample::Float16;
     }
+    m_swapsWords = directory->IsBigEndian() && BigEndianWordsAreSwapped(*m_factory);
 }
 
 std::string PictureDecoder::Description() const
@@ -235,6 +254,10 @@ void PictureDecoder::Decode(Image& image, SampleType type)
         Check(m_source->CopyPixels(&rect, static_cast<UINT>(rowBytes), static_cast<UINT>(bytes),
                                    reinterpret_cast<BYTE*>(band.data())),
               "its pixels cannot be read");
+        if (m_swapsWords)
+        {
+            SwapWords({band.data(), bytes});
+        }
         for (int row = 0; row < rows; ++row)
         {
             UnpackRow(m_layout, band.data() + rowBytes * static_cast<std::size_t>(row), m_width,

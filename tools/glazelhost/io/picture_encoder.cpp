@@ -119,10 +119,7 @@ private:
             const std::size_t bytes = rowBytes * static_cast<std::size_t>(rows);
             if (swapWords)
             {
-                for (std::size_t place = 0; place + 1 < bytes; place += 2)
-                {
-                    std::swap(band[place], band[place + 1]);
-                }
+                SwapWords({band.data(), bytes});
             }
             Check(frame.WritePixels(static_cast<UINT>(rows), static_cast<UINT>(rowBytes),
                                     static_cast<UINT>(bytes), reinterpret_cast<BYTE*>(band.data())),

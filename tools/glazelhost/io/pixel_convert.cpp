@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 namespace
 {
@@ -256,6 +257,14 @@ void PackRow(const PixelLayout& layout, const std::byte* source, int width, Samp
             Pack<float, Target>(layout, source, width, target);
         }
     });
+}
+
+void SwapWords(std::span<std::byte> words) noexcept
+{
+    for (std::size_t place = 0; place + 1 < words.size(); place += 2)
+    {
+        std::swap(words[place], words[place + 1]);
+    }
 }
 
 void Reshape(Image& image, int width, int height, SampleType type, bool hasAlpha)

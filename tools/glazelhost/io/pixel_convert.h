@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 // The nearest code, halves upwards; values outside 0 to 1 become the nearest end, NaN becomes 0.
 // Exact: the product of a float and 255 or 65535 fits a double.
@@ -77,6 +78,9 @@ void UnpackRow(const PixelLayout& layout, const std::byte* source, int width, Sa
 // not grey.
 void PackRow(const PixelLayout& layout, const std::byte* source, int width, SampleType type,
              std::byte* target) noexcept;
+
+// Turns the two bytes of each 16-bit channel round.
+void SwapWords(std::span<std::byte> words) noexcept;
 
 // Gives `image` a size and type, keeping its memory where that is enough; the pixels are arbitrary.
 void Reshape(Image& image, int width, int height, SampleType type, bool hasAlpha);

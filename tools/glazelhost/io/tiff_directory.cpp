@@ -1,6 +1,7 @@
 #include "tools/glazelhost/io/tiff_directory.h"
 
 #include <algorithm>
+#include <array>
 
 namespace
 {
@@ -9,22 +10,15 @@ constexpr std::size_t kHeaderBytes = 8;
 constexpr std::size_t kEntryBytes = 12;
 constexpr std::uint32_t kMagic = 42;
 
-// Bytes of one value of a type that is known here; 0: another type.
+constexpr std::uint16_t kFraction = 5;
+
+// Bytes of one value of a type; 0: an unknown type.
 std::size_t ValueBytes(std::uint32_t type) noexcept
 {
-    switch (type)
-    {
-    case 1: // bytes
-    case 2: // text
-    case 7: // anything
-        return 1;
-    case 3:
-        return 2;
-    case 4:
-        return 4;
-    default:
-        return 0;
-    }
+    // Unused, bytes, text, 16 and 32 bits, fractions; with a sign: bytes, anything, 16 and 32 bits,
+    // fractions; floats, doubles; the place of a directory.
+    constexpr std::array<std::size_t, 14> kBytes{0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
+    return type < kBytes.size() ? kBytes[type] : 0;
 }
 
 } // namespace
@@ -44,10 +38,27 @@ std::optional<TiffDirectory> TiffDirectory::Read(std::span<const std::byte> file
     {
         return std::nullopt;
     }
-    directory.m_entries = place + 2;
-    directory.m_count = std::min<std::size_t>(directory.NumberAt(place, 2),
-                                              (file.size() - place - 2) / kEntryBytes);
+    directory.Enter(place);
     return directory;
+}
+
+// The place is at least two bytes before the end.
+void TiffDirectory::Enter(std::size_t place) noexcept
+{
+    m_entries = place + 2;
+    m_count = std::min<std::size_t>(NumberAt(place, 2), (m_file.size() - m_entries) / kEntryBytes);
+}
+
+std::optional<TiffDirectory> TiffDirectory::Below(std::uint16_t tag) const noexcept
+{
+    const auto place = Number(tag);
+    if (!place || *place > m_file.size() - 2)
+    {
+        return std::nullopt;
+    }
+    TiffDirectory below = *this;
+    below.Enter(*place);
+    return below;
 }
 
 std::uint32_t TiffDirectory::NumberAt(std::size_t place, std::size_t bytes) const noexcept
@@ -61,46 +72,69 @@ std::uint32_t TiffDirectory::NumberAt(std::size_t place, std::size_t bytes) cons
     return number;
 }
 
-std::optional<std::size_t> TiffDirectory::EntryOf(std::uint16_t tag) const noexcept
+TiffValues TiffDirectory::At(std::size_t index) const noexcept
+{
+    const std::size_t entry = m_entries + index * kEntryBytes;
+    TiffValues values{static_cast<std::uint16_t>(NumberAt(entry, 2)),
+                      static_cast<std::uint16_t>(NumberAt(entry + 2, 2)),
+                      {}};
+    const std::uint64_t bytes = std::uint64_t{NumberAt(entry + 4, 4)} * ValueBytes(values.type);
+    const std::size_t place = bytes <= 4 ? entry + 8 : NumberAt(entry + 8, 4);
+    if (place <= m_file.size() && bytes <= m_file.size() - place)
+    {
+        values.bytes = m_file.subspan(place, static_cast<std::size_t>(bytes));
+    }
+    return values;
+}
+
+TiffValues TiffDirectory::ValuesOf(std::uint16_t tag) const noexcept
 {
     for (std::size_t index = 0; index < m_count; ++index)
     {
-        const std::size_t entry = m_entries + index * kEntryBytes;
-        if (NumberAt(entry, 2) == tag)
+        if (const TiffValues values = At(index); values.tag == tag)
         {
-            return entry;
+            return values;
         }
     }
-    return std::nullopt;
+    return {};
 }
 
 std::span<const std::byte> TiffDirectory::Bytes(std::uint16_t tag) const noexcept
 {
-    const auto entry = EntryOf(tag);
-    if (!entry)
-    {
-        return {};
-    }
-    const std::uint64_t bytes =
-        std::uint64_t{NumberAt(*entry + 4, 4)} * ValueBytes(NumberAt(*entry + 2, 2));
-    const std::size_t place = bytes <= 4 ? *entry + 8 : NumberAt(*entry + 8, 4);
-    if (place > m_file.size() || bytes > m_file.size() - place)
-    {
-        return {};
-    }
-    return m_file.subspan(place, static_cast<std::size_t>(bytes));
+    return ValuesOf(tag).bytes;
 }
 
-std::optional<std::uint32_t> TiffDirectory::Number(std::uint16_t tag) const noexcept
+std::optional<std::uint32_t> TiffDirectory::Number(std::uint16_t tag,
+                                                   std::size_t index) const noexcept
 {
-    const auto entry = EntryOf(tag);
-    const std::span<const std::byte> bytes = Bytes(tag);
-    if (!entry || bytes.empty())
+    const TiffValues values = ValuesOf(tag);
+    const std::size_t unit = ValueBytes(values.type);
+    if (unit == 0 || unit > 4 || index >= values.bytes.size() / unit)
     {
         return std::nullopt;
     }
-    const auto place = static_cast<std::size_t>(bytes.data() - m_file.data());
-    return NumberAt(place, ValueBytes(NumberAt(*entry + 2, 2)));
+    const auto place = static_cast<std::size_t>(values.bytes.data() - m_file.data());
+    return NumberAt(place + index * unit, unit);
+}
+
+std::size_t TiffDirectory::CountOf(std::uint16_t tag) const noexcept
+{
+    const TiffValues values = ValuesOf(tag);
+    return values.bytes.empty() ? 0 : values.bytes.size() / ValueBytes(values.type);
+}
+
+std::optional<double> TiffDirectory::Fraction(std::uint16_t tag, std::size_t index) const noexcept
+{
+    const TiffValues values = ValuesOf(tag);
+    if (values.type != kFraction || index >= values.bytes.size() / ValueBytes(kFraction))
+    {
+        return std::nullopt;
+    }
+    const std::size_t place = static_cast<std::size_t>(values.bytes.data() - m_file.data()) +
+                              index * ValueBytes(kFraction);
+    const std::uint32_t denominator = NumberAt(place + 4, 4);
+    return denominator == 0 ? std::nullopt
+                            : std::optional(static_cast<double>(NumberAt(place, 4)) / denominator);
 }
 
 std::uint32_t TiffDirectory::BitsPerChannel() const noexcept

@@ -9,7 +9,7 @@
 struct SampleTag
 {
     std::uint32_t tag;
-    std::uint32_t type; // 2 text, 3 of 16 bits, 4 of 32 bits, 7 anything
+    std::uint32_t type; // 2 text, 3 of 16 bits, 4 of 32 bits, 5 fractions, 7 anything
     std::string bytes;  // in the order of the file
 };
 
@@ -34,7 +34,7 @@ inline std::string SampleTiff(const std::vector<SampleTag>& tags, bool bigEndian
     std::string entries;
     for (const SampleTag& tag : tags)
     {
-        const std::size_t unit = tag.type == 3 ? 2 : tag.type == 4 ? 4 : 1;
+        const std::size_t unit = tag.type == 3 ? 2 : tag.type == 4 ? 4 : tag.type == 5 ? 8 : 1;
         std::string field = tag.bytes;
         if (field.size() > 4)
         {
