@@ -16,7 +16,10 @@ INPUT and OUTPUT are
   a raw stream          clip.bgra or -, with --size; its pixels (FFmpeg's name in brackets):
                         bgra8 (bgra), bgra16 (bgra64le) or gbraf32 (gbrapf32le)
 Pictures are turned upright as their orientation says, and written without one. Of a file of
-several pages the first counts. CMYK, Lab and what else cannot be read right is refused.
+several pages the first counts. A picture made of a picture keeps its colour profile, its other
+colour statements (PNG's, and the colour space and gamma of EXIF) and its resolution; what the
+kind of OUTPUT cannot hold is named. Camera data, places and dates are not kept. CMYK, Lab and
+what else cannot be read right is refused.
 A look is a file that the renderer reads: FILE, FILE#ID for one correction out of a
 collection, or "CDL|LUT" for both. The renderer that comes with this program reads
   LUTs                  .cube, .3dl, .csp, .clf, .spi1d, .spi3d

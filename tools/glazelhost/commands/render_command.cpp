@@ -135,6 +135,10 @@ private:
         m_look.Render(frame, m_image, m_graded,
                       {m_source.Info().pixelAspect, m_rate, FrameTime(frame, m_rate)});
         m_sink.Write(m_graded);
+        for (const std::string& remark : m_sink.TakeRemarks())
+        {
+            m_reporter.Warn(remark);
+        }
         m_reporter.Advance(++m_written);
     }
 

@@ -162,6 +162,7 @@ void EffectSession::Render(const Image& input, Image& output, const FrameInforma
     output.height = input.height;
     output.type = input.type;
     output.hasAlpha = input.hasAlpha;
+    output.facts = input.facts;
     output.pixels.resize(input.pixels.size());
     TakePicture(m_output->Pixels(), output);
 }

@@ -3,8 +3,7 @@
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/pixel_convert.h"
 
-#include <cstddef>
-#include <vector>
+#include <utility>
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
@@ -40,7 +39,7 @@ void Collect(void* context, void* data, int size) noexcept
 
 } // namespace
 
-void WriteJpeg(const Image& image, int quality, ByteWriter& target, const std::string& name)
+std::vector<std::byte> JpegOf(const Image& image, int quality, const std::string& name)
 {
     const std::size_t rowBytes = static_cast<std::size_t>(image.width) * kRgb8.PixelBytes();
     std::vector<std::byte> rgb(rowBytes * static_cast<std::size_t>(image.height));
@@ -57,5 +56,5 @@ void WriteJpeg(const Image& image, int quality, ByteWriter& target, const std::s
         throw HostError(name, "it cannot be encoded: there is not enough memory",
                         "write a smaller picture");
     }
-    target.Write(collected.bytes.data(), collected.bytes.size());
+    return std::move(collected.bytes);
 }

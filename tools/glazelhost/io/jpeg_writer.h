@@ -2,11 +2,13 @@
 // a low one. Pure: no windows.h. Tests: tests/tools/glazelhost/io/picture_codec_test.cpp.
 #pragma once
 
-#include "tools/glazelhost/io/byte_stream.h"
 #include "tools/glazelhost/io/frame_io.h"
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
-// Baseline JPEG of 8 bits; `quality` is 1 to 100, above 90 with chroma of full resolution. Alpha is
-// left out. Throws HostError, which names `name`; errors of `target` pass through.
-void WriteJpeg(const Image& image, int quality, ByteWriter& target, const std::string& name);
+// A whole file: baseline JPEG of 8 bits, its first segment JFIF's; `quality` is 1 to 100, above 90
+// with chroma of full resolution. Alpha and facts are left out. Throws HostError, which names
+// `name`.
+std::vector<std::byte> JpegOf(const Image& image, int quality, const std::string& name);

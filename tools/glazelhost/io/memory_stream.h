@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 // Counted from one: `CComPtr<CMemoryStream> stream; stream.Attach(new CMemoryStream);`. One thread
@@ -22,6 +23,7 @@ public:
     CMemoryStream& operator=(const CMemoryStream&) = delete;
 
     const std::vector<std::byte>& Bytes() const noexcept { return m_bytes; }
+    std::vector<std::byte> TakeBytes() noexcept { return std::exchange(m_bytes, {}); }
 
     // IUnknown
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override;

@@ -3,9 +3,10 @@
 //
 // Pictures are PNG, JPEG, TIFF (8-bit, 16-bit, 16-bit and 32-bit float) and BMP; the first page
 // counts, and is turned upright as its orientation tag says. Its numbers are taken as they are:
-// gamma tags are ignored, and a colour profile only tells whether floats are linear light.
-// "shot_%04d.png" (%d or %0Nd, once, in the file name; %% is a per cent sign) is a sequence.
-// The caller has initialised COM on the calling thread, and calls one object from that thread only.
+// what the file says of its colours goes with the frame into a picture that is written, and a
+// colour profile tells whether floats are linear light. "shot_%04d.png" (%d or %0Nd, once, in the
+// file name; %% is a per cent sign) is a sequence. The caller has initialised COM on the calling
+// thread, and calls one object from that thread only.
 #pragma once
 
 #include "tools/glazelhost/io/frame_io.h"

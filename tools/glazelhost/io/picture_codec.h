@@ -15,6 +15,7 @@
 
 #include <wincodec.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,7 +41,8 @@ public:
     std::string Description() const;
     const Light& LightOfPixels() const noexcept { return m_light; }
 
-    // Throws HostError when the pixels are damaged or some are missing.
+    // With what the file says beside the pixels. Throws HostError when the pixels are damaged or
+    // some are missing.
     void Decode(Image& image, SampleType type);
 
 private:
@@ -51,6 +53,7 @@ private:
 
     std::string m_name;
     Light m_light;
+    std::shared_ptr<const PictureFacts> m_facts; // null: none
     CComPtr<IWICImagingFactory> m_factory;
     CComPtr<IWICBitmapFrameDecode> m_frame;
     CComPtr<IWICBitmapSource> m_source; // the frame, or a converter on it
@@ -72,6 +75,7 @@ struct PictureFormat
 };
 
 // Writes a whole file to `target`, which is not committed. Alpha is written where the image has it
-// and the kind can hold it (not JPEG). Throws HostError.
+// and the kind can hold it (not JPEG); of the image's facts, those that it can hold. Throws
+// HostError.
 void EncodePicture(const Image& image, const PictureFormat& format, ByteWriter& target,
                    const std::string& name);

@@ -105,6 +105,16 @@ bool BigEndianWordsAreSwapped(IWICImagingFactory& factory)
     return swapped;
 }
 
+std::shared_ptr<const PictureFacts> UprightFacts(PictureFacts facts, int orientation)
+{
+    if (facts.resolution && SwapsSides(orientation))
+    {
+        std::swap(facts.resolution->across, facts.resolution->down);
+    }
+    return facts == PictureFacts() ? nullptr
+                                   : std::make_shared<const PictureFacts>(std::move(facts));
+}
+
 } // namespace
 
 void PictureDecoder::Check(HRESULT result, const char* what) const
@@ -145,6 +155,7 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     FindLayout();
     FindWords(stream->Bytes());
     m_orientation = OrientationOf(stream->Bytes());
+    m_facts = UprightFacts(FactsOf(stream->Bytes()), m_orientation);
     m_light = LightOf(stream->Bytes(), m_layout.sample == FileSample::Float16 ||
                                            m_layout.sample == FileSample::Float32);
 }
@@ -266,4 +277,5 @@ void PictureDecoder::Decode(Image& image, SampleType type)
         }
     }
     MakeUpright(m_orientation, image);
+    image.facts = m_facts;
 }

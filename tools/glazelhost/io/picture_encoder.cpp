@@ -2,6 +2,7 @@
 
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/facts_writer.h"
 #include "tools/glazelhost/io/jpeg_writer.h"
 #include "tools/glazelhost/io/memory_stream.h"
 #include "tools/glazelhost/io/plain_pictures.h"
@@ -155,11 +156,6 @@ bool WordsAreSwapped()
 void EncodePicture(const Image& image, const PictureFormat& format, ByteWriter& target,
                    const std::string& name)
 {
-    if (format.kind == FileKind::Jpeg)
-    {
-        WriteJpeg(image, format.quality, target, name);
-        return;
-    }
     if (format.kind == FileKind::Tiff && format.bits == 32)
     {
         WriteFloatTiff(image, target, name, format.isLinear);
@@ -170,7 +166,20 @@ void EncodePicture(const Image& image, const PictureFormat& format, ByteWriter& 
         WriteAlphaBmp(image, target, name);
         return;
     }
-    const bool swapWords = format.kind == FileKind::Png && format.bits == 16 && WordsAreSwapped();
-    const auto stream = Encoder(name).Encode(image, format, swapWords);
-    target.Write(stream->Bytes().data(), stream->Bytes().size());
+    std::vector<std::byte> file;
+    if (format.kind == FileKind::Jpeg)
+    {
+        file = JpegOf(image, format.quality, name);
+    }
+    else
+    {
+        const bool swapWords =
+            format.kind == FileKind::Png && format.bits == 16 && WordsAreSwapped();
+        file = Encoder(name).Encode(image, format, swapWords)->TakeBytes();
+    }
+    if (image.facts)
+    {
+        file = WithFacts(format.kind, std::move(file), *image.facts, name);
+    }
+    target.Write(file.data(), file.size());
 }

@@ -1,6 +1,7 @@
 #include "tools/glazelhost/io/picture_frames.h"
 
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/facts_writer.h"
 #include "tools/glazelhost/io/file_stream.h"
 #include "tools/glazelhost/io/safe_output.h"
 #include "tools/glazelhost/io/sequence_files.h"
@@ -175,7 +176,9 @@ void PictureSink::Write(const Image& image)
     const std::string path = m_pattern ? m_pattern->PathOf(m_number) : m_options.path;
     ++m_number;
     std::unique_ptr<ByteWriter> file = OpenSafeOutput(path, m_options.overwrite);
-    EncodePicture(image, {m_kind, BitsFor(image.type), m_options.quality, m_isLinear}, *file, path);
+    EncodePicture(image, {m_kind, BitsFor(image.type), m_options.quality, m_isLinear}, *file,
+                  path);
+    Remark(image);
     m_anyFrame = true;
     if (m_pattern)
     {
@@ -184,6 +187,24 @@ void PictureSink::Write(const Image& image)
     else
     {
         m_single = std::move(file);
+    }
+}
+
+// The pictures of a sequence mostly lack the same: it is said of the first one.
+void PictureSink::Remark(const Image& image)
+{
+    std::vector<std::string> clauses =
+        image.facts ? LeftOut(m_kind, *image.facts) : std::vector<std::string>();
+    if (image.hasAlpha && m_kind == FileKind::Jpeg)
+    {
+        clauses.emplace_back("its transparency, which a JPEG does not hold");
+    }
+    for (const std::string& clause : clauses)
+    {
+        if (m_said.insert(clause).second)
+        {
+            m_remarks.push_back(m_options.path + ": left out of the picture is " + clause);
+        }
     }
 }
 

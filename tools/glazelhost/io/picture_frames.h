@@ -7,8 +7,12 @@
 #include "tools/glazelhost/io/picture_codec.h"
 #include "tools/glazelhost/io/sequence_pattern.h"
 
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 class PictureSource final : public FrameSource
 {
@@ -47,10 +51,12 @@ public:
 
     void Write(const Image& image) override;
     void Pass() override { ++m_number; }
+    std::vector<std::string> TakeRemarks() override { return std::exchange(m_remarks, {}); }
     void Finish() override;
 
 private:
     int BitsFor(SampleType type) const noexcept;
+    void Remark(const Image& image);
     void CheckNothingIsThere(const SequencePattern& pattern, const StreamInfo& info) const;
 
     SinkOptions m_options;
@@ -60,5 +66,7 @@ private:
     std::optional<SequencePattern> m_pattern; // none: a single picture
     std::int64_t m_number = 1;                // of the next picture
     bool m_anyFrame = false;
+    std::set<std::string> m_said; // what was left out of some picture
+    std::vector<std::string> m_remarks;
     std::unique_ptr<ByteWriter> m_single; // the single picture, written and not yet named
 };

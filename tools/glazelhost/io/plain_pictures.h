@@ -1,5 +1,6 @@
 // Uncompressed picture files that not every version of the system's codecs can write: TIFF of
-// 32-bit floats and BMP with alpha. The files are plain baseline ones that the codecs read.
+// 32-bit floats and BMP with alpha. The files are plain baseline ones that the codecs read; of what
+// the image's facts say they hold what their kind can.
 // Pure: no windows.h. Tests: tests/tools/glazelhost/io/plain_pictures_test.cpp.
 #pragma once
 
