@@ -26,6 +26,11 @@ collection, or "CDL|LUT" for both. The renderer that comes with this program rea
   ASC CDL corrections   .cc, .ccc, .cdl
   its own records       .look
 
+--dither takes blue noise, another for every frame and colour, where frames that are rendered in
+float become 8 bits (with --depth float, or of a picture with more than 8 bits): a slow gradient
+then shows no bands. What is exactly an 8-bit code stays it, alpha is rounded, and the same
+--seed gives the same frames again.
+
 --frames takes the frames of a numbered sequence by the numbers of their files (1001 is
 shot_1001.png), and those of a stream by their count from 1.
 

@@ -57,6 +57,26 @@ void CheckFrames(const RenderCommand& command, const StreamInfo& info)
     }
 }
 
+// Says it where --dither was given and there is no step from float to 8 bits.
+void TellOfDither(const RenderCommand& command, const FrameSink& sink, SampleType depth,
+                  Reporter& reporter)
+{
+    if (!command.sink.ditherSeed)
+    {
+        return;
+    }
+    if (depth == SampleType::Byte)
+    {
+        reporter.Warn("--dither: it changes nothing, as the frames are rendered in 8 bits; give "
+                      "--depth float");
+    }
+    else if (const int bits = sink.BitsPerChannel(depth); bits != 8)
+    {
+        reporter.Warn("--dither: it changes nothing, as the output has " + std::to_string(bits) +
+                      " bits a channel; give --bits 8");
+    }
+}
+
 // Takes the frames that are wanted from the source through the effect to the sink.
 class FrameLoop
 {
@@ -180,6 +200,7 @@ void RunRender(const RenderCommand& command, Reporter& reporter)
     reporter.Note(NameOf(command.source.path, "standard input") + ": " + info.description +
                   ", rendered in " + look.Manner());
     look.Tell(reporter);
+    TellOfDither(command, *sink, depth, reporter);
     FrameLoop frames(command, *source, *sink, look, depth, reporter);
     reporter.Begin(
         FramesToRender(command.frames.value_or(FrameList()), info, command.expectedFrames));

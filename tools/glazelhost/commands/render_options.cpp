@@ -75,6 +75,11 @@ void AddRenderFormats(CLI::App& command, RenderCommand& render, RenderWords& wor
     command.add_option("--quality", render.sink.quality, "quality of output JPEGs (default: 95)")
         ->check(Undescribed(CLI::Range(1, 100)))
         ->type_name("1-100");
+    command.add_flag("--dither", words.dither,
+                     "noise in place of bands where floats become 8 bits");
+    command.add_option("--seed", words.seed, "which noise --dither takes (default: 0)")
+        ->check(Undescribed(CLI::Range(std::int64_t{0}, std::int64_t{0xFFFFFFFF})))
+        ->type_name("N");
 }
 
 void AddRenderStreams(CLI::App& command, RenderWords& words)
@@ -188,6 +193,14 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
     if (words.bits != 0)
     {
         render.sink.bits = words.bits;
+    }
+    if (words.seed >= 0 && !words.dither)
+    {
+        ThrowUsage("--seed", "it is of use with --dither alone");
+    }
+    if (words.dither)
+    {
+        render.sink.ditherSeed = static_cast<std::uint32_t>(std::max(words.seed, std::int64_t{0}));
     }
     if (words.expected > 0)
     {

@@ -31,6 +31,8 @@ struct RenderWords
     std::string progress = "auto";
     LookWords look;
     bool quiet = false;
+    bool dither = false;
+    std::int64_t seed = -1;
     int bits = 0;
     std::int64_t firstNumber = -1;
     std::int64_t expected = 0;

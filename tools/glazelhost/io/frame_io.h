@@ -31,7 +31,7 @@ struct Image
     SampleType type = SampleType::Byte;
     bool hasAlpha = false; // false: every alpha is opaque and files are written without one
     std::vector<std::byte> pixels;
-    std::shared_ptr<const PictureFacts> facts; // null: nothing is said beside the pixels
+    std::shared_ptr<const PictureFacts> facts = nullptr; // nothing is said beside the pixels
 
     std::size_t PixelBytes() const noexcept { return type == SampleType::Byte ? 4U : 16U; }
     std::size_t RowBytes() const noexcept { return static_cast<std::size_t>(width) * PixelBytes(); }
@@ -95,6 +95,8 @@ public:
     // Leaves one frame out: a numbered sequence keeps its number free, so that the pictures that
     // follow keep the numbers of their sources; a stream is one frame shorter.
     virtual void Pass() {}
+    // How many bits a channel of the output has where it gets images of this type.
+    virtual int BitsPerChannel(SampleType) const noexcept { return 8; }
     // What the last frames had and the output does not hold, as lines for the user; each once.
     virtual std::vector<std::string> TakeRemarks() { return {}; }
     // Gives the output its final name. Nothing stands under that name before. (Each picture of a

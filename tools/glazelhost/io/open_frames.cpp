@@ -1,6 +1,7 @@
 #include "tools/glazelhost/io/open_frames.h"
 
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/dither.h"
 #include "tools/glazelhost/io/file_kind.h"
 #include "tools/glazelhost/io/file_stream.h"
 #include "tools/glazelhost/io/picture_frames.h"
@@ -154,6 +155,33 @@ FileKind KindOfSink(const SinkOptions& options)
     return *kind;
 }
 
+std::unique_ptr<FrameSink> OpenPlainSink(const SinkOptions& options, const StreamInfo& info)
+{
+    const FileKind kind = KindOfSink(options);
+    const StreamFormat format = options.format.value_or(FormatOf(kind));
+    CheckSinkOptions(options, kind);
+    if (options.path == kStandardStream)
+    {
+        return StreamSink(format, OpenStandardOutput(), "standard output", options, info);
+    }
+    const auto pattern = SequencePattern::Parse(options.path);
+    if (!IsPicture(kind))
+    {
+        if (pattern)
+        {
+            RefuseUse(options.path, "a stream is one file, not a sequence",
+                      "name one file, or pictures like out_%04d.png");
+        }
+        return StreamSink(format, OpenSafeOutput(options.path, options.overwrite), options.path,
+                          options, info);
+    }
+    if (pattern)
+    {
+        return std::make_unique<PictureSink>(options, info, kind, *pattern);
+    }
+    return std::make_unique<PictureSink>(options, info, kind);
+}
+
 } // namespace
 
 std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
@@ -188,27 +216,10 @@ std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
 
 std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info)
 {
-    const FileKind kind = KindOfSink(options);
-    const StreamFormat format = options.format.value_or(FormatOf(kind));
-    CheckSinkOptions(options, kind);
-    if (options.path == kStandardStream)
+    std::unique_ptr<FrameSink> sink = OpenPlainSink(options, info);
+    if (options.ditherSeed && sink->BitsPerChannel(SampleType::Float) == 8)
     {
-        return StreamSink(format, OpenStandardOutput(), "standard output", options, info);
+        return std::make_unique<DitheredSink>(std::move(sink), *options.ditherSeed);
     }
-    const auto pattern = SequencePattern::Parse(options.path);
-    if (!IsPicture(kind))
-    {
-        if (pattern)
-        {
-            RefuseUse(options.path, "a stream is one file, not a sequence",
-                      "name one file, or pictures like out_%04d.png");
-        }
-        return StreamSink(format, OpenSafeOutput(options.path, options.overwrite), options.path,
-                          options, info);
-    }
-    if (pattern)
-    {
-        return std::make_unique<PictureSink>(options, info, kind, *pattern);
-    }
-    return std::make_unique<PictureSink>(options, info, kind);
+    return sink;
 }

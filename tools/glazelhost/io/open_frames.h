@@ -43,6 +43,7 @@ struct SinkOptions
     // for a Byte image; for a Float image PNG 16, TIFF 16 when the source had 16, else 32.
     std::optional<int> bits;
     int quality = 95;                        // JPEG, 1 to 100
+    std::optional<std::uint32_t> ditherSeed; // of floats that become 8 bits; none: no dither
     std::optional<ChromaSampling> sampling;  // Y4M; none: the source's, else 4:2:0 (420jpeg)
     std::optional<YCbCrRange> range;         // Y4M; none: the source's, else limited
     std::optional<YCbCrMatrix> matrix;       // Y4M; none: the source's, else DefaultMatrix

@@ -40,7 +40,7 @@ void SetResolutionByMetre(PictureFacts& facts, std::uint32_t across, std::uint32
     };
     if (across % 100 == 0 && down % 100 == 0 && !(isOfInch(across) && isOfInch(down)))
     {
-        SetResolution(facts, across / 100, down / 100, LengthUnit::Centimetre);
+        SetResolution(facts, across / 100.0, down / 100.0, LengthUnit::Centimetre);
     }
     else if (isOfInch(across) && isOfInch(down))
     {

@@ -153,7 +153,7 @@ void PictureSink::CheckNothingIsThere(const SequencePattern& pattern, const Stre
     }
 }
 
-int PictureSink::BitsFor(SampleType type) const noexcept
+int PictureSink::BitsPerChannel(SampleType type) const noexcept
 {
     if (m_options.bits)
     {
@@ -176,7 +176,7 @@ void PictureSink::Write(const Image& image)
     const std::string path = m_pattern ? m_pattern->PathOf(m_number) : m_options.path;
     ++m_number;
     std::unique_ptr<ByteWriter> file = OpenSafeOutput(path, m_options.overwrite);
-    EncodePicture(image, {m_kind, BitsFor(image.type), m_options.quality, m_isLinear}, *file,
+    EncodePicture(image, {m_kind, BitsPerChannel(image.type), m_options.quality, m_isLinear}, *file,
                   path);
     Remark(image);
     m_anyFrame = true;

@@ -51,11 +51,11 @@ public:
 
     void Write(const Image& image) override;
     void Pass() override { ++m_number; }
+    int BitsPerChannel(SampleType type) const noexcept override;
     std::vector<std::string> TakeRemarks() override { return std::exchange(m_remarks, {}); }
     void Finish() override;
 
 private:
-    int BitsFor(SampleType type) const noexcept;
     void Remark(const Image& image);
     void CheckNothingIsThere(const SequencePattern& pattern, const StreamInfo& info) const;
 

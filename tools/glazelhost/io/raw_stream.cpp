@@ -209,3 +209,8 @@ void RawSink::Finish()
     CheckNotEmpty(m_name, m_width != 0);
     m_stream->Commit();
 }
+
+int RawSink::BitsPerChannel(SampleType) const noexcept
+{
+    return LayoutOf(m_format).BitsPerChannel();
+}

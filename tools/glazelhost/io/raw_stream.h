@@ -48,6 +48,7 @@ public:
     // integers.
     void Write(const Image& image) override;
     void Finish() override;
+    int BitsPerChannel(SampleType) const noexcept override;
 
 private:
     std::unique_ptr<ByteWriter> m_stream;

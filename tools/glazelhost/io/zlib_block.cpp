@@ -26,14 +26,13 @@ std::optional<std::vector<std::byte>> Unpacked(std::span<const std::byte> block)
     // Room that does not suffice and a damaged block look alike.
     for (std::size_t room = kFirstTry; room <= kMost; room *= 16)
     {
-        std::vector<std::byte> bytes(room);
+        const auto bytes = std::make_unique_for_overwrite<std::byte[]>(room);
         const int count = stbi_zlib_decode_buffer(
-            reinterpret_cast<char*>(bytes.data()), static_cast<int>(room),
+            reinterpret_cast<char*>(bytes.get()), static_cast<int>(room),
             reinterpret_cast<const char*>(block.data()), static_cast<int>(block.size()));
         if (count >= 0)
         {
-            bytes.resize(static_cast<std::size_t>(count));
-            return bytes;
+            return std::vector<std::byte>(bytes.get(), bytes.get() + count);
         }
     }
     return std::nullopt;

@@ -51,6 +51,8 @@ TEST(CommandLine, AShortRenderLeavesEveryChoiceOpen)
     EXPECT_EQ(render.source.format, std::nullopt);
     EXPECT_EQ(render.sink.bits, std::nullopt);
     EXPECT_EQ(render.sink.quality, 95);
+    EXPECT_EQ(render.sink.ditherSeed, std::nullopt);
+    EXPECT_EQ(Render({"--dither"}).sink.ditherSeed, 0U);
     EXPECT_EQ(render.source.framesPerSecond, 0.0);
     EXPECT_FALSE(render.sink.overwrite);
     EXPECT_FALSE(render.skipBadFrames);
@@ -80,7 +82,8 @@ TEST(CommandLine, EveryRenderOptionReachesItsPlace)
                                          "72",          "--input-format",
                                          "bgra16",      "--output-format",
                                          "gbraf32",     "--input-light",
-                                         "linear"});
+                                         "linear",      "--dither",
+                                         "--seed",      "7"});
     EXPECT_EQ(render.depth, SampleType::Float);
     EXPECT_EQ(render.linear, false);
     EXPECT_EQ(render.source.framesPerSecond, 23.976);
@@ -98,6 +101,7 @@ TEST(CommandLine, EveryRenderOptionReachesItsPlace)
     EXPECT_EQ(render.sink.sampling, ChromaSampling::Half422);
     EXPECT_EQ(render.sink.bits, 16);
     EXPECT_EQ(render.sink.quality, 80);
+    EXPECT_EQ(render.sink.ditherSeed, 7U);
     EXPECT_TRUE(render.skipBadFrames);
     EXPECT_TRUE(render.unclamped);
     EXPECT_EQ(render.progress, ProgressChoice::Json);
@@ -203,6 +207,9 @@ TEST(CommandLine, ValuesThatMakeNoSenseAreQuoted)
     EXPECT_NE(RenderErrorOf({"--bits", "12"}), "");
     EXPECT_NE(RenderErrorOf({"--quality", "0"}), "");
     EXPECT_NE(RenderErrorOf({"--quality", "101"}), "");
+    EXPECT_NE(RenderErrorOf({"--seed", "3"}), "") << "without --dither";
+    EXPECT_NE(RenderErrorOf({"--dither", "--seed", "-1"}), "");
+    EXPECT_NE(RenderErrorOf({"--dither", "--seed", "4294967296"}), "");
     EXPECT_NE(RenderErrorOf({"--frames", "5-1"}), "");
     EXPECT_NE(RenderErrorOf({"--linear", "maybe"}).find("maybe"), std::string::npos);
     EXPECT_THROW(ParseCommandLine({"look", "a.cube", "b.look", "--linear", "auto"}), HostError)
