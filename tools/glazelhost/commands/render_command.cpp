@@ -154,6 +154,10 @@ private:
     {
         m_look.Render(frame, m_image, m_graded,
                       {m_source.Info().pixelAspect, m_rate, FrameTime(frame, m_rate)});
+        if (m_written == 0)
+        {
+            m_reporter.Size(m_graded.width, m_graded.height);
+        }
         m_sink.Write(m_graded);
         for (const std::string& remark : m_sink.TakeRemarks())
         {

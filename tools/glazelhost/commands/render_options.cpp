@@ -82,7 +82,7 @@ void AddRenderFormats(CLI::App& command, RenderCommand& render, RenderWords& wor
         ->type_name("N");
 }
 
-void AddRenderStreams(CLI::App& command, RenderWords& words)
+void AddRenderStreams(CLI::App& command, RenderCommand& render, RenderWords& words)
 {
     constexpr char kStreams[] = "Streams";
     command.add_option("--size", words.size, "size of raw input")
@@ -97,6 +97,10 @@ void AddRenderStreams(CLI::App& command, RenderWords& words)
     command.add_option("--input-format", words.inputFormat, "what standard input holds")
         ->check(OneOf(formats))
         ->type_name(formatNames)
+        ->group(kStreams);
+    command
+        .add_flag("--opaque", render.source.isOpaque,
+                  "raw input has no alpha, and pictures are written without it")
         ->group(kStreams);
     command
         .add_option("--input-light", words.inputLight,
@@ -141,7 +145,7 @@ void AddRenderOptions(CLI::App& command, RenderCommand& render, RenderWords& wor
     AddUnclamped(command, render.unclamped);
     AddRenderLook(command, render, words.look);
     AddRenderFormats(command, render, words);
-    AddRenderStreams(command, words);
+    AddRenderStreams(command, render, words);
     AddRenderProgress(command, words);
     AddToolOptions(command, render.tools, true);
 }

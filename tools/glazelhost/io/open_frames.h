@@ -29,6 +29,7 @@ struct SourceOptions
     double framesPerSecond = 0.0;            // > 0 replaces what the stream says
     double pixelAspect = 0.0;                // > 0 replaces what the stream says
     bool isLinearLight = false;              // the numbers of a raw stream
+    bool isOpaque = false;                   // a raw stream whose alpha means nothing
     std::optional<YCbCrRange> range;         // Y4M; none: what the header says, else limited
     std::optional<YCbCrMatrix> matrix;       // Y4M; none: DefaultMatrix of the size
     std::optional<std::int64_t> firstNumber; // of a sequence; none: the lowest that exists

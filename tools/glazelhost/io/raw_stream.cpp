@@ -99,7 +99,8 @@ void Encode(StreamFormat format, const Image& image, std::byte* frame)
 
 RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name, StreamFormat format,
                      const SourceOptions& options)
-    : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format)
+    : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format),
+      m_isOpaque(options.isOpaque)
 {
     if (options.width == 0 && options.height == 0)
     {
@@ -151,7 +152,7 @@ bool RawSource::Read(Image& image, SampleType type)
         return false;
     }
     ++m_frame;
-    Reshape(image, m_info.width, m_info.height, type, true);
+    Reshape(image, m_info.width, m_info.height, type, !m_isOpaque);
     const bool isSame = IsSame(m_format, type);
     m_bytes.resize(isSame ? 0 : m_frameBytes);
     if (!CheckWhole(

@@ -33,6 +33,7 @@ private:
     std::unique_ptr<ByteReader> m_stream; // null after the end
     std::string m_name;
     StreamFormat m_format;
+    bool m_isOpaque;
     StreamInfo m_info;
     std::size_t m_frameBytes = 0;
     std::vector<std::byte> m_bytes; // a frame as the stream has it, unless an Image has it so, too

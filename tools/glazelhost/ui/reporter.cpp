@@ -90,6 +90,14 @@ void Reporter::Begin(std::optional<std::int64_t> total)
     m_lastShown = m_begin;
 }
 
+void Reporter::Size(int width, int height)
+{
+    if (m_style == ReportStyle::Json)
+    {
+        m_outlets.write(Dump({{"event", "size"}, {"width", width}, {"height", height}}) + "\n");
+    }
+}
+
 void Reporter::Advance(std::int64_t done)
 {
     m_done = done;

@@ -40,6 +40,9 @@ public:
 
     // Frames begin. The speed counts from here.
     void Begin(std::optional<std::int64_t> total);
+    // The size of the first picture, which what reads raw frames behind a pipe has to know. Only
+    // programs are told.
+    void Size(int width, int height);
     // So many frames are done. Shown when the last showing is long enough ago.
     void Advance(std::int64_t done);
     // All frames are done and `output` has its name.

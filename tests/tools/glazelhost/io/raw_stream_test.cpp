@@ -57,6 +57,17 @@ TEST(RawStream, BytesAreTakenAsTheyAreInPiecesOfAnySize)
     }
 }
 
+TEST(RawStream, AnOpaqueStreamGivesPicturesWithoutAlpha)
+{
+    const Image image = RandomImage(5, 3, SampleType::Byte, true, 1);
+    SourceOptions options = Sized(5, 3);
+    options.isOpaque = true;
+    RawSource source(ReaderOf(Content(image)), "in.raw", StreamFormat::Bgra8, options);
+    Image read;
+    ASSERT_TRUE(source.Read(read, SampleType::Byte));
+    EXPECT_FALSE(read.hasAlpha);
+}
+
 TEST(RawStream, FloatsAreTheBytesDividedBy255AndComeBackTheSame)
 {
     const Image image = RandomImage(16, 16, SampleType::Byte, true, 2);

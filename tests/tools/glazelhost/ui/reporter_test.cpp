@@ -49,6 +49,18 @@ TEST(Reporter, PlainLinesComeAtIntervals)
                             "glazelhost: 80 of 100 frames (80%), 8.0 frames/s, 0:03 left\n");
 }
 
+TEST(Reporter, ProgramsAreToldTheSizeBeforeTheFirstFrame)
+{
+    Desk json(ReportStyle::Json);
+    json.reporter.Size(1920, 1080);
+    ASSERT_EQ(Lines(json.written).size(), 1u);
+    EXPECT_EQ(Lines(json.written)[0],
+              (nlohmann::json{{"event", "size"}, {"width", 1920}, {"height", 1080}}));
+    Desk plain(ReportStyle::Plain);
+    plain.reporter.Size(1920, 1080);
+    EXPECT_EQ(plain.written, "");
+}
+
 TEST(Reporter, TheEndSaysHowManyFramesAndHowFast)
 {
     Desk desk(ReportStyle::Plain);
