@@ -1,24 +1,41 @@
 #!/usr/bin/env bash
-# Installs every package that building, testing and rendering need (Debian 12 or a newer Ubuntu).
+# Installs every package that building, testing and rendering need (Debian 12 or a newer Ubuntu),
+# with --render only what building the programs for rendering, and rendering, need.
 # This is the one list; every other script calls this one. Does nothing when all are there.
 set -euo pipefail
 
 packages=(
   # cross toolchain and build
-  g++-mingw-w64-x86-64-win32 binutils-mingw-w64-x86-64 cmake ninja-build git
+  g++-mingw-w64-x86-64-win32 binutils-mingw-w64-x86-64 cmake ninja-build
+  # headers used by the host program and the reference renderer
+  libcli11-dev nlohmann-json3-dev libstb-dev librapidxml-dev
+  # running Windows programs; compiling the type library
+  wine wine64 libwine-dev wine64-tools
+  # video in and out
+  ffmpeg python3
+)
+test_packages=(
+  git
   # native tests of the pure logic; clang as a second compiler, formatter and linter
   g++ clang clang-format clang-tidy libclang-rt-dev
-  # headers used by the host program, the reference renderer and the tests
-  libcli11-dev nlohmann-json3-dev libstb-dev librapidxml-dev googletest
-  # running Windows programs, with windows
-  wine wine64 libwine-dev wine64-tools xvfb xauth
-  # video in and out, and end-to-end tests that compare pictures
-  ffmpeg python3 python3-numpy python3-pytest python3-pytest-rerunfailures
+  googletest
+  # windows without a screen
+  xvfb xauth
+  # end-to-end tests that compare pictures; checks of the Python code
+  python3-numpy python3-pytest python3-pytest-rerunfailures black pyflakes3 mypy
   # an independent reader of compound documents
   python3-olefile
   # the installer
   nsis
 )
+case ${1:-} in
+  --render) ;;
+  '') packages+=("${test_packages[@]}") ;;
+  *)
+    echo "setup: $1: there is no such option; give --render or nothing" >&2
+    exit 2
+    ;;
+esac
 
 installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}\n' "${packages[@]}" 2>/dev/null || true)
 missing=()
