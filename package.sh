@@ -11,7 +11,7 @@ trap 'rm -f "$log"' EXIT
 echo "package: building" >&2
 mkdir -p build
 build() (
-  flock 9 # shared with render.sh, which may build at the same time
+  flock 9 # shared with ./glazel, which may build at the same time
   { [ -e "$build/build.ninja" ] || cmake --preset release -B "$build"; } &&
     cmake --build "$build" --target GlazelDX_x64 GZ3Renderer_x64 glazelhost
 ) 9>build/render.lock

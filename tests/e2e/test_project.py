@@ -178,13 +178,13 @@ def test_a_render_that_cannot_begin_keeps_no_project(tmp_path):
     assert sorted(path.name for path in tmp_path.iterdir()) == ["in.png", "out.png"]
 
 
-def test_the_script_animates_a_video_and_keeps_the_project(tmp_path):
+def test_the_front_door_animates_a_video_and_keeps_the_project(tmp_path):
     ffmpeg("-f", "lavfi", "-i", "testsrc2=size=64x48:rate=24", "-frames:v", 12, tmp_path / "a.mp4")
-    succeed(run([ROOT / "render.sh", "a.mp4", "b.y4m", "--key", f"0={WARM}", "--key",
+    succeed(run([ROOT / "glazel", "render", "a.mp4", "b.y4m", "--key", f"0={WARM}", "--key",
                  f"00:00:00.250={COOL}", "--ease", "smooth", "--save-project", "a.glz"],
                 cwd=tmp_path))
-    succeed(run([ROOT / "render.sh", "a.mp4", "c.y4m", "--project", "a.glz"], cwd=tmp_path))
-    succeed(run([ROOT / "render.sh", "a.mp4", "cool.y4m", "--look", COOL], cwd=tmp_path))
+    succeed(run([ROOT / "glazel", "render", "a.mp4", "c.y4m", "--project", "a.glz"], cwd=tmp_path))
+    succeed(run([ROOT / "glazel", "render", "a.mp4", "cool.y4m", "--look", COOL], cwd=tmp_path))
     frames = [y4m_frames((tmp_path / name).read_bytes())[1]
               for name in ("b.y4m", "c.y4m", "cool.y4m")]
     assert len(frames[0]) == 12

@@ -1,0 +1,120 @@
+"""./glazel render, broken off in every way: nothing half is left, and what was there stays."""
+
+import os
+import pathlib
+import resource
+import signal
+import subprocess
+import time
+
+import pytest
+
+from conftest import DEADLINE, ROOT, WARM, environment, ffmpeg
+
+STAGES = {"decoder": 0, "host": 1, "encoder": 2}
+SOON = 5.0  # seconds; one on a machine that does nothing else
+
+
+@pytest.fixture(scope="module")
+def clip(tmp_path_factory):
+    path = tmp_path_factory.mktemp("clip") / "clip.mkv"
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=640x360:rate=25", "-t", 40, "-c:v", "libx264",
+           "-preset", "ultrafast", path)
+    return path
+
+
+def wait_until(condition):
+    deadline = time.monotonic() + DEADLINE
+    while not condition():
+        assert time.monotonic() < deadline, "it did not happen in time"
+        time.sleep(0.02)
+
+
+def children(pid):
+    """Of the process, in the order of their starts."""
+    return [int(word) for task in pathlib.Path(f"/proc/{pid}/task").iterdir()
+            for word in (task / "children").read_text().split()]
+
+
+def begun(clip, folder, *options, limit=None):
+    """A render to out.mkv of which something has been written already."""
+    def limited():
+        if limit:
+            resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+    process = subprocess.Popen(
+        [ROOT / "glazel", "render", clip, folder / "out.mkv", "--look", WARM, *options,
+         "--codec", "ffv1"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+        stderr=subprocess.PIPE, env=environment(), preexec_fn=limited)
+    wait_until(lambda: process.poll() is not None or any(
+        path.stat().st_size > 100_000 for path in folder.glob(".glazel-*")))
+    return process
+
+
+def end(process):
+    """Exit code, lines of standard error, and seconds that it took."""
+    started = time.monotonic()
+    said = process.communicate(timeout=DEADLINE)[1].decode().splitlines()
+    return process.returncode, said, time.monotonic() - started
+
+
+def alive(pids):
+    return [pid for pid in pids if pathlib.Path(f"/proc/{pid}/stat").exists() and
+            pathlib.Path(f"/proc/{pid}/stat").read_text().split()[2] != "Z"]
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT])
+def test_a_signal_ends_everything_at_once(number, clip, tmp_path):
+    (tmp_path / "out.mkv").write_text("mine")
+    process = begun(clip, tmp_path, "--overwrite")
+    pids = children(process.pid)
+    assert len(pids) == 3
+    process.send_signal(number)
+    code, said, seconds = end(process)
+    assert code == 128 + number and seconds < SOON, said
+    assert not alive(pids)
+    assert os.listdir(tmp_path) == ["out.mkv"]
+    assert (tmp_path / "out.mkv").read_text() == "mine"
+
+
+@pytest.mark.parametrize("stage", STAGES)
+@pytest.mark.parametrize("number", [signal.SIGKILL, signal.SIGTERM])
+def test_a_stage_that_is_killed_is_never_taken_for_the_end(stage, number, clip, tmp_path):
+    if (stage, number) == ("host", signal.SIGTERM):
+        pytest.skip("Wine's own business: some of its versions ignore it")
+    (tmp_path / "out.mkv").write_text("mine")
+    process = begun(clip, tmp_path, "--overwrite")
+    pids = children(process.pid)
+    os.kill(pids[STAGES[stage]], number)
+    code, said, seconds = end(process)
+    assert code == 1 and seconds < SOON, said
+    assert not alive(pids)
+    assert os.listdir(tmp_path) == ["out.mkv"]
+    assert (tmp_path / "out.mkv").read_text() == "mine"
+
+
+def test_a_file_that_cannot_grow_is_an_error(clip, tmp_path):
+    code, said, _ = end(begun(clip, tmp_path, limit=1 << 20))
+    assert code == 1 and "out.mkv" in said[-1], said
+    assert not os.listdir(tmp_path)
+
+
+def test_a_file_that_appears_meanwhile_is_not_replaced(tmp_path):
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=320x180:rate=25", "-t", 4, tmp_path / "in.mkv")
+    process = begun(tmp_path / "in.mkv", tmp_path)
+    (tmp_path / "out.mkv").write_text("theirs")
+    code, said, _ = end(process)
+    assert code == 1 and "exists already" in said[-1]
+    assert (tmp_path / "out.mkv").read_text() == "theirs"
+    assert sorted(os.listdir(tmp_path)) == ["in.mkv", "out.mkv"]
+
+
+def test_the_next_render_cleans_up_after_one_that_was_killed_outright(clip, tmp_path):
+    process = begun(clip, tmp_path)
+    pids = children(process.pid)
+    process.kill()
+    assert end(process)[0] == -signal.SIGKILL
+    wait_until(lambda: not alive(pids))
+    assert len(os.listdir(tmp_path)) == 1
+    other = begun(clip, tmp_path, "--frames", "1-3")  # a running render's own file stays
+    assert end(other)[0] == 0
+    assert os.listdir(tmp_path) == ["out.mkv"]

@@ -1,0 +1,1 @@
+"""The front door of Glazel DX."""

@@ -1,0 +1,70 @@
+"""python3 -m glazel COMMAND ...: the front door."""
+
+from __future__ import annotations
+
+import os
+import signal
+import subprocess
+import sys
+from types import FrameType
+
+if sys.version_info < (3, 11):
+    sys.exit("glazel: this Python is older than 3.11; install a newer one")
+
+from . import command_line, prepare, system
+from .failure import DONE, Failure, Interrupted, WRONG_USAGE
+from .render import render
+from .report import Report
+
+
+def _interrupt(number: int, _frame: FrameType | None) -> None:
+    for name in (signal.SIGINT, signal.SIGTERM):
+        signal.signal(name, signal.SIG_IGN)  # one is enough: cleaning up takes a moment
+    raise Interrupted(number)
+
+
+def main(words: list[str]) -> int:
+    if not words or words[0] in ("--help", "-h", "help"):
+        print(command_line.main_help(), end="", file=sys.stdout if words else sys.stderr)
+        return DONE if words else WRONG_USAGE
+    report = Report("plain")
+    try:
+        options, unknown = command_line.parse(words[0], words[1:])
+        if words[0] == "render":
+            report = Report("none" if options.quiet else options.progress or "auto")
+        command_line.check_files(words[0], options)
+        if words[0] == "render":
+            for name in (signal.SIGINT, signal.SIGTERM):
+                signal.signal(name, _interrupt)
+            job, raw = command_line.render_job(options)
+            others = {f"--{n.replace('_', '-')}": getattr(options, n) for n in _PROJECTS}
+            render(job, report, {n: path for n, path in others.items() if path}, raw)
+            return DONE
+        if words[0] == "install":
+            prepare.install(options.prefix)
+            return DONE
+        return _pass_on(words)
+    except (Failure, Interrupted) as error:
+        report.fail(str(error))
+        return error.code
+    except BrokenPipeError:
+        return 1
+
+
+_PROJECTS = ("project", "save_project")
+
+
+def _pass_on(words: list[str]) -> int:
+    """The host program does it."""
+    if words[0] == "page" and not system.WINDOWS and not os.environ.get("DISPLAY"):
+        why = "there is no display for its window (DISPLAY is not set)"
+        raise Failure("page", why, "run it on a desktop, or under xvfb-run")
+    prepare.programs()
+    command = [*system.host_command(), *words]
+    if system.WINDOWS:
+        return subprocess.run(command, check=False).returncode
+    os.execvpe(command[0], command, system.host_environment())
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))

@@ -1,0 +1,280 @@
+"""Filters between a video's samples and the raw frames of the host program. Everything about the
+colours is said at both ends, because what is left out is guessed differently by different filters.
+"""
+
+from __future__ import annotations
+
+from dataclasses import dataclass, replace
+
+from .formats import PLANAR
+from .probe import Colour, Media, PixelFormat
+
+_EXACT = "accurate_rnd+full_chroma_int+full_chroma_inp"
+_HD_WIDTH, _HD_HEIGHT = 1280, 576  # larger pictures of which nobody says it have the matrix of HD
+_MATRICES = {
+    "bt709": "709",
+    "smpte170m": "170m",
+    "bt470bg": "470bg",
+    "smpte240m": "smpte2400m",
+    "fcc": "fcc",
+    "bt2020nc": "2020_ncl",
+    "bt2020c": "2020_cl",
+    "ycgco": "ycgco",
+    "chroma-derived-nc": "chroma-derived-nc",
+    "chroma-derived-c": "chroma-derived-c",
+    "ictcp": "ictcp",
+}
+_TRANSFERS = {
+    "bt709": "709",
+    "gamma22": "bt470m",
+    "gamma28": "bt470bg",
+    "smpte170m": "601",
+    "linear": "linear",
+    "log100": "log100",
+    "log316": "log316",
+    "iec61966-2-4": "iec61966-2-4",
+    "iec61966-2-1": "iec61966-2-1",
+    "bt2020-10": "2020_10",
+    "bt2020-12": "2020_12",
+    "smpte2084": "smpte2084",
+    "arib-std-b67": "arib-std-b67",
+}
+_PRIMARIES = {
+    "bt709": "709",
+    "bt470m": "bt470m",
+    "bt470bg": "bt470bg",
+    "smpte170m": "170m",
+    "smpte240m": "240m",
+    "film": "film",
+    "bt2020": "2020",
+    "smpte428": "smpte428",
+    "smpte431": "smpte431",
+    "smpte432": "smpte432",
+}
+# The numbers work where the options of ffmpeg do not know a name.
+TRANSFER_NUMBERS = {"gamma22": "4", "gamma28": "5"}
+
+
+@dataclass(frozen=True)
+class Raw:
+    """What goes through a pipe: the host's name, ffmpeg's, and ffmpeg's for planes of it."""
+
+    name: str
+    pixels: str
+    planes: str
+
+
+BGRA8 = Raw("bgra8", "bgra", "gbrap")
+BGRA16 = Raw("bgra16", "bgra64le", "gbrap16le")
+FLOATS = Raw("gbraf32", "gbrapf32le", "gbrapf32le")
+RAWS = {raw.name: raw for raw in (BGRA8, BGRA16, FLOATS)}
+
+
+def raw_for(number: PixelFormat, depth: str | None) -> Raw:
+    """8 bits go as they are. Of what is deeper, codes of YCbCr go as floats, since a third of them
+    stand for colours outside RGB, which whole numbers would cut; RGB loses nothing in 16 bits, and
+    alpha keeps its scale only there."""
+    if depth == "8" or (depth is None and number.depth <= 8):
+        return BGRA8
+    if number.is_float or (not number.rgb and not number.gray and not number.alpha):
+        return FLOATS
+    return BGRA16
+
+
+def understood(media: Media, matrix: str | None, full_range: bool | None) -> Colour:
+    """The colours with what nobody says filled in."""
+    colour = media.colour
+    if media.format.rgb:
+        return colour
+    if full_range is not None:
+        colour = replace(colour, full_range=full_range)
+    guess = "bt709" if media.width >= _HD_WIDTH or media.height > _HD_HEIGHT else "smpte170m"
+    known = colour.matrix if colour.matrix in _MATRICES else ""
+    return replace(colour, matrix=matrix or known or guess)
+
+
+def output_colour(media: Media, read: Colour, target: PixelFormat) -> Colour:
+    """Of the encoded picture: the input's where it has any."""
+    if target.rgb:
+        return replace(read, matrix="", full_range=True, place="")
+    full = read.full_range and not media.format.rgb
+    colour = replace(read, full_range=full or target.name.startswith("yuvj"))
+    if media.format.rgb:
+        transfer = "linear" if media.linear else "iec61966-2-1"
+        colour = Colour("bt709", False, read.primaries or "bt709", read.transfer or transfer)
+    has_place = bool(target.sub_w or target.sub_h)
+    return replace(colour, place=colour.place if has_place else "")
+
+
+def _zscale(matrix_in: str, full_in: bool, matrix: str, full: bool, place: str, more: str) -> str:
+    words = {
+        "min": matrix_in,
+        "rin": "full" if full_in else "limited",
+        "m": matrix,
+        "r": "full" if full else "limited",
+        "filter": "spline36",
+    }
+    if place:
+        words[place.split("=")[0]] = place.split("=")[1]
+    return "zscale=" + ":".join(f"{key}={value}" for key, value in words.items()) + more
+
+
+def _tags(colour: Colour) -> str:
+    """Matrices of constant luminance are worked out with these; equal on both sides they convert
+    nothing."""
+    transfer, primaries = _TRANSFERS.get(colour.transfer), _PRIMARIES.get(colour.primaries)
+    if not transfer or not primaries:
+        return ""
+    return f":tin={transfer}:t={transfer}:pin={primaries}:p={primaries}"
+
+
+def _place(colour: Colour, number: PixelFormat, side: str) -> str:
+    return f"{side}={colour.place or 'left'}" if number.sub_w or number.sub_h else ""
+
+
+def planar(number: PixelFormat) -> str:
+    """The planes that the conversion takes without losing anything of `number`."""
+    sub = {(1, 1): "420", (1, 0): "422", (0, 1): "440", (2, 0): "411", (2, 2): "410"}
+    alpha = "a" if number.alpha else ""
+    chroma = sub.get((number.sub_w, number.sub_h), "444")
+    depth = number.depth if not alpha or number.depth in (8, 9, 10) else 16
+    name = f"yuv{alpha}{chroma}p" + ("" if depth == 8 else f"{depth}le")
+    return name if name in PLANAR else f"yuv{alpha}444p16le"
+
+
+def _divides(media: Media, number: PixelFormat) -> bool:
+    rows = number.sub_h + (1 if media.fields and number.sub_h else 0)
+    return media.width % (1 << number.sub_w) == 0 and media.height % (1 << rows) == 0
+
+
+def _by_fields(media: Media, number: PixelFormat, steps: list[str]) -> list[str]:
+    """Chroma of interlaced 4:2:0 belongs to the fields: each is converted alone."""
+    if not media.fields or not number.sub_h:
+        return steps
+    weave = "weave=first_field=" + ("top" if media.fields == "tff" else "bottom")
+    field = f"setfield={media.fields}"
+    return [field, "separatefields", *steps, weave, field]
+
+
+def decode_filters(media: Media, colour: Colour, raw: Raw) -> list[str]:
+    """From the decoded samples to raw frames."""
+    number = media.format
+    narrows = number.depth > 8 and raw is BGRA8
+    dither = ":dither=error_diffusion" if narrows else ":dither=none"
+    last = [f"format={raw.pixels}"] if raw.pixels != raw.planes else []
+    if number.gray:
+        ends = f"in_range={'full' if colour.full_range else 'limited'}:out_range=full"
+        return [f"scale={ends}:flags={_EXACT}", f"format={raw.planes}", *last]
+    if number.rgb:
+        if number.depth == 8 and raw is BGRA8:
+            return ["format=bgra"]
+        if number.depth == 16 and not number.is_float and raw is BGRA16:
+            return ["format=gbrap16le", "format=bgra64le"]
+        planes = _rgb_planes(number)
+        steps = [f"format={planes}", _zscale("gbr", True, "gbr", True, "", dither)]
+        return steps + [f"format={raw.planes}", *_full_alpha(number, raw), *last]
+    matrix = _MATRICES[colour.matrix]
+    more = _tags(colour) + dither
+    if _divides(media, number):
+        place = _place(colour, number, "cin")
+        turn = _zscale(matrix, colour.full_range, "gbr", True, place, more)
+        steps = [f"format={planar(number)}", turn, f"format={raw.planes}"]
+        steps = _by_fields(media, number, steps)
+    else:
+        wide = "yuva444p16le" if number.alpha else "yuv444p16le"
+        range_ = "full" if colour.full_range else "limited"
+        same = f"in_range={range_}:out_range={range_}:interl={1 if media.fields else 0}"
+        turn = _zscale(matrix, colour.full_range, "gbr", True, "", more)
+        steps = [f"scale={same}:flags=bicubic+{_EXACT}", f"format={wide}", turn]
+        steps.append(f"format={raw.planes}")
+    return steps + _full_alpha(number, raw) + last
+
+
+def _rgb_planes(number: PixelFormat) -> str:
+    if number.is_float:
+        return "gbrapf32le" if number.alpha else "gbrpf32le"
+    if number.alpha:
+        return "gbrap" if number.depth == 8 else "gbrap16le"
+    return "gbrp" if number.depth == 8 else f"gbrp{number.depth}le"
+
+
+def _full_alpha(number: PixelFormat, raw: Raw) -> list[str]:
+    """Alpha of fewer than 16 bits has been shifted up, not scaled: opaque would be 65472."""
+    if not number.alpha or raw is not BGRA16 or number.depth not in (9, 10):
+        return []
+    top = ((1 << number.depth) - 1) << (16 - number.depth)
+    return [f"colorchannelmixer=aa={65535 / top:.9f}"]
+
+
+def encode_filters(media: Media, colour: Colour, raw: Raw, target: PixelFormat) -> list[str]:
+    """From raw frames to the samples of the encoder; `media` is what was decoded."""
+    falls = target.depth < min(media.format.depth, 16) and not target.is_float
+    dither = ":dither=error_diffusion" if falls else ":dither=none"
+    bits = 8 if raw is BGRA8 else 16 if raw is BGRA16 else 32
+    planes = "gbrp" if raw is BGRA8 and not target.alpha else raw.planes
+    steps = [f"format={planes}"]
+    if target.name == "pal8" or media_is_palette(target):
+        return [
+            "format=bgra",
+            "split[a][b];[a]palettegen=stats_mode=single[p];[b][p]paletteuse=new=1",
+        ]
+    if target.rgb:
+        if target.depth == bits and not target.is_float and bits == 8:
+            return [f"format={target.name}"]
+        through = "gbrap" if target.depth == 8 else "gbrap16le"
+        if target.is_float or (target.name in _RGB_PLANES):
+            through = target.name
+        if not (raw is BGRA16 and through == raw.planes):
+            more = dither if target.depth < bits else ":dither=none"
+            steps += [_zscale("gbr", True, "gbr", True, "", more), f"format={through}"]
+        return steps + ([f"format={target.name}"] if through != target.name else [])
+    matrix, full = _MATRICES[colour.matrix], colour.full_range
+    if target.gray:
+        deep = "yuv444p" + (f"{target.depth}le" if target.depth > 8 else "")
+        turn = _zscale("gbr", True, matrix, full, "", _tags(colour) + dither)
+        plane = "" if target.depth == 8 else f"{target.depth}le"
+        return steps + [turn, f"format={deep}", "extractplanes=y", f"format=gray{plane}"]
+    if not _divides(media, target):
+        range_ = "full" if full else "limited"
+        wide = "yuva444p16le" if target.alpha else "yuv444p16le"
+        ends = f"in_range={range_}:out_range={range_}:interl={1 if media.fields else 0}"
+        turn = _zscale("gbr", True, matrix, full, "", _tags(colour) + ":dither=none")
+        steps += [turn, f"format={wide}", f"scale={ends}:flags=bicubic+{_EXACT}"]
+        return steps + [f"format={target.name}"]
+    middle = target.name if target.name in PLANAR else planar(target)
+    place = _place(colour, target, "c")
+    turn = _zscale("gbr", True, matrix, full, place, _tags(colour) + dither)
+    steps = _by_fields(media, target, steps + [turn, f"format={middle}"])
+    return steps + ([f"format={target.name}"] if middle != target.name else [])
+
+
+_RGB_PLANES = frozenset(
+    ["gbrp", "gbrap", "gbrap16le", "gbrpf32le", "gbrapf32le"]
+    + [f"gbrp{depth}le" for depth in (9, 10, 12, 14, 16)]
+)
+
+
+def media_is_palette(target: PixelFormat) -> bool:
+    """The encoder of GIF takes other small formats too, and would spoil the colours."""
+    return target.name in ("rgb8", "bgr8", "rgb4_byte", "bgr4_byte", "pal8")
+
+
+def tag_filter(colour: Colour) -> str:
+    """Tags on the frames themselves: some encoders look nowhere else."""
+    words = [f"range={'full' if colour.full_range else 'limited'}"]
+    words += [f"color_primaries={colour.primaries}"] if colour.primaries else []
+    transfer = {"gamma22": "bt470m", "gamma28": "bt470bg"}.get(colour.transfer, colour.transfer)
+    words += [f"color_trc={transfer}"] if transfer else []
+    words += [f"colorspace={colour.matrix}"] if colour.matrix else []
+    return "setparams=" + ":".join(words)
+
+
+def tag_options(colour: Colour) -> list[str]:
+    """For muxers and encoders that look at the stream."""
+    words = ["-color_range", "pc" if colour.full_range else "tv"]
+    words += ["-color_primaries", colour.primaries] if colour.primaries else []
+    transfer = TRANSFER_NUMBERS.get(colour.transfer, colour.transfer)
+    words += ["-color_trc", transfer] if transfer else []
+    words += ["-colorspace", colour.matrix] if colour.matrix else []
+    words += ["-chroma_sample_location", colour.place] if colour.place else []
+    return words

@@ -1,0 +1,411 @@
+"""What containers take and how codecs are asked for: tables, and the choice among them."""
+
+from __future__ import annotations
+
+import functools
+import re
+import subprocess
+from dataclasses import dataclass
+from fractions import Fraction
+
+from .failure import Failure
+from .probe import Media, PixelFormat, pixel_formats
+
+HOST_PICTURES = frozenset("png jpg jpeg tif tiff bmp".split())
+RAW_FILES = frozenset(("bgra", "raw"))
+
+
+def _words(text: str) -> frozenset[str]:
+    return frozenset(text.split())
+
+
+_PCM = "pcm_s16le pcm_s24le pcm_s32le pcm_f32le pcm_s16be pcm_s24be pcm_u8"
+_LOSSLESS = "ffv1 utvideo huffyuv ffvhuff magicyuv"
+_ALL_TEXT = "subrip ass webvtt"
+_BITMAPS = "hdmv_pgs_subtitle dvd_subtitle dvb_subtitle"
+
+
+@dataclass(frozen=True)
+class Container:
+    """A kind of file. The first codecs of `usual` are for 8 bits, for more, and for alpha."""
+
+    muxer: str
+    codecs: frozenset[str]
+    usual: tuple[str, str, str]
+    sound: frozenset[str] = frozenset()  # copied; empty: it has none
+    sound_codec: str = "aac"
+    subtitles: frozenset[str] = frozenset()
+    text_codec: str = ""  # what texts become
+    attachments: bool = False
+    chapters: bool = False
+    timecode: bool = False
+    covers: bool = False
+    tags: frozenset[str] | None = frozenset()  # None: any
+    even: bool = False  # has one rate only
+    colours: bool = True
+    options: tuple[str, ...] = ()
+
+
+_MP4_TAGS = _words(
+    "title artist album album_artist date genre composer copyright description grouping lyrics "
+    "synopsis show episode_id network performer keywords comment"
+)
+_MOV_CODECS = _words(
+    "h264 hevc av1 mpeg4 mpeg2video mjpeg prores dnxhd ffv1 v210 v410 r210 cfhd qtrle png"
+    " rawvideo utvideo huffyuv jpeg2000 dvvideo magicyuv ffvhuff"
+)
+_MP4 = Container(
+    "mp4",
+    _words("h264 hevc av1 vp9 mpeg4 mpeg2video mjpeg"),
+    ("h264", "hevc", "h264"),
+    _words("aac mp3 ac3 eac3 alac opus flac dts mp2"),
+    subtitles=_words("mov_text dvd_subtitle"),
+    text_codec="mov_text",
+    chapters=True,
+    timecode=True,
+    covers=True,
+    tags=_MP4_TAGS,
+    options=("-movflags", "+faststart"),
+)
+_MKV = Container(
+    "matroska",
+    _words(f"h264 hevc av1 vp8 vp9 mpeg4 mpeg2video mpeg1video mjpeg prores png {_LOSSLESS}"),
+    ("h264", "hevc", "ffv1"),
+    _words(f"aac mp3 mp2 ac3 eac3 dts truehd mlp flac opus vorbis alac {_PCM}"),
+    subtitles=_words(f"{_ALL_TEXT} {_BITMAPS}"),
+    text_codec="srt",
+    attachments=True,
+    chapters=True,
+    covers=True,
+    tags=None,
+)
+CONTAINERS: dict[str, Container] = {
+    "mp4": _MP4,
+    "m4v": _MP4,
+    "mov": Container(
+        "mov",
+        _MOV_CODECS,
+        ("h264", "prores", "prores"),
+        _words(f"aac mp3 ac3 eac3 alac mp2 {_PCM}"),
+        subtitles=_words("mov_text"),
+        text_codec="mov_text",
+        chapters=True,
+        timecode=True,
+        covers=True,
+        tags=_MP4_TAGS,
+        options=("-movflags", "+faststart"),
+    ),
+    "mkv": _MKV,
+    "webm": Container(
+        "webm",
+        _words("vp8 vp9 av1"),
+        ("vp9", "vp9", "vp9"),
+        _words("opus vorbis"),
+        "libopus",
+        subtitles=_words("webvtt"),
+        text_codec="webvtt",
+        chapters=True,
+        tags=None,
+    ),
+    "avi": Container(
+        "avi",
+        _words(f"h264 mpeg4 mjpeg rawvideo v210 png dvvideo {_LOSSLESS}"),
+        ("h264", "ffv1", "ffv1"),
+        _words("mp3 ac3 aac pcm_s16le pcm_u8 mp2"),
+        "libmp3lame",
+        tags=_words("title artist copyright date genre album comment"),
+        even=True,
+        colours=False,
+    ),
+    "mxf": Container(
+        "mxf",
+        _words("mpeg2video dnxhd prores h264 jpeg2000 dvvideo"),
+        ("dnxhd", "dnxhd", "dnxhd"),
+        _words("pcm_s16le pcm_s24le"),
+        "pcm_s24le",
+        timecode=True,
+        even=True,
+    ),
+    "nut": Container(
+        "nut",
+        _words(f"h264 mpeg4 rawvideo mjpeg mpeg2video {_LOSSLESS}"),
+        ("ffv1", "ffv1", "ffv1"),
+        _words(f"aac mp3 mp2 ac3 flac opus vorbis {_PCM}"),
+        chapters=True,
+        tags=None,
+        colours=False,
+    ),
+    "flv": Container("flv", _words("h264"), ("h264",) * 3, _words("aac mp3")),
+    "gif": Container("gif", _words("gif"), ("gif",) * 3, colours=False),
+    "y4m": Container(
+        "yuv4mpegpipe",
+        _words("wrapped_avframe"),
+        ("wrapped_avframe",) * 3,
+        even=True,
+        colours=False,
+        options=("-strict", "-1"),
+    ),
+}
+for _name in ("ts", "mts", "m2ts"):
+    CONTAINERS[_name] = Container(
+        "mpegts",
+        _words("h264 hevc mpeg2video"),
+        ("h264", "hevc", "h264"),
+        _words("aac mp3 mp2 ac3 eac3"),
+        subtitles=_words("dvb_subtitle"),
+        tags=_words("service_name service_provider"),
+    )
+for _name, _codec in {
+    "exr": "exr",
+    "dpx": "dpx",
+    "ppm": "ppm",
+    "pgm": "pgm",
+    "pam": "pam",
+    "pfm": "pfm",
+    "phm": "phm",
+    "tga": "targa",
+    "jp2": "jpeg2000",
+    "j2k": "jpeg2000",
+    "qoi": "qoi",
+    "webp": "webp",
+    "avif": "av1",
+    "jxl": "jpegxl",
+}.items():
+    CONTAINERS[_name] = Container(
+        "avif" if _name == "avif" else "image2",
+        _words(_codec),
+        (_codec,) * 3,
+        colours=_name == "avif",
+    )
+PICTURES = frozenset(n for n, c in CONTAINERS.items() if c.muxer in ("image2", "avif"))
+
+ENCODERS = {
+    "h264": "libx264",
+    "hevc": "libx265",
+    "av1": "libaom-av1",
+    "vp8": "libvpx",
+    "vp9": "libvpx-vp9",
+    "prores": "prores_ks",
+    "webp": "libwebp",
+    "jpeg2000": "libopenjpeg",
+    "jpegxl": "libjxl",
+}
+NO_FIELDS = frozenset("av1 vp8 vp9 hevc dnxhd gif webp png mjpeg wrapped_avframe".split())
+NO_COLOURS = frozenset("gif png qoi targa dpx exr ppm pgm pam pfm phm webp jpegxl jpeg2000".split())
+_Y4M = "gray yuv411p yuv420p yuv422p yuv444p" + "".join(
+    f" yuv{chroma}p{depth}le" for depth in (9, 10, 12, 14, 16) for chroma in (420, 422, 444)
+)
+_RAW_MOV = "yuv420p uyvy422 yuyv422 rgb24 argb rgba rgb48be"
+
+
+@functools.cache
+def encoder_formats(encoder: str) -> tuple[PixelFormat, ...]:
+    """What the encoder of this machine's ffmpeg takes; empty when it has no such encoder."""
+    if encoder == "wrapped_avframe":
+        listed = _Y4M.split()
+    else:
+        command = ["ffmpeg", "-hide_banner", "-v", "error", "-h", f"encoder={encoder}"]
+        done = subprocess.run(
+            command, capture_output=True, stdin=subprocess.DEVNULL, text=True, check=False
+        )
+        found = re.search(r"Supported pixel formats: (.*)", done.stdout)
+        if not found and "Encoder " not in done.stdout:
+            return ()
+        listed = found[1].split() if found else list(pixel_formats())
+    if encoder == "rawvideo":
+        listed = _RAW_MOV.split()
+    return tuple(pixel_formats()[n] for n in listed if n in pixel_formats())
+
+
+def encoder_of(codec: str, wanted: PixelFormat) -> str:
+    """`codec` may be an encoder's own name too."""
+    if codec == "h264" and wanted.rgb and not wanted.alpha:
+        return "libx264rgb"
+    if codec == "av1" and not wanted.rgb and (wanted.sub_w, wanted.sub_h) == (1, 1):
+        return "libsvtav1"
+    return ENCODERS.get(codec, codec)
+
+
+def _distance(have: PixelFormat, want: PixelFormat, keep_alpha: bool) -> tuple[float, ...]:
+    """How much would be lost, the worst first, then what would be wasted."""
+    bits = max(0, want.depth - have.depth) + (16 if want.is_float and not have.is_float else 0)
+    chroma = max(0, have.sub_w - want.sub_w) + max(0, have.sub_h - want.sub_h)
+    grayed = have.gray and not want.gray
+    waste = max(0, have.depth - want.depth) / 8 + (have.alpha and not keep_alpha)
+    waste += max(0, want.sub_w - have.sub_w) + max(0, want.sub_h - have.sub_h)
+    family = have.rgb != want.rgb and not want.gray
+    odd = have.name.startswith("yuvj") or have.name.endswith("be") or have.name in ("pal8", "nv21")
+    packed = have.name not in PLANAR and not have.rgb
+    return (
+        float(grayed),
+        float(keep_alpha and not have.alpha),
+        bits,
+        chroma + family,
+        have.is_float and not want.is_float,
+        waste + (0.5 if want.gray and not have.gray else 0),
+        float(odd) + packed,
+    )
+
+
+PLANAR = frozenset(
+    [f"yuv{s}p" for s in (410, 411, 420, 422, 440, 444)]
+    + [f"yuv{s}p{d}le" for d in (9, 10, 12, 14, 16) for s in (420, 422, 444)]
+    + ["yuv440p10le", "yuv440p12le", "yuva420p", "yuva422p", "yuva444p"]
+    + [f"yuva{s}p{d}le" for d in (9, 10, 16) for s in (420, 422, 444)]
+    + ["yuvj420p", "yuvj422p", "yuvj444p"]
+    + ["gray", "gray9le", "gray10le", "gray12le", "gray14le", "gray16le"]
+)
+
+
+def nearest(
+    wanted: PixelFormat, formats: tuple[PixelFormat, ...], size: tuple[int, int]
+) -> PixelFormat:
+    """The one of `formats` that keeps most of `wanted` and can have that size."""
+    usable = [
+        f
+        for f in formats
+        if (size[0] % (1 << f.sub_w) == 0 and size[1] % (1 << f.sub_h) == 0)
+        and "f16" not in f.name
+        and not f.name.startswith(("nv", "p0", "p2", "x2", "xyz", "ya", "vdpau", "cuda", "vaapi"))
+        and (f.rgb or f.name in PLANAR or f.name in _RAW_MOV or f.is_float)
+    ]
+    if not usable:
+        usable = [f for f in formats if f.name in PLANAR or f.rgb]
+    return min(usable, key=lambda have: _distance(have, wanted, wanted.alpha))
+
+
+@dataclass(frozen=True)
+class Choice:
+    """How a picture is encoded."""
+
+    codec: str
+    encoder: str
+    format: PixelFormat
+
+
+def choose(media: Media, name: str, container: Container, codec: str | None) -> Choice:
+    """The input's codec and samples where the container and the codec can hold them."""
+    wanted = media.format
+    size = (media.width, media.height)
+    deep = wanted.depth > 8
+    if codec:
+        codec = _NAMES.get(codec, codec)
+        listed = encoder_formats(encoder_of(codec, wanted))
+        if not listed:
+            why = "this ffmpeg has no such codec"
+            raise Failure(f"--codec {codec}", why, "see ffmpeg -encoders for what it has")
+    elif media.codec in container.codecs and encoder_formats(encoder_of(media.codec, wanted)):
+        codec = media.codec
+    else:
+        codec = container.usual[2 if wanted.alpha else 1 if deep else 0]
+        if container.muxer == "matroska" and (wanted.rgb and deep or wanted.is_float):
+            codec = "ffv1"
+    encoder = encoder_of(codec, wanted)
+    formats = encoder_formats(encoder)
+    if not formats:
+        why = f"this ffmpeg has no encoder {encoder}"
+        raise Failure(name, why, "choose another kind of file, or another --codec")
+    if encoder == "libsvtav1" and (wanted.depth > 10 or wanted.alpha):
+        encoder, formats = "libaom-av1", encoder_formats("libaom-av1")
+    return Choice(codec, encoder, nearest(wanted, formats, size))
+
+
+_NAMES = {"h265": "hevc", "x264": "h264", "x265": "hevc", "dnxhr": "dnxhd", "uncompressed": "v210"}
+_NAMES |= {"mpeg2": "mpeg2video", "raw": "rawvideo"}
+_PRORES = {"Proxy": "proxy", "LT": "lt", "Standard": "standard", "HQ": "hq", "4444": "4444"}
+_CRF = {"libx264": 16, "libx264rgb": 16, "libx265": 16, "libvpx-vp9": 20, "libvpx": 10}
+_CRF |= {"libaom-av1": 20, "libsvtav1": 20}
+_SCALE = {"libx264": 51, "libx264rgb": 51, "libx265": 51}
+
+
+def encoder_options(
+    choice: Choice, media: Media, quality: int | None, more: list[str]
+) -> list[str]:
+    """Words for ffmpeg behind the choice of the encoder; `more` are the user's own, which win."""
+    encoder, words = choice.encoder, []
+    if encoder in _CRF:
+        worst = _SCALE.get(encoder, 63)
+        crf = _CRF[encoder] if quality is None else round(worst * (100 - quality) / 100)
+        words = ["-crf", str(crf)]
+        if "vpx" in encoder:
+            words += ["-b:v", "0" if "vp9" in encoder else "50M", "-row-mt", "1", "-threads", "4"]
+            words += ["-auto-alt-ref", "0"] if choice.format.alpha else []
+        elif encoder == "libaom-av1":
+            words += ["-b:v", "0", "-cpu-used", "6", "-row-mt", "1"]
+        else:
+            words += ["-preset", "8" if "svt" in encoder else "medium"]
+    elif encoder in ("mpeg2video", "mpeg4", "mjpeg", "mpeg1video"):
+        words = ["-q:v", str(2 if quality is None else 1 + round(30 * (100 - quality) / 100))]
+    elif encoder == "libwebp":
+        words = ["-quality", str(95 if quality is None else quality)]
+        words += ["-lossless", "1"] if choice.format.rgb and quality is None else []
+    elif encoder == "prores_ks":
+        deep = choice.format.sub_w == 0
+        profile = _PRORES.get(media.profile, "hq") if not deep else "4444"
+        words = ["-profile:v", "hq" if profile == "4444" and not deep else profile]
+        if media.profile == "XQ" and deep:
+            words[1] = "4444xq"
+        words += ["-alpha_bits", "16"] if choice.format.alpha else []
+    elif encoder == "dnxhd":
+        rich = choice.format.depth > 8
+        usual = "dnxhr_444" if choice.format.sub_w == 0 else "dnxhr_hqx" if rich else "dnxhr_hq"
+        same = media.profile.lower().replace(" ", "_")
+        words = ["-profile:v", same if same in ("dnxhr_lb", "dnxhr_sq") and not rich else usual]
+    elif encoder == "ffv1":
+        words = ["-level", "3", "-slicecrc", "1", "-slices", "4", "-g", "1"]
+    elif encoder == "exr":
+        words = ["-compression", "zip16", "-format", "half" if media.half else "float"]
+    words += _colour_options(encoder, media) + _field_options(encoder, media)
+    if encoder == "libx265":
+        words += ["-tag:v", "hvc1"]
+    return words + more
+
+
+def _decimal(value: str, unit: int) -> int:
+    return round(Fraction(value) * unit)
+
+
+def _colour_options(encoder: str, media: Media) -> list[str]:
+    """Mastering display and light level, for encoders that can say them."""
+    shown, light = media.mastering, media.light
+    parts: list[str] = ["log-level=error"] if encoder == "libx265" else []
+    if encoder == "libx265" and (shown or light):
+        parts += ["hdr10=1", "repeat-headers=1"]
+        parts += ["master-display=" + _display(shown, 50000, 10000)] if shown else []
+        parts += [f"max-cll={light[0]},{light[1]}"] if light else []
+    elif encoder == "libx264" and (shown or light):
+        parts += ["mastering-display=" + _display(shown, 50000, 10000)] if shown else []
+        parts += [f"cll={light[0]},{light[1]}"] if light else []
+    elif encoder == "libsvtav1" and (shown or light):
+        parts += ["mastering-display=" + _display(shown, 0, 0)] if shown else []
+        parts += [f"content-light={light[0]},{light[1]}"] if light else []
+    names = {"libx264": "-x264-params", "libx265": "-x265-params", "libsvtav1": "-svtav1-params"}
+    return [names[encoder], ":".join(parts)] if parts else []
+
+
+HDR_ENCODERS = frozenset(("libx264", "libx265", "libsvtav1"))
+
+
+def _display(shown: dict[str, str], chroma: int, luminance: int) -> str:
+    def number(key: str, unit: int) -> str:
+        return str(_decimal(shown[key], unit)) if unit else f"{float(Fraction(shown[key])):.6g}"
+
+    def pair(name: str) -> str:
+        return f"({number(name + '_x', chroma)},{number(name + '_y', chroma)})"
+
+    points = "".join(
+        letters + pair(name)
+        for letters, name in (("G", "green"), ("B", "blue"), ("R", "red"), ("WP", "white_point"))
+    )
+    largest, least = (number(key, luminance) for key in ("max_luminance", "min_luminance"))
+    return f"{points}L({largest},{least})"
+
+
+def _field_options(encoder: str, media: Media) -> list[str]:
+    if not media.fields:
+        return []
+    if encoder in ("libx264", "mpeg2video", "mpeg4"):
+        return ["-flags", "+ilme+ildct"]
+    if encoder == "prores_ks":
+        return ["-flags", "+ildct"]
+    return ["-field_order", "tt" if media.fields == "tff" else "bb"]

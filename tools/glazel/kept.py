@@ -1,0 +1,117 @@
+"""What a file holds, as facts with names that a person knows, and which of them another file lacks.
+"""
+
+from __future__ import annotations
+
+from dataclasses import replace
+from fractions import Fraction
+
+from .formats import Choice, Container, HDR_ENCODERS, NO_COLOURS, NO_FIELDS
+from .probe import Colour, Media
+
+Facts = dict[str, str]
+
+
+def facts(media: Media) -> Facts:
+    """Everything that a render should keep."""
+    number, colour = media.format, media.colour
+    found: Facts = {
+        "size": f"{media.width} x {media.height}",
+        "depth": "float" if number.is_float else f"{number.depth} bits",
+        "chroma": number.chroma(),
+    }
+    optional = {
+        "alpha": "yes" if number.alpha else "",
+        "pixel aspect": str(media.aspect) if media.aspect != 1 else "",
+        "fields": media.fields,
+        "rotation": f"{media.rotation} degrees" if media.rotation or media.mirrored else "",
+        "times of single frames": "variable rate" if media.times else "",
+        "colour range": ("full" if colour.full_range else "limited") if _says_range(media) else "",
+        "colour primaries": colour.primaries,
+        "colour transfer": colour.transfer,
+        "colour matrix": colour.matrix,
+        "chroma place": colour.place if colour.place != "left" else "",
+        "mastering display": _mastering(media),
+        "light level": "{}, {}".format(*media.light) if media.light else "",
+        "metadata of single frames": "yes" if media.dynamic else "",
+        "timecode": media.timecode,
+        "chapters": "; ".join(f"{n}. {t}" for n, t in enumerate(media.chapters, 1)),
+    }
+    found |= {name: value for name, value in optional.items() if value}
+    for kind, name in _KINDS.items():
+        for count, track in enumerate(media.of(kind), 1):
+            words = (track.codec, track.language, track.title, track.name, track.detail)
+            found[f"{name} {count}"] = ", ".join(word for word in words if word)
+    found |= {f"metadata {key.lower()}": value for key, value in media.tags.items()}
+    found |= {f"picture's {key.lower()}": value for key, value in media.picture_tags.items()}
+    return found
+
+
+_KINDS = {
+    "audio": "sound",
+    "subtitle": "subtitle",
+    "attachment": "attachment",
+    "cover": "cover picture",
+    "data": "data stream",
+    "video": "second video",
+}
+
+
+def _says_range(media: Media) -> bool:
+    return not media.format.rgb and (media.colour.full_range or media.colour.range_said)
+
+
+def _mastering(media: Media) -> str:
+    return " ".join(
+        f"{key}={float(Fraction(value)):.4g}" for key, value in sorted(media.mastering.items())
+    )
+
+
+def _tags_that_fit(tags: dict[str, str], container: Container) -> dict[str, str]:
+    known = container.tags
+    return tags if known is None else {k: v for k, v in tags.items() if k.lower() in known}
+
+
+def predicted(media: Media, container: Container, choice: Choice, colour: Colour) -> Media:
+    """What the output will hold of `media`, which is upright; the pipeline decides the tracks."""
+    number = choice.format
+    has_colours = container.colours and choice.codec not in NO_COLOURS
+    hdr = choice.encoder in HDR_ENCODERS
+    return replace(
+        media,
+        format=number,
+        colour=colour if has_colours else Colour(full_range=colour.full_range),
+        fields="" if choice.codec in NO_FIELDS else media.fields,
+        times=() if container.even else media.times,
+        mastering=media.mastering if hdr else {},
+        light=media.light if hdr else None,
+        dynamic=False,
+        timecode=media.timecode if container.timecode else "",
+        chapters=media.chapters if container.chapters else (),
+        tags=_tags_that_fit(media.tags, container),
+        picture_tags=media.picture_tags if container.tags is None else {},
+    )
+
+
+_CHROMA = {"gray": 0, "4:1:1": 1, "4:2:0": 1, "4:2:2": 2, "4:4:4": 3, "RGB": 3}
+_OF_YCBCR = ("colour matrix", "colour range", "chroma place")
+
+
+def _is_loss(name: str, before: str, after: Facts) -> bool:
+    now = after.get(name, "")
+    if now == before or (name in _OF_YCBCR and after["chroma"] == "RGB"):
+        return False
+    if name == "chroma":
+        return _CHROMA.get(now, 1) < _CHROMA.get(before, 1)
+    if name == "depth":
+        return now != "float" and (before == "float" or int(now[:-5]) < int(before[:-5]))
+    return name != "chroma place" or after["chroma"] not in ("4:4:4", "gray")
+
+
+def losses(before: Facts, after: Facts) -> dict[str, str]:
+    """Fact -> what became of it, of those that the second file does not hold as they were."""
+    return {
+        name: f"{name}: {value} " + (f"becomes {after[name]}" if name in after else "is lost")
+        for name, value in before.items()
+        if _is_loss(name, value, after)
+    }

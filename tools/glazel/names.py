@@ -1,0 +1,114 @@
+"""File names: numbered sequences, names that ffmpeg takes literally, which file is which."""
+
+from __future__ import annotations
+
+import difflib
+import os
+import re
+from dataclasses import dataclass
+from pathlib import Path
+
+from .failure import Failure, WRONG_USAGE
+
+# A number in the name of a picture: %d, %04d or ####. Elsewhere a per cent sign is only a letter.
+_NUMBER = re.compile(r"%(?:0(\d{1,2}))?d|(#+)")
+
+
+def ffmpeg_name(path: str) -> str:
+    """Nothing in such a name is a protocol or an option."""
+    return "file:" + path
+
+
+def extension(path: str) -> str:
+    return os.path.splitext(path)[1][1:].lower()
+
+
+@dataclass(frozen=True)
+class Pattern:
+    """The names of a numbered sequence."""
+
+    folder: str
+    before: str
+    digits: int
+    after: str
+
+    @staticmethod
+    def parse(path: str) -> Pattern | None:
+        folder, name = os.path.split(path)
+        found = list(_NUMBER.finditer(name.replace("%%", "\0\0")))
+        if len(found) != 1:
+            return None
+        number = found[0]
+        digits = len(number[2]) if number[2] else int(number[1] or 1)
+        plain = [name[: number.start()], name[number.end() :]]
+        return Pattern(folder, plain[0].replace("%%", "%"), digits, plain[1].replace("%%", "%"))
+
+    def path(self, number: int) -> str:
+        return os.path.join(self.folder, f"{self.before}{number:0{self.digits}}{self.after}")
+
+    def text(self) -> str:
+        """As ffmpeg and the host program read it."""
+        escaped = [part.replace("%", "%%") for part in (self.before, self.after)]
+        number = f"%0{self.digits}d" if self.digits > 1 else "%d"
+        # ffmpeg expands a pattern in folders too; the host in the file name alone.
+        return os.path.join(self.folder, f"{escaped[0]}{number}{escaped[1]}")
+
+    def numbers(self) -> list[int]:
+        """Of the files that there are, in order."""
+        form = re.compile(re.escape(self.before) + r"(\d+)" + re.escape(self.after), re.IGNORECASE)
+        names = os.listdir(self.folder or ".") if os.path.isdir(self.folder or ".") else []
+        numbers = [int(found[1]) for found in map(form.fullmatch, names) if found]
+        return sorted(n for n in numbers if os.path.exists(self.path(n)))
+
+
+def input_pattern(path: str) -> Pattern | None:
+    """A name is a pattern only when there is no file of that very name."""
+    return None if os.path.exists(path) else Pattern.parse(path)
+
+
+def suggestion(word: str, known: list[str]) -> str:
+    near = difflib.get_close_matches(word, known, 1)
+    return f"did you mean {near[0]}?" if near else ""
+
+
+def missing(path: str) -> Failure:
+    """The error for an input that is not there."""
+    folder, name = os.path.split(path)
+    if folder and not os.path.isdir(folder):
+        return Failure(path, f"there is no folder {folder}", "check the path")
+    near = suggestion(name, os.listdir(folder or "."))
+    return Failure(path, "there is no such file", near or "check the path")
+
+
+def same_file(first: str, second: str) -> bool:
+    """By identity, also of files that are yet to be made."""
+    if os.path.exists(first) and os.path.exists(second):
+        return os.path.samefile(first, second)
+    return os.path.realpath(first) == os.path.realpath(second)
+
+
+def check_apart(output: str, others: dict[str, str]) -> None:
+    """`others`: what it is -> path."""
+    for what, path in others.items():
+        if same_file(output, path):
+            raise Failure(output, f"it is {what} too", "name another file", WRONG_USAGE)
+
+
+def check_target(path: str, overwrite: bool) -> None:
+    """Whether a file could get that name."""
+    folder = os.path.dirname(path) or "."
+    if not os.path.isdir(folder):
+        why = f"the folder {folder} does not exist"
+        raise Failure(path, why, "create it or choose another")
+    if os.path.isdir(path):
+        raise Failure(path, "it is a folder", "name a file in it")
+    if os.path.exists(path) and not Path(path).is_file():
+        raise Failure(path, "it is a device or a pipe", "write to - and redirect it there")
+    if os.path.lexists(path) and not overwrite:
+        raise exists_already(path)
+
+
+def exists_already(path: str) -> Failure:
+    return Failure(
+        path, "it exists already", "give --overwrite to replace it, or choose another name"
+    )

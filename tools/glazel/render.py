@@ -1,0 +1,335 @@
+"""The command "render": checks, probes, plans, runs, and takes the result only when it is whole."""
+
+from __future__ import annotations
+
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import time
+from dataclasses import replace
+from fractions import Fraction
+from pathlib import Path
+
+from . import kept, prepare
+from .failure import Failure
+from .formats import HOST_PICTURES, PICTURES, RAW_FILES
+from .names import (
+    Pattern,
+    check_apart,
+    check_target,
+    extension,
+    ffmpeg_name,
+    input_pattern,
+    missing,
+)
+from .output import Unfinished
+from .pipeline import Run, run_pipeline
+from .plan import Job, Plan, container_of, encode_command, host_words, make_plan, chosen_frames
+from .probe import Media, complaints, pixel_formats, probe, with_times
+from .report import Report
+
+_LONGEST_HEADER = 1024  # of a Y4M stream
+
+
+def render(job: Job, report: Report, others: dict[str, str], raw: tuple[bool, bool]) -> None:
+    """`others`: files that the output must not be, by what they are. `raw`: whether standard
+    input and standard output carry raw frames, which the host program itself reads and writes."""
+    started = time.monotonic()
+    pattern = input_pattern(job.input) if job.input != "-" else None
+    numbers = pattern.numbers() if pattern else []
+    if job.input != "-" and not numbers and not os.path.exists(job.input):
+        raise missing(job.input)
+    if os.path.isdir(job.input):
+        raise Failure(job.input, "it is a folder", "name a file, or pictures like shot_%04d.png")
+    decoded = not raw[0] and (job.input == "-" or not _host_reads(job.input))
+    encoded = not raw[1] and (job.output == "-" or not _host_reads(job.output))
+    target = _target(job, pattern)
+    if job.output != "-":
+        first = target.path(1) if isinstance(target, Pattern) else target
+        check_target(first, job.overwrite or isinstance(target, Pattern))
+        check_apart(first, {"the input": job.input} | others)
+    if encoded:
+        container_of(job.output)
+    if not decoded and not encoded:
+        prepare.programs()
+        _direct(job, report, raw)
+        return
+    head = _header() if job.input == "-" and decoded else b""
+    if pattern:
+        numbers = _wanted(job, pattern, numbers)
+    if decoded:
+        source = with_times(probe(job.input, pattern, numbers, head))
+    else:
+        source = _of_host(job, pattern, numbers)
+    plan = make_plan(job, source, decoded, encoded)
+    _tell(job, report, plan)
+    prepare.programs()
+    _piped(job, report, plan, target, head, started)
+
+
+def _host_reads(path: str) -> bool:
+    return extension(path) in HOST_PICTURES | RAW_FILES
+
+
+def _target(job: Job, pattern: Pattern | None) -> str | Pattern:
+    """Only pictures are numbered; a video's name may hold what looks like a number."""
+    is_picture = extension(job.output) in HOST_PICTURES | PICTURES
+    found = Pattern.parse(job.output) if is_picture else None
+    is_many = pattern is not None or extension(job.input) not in HOST_PICTURES | PICTURES
+    return found if found and (is_many or job.input == "-") else job.output
+
+
+def _header() -> bytes:
+    """The first line of standard input; byte by byte, for the rest is the decoder's."""
+    head = b""
+    while not head.endswith(b"\n") and len(head) < _LONGEST_HEADER:
+        byte = os.read(0, 1)
+        if not byte:
+            break
+        head += byte
+    if not head.startswith(b"YUV4MPEG2 "):
+        remedy = "give --size WxH for raw frames, or pipe Y4M: ffmpeg ... -f yuv4mpegpipe -"
+        raise Failure("standard input", "it is empty" if not head else "it is no Y4M", remedy)
+    return head
+
+
+def _wanted(job: Job, pattern: Pattern, numbers: list[int]) -> list[int]:
+    """The numbers from the first to the last picture that is asked for, each of which is there."""
+    if job.first is not None:
+        numbers = [n for n in numbers if n >= job.first]
+    if not numbers:
+        raise missing(pattern.path(job.first or 1))
+    chosen = chosen_frames(job.frames, numbers[0], numbers[-1] - numbers[0] + 1)
+    if not chosen:
+        why = f"it has none of the chosen frames: its numbers are {numbers[0]} to {numbers[-1]}"
+        raise Failure(job.input, why, "choose from these with --frames")
+    wanted = list(range(chosen[0], chosen[-1] + 1))
+    gap = next((n for n in chosen if n not in set(numbers)), None)
+    if gap is not None:
+        why = "this picture of the sequence is missing"
+        raise Failure(pattern.path(gap), why, "make it again, or leave it out with --frames")
+    return wanted
+
+
+def _of_host(job: Job, pattern: Pattern | None, numbers: list[int]) -> Media:
+    """Of pictures or raw frames that the host program reads itself."""
+    path = pattern.path(numbers[0]) if pattern else job.input
+    if extension(path) in RAW_FILES or path == "-":
+        options = dict(zip(job.host, job.host[1:]))
+        kind = options.get("--input-format", "bgra8")
+        pixels = {"bgra16": "rgba64le", "gbraf32": "gbrapf32le"}.get(kind, "bgra")
+        media = _guess(path, pixels)
+        width, _, height = options.get("--size", "").partition("x")
+        if width.isdigit() and height.isdigit():
+            media = replace(media, width=int(width), height=int(height))
+    else:
+        try:
+            media = replace(probe(path), rate=Fraction(25))
+        except Failure:  # the host program reads floats that ffmpeg does not
+            media = _guess(path, "gbrapf32le")
+    media = replace(media, rotation=0, source="-")
+    if pattern:
+        media = replace(media, pattern=pattern, numbers=tuple(numbers), frames=len(numbers))
+    return media
+
+
+def _guess(path: str, pixels: str) -> Media:
+    number = pixel_formats()[pixels]
+    from .probe import Colour
+
+    return Media(
+        path,
+        "",
+        0,
+        "",
+        "",
+        0,
+        0,
+        number,
+        Colour(),
+        Fraction(25),
+        Fraction(1),
+        linear=number.is_float,
+    )
+
+
+def _tell(job: Job, report: Report, plan: Plan) -> None:
+    for note in plan.notes:
+        report.note(f"{job.input}: {note}")
+    for line in plan.losses.values():
+        report.note(f"{job.output}: {line}")
+    if plan.losses and job.strict:
+        first, *more = plan.losses.values()
+        rest = f" (and {len(more)} more)" if more else ""
+        remedy = "choose another kind of file, or leave --strict out"
+        raise Failure(job.output, f"not everything can be kept: {first}{rest}", remedy)
+
+
+def _direct(job: Job, report: Report, raw: tuple[bool, bool]) -> None:
+    source = Media.__new__(Media)
+    plan = Plan(None, None, source)
+    words = host_words(job, plan, job.output)
+    words += ["--overwrite"] if job.overwrite else []
+    places = {"standard input": job.input} if job.input != "-" else {}
+    started = time.monotonic()
+
+    def make() -> Run:
+        return Run(words, report, job.input, job.output, places=places)
+
+    frames, _ = run_pipeline(make)
+    report.done("standard output" if raw[1] else job.output, frames, time.monotonic() - started)
+
+
+def _piped(
+    job: Job, report: Report, plan: Plan, target: str | Pattern, head: bytes, started: float
+) -> None:
+    in_folder = isinstance(target, Pattern) or plan.raw_out is None
+    unfinished = None
+    if job.output != "-":
+        unfinished = Unfinished(target, "." + extension(job.output), job.overwrite, in_folder)
+    try:
+        with tempfile.TemporaryDirectory(prefix="glazel-") as work:
+            frames, run = _run(job, report, plan, unfinished, head, Path(work), target)
+        if unfinished:
+            names = _check(job, report, plan, unfinished, target, frames)
+            unfinished.commit(names)
+    finally:
+        if unfinished:
+            unfinished.discard()
+    report.done(job.output, frames, time.monotonic() - started)
+    bad = [
+        line for child in run.children if child.stage == "decoder" for line in child.complaints()
+    ]
+    if bad:
+        why = f"not all of it could be decoded: {bad[0]}"
+        raise Failure(job.input, why, "the rest was rendered; check the file")
+
+
+def _run(
+    job: Job,
+    report: Report,
+    plan: Plan,
+    unfinished: Unfinished | None,
+    head: bytes,
+    work: Path,
+    target: str | Pattern,
+) -> tuple[int, Run]:
+    place = unfinished.path if unfinished else "-"
+    if unfinished and os.path.isdir(place):
+        name = "%08d" if isinstance(target, Pattern) else "picture"
+        inside = place if plan.raw_out is None else place.replace("%", "%%")
+        place = os.path.join(inside, f"{name}.{extension(job.output)}")
+    decoder = list(plan.decode) or None
+    if decoder and job.skip_bad_frames:
+        decoder.remove("-xerror")
+    encoding = plan.encoding
+    covers: list[str] = []
+    if encoding:
+        (work / "filters").write_text(encoding.script(), encoding="utf-8")
+        covers = [_extracted(plan.source, cover.index, work) for cover in encoding.covers]
+    words = host_words(job, plan, place)
+    places = {place: job.output}
+    places |= {"standard input": job.input} if job.input != "-" else {}
+    places |= {"standard output": job.output} if job.output != "-" else {}
+    media = plan.source.upright()
+    size = (media.width, media.height) if plan.raw_in else None
+
+    def encoder(found: tuple[int, int]) -> list[str]:
+        assert encoding
+        return encode_command(encoding, found, place, str(work / "filters"), covers)
+
+    def make() -> Run:
+        return Run(
+            words,
+            report,
+            job.input,
+            job.output,
+            decoder,
+            encoder if encoding else None,
+            size,
+            head,
+            part=job.frames is not None,
+            tolerant=job.skip_bad_frames,
+            places=places,
+        )
+
+    return run_pipeline(make)
+
+
+def _extracted(media: Media, index: int, work: Path) -> str:
+    """A cover as a file."""
+    path = str(work / f"cover{index}")
+    command = ["ffmpeg", "-nostdin", "-v", "error", "-i", media.source, "-map", f"0:{index}"]
+    subprocess.run([*command, "-c", "copy", "-f", "image2", "-update", "1", path], check=False)
+    return path
+
+
+def _check(
+    job: Job,
+    report: Report,
+    plan: Plan,
+    unfinished: Unfinished,
+    target: str | Pattern,
+    frames: int,
+) -> list[str]:
+    """The output's names. Throws Failure when it is not what was to be made."""
+    if not frames:
+        raise Failure(job.input, "no frame came out of it", "check the file")
+    _check_count(job, plan, frames)
+    if os.path.isdir(unfinished.path):
+        files = unfinished.files()
+        if isinstance(target, str):
+            return [target]
+        if plan.encoding and len(files) != frames:
+            raise _cut(job, len(files), frames)
+        first = plan.source.numbers[0] if plan.source.numbers else 1
+        if plan.raw_out is None:  # the host program has left the numbers of other frames free
+            return [target.path(int(Path(file).stem) + first - 1) for file in files]
+        last = first + (plan.source.frames or frames) - 1
+        numbers = chosen_frames(job.frames, first, max(frames, last - first + 1))
+        return [target.path(number) for number in numbers[: len(files)]]
+    assert plan.encoding and isinstance(target, str)
+    if extension(job.output) in PICTURES:
+        if frames > 1 and plan.encoding.container.muxer == "image2":
+            why = f"{frames} frames do not fit into one picture"
+            remedy = "name a sequence like out_%04d.exr, or choose one with --frames"
+            raise Failure(job.output, why, remedy)
+        return [target]
+    made = with_times(probe(unfinished.path))
+    if made.frames != frames:
+        raise _cut(job, made.frames or 0, frames)
+    before = kept.facts(plan.source.upright())
+    found = kept.losses(before, kept.facts(made))
+    found = {name: line for name, line in found.items() if name not in plan.losses}
+    _tell(job, report, Plan(None, None, plan.source, losses=found))
+    return [target]
+
+
+def _cut(job: Job, found: int, expected: int) -> Failure:
+    why = f"{found} frames were written of {expected}"
+    return Failure(job.output, why, "see that the disk has room, and run it again")
+
+
+def _check_count(job: Job, plan: Plan, frames: int) -> None:
+    """What the file says may be wrong; what can be decoded of it decides then."""
+    if plan.expected is None or frames == plan.expected or job.skip_bad_frames:
+        return
+    expected = plan.expected
+    if plan.raw_in and job.frames is None and plan.source.source != "-":
+        expected = _decodable(plan.source)
+    if frames != expected:
+        why = f"{frames} frames came out of {expected}"
+        raise Failure(job.input, why, "run it again, or give --skip-bad-frames")
+
+
+def _decodable(media: Media) -> int:
+    command = ["ffmpeg", "-nostdin", "-v", "error", *media.options, "-i", media.source]
+    command += ["-map", f"0:{media.index}", "-fps_mode", "passthrough", "-progress", "pipe:1"]
+    done = subprocess.run([*command, "-f", "null", "-"], capture_output=True, check=False)
+    counts = re.findall(rb"^frame=\s*(\d+)", done.stdout, re.MULTILINE)
+    return int(counts[-1]) if counts and not complaints(done.stderr) else -1
+
+
+__all__ = ["render", "ffmpeg_name", "sys"]

@@ -1,0 +1,136 @@
+"""What differs between Linux, where the programs run under Wine, and Windows."""
+
+from __future__ import annotations
+
+import ctypes
+import errno
+import os
+import signal
+import subprocess
+import sys
+from pathlib import Path
+from typing import Any, BinaryIO
+
+WINDOWS = sys.platform == "win32"
+if sys.platform != "win32":
+    import fcntl
+
+    _LIBRARY = ctypes.CDLL(None, use_errno=True)
+
+PACKAGE = Path(__file__).resolve().parent
+HOST = "glazelhost.exe"
+_RENAME_NOREPLACE = 1
+_PARENT_DEATH_SIGNAL = 1
+_PIPE_SIZE = 1 << 20
+
+
+def find_root() -> Path | None:
+    """The source tree that this package stands in; none for an installation or an archive."""
+    root = PACKAGE.parents[1]
+    return root if (root / "CMakePresets.json").exists() else None
+
+
+def programs_folder() -> Path:
+    """Where the host program is, or will be once it is built."""
+    given = os.environ.get("GLAZEL_BUILD")
+    root = find_root()
+    if given:
+        return Path(given).resolve() / "bin"
+    if root:
+        return root / "build/release/bin"
+    beside = PACKAGE.parent
+    return beside if (beside / HOST).exists() else beside / "bin"
+
+
+def host_command() -> list[str]:
+    """What a command line of the host program begins with."""
+    program = str(programs_folder() / HOST)
+    if WINDOWS:
+        return [program]
+    root = find_root()
+    return [str(root / "cmake/wine-run.sh" if root else PACKAGE.parent / "wine-run.sh"), program]
+
+
+def host_environment() -> dict[str, str]:
+    """The Wine prefix is the user's own where the tree is not."""
+    environment = dict(os.environ)
+    root = find_root()
+    if not WINDOWS and "GLAZEL_WINEPREFIX" not in environment:
+        if not root or not os.access(root / "build", os.W_OK):
+            cache = os.environ.get("XDG_CACHE_HOME") or os.path.expanduser("~/.cache")
+            environment["GLAZEL_WINEPREFIX"] = os.path.join(cache, "glazel", "wineprefix")
+    return environment
+
+
+def _die_with_parent() -> None:
+    _LIBRARY.prctl(_PARENT_DEATH_SIGNAL, signal.SIGKILL)
+
+
+def start(command: list[str], group: int, **streams: Any) -> subprocess.Popen[bytes]:
+    """A child in the process group `group` (0: one of its own), which the terminal's Ctrl-C does
+    not reach and which does not outlive this process."""
+    if sys.platform == "win32":
+        flags = subprocess.CREATE_NEW_PROCESS_GROUP
+        return subprocess.Popen(command, creationflags=flags, **streams)
+    if group:
+        try:
+            os.killpg(group, 0)
+        except ProcessLookupError:
+            group = 0  # all of them have ended already
+    return subprocess.Popen(command, process_group=group, preexec_fn=_die_with_parent, **streams)
+
+
+def kill(process: subprocess.Popen[bytes]) -> None:
+    """Ends the child and whatever it has started in its group."""
+    if sys.platform != "win32":
+        try:
+            os.killpg(os.getpgid(process.pid), signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+    process.kill()
+
+
+def pipe() -> tuple[int, int]:
+    """A pipe that holds much, where the system allows it."""
+    ends = os.pipe()
+    if sys.platform == "linux":
+        try:
+            fcntl.fcntl(ends[1], fcntl.F_SETPIPE_SZ, _PIPE_SIZE)
+        except OSError:
+            pass  # the user's share of such memory is used up
+    return ends
+
+
+def try_lock(file: BinaryIO) -> bool:
+    """Whether nobody else holds it; on Windows an open file cannot be deleted anyway."""
+    if sys.platform == "win32":
+        return True
+    try:
+        fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        return True
+    except OSError as error:
+        return error.errno not in (errno.EWOULDBLOCK, errno.EACCES)
+
+
+def sync(path: str) -> None:
+    """What was written is on the disk before it gets its name."""
+    with open(path, "rb+") as file:
+        os.fsync(file.fileno())
+
+
+def rename_new(source: str, target: str) -> None:
+    """Throws FileExistsError when there is a `target`, even one that has just been made."""
+    if sys.platform == "win32":
+        os.rename(source, target)
+        return
+    try:
+        os.link(source, target)
+    except FileExistsError:
+        raise
+    except OSError:  # no hard links on this file system
+        names = os.fsencode(source), os.fsencode(target)
+        if _LIBRARY.renameat2(-100, names[0], -100, names[1], _RENAME_NOREPLACE) != 0:
+            number = ctypes.get_errno()
+            raise OSError(number, os.strerror(number), target) from None
+        return
+    os.unlink(source)
