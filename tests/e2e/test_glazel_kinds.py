@@ -1,0 +1,186 @@
+"""What ./glazel render keeps of many kinds of input: judged by ffprobe before and after, and by the
+samples, held against a reference that ffmpeg makes of them in 16 bits. With -s the table is shown.
+"""
+
+import json
+import subprocess
+import sys
+from typing import NamedTuple
+
+import numpy as np
+import pytest
+
+from conftest import DEADLINE, ROOT, ffmpeg, run
+
+sys.path.insert(0, str(ROOT / "tools"))
+from glazel import kept, probe as probing  # noqa: E402
+
+SIZE = "96x64"
+X264 = ("-c:v", "libx264", "-qp", 1)
+FFV1 = ("-c:v", "ffv1")
+TAGS = "setparams=color_primaries=bt709:color_trc=bt709:colorspace=bt709:range=tv"
+HDR = "setparams=color_primaries=bt2020:color_trc=smpte2084:colorspace=bt2020nc:range=tv"
+HLG = HDR.replace("smpte2084", "arib-std-b67")
+MASTERING = ("log-level=error:hdr10=1:repeat-headers=1:chromaloc=2:master-display=G(13250,34500)"
+             "B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50):max-cll=1000,400")
+
+
+class Kind(NamedTuple):
+    """An input, and what becomes of it in an output of that name."""
+    name: str
+    target: str
+    pixels: str
+    words: tuple           # behind the picture's source
+    most: int              # difference of a channel from the reference, of 65535
+    lost: tuple = ()       # facts that the output cannot hold
+    filters: str = TAGS
+    matrix: str = "709"
+    rate: str = "25"
+
+
+def yuv(name, target, pixels, *words, most=800, **more):
+    return Kind(name, target, pixels, words, most, **more)
+
+
+# An 8-bit code is 257 of 65535, one of 10 bits 64; halved chroma of hard edges costs more.
+KINDS = [
+    yuv("h264_420.mp4", "o.mp4", "yuv420p", *X264, most=4000),
+    yuv("h264_422.mkv", "o.mkv", "yuv422p", *X264, most=4000),
+    yuv("h264_444.mkv", "o.mkv", "yuv444p", *X264, most=1600),
+    yuv("h264_10.mkv", "o.mkv", "yuv420p10le", *X264, most=2500),
+    yuv("hevc_10.mp4", "o.mp4", "yuv420p10le", "-c:v", "libx265", "-x265-params",
+        "log-level=error", most=6000),
+    yuv("hevc_12.mkv", "o.mkv", "yuv444p12le", "-c:v", "libx265", "-x265-params",
+        "log-level=error", most=6000),
+    yuv("hdr10.mp4", "o.mp4", "yuv420p10le", "-c:v", "libx265", "-x265-params", MASTERING,
+        most=6000, filters=HDR, matrix="2020_ncl"),
+    yuv("hlg.mkv", "o.mkv", "yuv420p10le", "-c:v", "libx265", "-x265-params", "log-level=error",
+        most=6000, filters=HLG, matrix="2020_ncl"),
+    yuv("prores.mov", "o.mov", "yuv422p10le", "-c:v", "prores_ks", most=4000),
+    yuv("prores_alpha.mov", "o.mov", "yuva444p10le", "-c:v", "prores_ks", "-profile:v", "4444",
+        most=4000),
+    yuv("dnxhr.mov", "o.mov", "yuv422p10le", "-c:v", "dnxhd", "-profile:v", "dnxhr_hqx", "-s",
+        "256x128", most=6000),
+    yuv("dnxhr.mxf", "o.mxf", "yuv422p", "-c:v", "dnxhd", "-profile:v", "dnxhr_hq", "-s",
+        "256x128", most=6000),
+    yuv("ffv1_10.mkv", "o.mkv", "yuv422p10le", *FFV1, most=1200),
+    yuv("ffv1_rgb.mkv", "o.mkv", "gbrp", *FFV1, most=0, filters="null"),
+    yuv("ffv1_rgb12.mkv", "o.mkv", "gbrp12le", *FFV1, most=64, filters="null"),
+    yuv("ffv1_alpha.mkv", "o.mkv", "yuva420p", *FFV1, most=4000),
+    yuv("utvideo.avi", "o.avi", "yuv422p", "-c:v", "utvideo", most=4000),
+    yuv("v210.mov", "o.mov", "yuv422p10le", "-c:v", "v210", most=1200),
+    yuv("vp9.webm", "o.webm", "yuv420p", "-c:v", "libvpx-vp9", "-lossless", 1, most=9000),
+    yuv("mpeg2.ts", "o.ts", "yuv420p", "-c:v", "mpeg2video", "-q:v", 2, most=9000),
+    yuv("interlaced.mkv", "o.mkv", "yuv420p", *X264, "-flags", "+ilme+ildct", most=6000,
+        filters=f"{TAGS},setfield=tff"),
+    yuv("anamorphic.mp4", "o.mp4", "yuv420p", *X264, most=4000, filters=f"{TAGS},setsar=64/45"),
+    yuv("ntsc.mov", "o.mov", "yuv420p", *X264, "-timecode", "01:00:00;02", most=4000,
+        rate="30000/1001"),
+    yuv("odd.mkv", "o.mkv", "yuv420p", *FFV1, most=9000, filters=f"crop=95:63:0:0:exact=1,{TAGS}"),
+    yuv("full.mp4", "o.mp4", "yuv420p", *X264, most=4000, filters=TAGS.replace("tv", "pc")),
+    yuv("gray.mkv", "o.mkv", "gray", *FFV1, most=600, filters="setparams=range=pc"),
+    yuv("animation.gif", "o.gif", "rgb8", most=3000, filters="null"),
+    yuv("half_%04d.exr", "o_%04d.exr", "gbrpf32le", "-format", "half", most=40, filters="null"),
+    yuv("log_%04d.dpx", "o_%04d.dpx", "gbrp10le", most=64, filters="null"),
+    yuv("plain_%04d.ppm", "o_%04d.ppm", "rgb48be", most=0, filters="null"),
+]
+
+
+@pytest.fixture(scope="module")
+def unchanging(tmp_path_factory):
+    """A look that leaves every colour as it is, also outside 0 to 1."""
+    path = tmp_path_factory.mktemp("look") / "none.cc"
+    path.write_text('<ColorCorrection id="none"><SOPNode><Slope>1 1 1</Slope><Offset>0 0 0</Offset>'
+                    '<Power>1 1 1</Power></SOPNode></ColorCorrection>')
+    return path
+
+
+def make(kind, folder):
+    source = folder / kind.name
+    full = "full" if "range=pc" in kind.filters else "limited"
+    turn = f"format=gbrp,zscale=min=gbr:rin=full:m={kind.matrix}:r={full}:c=left,"
+    if kind.pixels.startswith(("gbr", "rgb", "gray")):
+        turn = "format=gbrp,zscale=min=gbr:rin=full:m=gbr:r=full," if "f32" in kind.pixels else ""
+    blurred = "gblur=sigma=3," if kind.pixels.startswith("yuv") else ""
+    ffmpeg("-f", "lavfi", "-i", f"testsrc2=size={SIZE}:rate={kind.rate}", "-frames:v", 6, "-vf",
+           f"{blurred}{turn}format={kind.pixels},{kind.filters}", *kind.words, source)
+    return source
+
+
+def deep_pixels(path):
+    """All frames in RGBA of 16 bits, by ffmpeg's exact conversion with the file's own tags."""
+    first = str(path).replace("%04d", "0001")
+    stream = json.loads(subprocess.run(
+        ["ffprobe", "-v", "error", "-select_streams", "v:0", "-show_streams", "-of", "json", first],
+        capture_output=True, check=True, timeout=DEADLINE).stdout)["streams"][0]
+    chain = "format=gbrap16le"
+    if stream["pix_fmt"].startswith("yuv"):
+        matrix = "2020_ncl" if stream.get("color_space") == "bt2020nc" else "709"
+        full = "full" if stream.get("color_range") == "pc" else "limited"
+        alpha = "a" if stream["pix_fmt"].startswith("yuva") else ""
+        wide = f"scale=flags=accurate_rnd+full_chroma_int,format=yuv{alpha}444p16le"
+        chain = f"{wide},zscale=min={matrix}:rin={full}:m=gbr:r=full,format=gbrap16le"
+    if "f32" in stream["pix_fmt"]:
+        chain = "zscale=min=gbr:rin=full:m=gbr:r=full,format=gbrap16le"
+    raw = ffmpeg("-i", path, "-fps_mode", "passthrough", "-vf", f"{chain},format=rgba64le",
+                 "-f", "rawvideo", "-")
+    return np.frombuffer(raw, "<u2").astype(np.int64)
+
+
+@pytest.mark.parametrize("kind", KINDS, ids=lambda kind: kind.name)
+def test_a_kind_of_input_is_kept(kind, unchanging, tmp_path):
+    source = make(kind, tmp_path)
+    target = tmp_path / kind.target
+    result = run([ROOT / "glazel", "render", source, target, "--look", unchanging, "--linear", "off"])
+    assert result.code == 0, result.lines
+    lost = kept.losses(facts(source), facts(target))
+    told = [line for line in result.lines if any(text in line for text in lost.values())]
+    assert set(lost) == set(kind.lost) and len(told) == len(lost), (lost, result.lines)
+    before, after = deep_pixels(source), deep_pixels(target)
+    assert before.size == after.size, "as many frames of the same size"
+    difference = np.abs(before - after)
+    print(f"{kind.name:20} {kind.pixels:14} largest difference {difference.max():6} of 65535")
+    assert difference.max() <= kind.most
+
+
+def facts(path):
+    pattern = probing.Pattern.parse(str(path))
+    numbers = pattern.numbers() if pattern else None
+    return kept.facts(probing.with_times(probing.probe(str(path), pattern, numbers)))
+
+
+def test_everything_beside_the_picture_is_kept(unchanging, tmp_path):
+    (tmp_path / "words.srt").write_text("1\n00:00:00,000 --> 00:00:00,200\nHello\n")
+    (tmp_path / "chapters").write_text(";FFMETADATA1\ntitle=Film\n[CHAPTER]\nTIMEBASE=1/1000\n"
+                                       "START=0\nEND=100\ntitle=One\n")
+    source = tmp_path / "in.mkv"
+    ffmpeg("-f", "lavfi", "-i", f"testsrc2=size={SIZE}:rate=25", "-f", "lavfi", "-i", "sine",
+           "-f", "lavfi", "-i", "sine=500", "-i", tmp_path / "words.srt", "-i",
+           tmp_path / "chapters", "-t", "0.24", "-map", 0, "-map", 1, "-map", 2, "-map", 3,
+           "-map_metadata", 4, "-map_chapters", 4, *X264, "-c:a", "aac", "-metadata:s:a:0",
+           "language=deu", "-metadata:s:a:1", "language=fra", "-attach", tmp_path / "words.srt",
+           "-metadata:s:t", "mimetype=text/plain", source)
+    result = run([ROOT / "glazel", "render", source, tmp_path / "o.mkv", "--look", unchanging,
+                  "--strict"])
+    assert result.code == 0, result.lines
+    before = facts(source)
+    assert {"sound 1", "sound 2", "subtitle 1", "attachment 1", "chapters"} <= set(before)
+    assert kept.losses(before, facts(tmp_path / "o.mkv")) == {}
+    result = run([ROOT / "glazel", "render", source, tmp_path / "o.mp4", "--look", unchanging])
+    assert result.code == 0, result.lines
+    lost = kept.losses(before, facts(tmp_path / "o.mp4"))
+    assert set(lost) == {"attachment 1", "subtitle 1"}
+    for line in lost.values():
+        assert sum(line in said for said in result.lines) == 1, (line, result.lines)
+
+
+def test_a_rotation_is_applied_and_told(unchanging, tmp_path):
+    ffmpeg("-f", "lavfi", "-i", f"testsrc2=size={SIZE}", "-frames:v", 3, *X264, tmp_path / "a.mp4")
+    ffmpeg("-i", tmp_path / "a.mp4", "-c", "copy", "-metadata:s:v:0", "rotate=90",
+           tmp_path / "in.mp4")
+    result = run([ROOT / "glazel", "render", tmp_path / "in.mp4", tmp_path / "o.mp4", "--look",
+                  unchanging])
+    assert result.code == 0, result.lines
+    assert any("rotation" in line and "applied" in line for line in result.lines)
+    assert facts(tmp_path / "o.mp4")["size"] == "64 x 96"
+    assert "rotation" not in facts(tmp_path / "o.mp4")

@@ -1,0 +1,155 @@
+"""From what was probed to the commands: pure, without any program."""
+
+import pathlib
+import subprocess
+import sys
+from fractions import Fraction
+
+import pytest
+
+ROOT = pathlib.Path(__file__).resolve().parents[3]
+sys.path.insert(0, str(ROOT / "tools"))
+from glazel import colour, command_line, formats, kept, names, plan, probe  # noqa: E402
+from glazel.failure import Failure  # noqa: E402
+
+
+def media(pixels="yuv420p", **more):
+    usual = {"path": "in.mkv", "container": "matroska", "index": 0, "codec": "h264", "profile": "",
+             "width": 64, "height": 48, "format": probe.pixel_formats()[pixels],
+             "colour": probe.Colour("bt709", False, "bt709", "bt709", "left", True),
+             "rate": Fraction(25), "aspect": Fraction(1), "frames": 10, "source": "file:in.mkv"}
+    return probe.Media(**(usual | more))
+
+
+def planned(source, output="out.mkv", **more):
+    return plan.make_plan(plan.Job("in.mkv", output, **more), source, True, True)
+
+
+@pytest.mark.parametrize("pixels, raw", [
+    ("yuv420p", "bgra8"), ("rgba", "bgra8"), ("yuv422p10le", "gbraf32"), ("gbrp12le", "bgra16"),
+    ("yuva444p10le", "bgra16"), ("gray16le", "bgra16"), ("gbrpf32le", "gbraf32")])
+def test_samples_take_the_way_that_keeps_them(pixels, raw):
+    assert colour.raw_for(probe.pixel_formats()[pixels], None).name == raw
+
+
+def test_everything_about_the_colours_is_said_at_both_ends():
+    made = planned(media("yuv420p10le"))
+    for text in (" ".join(made.decode), made.encoding.script()):
+        for word in ("min=", "rin=", ":m=", ":r=", "filter=spline36", "dither="):
+            assert word in text, text
+    assert "cin=left" in " ".join(made.decode) and ":c=left" in made.encoding.script()
+
+
+def test_chroma_of_fields_is_converted_field_by_field():
+    made = planned(media(fields="bff"))
+    for text in (" ".join(made.decode), made.encoding.script()):
+        assert "setfield=bff,separatefields" in text and "weave=first_field=bottom" in text
+    assert "separatefields" not in " ".join(planned(media("yuv422p", fields="bff")).decode)
+
+
+def test_a_size_that_chroma_does_not_divide_goes_through_full_chroma():
+    made = planned(media(width=63))
+    assert "format=yuv444p16le,zscale" in " ".join(made.decode)
+    assert made.encoding.choice.format.chroma() == "4:4:4"
+
+
+@pytest.mark.parametrize("codec, pixels, output, expected", [
+    ("h264", "yuv420p", "o.mp4", ("h264", "yuv420p")),
+    ("hevc", "yuv420p10le", "o.mkv", ("hevc", "yuv420p10le")),
+    ("prores", "yuva444p12le", "o.mov", ("prores", "yuva444p10le")),
+    ("ffv1", "yuv422p12le", "o.mkv", ("ffv1", "yuv422p12le")),
+    ("prores", "yuv422p10le", "o.webm", ("vp9", "yuv422p10le")),
+    ("ffv1", "gbrap", "o.mov", ("ffv1", "bgra")),
+    ("vc1", "yuv420p", "o.mkv", ("h264", "yuv420p")),
+    ("exr", "gbrapf32le", "o.exr", ("exr", "gbrapf32le")),
+    ("rawvideo", "yuv444p", "o.y4m", ("wrapped_avframe", "yuv444p"))])
+def test_the_codec_and_the_samples_stay_or_are_the_nearest(codec, pixels, output, expected):
+    choice = planned(media(pixels, codec=codec), output).encoding.choice
+    assert (choice.codec, choice.format.name) == expected
+
+
+def test_what_is_lost_is_named_and_what_is_gained_is_not():
+    tracks = (probe.Track(1, "audio", "aac", "deu"), probe.Track(2, "attachment", "ttf", name="a.ttf"))
+    before = kept.facts(media("yuv420p", tracks=tracks, chapters=("One",), timecode="01:00:00:00"))
+    after = kept.facts(media("yuv444p10le", tracks=tracks[:1]))
+    assert set(kept.losses(before, after)) == {"attachment 1", "chapters", "timecode"}
+    assert set(kept.losses(kept.facts(media("yuv422p10le")), kept.facts(media("yuv420p")))) == \
+        {"chroma", "depth"}
+
+
+def test_times_are_even_only_within_what_the_clock_of_the_file_explains():
+    base, rate = Fraction(1, 1000), Fraction(30000, 1001)
+    even = [round(n * 1001 / 30) for n in range(300)]
+    assert probe.is_even(even, base, rate)
+    assert not probe.is_even(even[:100] + [time + 20 for time in even[100:]], base, rate)
+
+
+def test_the_expression_of_the_times_gives_each_frame_its_own():
+    times = tuple(n * n for n in range(37))
+    text = plan.times_expression(times)
+
+    def value(frame):
+        return eval(text.replace("if(", "choose("),
+                    {"N": frame, "choose": lambda c, a, b: a if c else b, "lt": lambda a, b: a < b})
+    assert [value(frame) for frame in range(37)] == list(times)
+
+
+def test_frames_are_chosen_by_number_and_step():
+    assert plan.chosen_frames("3-8x2,20-", 1, 21) == [3, 5, 7, 20, 21]
+    assert plan.chosen_frames(None, 1001, 3) == [1001, 1002, 1003]
+    for text in ("", "a", "5-1", "1-4x0", "1,,2"):
+        with pytest.raises(Failure):
+            plan.parse_frames(text)
+
+
+def test_a_pattern_is_one_number_in_the_name(tmp_path):
+    pattern = names.Pattern.parse(str(tmp_path / "a%%_####.exr"))
+    assert pattern.path(7) == str(tmp_path / "a%_0007.exr")
+    assert pattern.text() == str(tmp_path / "a%%_%04d.exr")
+    for number in (7, 9, 12345):
+        pathlib.Path(pattern.path(number)).touch()
+    assert pattern.numbers() == [7, 9, 12345]
+    (tmp_path / "100%d.png").touch()
+    assert names.input_pattern(str(tmp_path / "100%d.png")) is None
+    assert names.Pattern.parse("a.png") is None and names.Pattern.parse("%d_%d.png") is None
+
+
+def test_names_that_ffprobe_and_ffmpeg_spell_differently_are_understood():
+    tagged = media(colour=probe.Colour("bt470bg", False, "bt470bg", "gamma28", "left", True))
+    made = planned(tagged)
+    assert "color_trc=bt470bg" in made.encoding.script()
+    words = made.encoding.colour_words
+    assert words[words.index("-color_trc") + 1] == "5"
+
+
+@pytest.mark.parametrize("command", sorted(set(command_line.commands()) - {"render", "install"}))
+def test_options_are_close_to_what_was_meant(command):
+    with pytest.raises(Failure) as failure:
+        command_line.parse(command, ["--helpp"])
+    assert "did you mean --help?" in str(failure.value) and failure.value.code == 2
+
+
+def test_mastering_display_is_written_in_the_units_of_the_encoder():
+    shown = {"red_x": "34000/50000", "red_y": "16000/50000", "green_x": "13250/50000",
+             "green_y": "34500/50000", "blue_x": "7500/50000", "blue_y": "3000/50000",
+             "white_point_x": "15635/50000", "white_point_y": "16450/50000",
+             "min_luminance": "50/10000", "max_luminance": "10000000/10000"}
+    source = media("yuv420p10le", codec="hevc", mastering=shown, light=(1000, 400))
+    words = " ".join(planned(source).encoding.colour_words)
+    assert "G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50)" in words
+    assert "max-cll=1000,400" in words
+    assert "mastering display" in planned(source, codec="ffv1").losses
+
+
+def test_every_kind_of_file_names_encoders_that_there_are():
+    for name, container in formats.CONTAINERS.items():
+        for codec in container.usual:
+            encoder = formats.encoder_of(codec, probe.pixel_formats()["yuv420p"])
+            assert formats.encoder_formats(encoder), (name, encoder)
+
+
+@pytest.mark.parametrize("words", [["black", "-q", "-l", "100", "--check"], ["pyflakes3"],
+                                   ["mypy", "--strict"]], ids=lambda words: words[0])
+def test_the_code_is_as_its_checkers_want_it(words):
+    done = subprocess.run([*words, ROOT / "tools/glazel"], capture_output=True, check=False)
+    assert done.returncode == 0, (done.stdout + done.stderr).decode()
