@@ -181,7 +181,6 @@ def test_a_video_that_is_cut_is_told_and_rendered_on_demand(folder, clip):
 
 def test_wrong_usage_is_exit_code_2(folder):
     assert script(cwd=folder).code == 2
-    assert script("--look", WARM, "a.png", "b.png", cwd=folder).code == 2
     assert script("a.png", "b.png", cwd=folder).code == 2
 
 
@@ -263,3 +262,25 @@ def times(path):
                            "packet=pts_time", "-of", "csv=p=0", path], capture_output=True,
                           check=True).stdout.decode()
     return sorted(round(float(word.strip(",")), 3) for word in text.split())
+
+
+def test_every_command_of_the_readme_works_in_a_fresh_clone(tmp_path):
+    subprocess.run(["git", "clone", "-q", ROOT, tmp_path / "clone"], check=True)
+    text = (ROOT / "README.md").read_text()
+    commands = "".join(part.partition("```")[0] for part in text.split("```sh\n")[1:])
+    commands = commands.replace("./test.sh\n", "")
+    assert "./glazel render" in commands
+    (tmp_path / "clone/glazel").write_bytes(GLAZEL.read_bytes())
+    result = run(["bash", "-euc", commands], cwd=tmp_path / "clone")
+    assert result.code == 0, result.lines
+    for name in ("graded.png", "cool.mp4", "moving.mov", "grade.glz", "frame_0005.exr"):
+        assert (tmp_path / "clone" / name).exists(), name
+
+
+def test_an_installation_renders_without_the_tree(small, tmp_path):
+    assert run([GLAZEL, "install", tmp_path / "prefix"]).code == 0
+    result = run([tmp_path / "prefix/bin/glazel", "render", small, tmp_path / "out.png", "--look",
+                  WARM], env={"GLAZEL_BUILD": "", "XDG_CACHE_HOME": str(tmp_path / "cache")})
+    assert result.code == 0, result.lines
+    assert (tmp_path / "out.png").exists()
+    assert (tmp_path / "cache/glazel/wineprefix").exists()

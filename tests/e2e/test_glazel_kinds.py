@@ -131,7 +131,8 @@ def deep_pixels(path):
 def test_a_kind_of_input_is_kept(kind, unchanging, tmp_path):
     source = make(kind, tmp_path)
     target = tmp_path / kind.target
-    result = run([ROOT / "glazel", "render", source, target, "--look", unchanging, "--linear", "off"])
+    result = run([ROOT / "glazel", "render", source, target, "--look", unchanging, "--linear", "off",
+                  "--quality", 100])
     assert result.code == 0, result.lines
     lost = kept.losses(facts(source), facts(target))
     told = [line for line in result.lines if any(text in line for text in lost.values())]

@@ -12,7 +12,7 @@ if sys.version_info < (3, 11):
     sys.exit("glazel: this Python is older than 3.11; install a newer one")
 
 from . import command_line, prepare, system
-from .failure import DONE, Failure, Interrupted, WRONG_USAGE
+from .failure import DONE, FAILED, Failure, Interrupted, WRONG_USAGE
 from .render import render
 from .report import Report
 
@@ -47,8 +47,12 @@ def main(words: list[str]) -> int:
     except (Failure, Interrupted) as error:
         report.fail(str(error))
         return error.code
-    except BrokenPipeError:
-        return 1
+    except OSError as error:
+        why = f"the system says: {error.strerror}"
+        report.fail(str(Failure(error.filename or words[0], why, "check the disk and your rights")))
+    except Exception as error:  # a person gets a line, not our insides
+        report.fail(f"{words[0]}: {type(error).__name__}: {error}; report this to the makers")
+    return FAILED
 
 
 _PROJECTS = ("project", "save_project")

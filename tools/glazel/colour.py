@@ -259,13 +259,14 @@ def media_is_palette(target: PixelFormat) -> bool:
     return target.name in ("rgb8", "bgr8", "rgb4_byte", "bgr4_byte", "pal8")
 
 
-def tag_filter(colour: Colour) -> str:
-    """Tags on the frames themselves: some encoders look nowhere else."""
+def tag_filter(colour: Colour, target: PixelFormat) -> str:
+    """Tags on the frames themselves: some encoders look nowhere else. What nobody said is not said
+    now, though the conversion has had to assume it."""
     words = [f"range={'full' if colour.full_range else 'limited'}"]
-    words += [f"color_primaries={colour.primaries}"] if colour.primaries else []
+    words += [f"color_primaries={colour.primaries or 'unknown'}"]
     transfer = {"gamma22": "bt470m", "gamma28": "bt470bg"}.get(colour.transfer, colour.transfer)
-    words += [f"color_trc={transfer}"] if transfer else []
-    words += [f"colorspace={colour.matrix}"] if colour.matrix else []
+    words += [f"color_trc={transfer or 'unknown'}"]
+    words += [] if target.rgb else [f"colorspace={colour.matrix or 'unknown'}"]
     return "setparams=" + ":".join(words)
 
 

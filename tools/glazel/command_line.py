@@ -188,8 +188,12 @@ def parse(command: str, words: list[str]) -> tuple[argparse.Namespace, list[str]
         near = suggestion(command, commands())
         raise Failure(command, "there is no such command", near or "see glazel --help", WRONG_USAGE)
     parser = _parser(command)
-    options, unknown = parser.parse_known_args(words)
     known = [name for action in parser._actions for name in action.option_strings]
+    for word in words[: words.index("--")] if "--" in words else words:
+        near = suggestion(word.partition("=")[0], known)
+        if word.startswith("--") and word.partition("=")[0] not in known and near:
+            raise Failure(word, "there is no such option", near, WRONG_USAGE)
+    options, unknown = parser.parse_known_args(words)
     for word in unknown:
         near = suggestion(word.partition("=")[0], known)
         if command == "render" or near:

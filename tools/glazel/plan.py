@@ -205,7 +205,10 @@ def _encoding(job: Job, media: Media, read: Colour, raw: Raw) -> Encoding:
     expected = replace(kept.predicted(media, container, choice, said), tracks=tracks)
     filters = encode_filters(expected, colour, raw, choice.format)
     if extension(job.output) not in PICTURES:
-        filters += [tag_filter(said), f"setsar={media.aspect.numerator}/{media.aspect.denominator}"]
+        filters += [
+            tag_filter(said, choice.format),
+            f"setsar={media.aspect.numerator}/{media.aspect.denominator}",
+        ]
     filters += [f"setfield={expected.fields}"] if expected.fields else []
     times: tuple[int, ...] = expected.times
     if times and media.start:

@@ -5,7 +5,6 @@ from __future__ import annotations
 import os
 import re
 import subprocess
-import sys
 import tempfile
 import time
 from dataclasses import replace
@@ -20,16 +19,17 @@ from .names import (
     check_apart,
     check_target,
     extension,
-    ffmpeg_name,
     input_pattern,
     missing,
 )
 from .output import Unfinished
 from .pipeline import Run, run_pipeline
 from .plan import Job, Plan, container_of, encode_command, host_words, make_plan, chosen_frames
-from .probe import Media, complaints, pixel_formats, probe, with_times
+from .probe import Colour, Media, PixelFormat, complaints, pixel_formats, probe, with_times
 from .report import Report
 
+_BYTES = PixelFormat("bgra", True, True, 8, 0, 0, False)
+_NO_MEDIA = Media("", "", 0, "", "", 0, 0, _BYTES, Colour(), Fraction(25), Fraction(1))
 _LONGEST_HEADER = 1024  # of a Y4M stream
 
 
@@ -137,22 +137,7 @@ def _of_host(job: Job, pattern: Pattern | None, numbers: list[int]) -> Media:
 
 def _guess(path: str, pixels: str) -> Media:
     number = pixel_formats()[pixels]
-    from .probe import Colour
-
-    return Media(
-        path,
-        "",
-        0,
-        "",
-        "",
-        0,
-        0,
-        number,
-        Colour(),
-        Fraction(25),
-        Fraction(1),
-        linear=number.is_float,
-    )
+    return replace(_NO_MEDIA, path=path, format=number, linear=number.is_float)
 
 
 def _tell(job: Job, report: Report, plan: Plan) -> None:
@@ -168,8 +153,7 @@ def _tell(job: Job, report: Report, plan: Plan) -> None:
 
 
 def _direct(job: Job, report: Report, raw: tuple[bool, bool]) -> None:
-    source = Media.__new__(Media)
-    plan = Plan(None, None, source)
+    plan = Plan(None, None, _NO_MEDIA)
     words = host_words(job, plan, job.output)
     words += ["--overwrite"] if job.overwrite else []
     places = {"standard input": job.input} if job.input != "-" else {}
@@ -330,6 +314,3 @@ def _decodable(media: Media) -> int:
     done = subprocess.run([*command, "-f", "null", "-"], capture_output=True, check=False)
     counts = re.findall(rb"^frame=\s*(\d+)", done.stdout, re.MULTILINE)
     return int(counts[-1]) if counts and not complaints(done.stderr) else -1
-
-
-__all__ = ["render", "ffmpeg_name", "sys"]
