@@ -35,7 +35,7 @@ void CheckHasNoId(const LookText& file)
 
 template <Look (*Read)(std::string_view text, std::string_view path,
                        std::vector<std::string>& warnings)>
-ReadLook ReadTable(LookText file)
+ReadLook ReadTable(LookText&& file)
 {
     CheckHasNoId(file);
     ReadLook read;
@@ -44,7 +44,7 @@ ReadLook ReadTable(LookText file)
 }
 
 template <typename Text, ReadLook (*Read)(Text text, std::string_view path)>
-ReadLook ReadSteps(LookText file)
+ReadLook ReadSteps(LookText&& file)
 {
     CheckHasNoId(file);
     return Read(std::move(file.bytes), file.path);
@@ -56,7 +56,7 @@ bool LooksLikeCdl(std::string_view text) noexcept
     return LooksLikeXml(text) && !LooksLikeClf(text);
 }
 
-ReadLook ReadCdlFile(LookText file)
+ReadLook ReadCdlFile(LookText&& file)
 {
     if (file.bytes.size() > kLargestCdlFile)
     {

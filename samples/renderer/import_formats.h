@@ -31,7 +31,7 @@ struct ImportFormat
     std::string_view ending; // with its dot, in small letters
     FormatGroup group;
     bool (*looksLike)(std::string_view text) noexcept; // null for a record
-    ReadLook (*read)(LookText file);                   // null for a record; throws ImportError
+    ReadLook (*read)(LookText&& file);                 // null for a record; throws ImportError
 };
 
 // In the order in which they are shown. They are tried from the last to the first: a .cube file is

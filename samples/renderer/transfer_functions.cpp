@@ -124,9 +124,9 @@ TransferFunction ExponentFunction(std::string_view style, const ExponentParamete
     {
         return {};
     }
-    const TransferFunction formula =
-        found->hasLine ? LineAndPower(exponent, parameters.offset, found->isReverse)
-                       : PowerFunction(found->isReverse ? 1.0 / exponent : exponent);
+    TransferFunction formula = found->hasLine
+                                   ? LineAndPower(exponent, parameters.offset, found->isReverse)
+                                   : PowerFunction(found->isReverse ? 1.0 / exponent : exponent);
     switch (found->below)
     {
     case Below::Zero:
