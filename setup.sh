@@ -6,11 +6,11 @@ set -euo pipefail
 
 packages=(
   # cross toolchain and build
-  g++-mingw-w64-x86-64-win32 binutils-mingw-w64-x86-64 cmake ninja-build
+  g++-mingw-w64-x86-64-win32 binutils-mingw-w64-x86-64 mingw-w64-tools cmake ninja-build
   # headers used by the host program and the reference renderer
   libcli11-dev nlohmann-json3-dev libstb-dev librapidxml-dev
-  # running Windows programs; compiling the type library
-  wine wine64 libwine-dev wine64-tools
+  # running Windows programs
+  wine wine64
   # video in and out
   ffmpeg python3
 )
