@@ -124,7 +124,9 @@ def test_info_in_json_lists_every_interface_of_the_effect():
 
 
 def test_info_says_why_there_is_no_renderer(tmp_path):
-    report = json.loads(host("info", "--json", "--renderer", tmp_path).output)
+    result = host("info", "--json", "--renderer", tmp_path)
+    assert result.code == 1 and "GZ3Renderer_x64.dll" in result.only_line()
+    report = json.loads(result.output)
     assert report["renderer"]["usable"] is False
     assert "no such file" in report["renderer"]["problem"]
     assert report["renderer"]["remedy"]
@@ -142,7 +144,9 @@ def test_info_names_missing_and_optional_entry_points():
 
 
 def test_info_tells_the_message_box_of_a_failed_start():
-    report = json.loads(host("info", "--json", "--renderer", BIN / "renderers/init_fails").output)
+    result = host("info", "--json", "--renderer", BIN / "renderers/init_fails")
+    assert result.code == 1 and "no effect" in result.only_line()
+    report = json.loads(result.output)
     effect = report["plugin"]["effect"]
     assert effect["created"] is False
     assert "did not initialize successfully" in effect["problem"]

@@ -196,10 +196,18 @@ void RunInfo(const InfoCommand& command)
     if (command.json)
     {
         WriteStandardOutput(report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-        return;
     }
-    const Json& program = report.at("program");
-    WriteStandardOutput("program    " + program.at("file").get<std::string>() +
-                        VersionSuffix(program) + "\n" + RendererText(report.at("renderer")) +
-                        PluginText(report.at("plugin")));
+    else
+    {
+        const Json& program = report.at("program");
+        WriteStandardOutput("program    " + program.at("file").get<std::string>() +
+                            VersionSuffix(program) + "\n" + RendererText(report.at("renderer")) +
+                            PluginText(report.at("plugin")));
+    }
+    renderer.Require();
+    const Json& plugin = report.at("plugin");
+    if (!plugin.contains("effect") || !plugin["effect"].at("created").get<bool>())
+    {
+        throw HostError("the plug-in", "it makes no effect", "do what is told above about it");
+    }
 }
