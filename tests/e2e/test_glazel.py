@@ -1,12 +1,13 @@
 """./glazel render: the whole job for pictures and for video, with ffmpeg around the host program."""
 
 import pathlib
+import re
 import subprocess
 
 import numpy as np
 import pytest
 
-from conftest import COOL, IMAGES, ROOT, WARM, ffmpeg, pixels, probe, render, run
+from conftest import COOL, IMAGES, ROOT, WARM, ffmpeg, host, pixels, probe, render, run
 
 GLAZEL = ROOT / "glazel"
 
@@ -284,3 +285,14 @@ def test_an_installation_renders_without_the_tree(small, tmp_path):
     assert result.code == 0, result.lines
     assert (tmp_path / "out.png").exists()
     assert (tmp_path / "cache/glazel/wineprefix").exists()
+
+
+@pytest.mark.parametrize("command", ["render", "page", "look", "blend", "presets", "info", "compare"])
+def test_the_front_door_knows_every_option_of_the_host_program(command):
+    def options(text):
+        return set(re.findall(r"^ +(?:-h,)?(--[a-z-]+)", text.decode(), re.MULTILINE))
+    # What only the front door says to it.
+    own = {"--opaque", "--range", "--matrix", "--chroma", "--help"}
+    known = options(run([GLAZEL, command, "--help"]).output.replace(b"-h, --", b"--"))
+    missing = options(host(command, "--help").output) - known - own
+    assert not missing

@@ -16,6 +16,7 @@ from .failure import Failure
 if sys.platform != "win32":
     import fcntl
 
+_LONG = 3.0  # seconds: what takes longer is told
 _SHOWN = 30  # lines of a failed step
 _LAUNCHER = """#!/bin/sh
 PYTHONPATH='{}' PYTHONDONTWRITEBYTECODE=1 exec python3 -P -m glazel "$@"
@@ -91,8 +92,9 @@ def _step(
             ).returncode
     else:
         code = subprocess.run(command, cwd=cwd, stdin=subprocess.DEVNULL, check=False).returncode
-    if told:
-        print(f" {time.monotonic() - started:.0f} s", file=sys.stderr)
+    seconds = time.monotonic() - started
+    if told or seconds > _LONG:
+        print(f" {seconds:.0f} s" if told else f"glazel: {name}: {seconds:.0f} s", file=sys.stderr)
     if code == 0:
         return
     if log:

@@ -175,7 +175,7 @@ def complaints(data: bytes) -> list[str]:
         r"Broken pipe|^Conversion failed|Error (writing trailer|closing file|muxing a packet)|"
         r"^Error while (processing|filtering)|Last message repeated|^av_interleaved_write_frame|"
         r"Referenced QT chapter track not found|Could not find codec parameters for stream \d+ "
-        r"\(Attachment|Consider increasing the value|mastering display|^\s*$",
+        r"\(Attachment|Consider increasing the value|mastering display|^\s*$"
     )
     return [line.strip() for line in text.splitlines() if not follows.search(line)]
 

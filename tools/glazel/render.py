@@ -14,14 +14,7 @@ from pathlib import Path
 from . import kept, prepare
 from .failure import Failure
 from .formats import HOST_PICTURES, PICTURES, RAW_FILES
-from .names import (
-    Pattern,
-    check_apart,
-    check_target,
-    extension,
-    input_pattern,
-    missing,
-)
+from .names import Pattern, check_apart, check_target, extension, input_pattern, missing
 from .output import Unfinished
 from .pipeline import Run, run_pipeline
 from .plan import Job, Plan, container_of, encode_command, host_words, make_plan, chosen_frames
@@ -251,12 +244,7 @@ def _extracted(media: Media, index: int, work: Path) -> str:
 
 
 def _check(
-    job: Job,
-    report: Report,
-    plan: Plan,
-    unfinished: Unfinished,
-    target: str | Pattern,
-    frames: int,
+    job: Job, report: Report, plan: Plan, unfinished: Unfinished, target: str | Pattern, frames: int
 ) -> list[str]:
     """The output's names. Throws Failure when it is not what was to be made."""
     if not frames:
