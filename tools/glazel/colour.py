@@ -134,6 +134,8 @@ def _place(colour: Colour, number: PixelFormat, side: str) -> str:
 
 def planar(number: PixelFormat) -> str:
     """The planes that the conversion takes without losing anything of `number`."""
+    if number.name in PLANAR:  # yuvj420p is not yuv420p: on the way between them ffmpeg converts
+        return number.name
     sub = {(1, 1): "420", (1, 0): "422", (0, 1): "440", (2, 0): "411", (2, 2): "410"}
     alpha = "a" if number.alpha else ""
     chroma = sub.get((number.sub_w, number.sub_h), "444")

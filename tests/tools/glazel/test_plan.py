@@ -153,3 +153,11 @@ def test_every_kind_of_file_names_encoders_that_there_are():
 def test_the_code_is_as_its_checkers_want_it(words):
     done = subprocess.run([*words, ROOT / "tools/glazel"], capture_output=True, check=False)
     assert done.returncode == 0, (done.stdout + done.stderr).decode()
+
+
+def test_the_archive_for_windows_holds_every_module():
+    sys.path.insert(0, str(ROOT / "packaging"))
+    import contents
+    held = {item.name for item in contents.items(ROOT / "build/release", ROOT / "none")}
+    modules = {f"glazel/{path.name}" for path in (ROOT / "tools/glazel").glob("*.py")}
+    assert modules and modules | {"windows.md", "video.md"} <= held
