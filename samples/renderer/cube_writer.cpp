@@ -90,7 +90,7 @@ std::string CubeFileText(const Look& look)
     AppendHeader(text, look);
     if (look.curves)
     {
-        const std::uint32_t size = look.curves->size;
+        const std::size_t size = look.curves->size;
         const float* const values = look.curves->values.data();
         for (std::size_t i = 0; i < size; ++i)
         {
