@@ -128,8 +128,8 @@ TEST_F(LookImport, NeitherOfAPairLosesWhatItHolds)
         return "<ProcessList id=\"x\">" + nodes + "</ProcessList>";
     };
     const std::string cdl = "<ASC_CDL inBitDepth=\"8i\" outBitDepth=\"8i\"/>";
-    const std::string lut = "<LUT1D inBitDepth=\"8i\" outBitDepth=\"8i\"><Array dim=\"2 1\">0 "
-                            "255</Array></LUT1D>";
+    const std::string lut = "<LUT1D inBitDepth=\"8i\" outBitDepth=\"8i\"><Array dim=\"2 1\">255 "
+                            "0</Array></LUT1D>";
     m_files.files["cdl.clf"] = list(cdl);
     m_files.files["lut.clf"] = list(lut);
     m_files.files["both.clf"] = list(cdl + lut);
