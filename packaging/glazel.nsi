@@ -824,7 +824,7 @@ Function ShowRendererPage
 FunctionEnd
 
 LangString ABOUT_PLUGIN 1033 "The effect and its property page, registered for all users."
-LangString ABOUT_RENDERER 1033 "A small renderer for .cube, CDL and .look files, for the host program."
+LangString ABOUT_RENDERER 1033 "A small renderer for LUTs, CDLs and .look files, for the host program."
 LangString ABOUT_HOST 1033 "glazelhost renders pictures and video through the effect, without an editor."
 LangString ABOUT_LOOKS 1033 "Three looks to try."
 !insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN

@@ -310,7 +310,7 @@ void EditorWindow::Changed()
     {
         MarkNumbers(m_texts.focusedNumber, {}); // its box shows the number of the look again
     }
-    std::wstring tables = L"None: import a .cube file, or drop one here";
+    std::wstring tables = L"None: import a LUT, or drop its file here";
     if (m_draft.HasTables())
     {
         const std::wstring title = Widen(m_draft.Title());
