@@ -9,7 +9,7 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.path.insert(0, str(ROOT / "tools"))
-from glazel import colour, command_line, formats, kept, names, plan, probe  # noqa: E402
+from glazel import colour, command_line, formats, kept, names, plan, probe, system  # noqa: E402
 from glazel.failure import Failure  # noqa: E402
 
 
@@ -161,3 +161,13 @@ def test_the_archive_for_windows_holds_every_module():
     held = {item.name for item in contents.items(ROOT / "build/release", ROOT / "none")}
     modules = {f"glazel/{path.name}" for path in (ROOT / "tools/glazel").glob("*.py")}
     assert modules and modules | {"windows.md", "video.md"} <= held
+
+
+def test_a_name_that_was_taken_at_the_last_moment_is_left_alone(tmp_path):
+    (tmp_path / "mine").write_text("mine")
+    (tmp_path / "theirs").write_text("theirs")
+    with pytest.raises(FileExistsError):
+        system.rename_new(str(tmp_path / "mine"), str(tmp_path / "theirs"))
+    assert (tmp_path / "theirs").read_text() == "theirs" and (tmp_path / "mine").exists()
+    system.rename_new(str(tmp_path / "mine"), str(tmp_path / "new"))
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["new", "theirs"]
