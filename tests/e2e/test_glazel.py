@@ -287,7 +287,8 @@ def test_an_installation_renders_without_the_tree(small, tmp_path):
     assert (tmp_path / "cache/glazel/wineprefix").exists()
 
 
-@pytest.mark.parametrize("command", ["render", "page", "look", "blend", "presets", "info", "compare"])
+@pytest.mark.parametrize("command", ["render", "page", "look", "blend", "presets", "info", "compare",
+                                     "explain"])
 def test_the_front_door_knows_every_option_of_the_host_program(command):
     def options(text):
         return set(re.findall(r"^ +(?:-h,)?(--[a-z-]+)", text.decode(), re.MULTILINE))

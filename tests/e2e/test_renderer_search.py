@@ -45,8 +45,9 @@ class Places:
         """What the program says about the renderer."""
         result = self.prefix.run(self.program / "glazelhost.exe", "info", "--json",
                                  cwd=self.current, env={"WINEPATH": windows_path(self.path)})
-        assert result.code == 0, result
-        return json.loads(result.output)["renderer"]
+        report = json.loads(result.output)["renderer"]
+        assert result.code == (0 if report["usable"] else 1), result
+        return report
 
     def shown(self, folder):
         """The renderer's file in `folder` as the program shows it."""

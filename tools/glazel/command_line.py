@@ -40,6 +40,8 @@ _OPTIONS = {
 --quality 1-100       of lossy codecs and JPEG; 100 is best (default: hardly to be seen)
 --encoder-options "..." words for ffmpeg's encoder, such as "-preset slow -crf 12"
 --bits 8|16|32        bits a channel of output pictures: PNG, TIFF
+--dither              spread the rounding of floats to 8-bit pictures, instead of banding
+--seed N              another pattern of --dither (default: 0)
 --matrix bt601|bt709|bt2020 of a video that does not say (default: by its size)
 --range limited|full  of a video that does not say (default: limited)
 --size WxH            size of raw input
@@ -60,6 +62,7 @@ _OPTIONS = {
 --overwrite           replace the FILE of --save-look that exists
 """,
     "look": """
+--points 2-65         points a side of a .cube (default: as exact as the look needs)
 --overwrite           replace an output that exists
 --linear on|off       take the pixels for linear light or not (default: as the look says)
 --unclamped           apply a CDL without clamping between its steps
@@ -85,6 +88,13 @@ _OPTIONS = {
 --json                as one JSON object
 """,
     "explain": """
+--colour R,G,B        a colour instead of a pixel
+--look FILE           the look to explain
+--linear auto|on|off  take the pixels for linear light or not (default: auto)
+--unclamped           apply a CDL without clamping between its steps
+--depth 8|float       precision to work in (default: 8 for 8-bit input, else float)
+--frame N             number of the frame, as --frames of "render" has it (default: the first)
+--size WxH            size of raw input
 --json                as one JSON object
 """,
     "install": "",
@@ -92,12 +102,12 @@ _OPTIONS = {
 _COMMANDS = {  # positional words and what the command is for
     "render": ("INPUT OUTPUT", "Render a picture, a sequence or a video with a look."),
     "page": ("", "Show the effect's property page under a picture that it grades."),
-    "look": ("IN OUT.look", "Convert a look through the renderer and say what it holds."),
+    "look": ("IN OUT", "Convert a look to .look, .cube or .cc and say what it holds."),
     "blend": ("A B FRACTION OUT.look", "Blend two looks as between keyframes."),
     "presets": ("", "List the presets of the effect."),
     "info": ("", "Tell versions, classes, interfaces and the state of the renderer."),
     "compare": ("A B", "Tell how far apart two pictures or clips are."),
-    "explain": ("...", "Explain what a renderer does with a look."),
+    "explain": ("...", "Tell what a look does to one pixel: X,Y INPUT, or --colour."),
     "install": ("PREFIX", "Copy the programs to PREFIX/lib/glazel and link PREFIX/bin/glazel."),
 }
 _RENDER_HELP = """
@@ -151,7 +161,7 @@ def commands() -> list[str]:
 
 
 def options_of(command: str) -> str:
-    more = "" if command in ("compare", "install", "explain") else _TOOLS
+    more = "" if command in ("compare", "install") else _TOOLS
     return _OPTIONS[command].strip("\n") + more.rstrip("\n")
 
 
