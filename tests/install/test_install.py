@@ -35,9 +35,11 @@ OTHER_WINDOWS = 10
 NO_REGISTRAR = {"WINEDLLOVERRIDES": "mscoree,mshtml,atl="}  # the plug-in cannot change its entries
 PLUGIN_ONLY = {"GlazelDX_x64.dll", "LICENSE.txt", "third-party-licences.txt",
                "troubleshooting.md", "uninstall.exe"}
-EVERYTHING = PLUGIN_ONLY | {"GZ3Renderer_x64.dll", "glazelhost.exe", "looks/README.md",
-                            "looks/bleach_bypass.cube", "looks/cool_night.cc",
-                            "looks/warm_print.cube"}
+HOST = ({"glazelhost.exe", "video.md", "windows.md"} |
+        {f"glazel/{path.name}" for path in (ROOT / "tools/glazel").glob("*.py")})
+EVERYTHING = PLUGIN_ONLY | HOST | {"GZ3Renderer_x64.dll", "looks/README.md",
+                                   "looks/bleach_bypass.cube", "looks/cool_night.cc",
+                                   "looks/warm_print.cube"}
 
 
 @pytest.fixture(scope="session")
@@ -305,7 +307,7 @@ def test_parts_are_left_out_and_come_later(machine):
     assert machine.setup("/NORENDERER", "/NOHOST", "/NOLOOKS") == 0
     assert machine.installed() == PLUGIN_ONLY
     assert machine.setup("/NOHOST") == 0
-    assert machine.installed() == EVERYTHING - {"glazelhost.exe"}
+    assert machine.installed() == EVERYTHING - HOST
     assert machine.setup("/NORENDERER", "/NOHOST", "/NOLOOKS") == 0
     assert machine.installed() == PLUGIN_ONLY
     assert machine.setup("/ALL") == 0
@@ -324,7 +326,7 @@ def test_the_files_of_an_installation_without_a_list_of_them_are_known(machine):
     assert machine.setup(version=OLDER) == 0
     assert machine.prefix.run("reg", "delete", f"{ENTRY}\\Files", "/f").code == 0
     assert machine.setup("/NOHOST") == 0
-    assert machine.installed() == EVERYTHING - {"glazelhost.exe"}
+    assert machine.installed() == EVERYTHING - HOST
 
 
 def test_without_a_renderer_the_host_program_says_why_none_was_loaded(machine):
@@ -462,7 +464,7 @@ def small_disk(machine):
         pytest.skip("only root can make a small disk")
     folder = machine.prefix.drive_c / "Small"
     folder.mkdir()
-    if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=7m", "small", folder],
+    if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=8m", "small", folder],
                       check=False).returncode != 0:
         folder.rmdir()
         pytest.skip("this system does not let root make a small disk")
