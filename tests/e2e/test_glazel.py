@@ -136,6 +136,22 @@ def test_a_video_becomes_a_sequence_and_a_sequence_a_video(folder, clip):
         {"nb_frames": "3", "r_frame_rate": "12/1"}
 
 
+@pytest.mark.parametrize("kind, then", [("png", "jpg"), ("exr", "dpx"), ("exr", "png"),
+                                        ("png", "exr")])
+def test_a_sequence_is_named_with_either_sign_in_any_folder(kind, then, folder):
+    place = folder / "100%_%d"
+    place.mkdir()
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=32x16", "-frames:v", 6, "-start_number", 98,
+           folder / f"s_%03d.{kind}")
+    for picture in folder.glob("s_*"):
+        picture.rename(place / picture.name)
+    result = script(f"{place.name}/s_###.{kind}", f"{place.name}/t_####.{then}", "--look", WARM,
+                    "--frames", "1-99,100-9999999999x2", cwd=folder)
+    assert result.code == 0, result.lines
+    assert {path.name for path in place.glob("t_*")} == \
+        {f"t_{number:04}.{then}" for number in (98, 99, 100, 102)}
+
+
 def test_chosen_frames_go_without_sound(folder, clip):
     result = script(clip.name, "out.mp4", "--look", WARM, "--frames", "1-6", cwd=folder)
     assert result.code == 0
@@ -222,6 +238,20 @@ def test_input_output_and_project_are_different_files(folder, clip):
     result = script(clip.name, "a.mkv", "--look", WARM, "--save-project", "a.mkv", cwd=folder)
     assert result.code == 2 and "--save-project" in result.only_line()
     assert clip.read_bytes() == before
+
+
+@pytest.mark.parametrize("kind, target", [
+    ("png", "s_%04d.png"), ("png", "./s_####.png"), ("png", "s_0002.png"), ("exr", "s_%04d.exr"),
+    ("exr", "folder/s_%04d.exr")])
+def test_no_picture_of_a_sequence_is_its_own_output(kind, target, folder):
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=32x16", "-frames:v", 3, folder / f"s_%04d.{kind}")
+    (folder / "folder").symlink_to(".")
+    before = [path.read_bytes() for path in sorted(folder.glob("s_*"))]
+    result = script(f"s_%04d.{kind}", target, "--look", WARM, "--overwrite", cwd=folder)
+    assert result.code == 2 and "the input" in result.only_line()
+    assert [path.read_bytes() for path in sorted(folder.glob("s_*"))] == before
+    result = script(f"s_%04d.{kind}", f"s_%05d.{kind}", "--look", WARM, cwd=folder)
+    assert result.code == 0, result.lines
 
 
 def test_y4m_goes_through_pipes(folder, clip):

@@ -46,12 +46,17 @@ class Pattern:
     def path(self, number: int) -> str:
         return os.path.join(self.folder, f"{self.before}{number:0{self.digits}}{self.after}")
 
-    def text(self) -> str:
-        """As ffmpeg and the host program read it."""
-        escaped = [part.replace("%", "%%") for part in (self.before, self.after)]
+    def for_ffmpeg(self) -> str:
+        """It expands folders too."""
+        return os.path.join(_escaped(self.folder), self._name())
+
+    def for_host(self) -> str:
+        """It expands the file name alone."""
+        return os.path.join(self.folder, self._name())
+
+    def _name(self) -> str:
         number = f"%0{self.digits}d" if self.digits > 1 else "%d"
-        # ffmpeg expands a pattern in folders too; the host in the file name alone.
-        return os.path.join(self.folder, f"{escaped[0]}{number}{escaped[1]}")
+        return _escaped(self.before) + number + _escaped(self.after)
 
     def numbers(self) -> list[int]:
         """Of the files that there are, in order."""
@@ -59,6 +64,10 @@ class Pattern:
         names = os.listdir(self.folder or ".") if os.path.isdir(self.folder or ".") else []
         numbers = [int(found[1]) for found in map(form.fullmatch, names) if found]
         return sorted(n for n in numbers if os.path.exists(self.path(n)))
+
+
+def _escaped(text: str) -> str:
+    return text.replace("%", "%%")
 
 
 def input_pattern(path: str) -> Pattern | None:
@@ -80,18 +89,22 @@ def missing(path: str) -> Failure:
     return Failure(path, "there is no such file", near or "check the path")
 
 
-def same_file(first: str, second: str) -> bool:
-    """By identity, also of files that are yet to be made."""
-    if os.path.exists(first) and os.path.exists(second):
-        return os.path.samefile(first, second)
-    return os.path.realpath(first) == os.path.realpath(second)
+def _identity(path: str) -> object:
+    """Equal for two names of one file, also of one that is yet to be made."""
+    try:
+        found = os.stat(path)
+        return found.st_dev, found.st_ino
+    except OSError:
+        return os.path.realpath(path)
 
 
-def check_apart(output: str, others: dict[str, str]) -> None:
-    """`others`: what it is -> path."""
-    for what, path in others.items():
-        if same_file(output, path):
-            raise Failure(output, f"it is {what} too", "name another file", WRONG_USAGE)
+def check_apart(outputs: list[str], others: dict[str, list[str]]) -> None:
+    """`others`: what it is -> paths."""
+    made = {_identity(path): path for path in outputs}
+    for what, paths in others.items():
+        for path in paths:
+            if output := made.get(_identity(path)):
+                raise Failure(output, f"it is {what} too", "name another file", WRONG_USAGE)
 
 
 def check_target(path: str, overwrite: bool) -> None:

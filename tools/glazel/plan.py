@@ -60,16 +60,19 @@ def parse_frames(text: str) -> list[tuple[int, int | None, int]]:
     return ranges
 
 
-def chosen_frames(text: str | None, first: int, count: int) -> list[int]:
+def _chosen_ranges(text: str | None, first: int, count: int) -> list[range]:
     """Of the frames numbered from `first`, those to render."""
-    everything = range(first, first + count)
-    if text is None:
-        return list(everything)
-    found: set[int] = set()
-    for begin, end, step in parse_frames(text):
-        last = first + count - 1 if end is None else end
-        found |= {n for n in range(begin, last + 1, step) if n in everything}
-    return sorted(found)
+    most = first + count
+    found = []
+    for begin, end, step in parse_frames(text) if text is not None else [(first, None, 1)]:
+        begin += -(-max(0, first - begin) // step) * step  # the first of its steps that is there
+        found.append(range(begin, most if end is None else min(end + 1, most), step))
+    return [numbers for numbers in found if numbers]
+
+
+def chosen_frames(text: str | None, first: int, count: int) -> list[int]:
+    """The same, one by one, in order."""
+    return sorted(set[int]().union(*_chosen_ranges(text, first, count)))
 
 
 @dataclass(frozen=True)
@@ -326,7 +329,8 @@ def times_expression(times: tuple[int, ...], first: int = 0) -> str:
 def host_words(job: Job, plan: Plan, output: str) -> list[str]:
     """The host program's command line for `plan`; `output` is where its own pictures go."""
     media = plan.source.upright()
-    words = ["render", "-" if plan.raw_in else _plain(job.input)]
+    source = media.pattern.for_host() if media.pattern else job.input
+    words = ["render", "-" if plan.raw_in else _plain(source)]
     words += ["-" if plan.raw_out else _plain(output), *job.host]
     if plan.raw_in:
         words += ["--input-format", plan.raw_in.name, "--size", f"{media.width}x{media.height}"]
@@ -344,9 +348,12 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
     words += ["--depth", job.depth] if job.depth else []
     words += ["--skip-bad-frames"] if job.skip_bad_frames else []
     if job.frames is not None:
-        numbers = media.numbers if plan.raw_in else ()  # these count from 1 in a pipe
-        chosen = chosen_frames(job.frames, numbers[0], len(numbers)) if numbers else []
-        words += ["--frames", _runs([n - numbers[0] + 1 for n in chosen]) or job.frames]
+        text = job.frames
+        if plan.raw_in and media.numbers:  # these count from 1 in a pipe
+            before = media.numbers[0] - 1
+            ranges = _chosen_ranges(text, before + 1, len(media.numbers))
+            text = ",".join(f"{r[0] - before}-{r[-1] - before}x{r.step}" for r in ranges)
+        words += ["--frames", text]
     if plan.expected and plan.raw_in:
         words += ["--expect", str(plan.source.frames or plan.expected)]
     return words
@@ -355,14 +362,3 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
 def _plain(path: str) -> str:
     """A name that is no option."""
     return "./" + path if path.startswith("-") and path != "-" else path
-
-
-def _runs(numbers: list[int]) -> str:
-    """As the host program takes a list of frames."""
-    parts: list[list[int]] = []
-    for number in numbers:
-        if parts and number == parts[-1][1] + 1:
-            parts[-1][1] = number
-        else:
-            parts.append([number, number])
-    return ",".join(f"{first}-{last}" for first, last in parts)

@@ -227,7 +227,7 @@ def _source(path: str, pattern: Pattern | None, numbers: list[int]) -> tuple[lis
     """The options before -i, and what stands behind it."""
     if pattern:
         start = ["-f", "image2", "-start_number", str(numbers[0])]
-        return start, ffmpeg_name(pattern.text())
+        return start, ffmpeg_name(pattern.for_ffmpeg())
     if "%" in path and extension(path) in STILL:  # ffmpeg would look for a sequence
         return ["-f", "image2", "-pattern_type", "none"], ffmpeg_name(path)
     return [], ffmpeg_name(path)

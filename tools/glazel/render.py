@@ -40,14 +40,19 @@ def render(job: Job, report: Report, others: dict[str, str], raw: tuple[bool, bo
     encoded = not raw[1] and (job.output == "-" or not _host_reads(job.output))
     target = _target(job, pattern)
     if job.output != "-":
-        first = target.path(1) if isinstance(target, Pattern) else target
-        check_target(first, job.overwrite or isinstance(target, Pattern))
-        check_apart(first, {"the input": job.input} | others)
+        if isinstance(target, Pattern):
+            made = [target.path(number) for number in numbers or [1]]
+        else:
+            made = [target]
+        check_target(made[0], job.overwrite or isinstance(target, Pattern))
+        read = [pattern.path(number) for number in numbers] if pattern else [job.input]
+        named = {what: [path] for what, path in others.items()}
+        check_apart(made, {"the input": read if job.input != "-" else []} | named)
     if encoded:
         container_of(job.output)
     if not decoded and not encoded:
         prepare.programs()
-        _direct(job, report, raw)
+        _direct(job, report, raw, pattern, target)
         return
     head = _header() if job.input == "-" and decoded else b""
     if pattern:
@@ -99,10 +104,10 @@ def _wanted(job: Job, pattern: Pattern, numbers: list[int]) -> list[int]:
         why = f"it has none of the chosen frames: its numbers are {numbers[0]} to {numbers[-1]}"
         raise Failure(job.input, why, "choose from these with --frames")
     wanted = list(range(chosen[0], chosen[-1] + 1))
-    gap = next((n for n in chosen if n not in set(numbers)), None)
-    if gap is not None:
+    gaps = set(chosen).difference(numbers)
+    if gaps:
         why = "this picture of the sequence is missing"
-        raise Failure(pattern.path(gap), why, "make it again, or leave it out with --frames")
+        raise Failure(pattern.path(min(gaps)), why, "make it again, or leave it out with --frames")
     return wanted
 
 
@@ -145,9 +150,16 @@ def _tell(job: Job, report: Report, plan: Plan) -> None:
         raise Failure(job.output, f"not everything can be kept: {first}{rest}", remedy)
 
 
-def _direct(job: Job, report: Report, raw: tuple[bool, bool]) -> None:
-    plan = Plan(None, None, _NO_MEDIA)
-    words = host_words(job, plan, job.output)
+def _direct(
+    job: Job,
+    report: Report,
+    raw: tuple[bool, bool],
+    pattern: Pattern | None,
+    target: str | Pattern,
+) -> None:
+    plan = Plan(None, None, replace(_NO_MEDIA, pattern=pattern))
+    place = target.for_host() if isinstance(target, Pattern) else target
+    words = host_words(job, plan, place)
     words += ["--overwrite"] if job.overwrite else []
     places = {"standard input": job.input} if job.input != "-" else {}
     started = time.monotonic()

@@ -97,6 +97,8 @@ def test_the_expression_of_the_times_gives_each_frame_its_own():
 def test_frames_are_chosen_by_number_and_step():
     assert plan.chosen_frames("3-8x2,20-", 1, 21) == [3, 5, 7, 20, 21]
     assert plan.chosen_frames(None, 1001, 3) == [1001, 1002, 1003]
+    assert plan.chosen_frames("1-10x3,1-1000000000000x5", 5, 10) == [6, 7, 10, 11]
+    assert plan.chosen_frames("1-4,9-", 5, 4) == []
     for text in ("", "a", "5-1", "1-4x0", "1,,2"):
         with pytest.raises(Failure):
             plan.parse_frames(text)
@@ -105,7 +107,8 @@ def test_frames_are_chosen_by_number_and_step():
 def test_a_pattern_is_one_number_in_the_name(tmp_path):
     pattern = names.Pattern.parse(str(tmp_path / "a%%_####.exr"))
     assert pattern.path(7) == str(tmp_path / "a%_0007.exr")
-    assert pattern.text() == str(tmp_path / "a%%_%04d.exr")
+    assert pattern.for_host() == str(tmp_path / "a%%_%04d.exr")
+    assert names.Pattern.parse("5%_d/a_#.exr").for_ffmpeg() == "5%%_d/a_%d.exr"
     for number in (7, 9, 12345):
         pathlib.Path(pattern.path(number)).touch()
     assert pattern.numbers() == [7, 9, 12345]
