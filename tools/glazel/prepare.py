@@ -16,7 +16,7 @@ from .failure import Failure
 if sys.platform != "win32":
     import fcntl
 
-_LONG = 3.0  # seconds: what takes longer is told
+_LONG = 1.0  # seconds: what takes longer is told
 _SHOWN = 30  # lines of a failed step
 _LAUNCHER = """#!/bin/sh
 PYTHONPATH='{}' PYTHONDONTWRITEBYTECODE=1 exec python3 -P -m glazel "$@"
@@ -35,21 +35,23 @@ def programs() -> None:
     build = system.programs_folder().parent
     if not os.access(root, os.W_OK) and (system.programs_folder() / system.HOST).exists():
         return  # somebody else's tree, which is built
-    _step("installing packages", [str(root / "setup.sh"), "--render"], None)
     (root / "build").mkdir(exist_ok=True)
+    log = root / "build/render.log"
+    _step("installing packages", [str(root / "setup.sh"), "--render"], log, root)
     # Two renders at once must not build at once.
-    with open(root / "build/render.lock", "w", encoding="ascii") as lock:
-        fcntl.flock(lock, fcntl.LOCK_EX)
+    with open(root / "build/render.lock", "wb") as lock:
+        if not system.try_lock(lock):
+            print("glazel: waiting for another glazel that builds ...", file=sys.stderr)
+            fcntl.flock(lock, fcntl.LOCK_EX)
         first = not (build / "build.ninja").exists()
-        log = root / "build/render.log"
         if first:
             configure = ["cmake", "--preset", "release", "-B", str(build), "-DGLAZEL_TESTS=OFF"]
-            _step("configuring", configure, log, root, True)
+            _step("configuring", configure, log, root)
         build_words = ["cmake", "--build", str(build), "--target", *_TARGETS]
-        _step("building", build_words, log, root, first)
+        _step("building", build_words, log, root)
         if first:
             wine = [*system.host_command()[:1], "cmd", "/c", "exit"]
-            _step("preparing Wine", wine, log, root, True)
+            _step("preparing Wine", wine, log, root)
 
 
 def install(prefix: str) -> None:
@@ -77,30 +79,27 @@ def install(prefix: str) -> None:
         raise Failure(error.filename or prefix, why, "choose a folder of your own") from error
 
 
-def _step(
-    name: str, command: list[str], log: Path | None, cwd: Path | None = None, told: bool = False
-) -> None:
-    """Runs one step; tells of it when it takes its time, and shows its words when it fails."""
+def _step(name: str, command: list[str], log: Path, cwd: Path) -> None:
+    """Runs one step; tells of it once it takes its time, and shows its words when it fails."""
     started = time.monotonic()
-    if told:
-        print(f"glazel: {name} ...", file=sys.stderr, end="", flush=True)
-    if log:
-        with open(log, "ab") as words:
-            begin = words.tell()
-            code = subprocess.run(
-                command, cwd=cwd, stdin=subprocess.DEVNULL, stdout=words, stderr=words, check=False
-            ).returncode
-    else:
-        code = subprocess.run(command, cwd=cwd, stdin=subprocess.DEVNULL, check=False).returncode
-    seconds = time.monotonic() - started
-    if told or seconds > _LONG:
-        print(f" {seconds:.0f} s" if told else f"glazel: {name}: {seconds:.0f} s", file=sys.stderr)
-    if code == 0:
-        return
-    if log:
-        with open(log, "rb") as words:
-            words.seek(begin)
-            lines = words.read().decode("utf-8", "replace").splitlines()
+    begin = log.stat().st_size if log.exists() else 0
+    told = False
+    with open(log, "ab") as words:
+        process = subprocess.Popen(
+            command, cwd=cwd, stdin=subprocess.DEVNULL, stdout=words, stderr=words
+        )
+        with process:
+            try:
+                process.wait(_LONG)
+            except subprocess.TimeoutExpired:
+                told = True
+                print(f"glazel: {name} ...", file=sys.stderr, end="", flush=True)
+                process.wait()
+            finally:
+                process.kill()  # after Ctrl-C
+                if told:
+                    print(f" {time.monotonic() - started:.0f} s", file=sys.stderr)
+    if process.returncode != 0:
+        lines = log.read_bytes()[begin:].decode("utf-8", "replace").splitlines()
         print("\n".join(line[:300] for line in lines[-_SHOWN:]), file=sys.stderr)
         raise Failure(name, f"it failed, see above and {log}", "mend that and run again")
-    raise Failure(name, "it failed, see above", "mend that and run again")

@@ -9,7 +9,7 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.path.insert(0, str(ROOT / "tools"))
-from glazel import colour, command_line, formats, kept, names, plan, probe, system  # noqa: E402
+from glazel import colour, command_line, formats, kept, names, plan, prepare, probe, system  # noqa: E402
 from glazel.failure import Failure  # noqa: E402
 
 
@@ -174,3 +174,13 @@ def test_a_name_that_was_taken_at_the_last_moment_is_left_alone(tmp_path):
     assert (tmp_path / "theirs").read_text() == "theirs" and (tmp_path / "mine").exists()
     system.rename_new(str(tmp_path / "mine"), str(tmp_path / "new"))
     assert sorted(path.name for path in tmp_path.iterdir()) == ["new", "theirs"]
+
+
+def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
+        tmp_path, capsys, monkeypatch):
+    monkeypatch.setattr(prepare, "_LONG", 0)
+    prepare._step("waiting", ["true"], tmp_path / "log", tmp_path)
+    assert capsys.readouterr().err.startswith("glazel: waiting ... ")
+    with pytest.raises(Failure, match="see above"):
+        prepare._step("building", ["sh", "-c", "echo why; exit 3"], tmp_path / "log", tmp_path)
+    assert capsys.readouterr().err.endswith("\nwhy\n")
