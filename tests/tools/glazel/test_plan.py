@@ -179,7 +179,7 @@ def test_a_name_that_was_taken_at_the_last_moment_is_left_alone(tmp_path):
 def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
         tmp_path, capsys, monkeypatch):
     monkeypatch.setattr(prepare, "_LONG", 0)
-    prepare._step("waiting", ["true"], tmp_path / "log", tmp_path)
+    prepare._step("waiting", ["sleep", "0.5"], tmp_path / "log", tmp_path)
     assert capsys.readouterr().err.startswith("glazel: waiting ... ")
     with pytest.raises(Failure, match="see above"):
         prepare._step("building", ["sh", "-c", "echo why; exit 3"], tmp_path / "log", tmp_path)
