@@ -80,6 +80,10 @@ def test_the_differences_are_drawn_amplified(pair, tmp_path):
     refused = host("compare", tmp_path / "a.png", tmp_path / "b.png", "--picture",
                    tmp_path / "diff.png")
     assert refused.code == 1 and "--overwrite" in refused.only_line()
+    for name in ("a.png", "b.png"):
+        refused = host("compare", tmp_path / "a.png", tmp_path / "b.png", "--picture",
+                       tmp_path / name, "--overwrite")
+        assert refused.code == 2 and f"{name}: it is the input too" in refused.only_line()
 
 
 def test_pictures_of_two_sizes_are_an_error(pair, tmp_path):

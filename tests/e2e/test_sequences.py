@@ -89,6 +89,32 @@ def test_without_skipping_the_first_bad_frame_ends_the_job(shot, tmp_path):
     assert names(tmp_path, "out") == ["out_0007.png"]
 
 
+@pytest.mark.parametrize("target", ["shot_%04d.png", "./shot_%04d.png", "SHOT_####.PNG",
+                                    "../{here}/shot_%d.png"])
+def test_a_sequence_is_not_rendered_over_itself(target, shot, tmp_path):
+    write_png(tmp_path / "shot_1000.png", np.full((4, 6, 3), 200))
+    before = {path: path.read_bytes() for path in tmp_path.iterdir()}
+    for first in ((), ("--first", "1000")):
+        result = render(shot.name, target.format(here=tmp_path.name), "--overwrite", *first,
+                        cwd=tmp_path)
+        line = result.only_line()
+        assert result.code == 2 and "it is the input too" in line, line
+    assert {path: path.read_bytes() for path in tmp_path.iterdir()} == before
+
+
+def test_a_picture_whose_name_looks_like_a_number_is_that_picture(small, tmp_path):
+    small.rename(tmp_path / "x%d.png")
+    result = render(tmp_path / "x%d.png", tmp_path / "q%d.png")
+    assert result.code == 0, result.lines
+    assert "q%d.png: 1 frame" in result.lines[-1]
+    assert names(tmp_path, "q") == ["q%d.png"]
+
+
+def test_number_signs_are_the_digits_of_a_number(shot, tmp_path):
+    assert render(tmp_path / "shot_####.png", tmp_path / "out_###.png").code == 0
+    assert names(tmp_path, "out") == [f"out_{n:03}.png" for n in range(7, 12)]
+
+
 def test_a_sequence_without_pictures_is_an_error(tmp_path):
     result = render(tmp_path / "none_%04d.png", tmp_path / "out_%04d.png")
     assert result.code == 1

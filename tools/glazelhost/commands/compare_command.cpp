@@ -106,7 +106,10 @@ PictureDifference Compare(const CompareCommand& command)
 {
     const auto first = OpenSource(command.first);
     const auto second = OpenSource(command.second);
-    DifferenceSink sink(command, first->Info());
+    StreamInfo info = first->Info();
+    const std::vector<std::string>& others = second->Info().files;
+    info.files.insert(info.files.end(), others.begin(), others.end());
+    DifferenceSink sink(command, info);
     PictureDifference difference(command.threshold);
     Image firstImage;
     Image secondImage;

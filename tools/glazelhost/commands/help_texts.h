@@ -11,7 +11,8 @@ Exit codes: 0 done, 1 the job failed, 2 wrong usage; "compare" has 3 and 4 besid
 inline constexpr char kRenderFooter[] = R"text(
 INPUT and OUTPUT are
   a picture             photo.png, photo.jpg, photo.tif, photo.bmp
-  a numbered sequence   shot_%04d.png
+  a numbered sequence   shot_%04d.png or shot_####.png; as INPUT where no file has that very
+                        name, as OUTPUT unless INPUT is a single picture
   a Y4M stream          clip.y4m, or - for standard input or output
   a raw stream          clip.bgra or -, with --size; its pixels (FFmpeg's name in brackets):
                         bgra8 (bgra), bgra16 (bgra64le) or gbraf32 (gbrapf32le)
@@ -58,8 +59,8 @@ Examples:
   glazelhost render clip.y4m out.y4m --key 0=warm.cube --key 00:00:05=cool.cc --ease smooth
   ffmpeg -i in.mp4 -f yuv4mpegpipe - | glazelhost render - out.y4m --look warm.cube
 
-An output appears under its name when it is whole. Standard output carries pixels only;
-what there is to say goes to standard error.)text";
+An output appears under its name when it is whole, and is never a file of the input. Standard
+output carries pixels only; what there is to say goes to standard error.)text";
 
 inline constexpr char kPageFooter[] = R"text(
 The window shows the picture as the effect renders it, and below it the effect's own page:

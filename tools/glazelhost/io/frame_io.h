@@ -56,7 +56,9 @@ struct StreamInfo
     double pixelAspect = 1.0;
     std::optional<std::int64_t> frameCount;  // none when the length is not known beforehand
     std::optional<std::int64_t> firstNumber; // the first frame's number in a numbered sequence
-    std::optional<YCbCrEncoding> encoding;   // of a Y4M stream, as it was read
+    bool isPicture = false;         // one picture in a file of its own: no stream, no sequence
+    std::vector<std::string> files; // that the frames come from: no output may be one of them
+    std::optional<YCbCrEncoding> encoding; // of a Y4M stream, as it was read
     Light light;
     std::string description; // for the user: "Y4M 4:2:0 limited range, Rec. 709"
 };

@@ -2,6 +2,7 @@
 
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/dither.h"
+#include "tools/glazelhost/io/file_identity.h"
 #include "tools/glazelhost/io/file_kind.h"
 #include "tools/glazelhost/io/file_stream.h"
 #include "tools/glazelhost/io/picture_frames.h"
@@ -47,14 +48,6 @@ std::string GiveFormat(const std::string& option)
         text += row.name;
     }
     return text;
-}
-
-void CheckNumber(const std::string& what, const std::optional<std::int64_t>& firstNumber)
-{
-    if (firstNumber && *firstNumber < 0)
-    {
-        RefuseUse(what, "the first number is below 0", "give a number from 0 on");
-    }
 }
 
 // Raw pixels may begin like anything, so their extension goes before the content; everything else
@@ -134,7 +127,6 @@ void CheckSinkOptions(const SinkOptions& options, FileKind kind)
         RefuseUse(options.path, "a quality of " + std::to_string(options.quality) + " is not known",
                   "give one from 1 to 100");
     }
-    CheckNumber(options.path, options.firstNumber);
 }
 
 FileKind KindOfSink(const SinkOptions& options)
@@ -164,7 +156,8 @@ std::unique_ptr<FrameSink> OpenPlainSink(const SinkOptions& options, const Strea
     {
         return StreamSink(format, OpenStandardOutput(), "standard output", options, info);
     }
-    const auto pattern = SequencePattern::Parse(options.path);
+    // Of a single picture there is nothing to number.
+    const auto pattern = info.isPicture ? std::nullopt : SequencePattern::Parse(options.path);
     if (!IsPicture(kind))
     {
         if (pattern)
@@ -172,6 +165,7 @@ std::unique_ptr<FrameSink> OpenPlainSink(const SinkOptions& options, const Strea
             RefuseUse(options.path, "a stream is one file, not a sequence",
                       "name one file, or pictures like out_%04d.png");
         }
+        CheckApart({options.path}, info.files);
         return StreamSink(format, OpenSafeOutput(options.path, options.overwrite), options.path,
                           options, info);
     }
@@ -186,7 +180,10 @@ std::unique_ptr<FrameSink> OpenPlainSink(const SinkOptions& options, const Strea
 
 std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
 {
-    CheckNumber(options.path, options.firstNumber);
+    if (options.firstNumber && *options.firstNumber < 0)
+    {
+        RefuseUse(options.path, "the first number is below 0", "give a number from 0 on");
+    }
     if (options.path == kStandardStream)
     {
         if (!options.format)
@@ -195,7 +192,8 @@ std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
         }
         return StreamSource(*options.format, OpenStandardInput(), "standard input", options);
     }
-    const auto pattern = SequencePattern::Parse(options.path);
+    const auto pattern =
+        IsThere(options.path) ? std::nullopt : SequencePattern::Parse(options.path);
     if (pattern && options.format)
     {
         RefuseUse(options.path, "a sequence of pictures has no stream format",

@@ -4,9 +4,10 @@
 // Pictures are PNG, JPEG, TIFF (8-bit, 16-bit, 16-bit and 32-bit float) and BMP; the first page
 // counts, and is turned upright as its orientation tag says. Its numbers are taken as they are:
 // what the file says of its colours goes with the frame into a picture that is written, and a
-// colour profile tells whether floats are linear light. "shot_%04d.png" (%d or %0Nd, once, in the
-// file name; %% is a per cent sign) is a sequence. The caller has initialised COM on the calling
-// thread, and calls one object from that thread only.
+// colour profile tells whether floats are linear light. "shot_%04d.png" (%d, %0Nd or ####, once, in
+// the file name; %% is a per cent sign) is a sequence: as a source where no file has that very
+// name, as a sink unless the source is a single picture. The caller has initialised COM on the
+// calling thread, and calls one object from that thread only.
 #pragma once
 
 #include "tools/glazelhost/io/frame_io.h"
@@ -48,12 +49,12 @@ struct SinkOptions
     std::optional<ChromaSampling> sampling;  // Y4M; none: the source's, else 4:2:0 (420jpeg)
     std::optional<YCbCrRange> range;         // Y4M; none: the source's, else limited
     std::optional<YCbCrMatrix> matrix;       // Y4M; none: the source's, else DefaultMatrix
-    std::optional<std::int64_t> firstNumber; // of a sequence; none: the source's, else 1
 };
 
 // Throws HostError (WrongUsage when the options contradict each other or are incomplete).
 std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options);
 
 // `info` is the source's, with the rate, aspect and light that the output shall state. Checks the
-// target (folder, existing output, options) before anything is created; throws HostError.
+// target (folder, existing output, a file of the source, options) before anything is created;
+// throws HostError.
 std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info);

@@ -2,6 +2,7 @@
 
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/facts_writer.h"
+#include "tools/glazelhost/io/file_identity.h"
 #include "tools/glazelhost/io/file_stream.h"
 #include "tools/glazelhost/io/safe_output.h"
 #include "tools/glazelhost/io/sequence_files.h"
@@ -36,6 +37,8 @@ PictureSource::PictureSource(const SourceOptions& options) : m_path(options.path
     m_info.width = m_opened->Width();
     m_info.height = m_opened->Height();
     m_info.frameCount = 1;
+    m_info.isPicture = true;
+    m_info.files = {m_path};
     m_info.bitsPerChannel = m_opened->BitsPerChannel();
     m_info.light = m_opened->LightOfPixels();
     m_info.description = DescribeKindOf(m_path) + " picture, " + m_opened->Description();
@@ -56,6 +59,10 @@ PictureSource::PictureSource(const SourceOptions& options, const SequencePattern
     m_last = numbers.back();
     m_info.frameCount = m_last - m_next + 1;
     m_info.firstNumber = m_next;
+    for (const std::int64_t number : numbers)
+    {
+        m_info.files.push_back(pattern.PathOf(number));
+    }
     std::string pixels = "8 bits";
     try
     {
@@ -127,29 +134,28 @@ PictureSink::PictureSink(const SinkOptions& options, const StreamInfo& info, Fil
     : m_options(options), m_kind(kind), m_sourceBits(info.bitsPerChannel),
       m_isLinear(info.light.isLinear)
 {
+    CheckApart({options.path}, info.files);
     CheckOutputTarget(options.path, options.overwrite);
 }
 
 PictureSink::PictureSink(const SinkOptions& options, const StreamInfo& info, FileKind kind,
                          const SequencePattern& pattern)
     : m_options(options), m_kind(kind), m_sourceBits(info.bitsPerChannel),
-      m_isLinear(info.light.isLinear), m_pattern(pattern),
-      m_number(options.firstNumber.value_or(info.firstNumber.value_or(1)))
+      m_isLinear(info.light.isLinear), m_pattern(pattern), m_number(info.firstNumber.value_or(1))
 {
-    CheckOutputTarget(pattern.PathOf(m_number), options.overwrite);
-    if (!options.overwrite)
+    std::vector<std::string> old;
+    for (const std::int64_t number : NumbersOfFiles(pattern))
     {
-        CheckNothingIsThere(pattern, info);
+        if (number >= m_number && (!info.frameCount || number - m_number < *info.frameCount))
+        {
+            old.push_back(pattern.PathOf(number));
+        }
     }
-}
-
-void PictureSink::CheckNothingIsThere(const SequencePattern& pattern, const StreamInfo& info) const
-{
-    const std::vector<std::int64_t> numbers = NumbersOfFiles(pattern);
-    const auto first = std::ranges::lower_bound(numbers, m_number);
-    if (first != numbers.end() && (!info.frameCount || *first - m_number < *info.frameCount))
+    CheckApart(old, info.files);
+    CheckOutputTarget(pattern.PathOf(m_number), options.overwrite);
+    if (!old.empty())
     {
-        CheckOutputTarget(pattern.PathOf(*first), false);
+        CheckOutputTarget(old.front(), options.overwrite);
     }
 }
 

@@ -57,7 +57,6 @@ public:
 
 private:
     void Remark(const Image& image);
-    void CheckNothingIsThere(const SequencePattern& pattern, const StreamInfo& info) const;
 
     SinkOptions m_options;
     FileKind m_kind;

@@ -123,6 +123,10 @@ RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name, Strea
         m_info.light.why = "without --input-light linear";
     }
     m_info.description = RowOf(format).description;
+    if (options.path != kStandardStream)
+    {
+        m_info.files = {options.path};
+    }
     if (const auto size = m_stream->Size(); size && *size % m_frameBytes == 0)
     {
         m_info.frameCount = static_cast<std::int64_t>(*size / m_frameBytes);
@@ -135,7 +139,7 @@ bool RawSource::CheckWhole(std::uint64_t bytes)
     {
         return true;
     }
-    m_stream.reset(); // lets go of the file, which may be the one to be replaced
+    m_stream.reset();
     if (bytes == 0)
     {
         return false;

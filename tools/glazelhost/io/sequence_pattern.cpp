@@ -38,15 +38,24 @@ struct Conversion
     throw HostError(path, why, "name a sequence like shot_%04d.png", ExitCode::WrongUsage);
 }
 
-// The first conversion at or behind `from`. "%d" and "%0Nd" are ones; "%5d" and "%00d" look like
-// one and are refused; anything else behind a per cent sign is text.
+// The first conversion at or behind `from`. "%d", "%0Nd" and a run of "#" are ones; "%5d" and
+// "%00d" look like one and are refused; anything else behind a per cent sign is text.
 std::optional<Conversion> FindConversion(std::string_view text, std::size_t from,
                                          const std::string& path)
 {
-    for (std::size_t begin = text.find('%', from); begin != std::string_view::npos;
-         begin = text.find('%', begin))
+    for (std::size_t begin = text.find_first_of("%#", from); begin != std::string_view::npos;
+         begin = text.find_first_of("%#", begin))
     {
         std::size_t end = begin + 1;
+        if (text[begin] == '#')
+        {
+            end = std::min(text.find_first_not_of('#', begin), text.size());
+            if (end - begin > kMostDigits)
+            {
+                Refuse(path, "a number has at most " + std::to_string(kMostDigits) + " digits");
+            }
+            return Conversion{begin, end, end - begin};
+        }
         if (end < text.size() && text[end] == '%')
         {
             begin += 2;

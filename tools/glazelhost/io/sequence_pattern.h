@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-// %d is the number, %0Nd the number with zeros in front up to N digits, %% a per cent sign; the
-// number is in the file's name, not in a folder's.
+// %d is the number, %0Nd or N times # the number with zeros in front up to N digits, %% a per cent
+// sign; the number is in the file's name, not in a folder's.
 class SequencePattern
 {
 public:

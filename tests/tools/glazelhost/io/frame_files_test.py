@@ -348,9 +348,9 @@ def test_paths_beyond_the_old_limit_work(tmp_path):
     folder.mkdir(parents=True)
     picture(tmp_path / "a.png", "rgb24")
     copy(tmp_path / "a.png", folder / "b.png")
-    copy(folder / "b.png", folder / "c_%03d.png")
-    copy(folder / "c_%03d.png", folder / "d.png")
-    assert sorted(p.name for p in folder.iterdir()) == ["b.png", "c_001.png", "d.png"]
+    copy(folder / "b.png", folder / "c_007.png")
+    copy(folder / "c_%03d.png", folder / "d_####.png")
+    assert sorted(p.name for p in folder.iterdir()) == ["b.png", "c_007.png", "d_0007.png"]
 
 
 def test_a_sequence_of_ffmpeg_becomes_a_clip_and_back(tmp_path):

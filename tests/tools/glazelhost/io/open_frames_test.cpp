@@ -296,23 +296,66 @@ TEST_F(OpenFrames, AWrittenSequenceKeepsTheNumbersOfItsSource)
     EXPECT_EQ(m_folder.Names().size(), 2U);
 }
 
-TEST_F(OpenFrames, AStreamMayReplaceItsOwnSource)
+TEST_F(OpenFrames, AnOutputIsNoneOfTheFilesOfItsSource)
 {
-    Write("a.y4m", Sample(1));
+    for (const int number : {1, 1000, 1001})
     {
-        const auto source = OpenSource(From("a.y4m"));
-        SinkOptions options = To("a.y4m");
-        options.overwrite = true;
-        const auto sink = OpenSink(options, source->Info());
-        Image image;
-        while (source->Read(image, SampleType::Byte))
-        {
-            sink->Write(image);
-        }
-        sink->Finish();
+        Write("s_" + std::to_string(number) + ".png", Sample(1));
     }
-    EXPECT_EQ(m_folder.Names().size(), 1U);
-    EXPECT_EQ(Read("a.y4m").width, 6);
+    Write("clip.bgra", Sample(1));
+    ASSERT_TRUE(::CreateHardLinkA((m_folder / "link.png").c_str(), (m_folder / "s_1.png").c_str(),
+                                  nullptr));
+    const auto refusal = [&](const std::string& from, const std::string& to, bool overwrite) {
+        SourceOptions source = From(from);
+        source.width = 6;
+        source.height = 4;
+        SinkOptions sink = To(to);
+        sink.overwrite = overwrite;
+        return ErrorOf([&] { OpenSink(sink, OpenSource(source)->Info()); });
+    };
+    const std::pair<const char*, const char*> cases[] = {
+        {"s_%d.png", "s_%d.png"},   {"s_%d.png", ".\\S_#.PNG"}, {"s_%d.png", "s_%04d.png"},
+        {"s_1.png", "s_1.png"},     {"s_1.png", "link.png"},    {"s_%d.png", "link.png"},
+        {"clip.bgra", "CLIP.bgra"},
+    };
+    for (const auto& [from, to] : cases)
+    {
+        for (const bool overwrite : {false, true})
+        {
+            const std::string error = refusal(from, to, overwrite);
+            EXPECT_TRUE(Says(error, ": it is the input too; ")) << from << ' ' << to << error;
+        }
+    }
+    EXPECT_TRUE(Says(refusal("s_%d.png", "s_%04d.png", true), "s_1000.png: "));
+    EXPECT_EQ(refusal("s_%d.png", "s_%05d.png", true), "no error");
+    EXPECT_EQ(refusal("s_1.png", "s_1000.png", true), "no error");
+}
+
+TEST_F(OpenFrames, ANameWithANumberIsThatOfTheFileThatHasIt)
+{
+    Write("plain.png", Sample(2));
+    for (const std::string name : {"x%d.png", "x%5d.png", "x##.png"})
+    {
+        m_folder.Put(name, m_folder.Content("plain.png"));
+        EXPECT_TRUE(OpenSource(From(name))->Info().isPicture) << name;
+        EXPECT_EQ(Read(name).pixels, Sample(2).pixels) << name;
+    }
+    Write("y1.png", Sample(1));
+    EXPECT_EQ(OpenSource(From("y%d.png"))->Info().firstNumber, 1);
+    EXPECT_EQ(OpenSource(From("y#.png"))->Info().firstNumber, 1);
+}
+
+TEST_F(OpenFrames, ASinglePictureIsWrittenUnderTheNameAsItIs)
+{
+    Write("plain.png", Sample(1));
+    for (const std::string name : {"q%d.png", "q%d_%d.png", "q##.bmp", "q%d.bgra"})
+    {
+        const auto sink = OpenSink(To(name), OpenSource(From("plain.png"))->Info());
+        sink->Write(Sample(1));
+        sink->Finish();
+        EXPECT_NE(m_folder.Content(name), "(not there)") << name;
+    }
+    EXPECT_EQ(m_folder.Names().size(), 5U);
 }
 
 TEST_F(OpenFrames, PicturesOfDifferentSizesDoNotFitIntoOneStream)

@@ -20,6 +20,16 @@ TEST(SequencePattern, ANumberWithoutAWidthHasNoZeros)
 {
     EXPECT_EQ(SequencePattern::Parse("%d.tif")->PathOf(7), "7.tif");
     EXPECT_EQ(SequencePattern::Parse("%d.tif")->Folder(), "");
+    EXPECT_EQ(SequencePattern::Parse("#.tif")->PathOf(7), "7.tif");
+}
+
+TEST(SequencePattern, ARunOfNumberSignsIsANumberOfSoManyDigits)
+{
+    const auto pattern = SequencePattern::Parse("shots/50%%_a_####.png");
+    ASSERT_TRUE(pattern.has_value());
+    EXPECT_EQ(pattern->PathOf(12), "shots/50%_a_0012.png");
+    EXPECT_EQ(pattern->NumberOf("50%_A_12345.png"), 12345);
+    EXPECT_FALSE(pattern->NumberOf("50%_a_012.png").has_value());
 }
 
 TEST(SequencePattern, TwoPerCentSignsAreOne)
@@ -38,7 +48,8 @@ TEST(SequencePattern, NamesWithoutANumberAreOrdinaryPaths)
 
 TEST(SequencePattern, UnclearNumbersAreWrongUsage)
 {
-    for (const char* const path : {"%d_%d.png", "%5d.png", "%00d.png", "%099d.png", "%0d.png"})
+    for (const char* const path : {"%d_%d.png", "%5d.png", "%00d.png", "%099d.png", "%0d.png",
+                                   "#_#.png", "#_%d.png", "###################.png"})
     {
         EXPECT_THROW(SequencePattern::Parse(path), HostError) << path;
     }
