@@ -18,6 +18,7 @@ LOOKS = ROOT / "samples/looks"
 WARM = LOOKS / "warm_print.cube"
 COOL = LOOKS / "cool_night.cc"
 IMAGES = ROOT / "samples/images"
+CLIP = ("--size", "64x48")  # of what write_clip writes
 DEADLINE = 120  # seconds that no run ever needs
 
 
@@ -147,27 +148,17 @@ def float_tiff(rng, tags=None):
     return tiff(rng.random((12, 16, 3)).astype("<f4"), tags=tags)
 
 
-def write_y4m(path, frames, size=(64, 48), pixel_format="yuv420p", rate="25"):
-    """A moving test picture."""
-    ffmpeg("-f", "lavfi", "-i", f"testsrc=size={size[0]}x{size[1]}:rate={rate}", "-frames:v",
-           frames, "-pix_fmt", pixel_format, "-f", "yuv4mpegpipe", path)
+def write_clip(path, frames, size=(64, 48)):
+    """A moving test picture as a raw stream of 8-bit BGRA."""
+    ffmpeg("-f", "lavfi", "-i", f"testsrc=size={size[0]}x{size[1]}:rate=25", "-frames:v", frames,
+           "-f", "rawvideo", "-pix_fmt", "bgra", path)
 
 
-def y4m_frames(data):
-    """Header and frames of 8-bit 4:2:0 or 4:4:4 Y4M."""
-    header, _, rest = data.partition(b"\n")
-    words = {word[:1]: word[1:].decode() for word in header.split()[1:]}
-    width, height = int(words[b"W"]), int(words[b"H"])
-    half = (width + 1) // 2 * ((height + 1) // 2)
-    size = width * height + 2 * (width * height if words[b"C"].startswith("444") else half)
-    frames = []
-    while rest:
-        line, _, rest = rest.partition(b"\n")
-        assert line.startswith(b"FRAME")
-        assert len(rest) >= size, "a frame is cut"
-        frames.append(rest[:size])
-        rest = rest[size:]
-    return header.decode(), frames
+def clip_frames(data, size=(64, 48)):
+    """Frames of a raw stream of 8-bit BGRA."""
+    length = size[0] * size[1] * 4
+    assert len(data) % length == 0, "a frame is cut"
+    return [data[at:at + length] for at in range(0, len(data), length)]
 
 
 @pytest.fixture

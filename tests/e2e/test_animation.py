@@ -3,25 +3,26 @@
 import numpy as np
 import pytest
 
-from conftest import (COOL, IMAGES, LOOKS, WARM, ffmpeg, float_tiff, host, render, succeed,
-                      y4m_frames)
+from conftest import (COOL, IMAGES, LOOKS, WARM, clip_frames, ffmpeg, float_tiff, host, render,
+                      succeed)
 
 BLEACH = LOOKS / "bleach_bypass.cube"
 RATE = 24
+SHAPE = ("--size", "320x180", "--fps", RATE)  # of the clip
 KEYS = {0: WARM, 120: COOL, 239: BLEACH}  # by frame
 
 
 def frames_of(path):
-    return y4m_frames(path.read_bytes())[1]
+    return clip_frames(path.read_bytes(), (320, 180))
 
 
 @pytest.fixture(scope="module")
 def clip(tmp_path_factory):
     """Ten seconds that zoom into a photograph."""
-    path = tmp_path_factory.mktemp("clip") / "clip.y4m"
+    path = tmp_path_factory.mktemp("clip") / "clip.bgra"
     zoom = f"zoompan=z='1+0.002*on':d=240:s=320x180:fps={RATE}"
     ffmpeg("-loop", 1, "-i", IMAGES / "rocket.jpg", "-vf", zoom, "-frames:v", 240,
-           "-pix_fmt", "yuv420p", "-f", "yuv4mpegpipe", path)
+           "-f", "rawvideo", "-pix_fmt", "bgra", path)
     return path
 
 
@@ -30,8 +31,8 @@ def plain(clip, tmp_path_factory):
     """Frames of the whole clip with each look alone."""
     folder = tmp_path_factory.mktemp("plain")
     for look in KEYS.values():
-        succeed(render(clip, folder / f"{look.stem}.y4m", "--quiet", look=look))
-    return {look: frames_of(folder / f"{look.stem}.y4m") for look in KEYS.values()}
+        succeed(render(clip, folder / f"{look.stem}.bgra", *SHAPE, "--quiet", look=look))
+    return {look: frames_of(folder / f"{look.stem}.bgra") for look in KEYS.values()}
 
 
 @pytest.fixture
@@ -39,19 +40,19 @@ def blended(clip, tmp_path):
     """One frame of the clip with the record between two looks."""
     def make(earlier, later, fraction, frame):
         look = tmp_path / f"blend {frame}.look"
-        out = tmp_path / f"blend {frame}.y4m"
+        out = tmp_path / f"blend {frame}.bgra"
         succeed(host("blend", earlier, later, repr(fraction), look))
-        succeed(render(clip, out, "--frames", frame + 1, look=look))
+        succeed(render(clip, out, *SHAPE, "--frames", frame + 1, look=look))
         return frames_of(out)[0]
     return make
 
 
 def test_a_ten_second_grade_between_three_looks(clip, plain, blended, tmp_path):
-    result = succeed(host("render", clip, tmp_path / "out.y4m", "--key", f"239f={BLEACH}",
+    result = succeed(host("render", clip, *SHAPE, tmp_path / "out.bgra", "--key", f"239f={BLEACH}",
                           "--key", f"0={WARM}", "--key", f"00:00:05.000={COOL}"))
     assert any("3 keyframes, the first at 0, the last at 239f, linear" in line
                for line in result.lines)
-    frames = frames_of(tmp_path / "out.y4m")
+    frames = frames_of(tmp_path / "out.bgra")
     assert len(frames) == 240
     for frame, look in KEYS.items():
         assert frames[frame] == plain[look][frame], frame
@@ -64,9 +65,9 @@ def test_a_ten_second_grade_between_three_looks(clip, plain, blended, tmp_path):
 
 
 def test_the_first_and_the_last_keyframe_hold(clip, plain, tmp_path):
-    succeed(host("render", clip, tmp_path / "out.y4m", "--frames", "1-60,200-240",
+    succeed(host("render", clip, *SHAPE, tmp_path / "out.bgra", "--frames", "1-60,200-240",
                  "--key", f"2={WARM}", "--key", f"200f={COOL}"))
-    frames = frames_of(tmp_path / "out.y4m")
+    frames = frames_of(tmp_path / "out.bgra")
     assert frames[:49] == plain[WARM][:49]  # to frame 48, which is at two seconds
     assert frames[49] != plain[WARM][49]
     assert frames[61:] == plain[COOL][200:]
@@ -76,15 +77,15 @@ def test_the_first_and_the_last_keyframe_hold(clip, plain, tmp_path):
 def test_chosen_frames_are_those_of_the_whole(clip, tmp_path):
     keys = ["--key", f"1.02={WARM}", "--key", f"3={COOL}", "--ease", "smooth", "--depth",
             "float"]
-    succeed(host("render", clip, tmp_path / "all.y4m", "--frames", "1-80", *keys))
-    succeed(host("render", clip, tmp_path / "some.y4m", "--frames", "30-70x8", *keys))
-    assert frames_of(tmp_path / "some.y4m") == frames_of(tmp_path / "all.y4m")[29:70:8]
+    succeed(host("render", clip, *SHAPE, tmp_path / "all.bgra", "--frames", "1-80", *keys))
+    succeed(host("render", clip, *SHAPE, tmp_path / "some.bgra", "--frames", "30-70x8", *keys))
+    assert frames_of(tmp_path / "some.bgra") == frames_of(tmp_path / "all.bgra")[29:70:8]
 
 
 def test_smooth_changes_what_lies_between_and_not_the_ends(clip, plain, blended, tmp_path):
-    succeed(host("render", clip, tmp_path / "out.y4m", "--frames", "1-41", "--ease", "smooth",
-                 "--key", f"0f={WARM}", "--key", f"40f={COOL}"))
-    frames = frames_of(tmp_path / "out.y4m")
+    succeed(host("render", clip, *SHAPE, tmp_path / "out.bgra", "--frames", "1-41", "--ease",
+                 "smooth", "--key", f"0f={WARM}", "--key", f"40f={COOL}"))
+    frames = frames_of(tmp_path / "out.bgra")
     assert frames[0] == plain[WARM][0]
     assert frames[40] == plain[COOL][40]
     assert frames[10] == blended(WARM, COOL, 0.15625, 10)  # 3t^2 - 2t^3 at a quarter
@@ -94,12 +95,12 @@ def test_smooth_changes_what_lies_between_and_not_the_ends(clip, plain, blended,
 @pytest.mark.parametrize("linear", ["on", "off"])
 def test_the_linear_option_holds_between_keyframes_too(linear, clip, tmp_path):
     options = ["--frames", 16, "--depth", "float"]
-    succeed(host("render", clip, tmp_path / "out.y4m", *options, "--linear", linear,
+    succeed(host("render", clip, *SHAPE, tmp_path / "out.bgra", *options, "--linear", linear,
                  "--key", f"0f={WARM}", "--key", f"20f={COOL}"))
     succeed(host("blend", WARM, COOL, "0.75", tmp_path / "blend.look"))
-    succeed(render(clip, tmp_path / "plain.y4m", *options, "--linear", linear,
+    succeed(render(clip, tmp_path / "plain.bgra", *SHAPE, *options, "--linear", linear,
                    look=tmp_path / "blend.look"))
-    assert frames_of(tmp_path / "out.y4m") == frames_of(tmp_path / "plain.y4m")
+    assert frames_of(tmp_path / "out.bgra") == frames_of(tmp_path / "plain.bgra")
 
 
 def test_looks_whose_options_differ_keep_them_at_their_keyframes(tmp_path):
@@ -131,15 +132,15 @@ def test_a_picture_needs_frames_or_a_rate(small, tmp_path):
 
 
 def test_two_keyframes_at_one_frame_are_wrong_usage(clip, tmp_path):
-    result = host("render", clip, tmp_path / "out.y4m", "--key", f"1={COOL}", "--key",
+    result = host("render", clip, *SHAPE, tmp_path / "out.bgra", "--key", f"1={COOL}", "--key",
                   f"24f={WARM}")
     assert result.code == 2
     assert "1 and 24f" in result.only_line()
-    assert not (tmp_path / "out.y4m").exists()
+    assert not (tmp_path / "out.bgra").exists()
 
 
 def test_a_look_that_is_missing_is_named(clip, tmp_path):
-    result = host("render", clip, tmp_path / "out.y4m", "--key", f"0={COOL}", "--key",
+    result = host("render", clip, *SHAPE, tmp_path / "out.bgra", "--key", f"0={COOL}", "--key",
                   "1=nowhere.cube")
     assert result.code == 1
     assert "nowhere.cube" in result.only_line()

@@ -4,13 +4,13 @@ import json
 
 import pytest
 
-from conftest import BIN, COOL, ROOT, WARM, host, render, write_y4m
+from conftest import BIN, CLIP, COOL, ROOT, WARM, host, render, write_clip
 
 
 @pytest.fixture
 def clip(tmp_path):
-    path = tmp_path / "clip.y4m"
-    write_y4m(path, 8)
+    path = tmp_path / "clip.bgra"
+    write_clip(path, 8)
     return path
 
 
@@ -41,15 +41,15 @@ def test_wrong_usage_is_one_line_and_exit_code_2(words):
 
 
 def test_plain_progress_names_input_output_and_speed(clip, tmp_path):
-    result = render(clip, tmp_path / "out.y4m")
+    result = render(clip, tmp_path / "out.bgra", *CLIP)
     assert result.code == 0
-    assert "clip.y4m: Y4M" in result.lines[0] and "limited range" in result.lines[0]
-    assert "out.y4m: 8 frames in" in result.lines[-1]
+    assert "clip.bgra: raw BGRA of 8 bits, rendered in" in result.lines[0]
+    assert "out.bgra: 8 frames in" in result.lines[-1]
     assert all(line.startswith("glazelhost: ") for line in result.lines)
 
 
 def test_quiet_says_nothing(clip, tmp_path):
-    result = render(clip, tmp_path / "out.y4m", "--quiet")
+    result = render(clip, tmp_path / "out.bgra", *CLIP, "--quiet")
     assert result.code == 0
     assert result.lines == [] and result.output == b""
 
@@ -61,13 +61,13 @@ def test_quiet_still_tells_an_error(tmp_path):
 
 
 def test_json_progress_is_json_on_every_line(clip, tmp_path):
-    result = render(clip, tmp_path / "out.y4m", "--progress", "json")
+    result = render(clip, tmp_path / "out.bgra", *CLIP, "--progress", "json")
     assert result.code == 0
     events = [json.loads(line) for line in result.lines]
     assert events[0]["event"] == "note"
     assert events[-1]["event"] == "done"
     assert events[-1]["frames"] == 8
-    assert events[-1]["output"].endswith("out.y4m")
+    assert events[-1]["output"].endswith("out.bgra")
 
 
 def test_json_progress_tells_errors_in_json_too(tmp_path):
@@ -79,7 +79,7 @@ def test_json_progress_tells_errors_in_json_too(tmp_path):
 
 
 def test_a_bar_can_be_asked_for_without_a_terminal(clip, tmp_path):
-    result = render(clip, tmp_path / "out.y4m", "--progress", "bar")
+    result = render(clip, tmp_path / "out.bgra", *CLIP, "--progress", "bar")
     assert result.code == 0
     assert "8 frames" in result.lines[-1]
 

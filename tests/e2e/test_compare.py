@@ -5,7 +5,7 @@ import json
 import numpy as np
 import pytest
 
-from conftest import host, pixels, succeed, tiff, write_deep_png, write_png, write_y4m
+from conftest import CLIP, host, pixels, succeed, tiff, write_clip, write_deep_png, write_png
 
 
 @pytest.fixture
@@ -94,12 +94,12 @@ def test_pictures_of_two_sizes_are_an_error(pair, tmp_path):
 
 
 def test_clips_of_two_lengths_are_an_error(tmp_path):
-    write_y4m(tmp_path / "a.y4m", 4)
-    write_y4m(tmp_path / "b.y4m", 3)
+    write_clip(tmp_path / "a.bgra", 4)
+    write_clip(tmp_path / "b.bgra", 3)
     for first, second in (("a", "b"), ("b", "a")):
-        result = host("compare", tmp_path / f"{first}.y4m", tmp_path / f"{second}.y4m")
+        result = host("compare", tmp_path / f"{first}.bgra", tmp_path / f"{second}.bgra", *CLIP)
         assert result.code == 1 and result.output == b""
-        assert "b.y4m: it ends after 3 frames" in result.only_line()
+        assert "b.bgra: it ends after 3 frames" in result.only_line()
 
 
 def test_clips_are_compared_frame_by_frame(tmp_path):

@@ -7,7 +7,7 @@ import time
 
 import pytest
 
-from conftest import DEADLINE, WARM, environment, host_command, write_y4m
+from conftest import DEADLINE, WARM, environment, host_command, write_clip
 from wine_exit import exit_code
 
 
@@ -31,12 +31,13 @@ def test_an_interruption_is_told_in_json_too(tmp_path):
 def interrupted_render(stop, tmp_path, *options):
     """Lines of standard error and the exit code of a render that got the signal `stop`. Checks that
     it leaves nothing."""
-    clip = tmp_path / "clip.y4m"
-    write_y4m(clip, 400, (640, 480))
+    clip = tmp_path / "clip.bgra"
+    write_clip(clip, 150, (640, 480))
     folder = tmp_path / "out"
     folder.mkdir()
     command = [str(word) for word in
-               host_command("render", clip, folder / "out.y4m", "--look", WARM, *options)]
+               host_command("render", clip, folder / "out.bgra", "--size", "640x480", "--look",
+                            WARM, *options)]
     with subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE, env=environment()) as process:
         wait_until(lambda: any(path.stat().st_size > 10_000_000 for path in folder.iterdir())

@@ -6,16 +6,16 @@ import numpy as np
 import olefile
 import pytest
 
-from conftest import (COOL, ROOT, WARM, ffmpeg, host, render, run, succeed, write_png, write_y4m,
-                      y4m_frames)
+from conftest import (CLIP, COOL, ROOT, WARM, clip_frames, ffmpeg, host, render, run, succeed,
+                      write_clip, write_png)
 
 EFFECT_CLASS = "B47A199B-15E2-4836-BD39-419904B5D292"
 
 
 @pytest.fixture
 def clip(tmp_path):
-    path = tmp_path / "clip.y4m"
-    write_y4m(path, 10)
+    path = tmp_path / "clip.bgra"
+    write_clip(path, 10)
     return path
 
 
@@ -60,10 +60,10 @@ def test_an_independent_program_finds_exactly_the_records_bytes(project, tmp_pat
 
 def test_an_animation_is_kept_with_its_keyframes(clip, tmp_path):
     path = tmp_path / "animated.glz"
-    succeed(host("render", clip, tmp_path / "out.y4m", "--key", f"8f={WARM}", "--key",
+    succeed(host("render", clip, *CLIP, tmp_path / "out.bgra", "--key", f"8f={WARM}", "--key",
                  f"0.08={COOL}", "--ease", "smooth", "--save-project", path))
-    succeed(host("render", clip, tmp_path / "again.y4m", "--project", path))
-    assert (tmp_path / "again.y4m").read_bytes() == (tmp_path / "out.y4m").read_bytes()
+    succeed(host("render", clip, *CLIP, tmp_path / "again.bgra", "--project", path))
+    assert (tmp_path / "again.bgra").read_bytes() == (tmp_path / "out.bgra").read_bytes()
 
     cool = record_of(COOL, tmp_path / "cool.look")
     with olefile.OleFileIO(path) as document:
@@ -77,16 +77,16 @@ def test_an_animation_is_kept_with_its_keyframes(clip, tmp_path):
 
 def test_the_ease_of_a_project_can_be_changed_and_kept(clip, tmp_path):
     keys = ["--key", f"0f={COOL}", "--key", f"8f={WARM}"]
-    succeed(host("render", clip, tmp_path / "linear.y4m", *keys, "--save-project",
+    succeed(host("render", clip, *CLIP, tmp_path / "linear.bgra", *keys, "--save-project",
                  tmp_path / "a.glz"))
-    succeed(host("render", clip, tmp_path / "smooth.y4m", *keys, "--ease", "smooth"))
-    succeed(host("render", clip, tmp_path / "1.y4m", "--project", tmp_path / "a.glz", "--ease",
-                 "smooth", "--save-project", tmp_path / "b.glz"))
-    succeed(host("render", clip, tmp_path / "2.y4m", "--project", tmp_path / "b.glz"))
-    smooth = (tmp_path / "smooth.y4m").read_bytes()
-    assert (tmp_path / "1.y4m").read_bytes() == smooth
-    assert (tmp_path / "2.y4m").read_bytes() == smooth
-    assert (tmp_path / "linear.y4m").read_bytes() != smooth
+    succeed(host("render", clip, *CLIP, tmp_path / "smooth.bgra", *keys, "--ease", "smooth"))
+    succeed(host("render", clip, *CLIP, tmp_path / "1.bgra", "--project", tmp_path / "a.glz",
+                 "--ease", "smooth", "--save-project", tmp_path / "b.glz"))
+    succeed(host("render", clip, *CLIP, tmp_path / "2.bgra", "--project", tmp_path / "b.glz"))
+    smooth = (tmp_path / "smooth.bgra").read_bytes()
+    assert (tmp_path / "1.bgra").read_bytes() == smooth
+    assert (tmp_path / "2.bgra").read_bytes() == smooth
+    assert (tmp_path / "linear.bgra").read_bytes() != smooth
 
 
 def test_a_project_that_exists_is_replaced_only_with_overwrite(project, small, tmp_path):
@@ -185,7 +185,8 @@ def test_the_front_door_animates_a_video_and_keeps_the_project(tmp_path):
                 cwd=tmp_path))
     succeed(run([ROOT / "glazel", "render", "a.mp4", "c.y4m", "--project", "a.glz"], cwd=tmp_path))
     succeed(run([ROOT / "glazel", "render", "a.mp4", "cool.y4m", "--look", COOL], cwd=tmp_path))
-    frames = [y4m_frames((tmp_path / name).read_bytes())[1]
+    as_raw = ("-f", "rawvideo", "-pix_fmt", "bgra", "-")
+    frames = [clip_frames(ffmpeg("-i", tmp_path / name, *as_raw))
               for name in ("b.y4m", "c.y4m", "cool.y4m")]
     assert len(frames[0]) == 12
     assert frames[0] == frames[1]

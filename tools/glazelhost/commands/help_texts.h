@@ -13,9 +13,10 @@ INPUT and OUTPUT are
   a picture             photo.png, photo.jpg, photo.tif, photo.bmp
   a numbered sequence   shot_%04d.png or shot_####.png; as INPUT where no file has that very
                         name, as OUTPUT unless INPUT is a single picture
-  a Y4M stream          clip.y4m, or - for standard input or output
-  a raw stream          clip.bgra or -, with --size; its pixels (FFmpeg's name in brackets):
-                        bgra8 (bgra), bgra16 (bgra64le) or gbraf32 (gbrapf32le)
+  a raw stream          clip.bgra, or - for standard input or output, with --size; its pixels
+                        (FFmpeg's name in brackets): bgra8 (bgra), bgra16 (bgra64le) or
+                        gbraf32 (gbrapf32le)
+Video, with sound and all it has, goes through "glazel render".
 Pictures are turned upright as their orientation says, and written without one. Of a file of
 several pages the first counts. A picture made of a picture keeps its colour profile, its other
 colour statements (PNG's, and the colour space and gamma of EXIF) and its resolution; what the
@@ -47,8 +48,8 @@ A project holds a look, or keyframes and their ease; it is written before the fi
 
 With --linear auto the option "assume linear gamma", which every new look has on, counts only
 where the picture is linear light: a TIFF of floats, unless its colour profile says otherwise
-or this program wrote it from a picture that is not, and a raw stream with --input-light linear. Whole numbers are codes for a display
-in every kind of file and stream, Y4M and raw ones included, and are graded as such, so that
+or this program wrote it from a picture that is not, and a raw stream with --input-light linear. Whole
+numbers are codes for a display in every kind of file and stream, and are graded as such, so that
 8 and 16 bits of a picture come out alike. --linear on and off decide it for the whole
 render. 8-bit work (--depth 8) is never linear. The line about the input says what is used.
 
@@ -56,8 +57,9 @@ Examples:
   glazelhost render photo.png graded.png --look warm.cube
   glazelhost render photo.tif graded.tif --look warm.cube --depth float --bits 16
   glazelhost render shot_%04d.png out_%04d.png --look day.ccc#shot12 --frames 1001-1040x2
-  glazelhost render clip.y4m out.y4m --key 0=warm.cube --key 00:00:05=cool.cc --ease smooth
-  ffmpeg -i in.mp4 -f yuv4mpegpipe - | glazelhost render - out.y4m --look warm.cube
+  glazelhost render shot_####.png out_####.png --fps 24 --key 0=warm.cube --key 00:00:05=cool.cc
+  ffmpeg -i in.mp4 -f rawvideo -pix_fmt bgra - | glazelhost render - out_%04d.png \
+      --size 1920x1080 --opaque --look warm.cube
 
 An output appears under its name when it is whole, and is never a file of the input. Standard
 output carries pixels only; what there is to say goes to standard error.)text";
@@ -101,8 +103,8 @@ Examples:
   glazelhost blend warm.cube cool.cc 0.5 between.look)text";
 
 inline constexpr char kCompareFooter[] = R"text(
-A and B are pictures, numbered sequences, Y4M or raw BGRA of 8 bits, of one size and as many frames; the
-numbers of sequences may differ. A difference D is of channels from 0 to 1, whatever the depth:
+A and B are pictures, numbered sequences or raw streams (bgra8, with --size), of one size and as
+many frames; the numbers of sequences may differ. A difference D is of channels from 0 to 1, whatever the depth:
 1/255 is one 8-bit code. Alpha is compared where A or B has it. Told are the largest difference,
 with its frame, pixel (from the upper left, from 0) and channel; the mean; the PSNR; and the
 share of pixels that differ by more than --threshold.
@@ -112,7 +114,7 @@ given is none.
 Examples:
   glazelhost compare graded.png expected.png --fail-over 1/255
   glazelhost compare a_%04d.tif b_%04d.tif --json
-  glazelhost compare clip.y4m other.y4m --picture diff_%04d.png --amplify 50)text";
+  glazelhost compare clip.bgra other.bgra --size 1920x1080 --picture diff_%04d.png)text";
 
 inline constexpr char kExplainFooter[] = R"text(
 PIXEL is X,Y, a pixel of INPUT; --colour is for a colour without a picture, each channel from 0 to 1,

@@ -2,6 +2,7 @@
 
 #include "tools/glazelhost/commands/shared_options.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/io/file_kind.h"
 
 #include <CLI/CLI.hpp>
 
@@ -94,7 +95,8 @@ void AddRenderStreams(CLI::App& command, RenderCommand& render, RenderWords& wor
         formats.emplace_back(row.name);
     }
     const std::string formatNames = CLI::detail::join(formats, "|");
-    command.add_option("--input-format", words.inputFormat, "what standard input holds")
+    command
+        .add_option("--input-format", words.inputFormat, "what raw input holds (default: bgra8)")
         ->check(OneOf(formats))
         ->type_name(formatNames)
         ->group(kStreams);
@@ -108,23 +110,11 @@ void AddRenderStreams(CLI::App& command, RenderCommand& render, RenderWords& wor
         ->check(OneOf({"display", "linear"}))
         ->type_name("display|linear")
         ->group(kStreams);
-    command.add_option("--output-format", words.outputFormat, "what standard output gets")
+    command
+        .add_option("--output-format", words.outputFormat,
+                    "what raw output gets (default: as raw input)")
         ->check(OneOf(formats))
         ->type_name(formatNames)
-        ->group(kStreams);
-    command.add_option("--range", words.range, "codes of Y4M (default: as it says, else limited)")
-        ->check(OneOf({"limited", "full"}))
-        ->type_name("limited|full")
-        ->group(kStreams);
-    command
-        .add_option("--matrix", words.matrix,
-                    "colour matrix of Y4M (default: bt709 from 1280 x 720 on, else bt601)")
-        ->check(OneOf({"bt601", "bt709", "bt2020"}))
-        ->type_name("bt601|bt709|bt2020")
-        ->group(kStreams);
-    command.add_option("--chroma", words.chroma, "chroma of output Y4M (default: as the input)")
-        ->check(OneOf({"420jpeg", "420mpeg2", "420paldv", "420", "422", "444", "mono"}))
-        ->type_name("420|422|444|...")
         ->group(kStreams);
 }
 
@@ -180,20 +170,16 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
     render.source.isLinearLight = words.inputLight == "linear";
     render.source.format = StreamFormatFromName(words.inputFormat);
     render.sink.format = StreamFormatFromName(words.outputFormat);
-    // Standard input and output are video unless the user says otherwise.
-    if (render.source.path == kStandardStream && !render.source.format)
+    const bool isRaw =
+        render.source.path == kStandardStream || KindFromName(render.source.path) == FileKind::Raw;
+    if (isRaw && !render.source.format)
     {
-        render.source.format = !words.size ? StreamFormat::Y4m : StreamFormat::Bgra8;
+        render.source.format = StreamFormat::Bgra8;
     }
     if (render.sink.path == kStandardStream && !render.sink.format)
     {
-        render.sink.format = render.source.format.value_or(StreamFormat::Y4m);
+        render.sink.format = render.source.format;
     }
-    render.source.range = RangeFromName(words.range);
-    render.source.matrix = MatrixFromName(words.matrix);
-    render.sink.range = render.source.range;
-    render.sink.matrix = render.source.matrix;
-    render.sink.sampling = SamplingFromName(words.chroma);
     if (words.bits != 0)
     {
         render.sink.bits = words.bits;

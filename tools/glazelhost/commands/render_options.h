@@ -25,9 +25,6 @@ struct RenderWords
     std::string inputFormat;
     std::string inputLight;
     std::string outputFormat;
-    std::string range;
-    std::string matrix;
-    std::string chroma;
     std::string progress = "auto";
     LookWords look;
     bool quiet = false;

@@ -27,7 +27,6 @@ constexpr std::array kSignatures{
     Signature{FileKind::Tiff, "II+\0"sv}, // BigTIFF
     Signature{FileKind::Tiff, "MM\0+"sv},
     Signature{FileKind::Bmp,  "BM"sv},
-    Signature{FileKind::Y4m,  "YUV4MPEG2"sv},
 };
 constexpr std::array kExtensions{
     Extension{FileKind::Png,  "png"},
@@ -36,11 +35,10 @@ constexpr std::array kExtensions{
     Extension{FileKind::Tiff, "tif"},
     Extension{FileKind::Tiff, "tiff"},
     Extension{FileKind::Bmp,  "bmp"},
-    Extension{FileKind::Y4m,  "y4m"},
     Extension{FileKind::Raw,  "bgra"},
     Extension{FileKind::Raw,  "raw"},
 };
-constexpr std::array kDescriptions{"PNG"sv, "JPEG"sv, "TIFF"sv, "BMP"sv, "Y4M"sv, "raw pixels"sv};
+constexpr std::array kDescriptions{"PNG"sv, "JPEG"sv, "TIFF"sv, "BMP"sv, "raw pixels"sv};
 // clang-format on
 
 bool SameLetter(char letter, char lower) noexcept

@@ -13,13 +13,12 @@ enum class FileKind
     Jpeg,
     Tiff,
     Bmp,
-    Y4m,
     Raw, // 8-bit BGRA, unless somebody says otherwise
 };
 
 constexpr bool IsPicture(FileKind kind) noexcept
 {
-    return kind < FileKind::Y4m;
+    return kind < FileKind::Raw;
 }
 
 // So many first bytes are enough for KindFromContent.
@@ -27,10 +26,10 @@ inline constexpr std::size_t kKindBytes = 16;
 
 // None for bytes that say nothing; raw pixels never say anything.
 std::optional<FileKind> KindFromContent(std::span<const std::byte> firstBytes) noexcept;
-// By the extension, in any case: png, jpg, jpeg, tif, tiff, bmp, y4m, bgra, raw.
+// By the extension, in any case: png, jpg, jpeg, tif, tiff, bmp, bgra, raw.
 std::optional<FileKind> KindFromName(std::string_view path) noexcept;
 // "PNG", "raw pixels"
 std::string_view DescribeKind(FileKind kind) noexcept;
 
 // All kinds, for messages.
-inline constexpr char kKnownKinds[] = ".png, .jpg, .tif, .bmp, .y4m or .bgra";
+inline constexpr char kKnownKinds[] = ".png, .jpg, .tif, .bmp or .bgra";

@@ -2,8 +2,8 @@
 // Pure: no windows.h.
 #pragma once
 
+#include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/picture_facts.h"
-#include "tools/glazelhost/io/ycbcr_encoding.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -58,9 +58,8 @@ struct StreamInfo
     std::optional<std::int64_t> firstNumber; // the first frame's number in a numbered sequence
     bool isPicture = false;         // one picture in a file of its own: no stream, no sequence
     std::vector<std::string> files; // that the frames come from: no output may be one of them
-    std::optional<YCbCrEncoding> encoding; // of a Y4M stream, as it was read
     Light light;
-    std::string description; // for the user: "Y4M 4:2:0 limited range, Rec. 709"
+    std::string description; // for the user: "raw BGRA of 16 bits"
 };
 
 // Gives frames in order. Not thread-safe.
@@ -79,7 +78,7 @@ public:
     virtual bool Read(Image& image, SampleType type) = 0;
     // Passes over the next frame without decoding it where possible; false at the end.
     virtual bool Skip() = 0;
-    // Of the frame that the last call of Read tried: a file's path, or "frame 12 of clip.y4m".
+    // Of the frame that the last call of Read tried: a file's path, or "frame 12 of clip.bgra".
     virtual std::string FrameName() const = 0;
 };
 
@@ -106,3 +105,13 @@ public:
     // when that fails or when no frame was written.
     virtual void Finish() = 0;
 };
+
+// Throws HostError when no frame was written: an output without frames is not one.
+inline void CheckNotEmpty(const std::string& outputName, bool anyFrame)
+{
+    if (!anyFrame)
+    {
+        throw HostError(outputName, "there was no frame to write",
+                        "check the input and the list of frames");
+    }
+}

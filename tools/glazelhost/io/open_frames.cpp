@@ -9,7 +9,6 @@
 #include "tools/glazelhost/io/raw_stream.h"
 #include "tools/glazelhost/io/safe_output.h"
 #include "tools/glazelhost/io/sequence_pattern.h"
-#include "tools/glazelhost/io/y4m_stream.h"
 
 #include <iterator>
 #include <utility>
@@ -17,7 +16,8 @@
 namespace
 {
 
-const std::string kUseKnownKind = "use " + std::string(kKnownKinds);
+const std::string kUseKnownKind =
+    "use " + std::string(kKnownKinds) + ", or \"glazel render\", which takes every video";
 
 [[noreturn]] void RefuseUse(const std::string& what, const std::string& why,
                             const std::string& remedy)
@@ -25,18 +25,7 @@ const std::string kUseKnownKind = "use " + std::string(kKnownKinds);
     throw HostError(what, why, remedy, ExitCode::WrongUsage);
 }
 
-FileKind KindOf(StreamFormat format) noexcept
-{
-    return format == StreamFormat::Y4m ? FileKind::Y4m : FileKind::Raw;
-}
-
-// Of a stream with such a name.
-StreamFormat FormatOf(FileKind kind) noexcept
-{
-    return kind == FileKind::Y4m ? StreamFormat::Y4m : StreamFormat::Bgra8;
-}
-
-// "give --input-format bgra8, bgra16, gbraf32 or y4m"
+// "give --input-format bgra8, bgra16 or gbraf32"
 std::string GiveFormat(const std::string& option)
 {
     std::string text = "give " + option;
@@ -78,27 +67,6 @@ FileKind KindOfFile(const std::string& path)
     throw HostError(path, "this kind of file is not known", kUseKnownKind);
 }
 
-std::unique_ptr<FrameSource> StreamSource(StreamFormat format, std::unique_ptr<ByteReader> stream,
-                                          std::string name, const SourceOptions& options)
-{
-    if (format == StreamFormat::Y4m)
-    {
-        return std::make_unique<Y4mSource>(std::move(stream), std::move(name), options);
-    }
-    return std::make_unique<RawSource>(std::move(stream), std::move(name), format, options);
-}
-
-std::unique_ptr<FrameSink> StreamSink(StreamFormat format, std::unique_ptr<ByteWriter> stream,
-                                      std::string name, const SinkOptions& options,
-                                      const StreamInfo& info)
-{
-    if (format == StreamFormat::Y4m)
-    {
-        return std::make_unique<Y4mSink>(std::move(stream), std::move(name), options, info);
-    }
-    return std::make_unique<RawSink>(std::move(stream), std::move(name), format);
-}
-
 bool CanHold(FileKind kind, int bits) noexcept
 {
     switch (kind)
@@ -133,7 +101,7 @@ FileKind KindOfSink(const SinkOptions& options)
 {
     if (options.format)
     {
-        return KindOf(*options.format);
+        return FileKind::Raw;
     }
     if (options.path == kStandardStream)
     {
@@ -150,11 +118,11 @@ FileKind KindOfSink(const SinkOptions& options)
 std::unique_ptr<FrameSink> OpenPlainSink(const SinkOptions& options, const StreamInfo& info)
 {
     const FileKind kind = KindOfSink(options);
-    const StreamFormat format = options.format.value_or(FormatOf(kind));
+    const StreamFormat format = options.format.value_or(StreamFormat::Bgra8);
     CheckSinkOptions(options, kind);
     if (options.path == kStandardStream)
     {
-        return StreamSink(format, OpenStandardOutput(), "standard output", options, info);
+        return std::make_unique<RawSink>(OpenStandardOutput(), "standard output", format);
     }
     // Of a single picture there is nothing to number.
     const auto pattern = info.isPicture ? std::nullopt : SequencePattern::Parse(options.path);
@@ -166,8 +134,8 @@ std::unique_ptr<FrameSink> OpenPlainSink(const SinkOptions& options, const Strea
                       "name one file, or pictures like out_%04d.png");
         }
         CheckApart({options.path}, info.files);
-        return StreamSink(format, OpenSafeOutput(options.path, options.overwrite), options.path,
-                          options, info);
+        return std::make_unique<RawSink>(OpenSafeOutput(options.path, options.overwrite),
+                                         options.path, format);
     }
     if (pattern)
     {
@@ -190,7 +158,8 @@ std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
         {
             RefuseUse("standard input", "its format is not said", GiveFormat("--input-format"));
         }
-        return StreamSource(*options.format, OpenStandardInput(), "standard input", options);
+        return std::make_unique<RawSource>(OpenStandardInput(), "standard input", *options.format,
+                                           options);
     }
     const auto pattern =
         IsThere(options.path) ? std::nullopt : SequencePattern::Parse(options.path);
@@ -203,13 +172,13 @@ std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options)
     {
         return std::make_unique<PictureSource>(options, *pattern);
     }
-    const FileKind kind = options.format ? KindOf(*options.format) : KindOfFile(options.path);
+    const FileKind kind = options.format ? FileKind::Raw : KindOfFile(options.path);
     if (IsPicture(kind))
     {
         return std::make_unique<PictureSource>(options);
     }
-    return StreamSource(options.format.value_or(FormatOf(kind)), OpenFileReader(options.path),
-                        options.path, options);
+    return std::make_unique<RawSource>(OpenFileReader(options.path), options.path,
+                                       options.format.value_or(StreamFormat::Bgra8), options);
 }
 
 std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info)

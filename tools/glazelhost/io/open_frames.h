@@ -1,5 +1,5 @@
-// Opens what frames are read from and written to: pictures, numbered sequences, Y4M and raw
-// streams, by extension and content. Pure declarations: no windows.h.
+// Opens what frames are read from and written to: pictures, numbered sequences and raw streams, by
+// extension and content. Pure declarations: no windows.h.
 //
 // Pictures are PNG, JPEG, TIFF (8-bit, 16-bit, 16-bit and 32-bit float) and BMP; the first page
 // counts, and is turned upright as its orientation tag says. Its numbers are taken as they are:
@@ -27,12 +27,10 @@ struct SourceOptions
     std::optional<StreamFormat> format; // none: by content, then by extension; "-" needs one
     int width = 0;                      // of a raw stream, which does not say
     int height = 0;
-    double framesPerSecond = 0.0;            // > 0 replaces what the stream says
-    double pixelAspect = 0.0;                // > 0 replaces what the stream says
+    double framesPerSecond = 0.0;            // 0: not said
+    double pixelAspect = 0.0;                // 0: not said, which is 1
     bool isLinearLight = false;              // the numbers of a raw stream
     bool isOpaque = false;                   // a raw stream whose alpha means nothing
-    std::optional<YCbCrRange> range;         // Y4M; none: what the header says, else limited
-    std::optional<YCbCrMatrix> matrix;       // Y4M; none: DefaultMatrix of the size
     std::optional<std::int64_t> firstNumber; // of a sequence; none: the lowest that exists
 };
 
@@ -46,15 +44,12 @@ struct SinkOptions
     std::optional<int> bits;
     int quality = 95;                        // JPEG, 1 to 100
     std::optional<std::uint32_t> ditherSeed; // of floats that become 8 bits; none: no dither
-    std::optional<ChromaSampling> sampling;  // Y4M; none: the source's, else 4:2:0 (420jpeg)
-    std::optional<YCbCrRange> range;         // Y4M; none: the source's, else limited
-    std::optional<YCbCrMatrix> matrix;       // Y4M; none: the source's, else DefaultMatrix
 };
 
 // Throws HostError (WrongUsage when the options contradict each other or are incomplete).
 std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options);
 
-// `info` is the source's, with the rate, aspect and light that the output shall state. Checks the
+// `info` is the source's, with the light that the output shall state. Checks the
 // target (folder, existing output, a file of the source, options) before anything is created;
 // throws HostError.
 std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info);

@@ -297,7 +297,7 @@ void ReadBmp(PictureFacts& facts, Bytes file)
 PictureFacts FactsOf(Bytes file)
 {
     PictureFacts facts;
-    switch (KindFromContent(file).value_or(FileKind::Y4m))
+    switch (KindFromContent(file).value_or(FileKind::Raw))
     {
     case FileKind::Png:
         ReadPng(facts, file);

@@ -6,7 +6,6 @@
 #include "tools/glazelhost/io/file_stream.h"
 #include "tools/glazelhost/io/safe_output.h"
 #include "tools/glazelhost/io/sequence_files.h"
-#include "tools/glazelhost/io/stream_frames.h"
 #include "tools/glazelhost/io/windows_path.h"
 
 #include <windows.h>

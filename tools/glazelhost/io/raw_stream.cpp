@@ -2,7 +2,6 @@
 
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/io/pixel_convert.h"
-#include "tools/glazelhost/io/stream_frames.h"
 
 #include <cstring>
 #include <utility>
@@ -95,6 +94,20 @@ void Encode(StreamFormat format, const Image& image, std::byte* frame)
     }
 }
 
+void CheckSameSize(const std::string& streamName, const Image& image, int width, int height)
+{
+    if (image.width != width || image.height != height)
+    {
+        const auto size = [](int columns, int rows) {
+            return std::to_string(columns) + " x " + std::to_string(rows);
+        };
+        throw HostError(streamName,
+                        "a frame of " + size(image.width, image.height) +
+                            " does not fit into a stream of " + size(width, height),
+                        "give frames of one size, or write a numbered sequence of pictures");
+    }
+}
+
 } // namespace
 
 RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name, StreamFormat format,
@@ -145,7 +158,8 @@ bool RawSource::CheckWhole(std::uint64_t bytes)
         return false;
     }
     throw HostError(FrameName(),
-                    "the data ends " + MissingBytes(m_frameBytes - bytes, m_frameBytes),
+                    "the data ends in this frame: " + std::to_string(m_frameBytes - bytes) +
+                        " of its " + std::to_string(m_frameBytes) + " bytes are missing",
                     "check the size that you gave, or make the file again");
 }
 
@@ -183,7 +197,7 @@ bool RawSource::Skip()
 
 std::string RawSource::FrameName() const
 {
-    return FrameNameOf(m_frame, m_name);
+    return "frame " + std::to_string(m_frame) + " of " + m_name;
 }
 
 RawSink::RawSink(std::unique_ptr<ByteWriter> stream, std::string name, StreamFormat format)

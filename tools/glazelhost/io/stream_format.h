@@ -1,5 +1,5 @@
-// The streams that are read and written, by name. Raw ones are bare pixels: rows top-down without
-// padding, frame after frame, straight alpha, little-endian.
+// The raw streams that are read and written, by name: bare pixels, rows top-down without padding,
+// frame after frame, straight alpha, little-endian.
 // Pure: no windows.h. Tests: tests/tools/glazelhost/io/raw_stream_test.cpp.
 #pragma once
 
@@ -14,7 +14,6 @@ enum class StreamFormat
     Bgra8,     // blue, green, red, alpha; 8 bits each
     Bgra16,    // the same with 16 bits each
     GbraFloat, // a plane each of green, blue, red and alpha; 32-bit floats, 0.0 to 1.0 nominal
-    Y4m,
 };
 
 struct StreamFormatRow
@@ -22,14 +21,13 @@ struct StreamFormatRow
     StreamFormat format;
     const char* name;        // on the command line
     const char* description; // for the user
-    FileSample sample;       // of a raw stream
+    FileSample sample;
 };
 
 inline constexpr StreamFormatRow kStreamFormats[] = {
     {StreamFormat::Bgra8, "bgra8", "raw BGRA of 8 bits", FileSample::Bits8},
     {StreamFormat::Bgra16, "bgra16", "raw BGRA of 16 bits", FileSample::Bits16},
     {StreamFormat::GbraFloat, "gbraf32", "raw GBRA planes of 32-bit floats", FileSample::Float32},
-    {StreamFormat::Y4m, "y4m", "Y4M", FileSample::Bits8},
 };
 
 constexpr const StreamFormatRow& RowOf(StreamFormat format) noexcept

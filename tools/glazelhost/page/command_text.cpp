@@ -92,8 +92,8 @@ std::string CommandText(const RepeatedRender& render)
 std::string GradedNameOf(const std::string& image,
                          const std::function<bool(const std::string&)>& exists)
 {
-    constexpr std::array<std::string_view, 7> kWritten{".png",  ".jpg", ".jpeg", ".tif",
-                                                       ".tiff", ".bmp", ".y4m"};
+    constexpr std::array<std::string_view, 6> kWritten{".png", ".jpg",  ".jpeg",
+                                                       ".tif", ".tiff", ".bmp"};
     constexpr int kMostTries = 1000; // then the render says that the file exists
     const std::size_t at = ExtensionAt(image);
     const std::string stem = image.substr(0, at);

@@ -31,7 +31,7 @@ public:
 
     Reporter(ReportStyle style, Outlets outlets);
 
-    // What was found out or chosen: "input: Y4M, 1280 x 720, ...".
+    // What was found out or chosen: "input: PNG picture, 16 bits, ...".
     void Note(const std::string& text);
     // Something is wrong but the job goes on.
     void Warn(const std::string& text);

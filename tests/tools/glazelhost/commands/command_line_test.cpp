@@ -70,10 +70,7 @@ TEST(CommandLine, EveryRenderOptionReachesItsPlace)
                                          "--first",     "1001",
                                          "--overwrite", "--renderer",
                                          "D:\\r",       "--plugin",
-                                         "p.dll",       "--range",
-                                         "full",        "--matrix",
-                                         "bt2020",      "--chroma",
-                                         "422",         "--bits",
+                                         "p.dll",       "--bits",
                                          "16",          "--quality",
                                          "80",          "--skip-bad-frames",
                                          "--unclamped", "--progress",
@@ -94,11 +91,6 @@ TEST(CommandLine, EveryRenderOptionReachesItsPlace)
     EXPECT_TRUE(render.sink.overwrite);
     EXPECT_EQ(render.tools.rendererFolder, "D:\\r");
     EXPECT_EQ(render.tools.plugin, "p.dll");
-    EXPECT_EQ(render.source.range, YCbCrRange::Full);
-    EXPECT_EQ(render.sink.range, YCbCrRange::Full);
-    EXPECT_EQ(render.source.matrix, YCbCrMatrix::Bt2020);
-    EXPECT_EQ(render.sink.matrix, YCbCrMatrix::Bt2020);
-    EXPECT_EQ(render.sink.sampling, ChromaSampling::Half422);
     EXPECT_EQ(render.sink.bits, 16);
     EXPECT_EQ(render.sink.quality, 80);
     EXPECT_EQ(render.sink.ditherSeed, 7U);
@@ -134,18 +126,21 @@ TEST(CommandLine, APathMayBeginWithASlash)
     EXPECT_EQ(render.look, "/a/look.cube");
 }
 
-TEST(CommandLine, StandardStreamsAreY4mUnlessASizeOrAFormatSaysOtherwise)
+TEST(CommandLine, RawInputIsOfBytesAndStandardOutputIsAsRawInputUnlessAFormatIsGiven)
 {
-    const auto pipes = [](std::vector<std::string> more) {
-        std::vector<std::string> words{"render", "-", "-", "--look", "a.cube"};
+    const auto formats = [](const std::string& input, std::vector<std::string> more) {
+        std::vector<std::string> words{"render", input, "-", "--look", "a.cube"};
         words.insert(words.end(), more.begin(), more.end());
-        return std::get<RenderCommand>(ParseCommandLine(words));
+        const auto render = std::get<RenderCommand>(ParseCommandLine(words));
+        return std::pair(render.source.format, render.sink.format);
     };
-    EXPECT_EQ(pipes({}).source.format, StreamFormat::Y4m);
-    EXPECT_EQ(pipes({}).sink.format, StreamFormat::Y4m);
-    EXPECT_EQ(pipes({"--size", "4x4"}).source.format, StreamFormat::Bgra8);
-    EXPECT_EQ(pipes({"--size", "4x4"}).sink.format, StreamFormat::Bgra8);
-    EXPECT_EQ(pipes({"--output-format", "bgra8"}).sink.format, StreamFormat::Bgra8);
+    const std::optional<StreamFormat> bytes = StreamFormat::Bgra8;
+    const std::optional<StreamFormat> words = StreamFormat::Bgra16;
+    EXPECT_EQ(formats("-", {}), std::pair(bytes, bytes));
+    EXPECT_EQ(formats("a.bgra", {}), std::pair(bytes, bytes));
+    EXPECT_EQ(formats("-", {"--input-format", "bgra16"}), std::pair(words, words));
+    EXPECT_EQ(formats("-", {"--output-format", "bgra16"}), std::pair(bytes, words));
+    EXPECT_EQ(formats("a.png", {}).second, std::nullopt) << "8 bits or 16 is for the user to say";
 }
 
 TEST(CommandLine, QuietWinsOverTheKindOfProgress)

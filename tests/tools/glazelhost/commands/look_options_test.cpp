@@ -9,7 +9,7 @@ namespace
 
 RenderCommand Render(const std::vector<std::string>& more)
 {
-    std::vector<std::string> words{"render", "in.y4m", "out.y4m"};
+    std::vector<std::string> words{"render", "in.bgra", "out.bgra"};
     words.insert(words.end(), more.begin(), more.end());
     return std::get<RenderCommand>(ParseCommandLine(words));
 }
@@ -38,13 +38,13 @@ bool Says(const std::string& line, const std::string& part)
 TEST(LookOptions, KeysAreTakenInTheirOrderAndLeaveThePlacesAlone)
 {
     const auto command = std::get<RenderCommand>(ParseCommandLine(
-        {"render", "--key", "48f=b.cube", "--key=0=a=b.cube", "in.y4m", "out.y4m"}));
+        {"render", "--key", "48f=b.cube", "--key=0=a=b.cube", "in.bgra", "out.bgra"}));
     ASSERT_EQ(command.keys.size(), 2U);
     EXPECT_EQ(TextOf(command.keys[0].time), "48f");
     EXPECT_EQ(command.keys[0].look, "b.cube");
     EXPECT_EQ(TextOf(command.keys[1].time), "0");
     EXPECT_EQ(command.keys[1].look, "a=b.cube") << "the first sign divides";
-    EXPECT_EQ(command.source.path, "in.y4m");
+    EXPECT_EQ(command.source.path, "in.bgra");
     EXPECT_EQ(command.ease, std::nullopt);
 }
 

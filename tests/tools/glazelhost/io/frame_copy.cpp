@@ -1,7 +1,7 @@
 // A test program: copies frames from a source to a sink, so that scripts can compare with other
 // programs what the library reads and writes.
 //   frame_copy INPUT OUTPUT [in=FORMAT] [out=FORMAT] [depth=8|float] [size=WxH] [bits=N]
-//              [range=R] [matrix=M] [sampling=S] [write_range=R] [overwrite=1]
+//              [overwrite=1]
 // Prints what the source says about itself, and the error when there is one, on standard error.
 
 #include "tools/glazelhost/host/windows_text.h"
@@ -59,14 +59,10 @@ void Copy(const Words& words)
     from.path = words.paths.at(0);
     from.format = StreamFormatFromName(words.Option("in"));
     std::sscanf(words.Option("size").c_str(), "%dx%d", &from.width, &from.height);
-    from.range = RangeFromName(words.Option("range"));
-    from.matrix = MatrixFromName(words.Option("matrix"));
     SinkOptions to;
     to.path = words.paths.at(1);
     to.format = StreamFormatFromName(words.Option("out"));
     to.overwrite = !words.Option("overwrite").empty();
-    to.sampling = SamplingFromName(words.Option("sampling"));
-    to.range = RangeFromName(words.Option("write_range"));
     if (const std::string bits = words.Option("bits"); !bits.empty())
     {
         to.bits = std::atoi(bits.c_str());

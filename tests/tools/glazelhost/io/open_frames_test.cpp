@@ -65,8 +65,6 @@ TEST_F(OpenFrames, EveryExtensionWritesItsKindAndReadsBack)
     EXPECT_EQ(m_folder.Content("a.jpg").substr(0, 2), "\xff\xd8");
     Write("a.bgra", image);
     EXPECT_EQ(m_folder.Content("a.bgra").size(), image.pixels.size());
-    Write("a.y4m", image);
-    EXPECT_EQ(m_folder.Content("a.y4m").substr(0, 9), "YUV4MPEG2");
 }
 
 TEST_F(OpenFrames, ASinglePictureSaysItsSizeDepthAndLength)
@@ -111,6 +109,7 @@ TEST_F(OpenFrames, RawPixelsMayBeginLikeAnotherKind)
 TEST_F(OpenFrames, InputsThatAreNoneAreErrorsThatNameThem)
 {
     m_folder.Put("empty.png", "");
+    m_folder.Put("clip.y4m", "YUV4MPEG2 W2 H2 F25:1 C444\nFRAME\n012345678901");
     m_folder.Put("text.png", "hello world, this is text");
     m_folder.Put("text.xyz", "hello world, this is text");
     const std::pair<const char*, const char*> cases[] = {
@@ -119,7 +118,9 @@ TEST_F(OpenFrames, InputsThatAreNoneAreErrorsThatNameThem)
         {"text.png", "it does not begin like a PNG file"},
         {"text.xyz", "this kind of file is not known"},
         {"none_%04d.png", "there is no picture of this sequence"},
-        {"no\\folder\\a.y4m", "it cannot be opened"},
+        {"clip.y4m", "this kind of file is not known; use .png, .jpg, .tif, .bmp or .bgra, or "
+                     "\"glazel render\", which takes every video"},
+        {"no\\folder\\a.bgra", "it cannot be opened"},
     };
     for (const auto& [name, part] : cases)
     {
@@ -141,7 +142,7 @@ TEST_F(OpenFrames, StandardStreamsNeedAFormat)
 TEST_F(OpenFrames, OutputsAreCheckedBeforeAnyWork)
 {
     m_folder.Put("there.png", "old");
-    m_folder.Put("there.y4m", "old");
+    m_folder.Put("there.bgra", "old");
     m_folder.Put("shot_0003.png", "old");
     StreamInfo two;
     two.frameCount = 2;
@@ -149,20 +150,21 @@ TEST_F(OpenFrames, OutputsAreCheckedBeforeAnyWork)
         return ErrorOf([&] { OpenSink(To(name), info); });
     };
     EXPECT_TRUE(Says(refusal("there.png"), "it exists already"));
-    EXPECT_TRUE(Says(refusal("there.y4m"), "it exists already"));
+    EXPECT_TRUE(Says(refusal("there.bgra"), "it exists already"));
     EXPECT_TRUE(Says(refusal("shot_%04d.png"), "shot_0003.png: it exists already"));
     EXPECT_EQ(refusal("shot_%04d.png", two), "no error"); // numbers 1 and 2 are free
     EXPECT_TRUE(Says(refusal("no\\where\\a.png"), "does not exist"));
     EXPECT_TRUE(Says(refusal("no\\where\\a_%d.png"), "does not exist"));
     EXPECT_TRUE(Says(refusal("a.gif"), "the extension does not say what to write"));
-    EXPECT_TRUE(Says(refusal("a_%d.y4m"), "a stream is one file"));
+    EXPECT_TRUE(Says(refusal("a.y4m"), "\"glazel render\""));
+    EXPECT_TRUE(Says(refusal("a_%d.bgra"), "a stream is one file"));
     EXPECT_EQ(m_folder.Names().size(), 3U);
 }
 
 TEST_F(OpenFrames, BitsThatAKindCannotHoldAreRefused)
 {
-    const std::pair<const char*, int> refused[] = {{"a.png", 32}, {"a.jpg", 16}, {"a.bmp", 16},
-                                                   {"a.y4m", 16}, {"a.tif", 12}, {"a.bgra", 32}};
+    const std::pair<const char*, int> refused[] = {
+        {"a.png", 32}, {"a.jpg", 16}, {"a.bmp", 16}, {"a.tif", 12}, {"a.bgra", 32}};
     for (const auto& [name, bits] : refused)
     {
         SinkOptions options = To(name);
@@ -223,7 +225,7 @@ TEST_F(OpenFrames, APictureHasItsNameOnlyWhenItIsFinished)
 
 TEST_F(OpenFrames, NothingWrittenIsAnErrorForEveryKind)
 {
-    for (const std::string name : {"a.png", "a_%d.png", "a.y4m", "a.bgra"})
+    for (const std::string name : {"a.png", "a_%d.png", "a.bgra"})
     {
         const auto sink = OpenSink(To(name), {});
         EXPECT_TRUE(Says(ErrorOf([&] { sink->Finish(); }), "there was no frame to write")) << name;
@@ -360,7 +362,7 @@ TEST_F(OpenFrames, ASinglePictureIsWrittenUnderTheNameAsItIs)
 
 TEST_F(OpenFrames, PicturesOfDifferentSizesDoNotFitIntoOneStream)
 {
-    const auto sink = OpenSink(To("a.y4m"), {});
+    const auto sink = OpenSink(To("a.bgra"), {});
     sink->Write(Sample());
     EXPECT_TRUE(Says(ErrorOf([&] { sink->Write(RandomImage(5, 5, SampleType::Byte, false, 1)); }),
                      "does not fit into a stream"));

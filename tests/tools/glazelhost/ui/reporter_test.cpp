@@ -67,8 +67,8 @@ TEST(Reporter, TheEndSaysHowManyFramesAndHowFast)
     desk.reporter.Begin(std::nullopt);
     desk.now += 2.0;
     desk.reporter.Advance(50);
-    desk.reporter.Done("out.y4m");
-    EXPECT_EQ(desk.written, "glazelhost: out.y4m: 50 frames in 0:02, 25.0 frames/s\n");
+    desk.reporter.Done("out.bgra");
+    EXPECT_EQ(desk.written, "glazelhost: out.bgra: 50 frames in 0:02, 25.0 frames/s\n");
 }
 
 TEST(Reporter, OnePictureHasNoSpeed)
