@@ -9,6 +9,7 @@ import pytest
 from conftest import (CLIP, COOL, ROOT, WARM, clip_frames, ffmpeg, host, render, run, succeed,
                       write_clip, write_png)
 
+SHAPE = (*CLIP, "--fps", 25)
 EFFECT_CLASS = "B47A199B-15E2-4836-BD39-419904B5D292"
 
 
@@ -60,9 +61,9 @@ def test_an_independent_program_finds_exactly_the_records_bytes(project, tmp_pat
 
 def test_an_animation_is_kept_with_its_keyframes(clip, tmp_path):
     path = tmp_path / "animated.glz"
-    succeed(host("render", clip, *CLIP, tmp_path / "out.bgra", "--key", f"8f={WARM}", "--key",
+    succeed(host("render", clip, *SHAPE, tmp_path / "out.bgra", "--key", f"8f={WARM}", "--key",
                  f"0.08={COOL}", "--ease", "smooth", "--save-project", path))
-    succeed(host("render", clip, *CLIP, tmp_path / "again.bgra", "--project", path))
+    succeed(host("render", clip, *SHAPE, tmp_path / "again.bgra", "--project", path))
     assert (tmp_path / "again.bgra").read_bytes() == (tmp_path / "out.bgra").read_bytes()
 
     cool = record_of(COOL, tmp_path / "cool.look")
@@ -77,12 +78,12 @@ def test_an_animation_is_kept_with_its_keyframes(clip, tmp_path):
 
 def test_the_ease_of_a_project_can_be_changed_and_kept(clip, tmp_path):
     keys = ["--key", f"0f={COOL}", "--key", f"8f={WARM}"]
-    succeed(host("render", clip, *CLIP, tmp_path / "linear.bgra", *keys, "--save-project",
+    succeed(host("render", clip, *SHAPE, tmp_path / "linear.bgra", *keys, "--save-project",
                  tmp_path / "a.glz"))
-    succeed(host("render", clip, *CLIP, tmp_path / "smooth.bgra", *keys, "--ease", "smooth"))
-    succeed(host("render", clip, *CLIP, tmp_path / "1.bgra", "--project", tmp_path / "a.glz",
+    succeed(host("render", clip, *SHAPE, tmp_path / "smooth.bgra", *keys, "--ease", "smooth"))
+    succeed(host("render", clip, *SHAPE, tmp_path / "1.bgra", "--project", tmp_path / "a.glz",
                  "--ease", "smooth", "--save-project", tmp_path / "b.glz"))
-    succeed(host("render", clip, *CLIP, tmp_path / "2.bgra", "--project", tmp_path / "b.glz"))
+    succeed(host("render", clip, *SHAPE, tmp_path / "2.bgra", "--project", tmp_path / "b.glz"))
     smooth = (tmp_path / "smooth.bgra").read_bytes()
     assert (tmp_path / "1.bgra").read_bytes() == smooth
     assert (tmp_path / "2.bgra").read_bytes() == smooth
