@@ -5,7 +5,7 @@ import json
 import numpy as np
 import pytest
 
-from conftest import (BIN, COOL, ROOT, WARM, host, pixels, render, succeed, tiff,
+from conftest import (BIN, CLIP, COOL, ROOT, WARM, host, pixels, render, succeed, tiff, write_clip,
                       write_png)
 
 SLOPE, OFFSET = np.array([0.74, 0.84, 1.04]), np.array([0, 0.006, 0.022])
@@ -133,8 +133,12 @@ def test_frames_are_chosen_by_their_numbers(tmp_path):
     sequence = tmp_path / "shot_%04d.png"
     assert explain("0,0", sequence)["input"]["codes"] == [1, 1, 1]
     assert explain("0,0", sequence, "--frame", 1002)["input"]["codes"] == [2, 2, 2]
-    result = host("explain", "0,0", sequence, "--frame", 1003, "--look", COOL)
-    assert result.code == 1 and "it has no frame 1003" in result.only_line()
+    clip = tmp_path / "clip.bgra"
+    write_clip(clip, 3)
+    told = [explain("9,9", clip, *CLIP, "--frame", number) for number in (1, 3)]
+    assert [row["place"]["frame"] for row in told] == [1, 3]
+    result = host("explain", "9,9", clip, *CLIP, "--frame", 4, "--look", COOL)
+    assert result.code == 1 and "it has no frame 4" in result.only_line()
 
 
 @pytest.mark.parametrize("words, said", [
