@@ -4,9 +4,11 @@
 #include "samples/renderer/lut_fitting.h"
 #include "samples/renderer/lut_sampling.h"
 #include "samples/renderer/number_words.h"
+#include "samples/renderer/prepared_look.h"
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <utility>
 
 namespace
@@ -17,14 +19,26 @@ constexpr double kUnseen = 1.0 / 4096.0; // errors up to this are not told
 // Sizes to try, beside that of the look's own cube: what most programs take.
 constexpr std::array<std::uint32_t, 2> kUsualSizes{33, kMostPoints};
 
+// Entries of curves and points of the cube behind them, to try in this order.
+constexpr std::array<std::pair<std::uint32_t, std::uint32_t>, 3> kShapedSizes{
+    {{4096, 33}, {kStoredCurveSize, 33}, {kStoredCurveSize, kMostPoints}}};
+
+// Where curves may begin and end: beyond 0..1 too, as long as their entries stay dense.
+constexpr std::array kShapedRanges{Interval{-1.0F, 2.0F}, Interval{0.0F, 1.0F}};
+
 // Samples a side of the check, of which no size of a cube has nodes at the same places; and of
 // greys.
 constexpr std::uint32_t kCheckSide = 98;
-constexpr std::uint32_t kCheckGreys = 4099;
+constexpr std::uint32_t kCheckGreys = 4 * kStoredCurveSize - 3; // several between two entries
 
 bool ShowsTables(const StoredLook& look) noexcept
 {
     return look.HasTables() && look.strength > 0.0F;
+}
+
+bool IsSame(const Domain& domain) noexcept
+{
+    return domain[0] == domain[1] && domain[1] == domain[2];
 }
 
 // The tables alone, wherever they show.
@@ -82,6 +96,29 @@ struct TableViews
     CurveView curves;
     CubeView cube;
 };
+
+// The values within `range` between which a correction with clamps does not give the same; 0..1
+// where that does not help.
+Interval ReachOf(const StoredLook& look, const Interval& range) noexcept
+{
+    if (look.cdlMode != CdlMode::Clamped)
+    {
+        return {};
+    }
+    Interval reach{range.high, range.low};
+    for (std::size_t channel = 0; channel < 3; ++channel)
+    {
+        const float slope = look.cdl.slope[channel];
+        const float offset = look.cdl.offset[channel];
+        if (slope > 0.0F)
+        {
+            reach.low = std::min(reach.low, std::max(-offset / slope, range.low));
+            reach.high = std::max(reach.high, std::min((1.0F - offset) / slope, range.high));
+        }
+    }
+    constexpr float kNarrowest = 1.0F / 1024.0F;
+    return reach.high - reach.low < kNarrowest ? Interval{} : reach;
+}
 
 float Limited(float value, const Interval& interval) noexcept
 {
@@ -192,7 +229,7 @@ std::string RangeText(const Interval& range)
 
 std::string RangeText(const Domain& domain)
 {
-    if (domain[0] == domain[1] && domain[1] == domain[2])
+    if (IsSame(domain))
     {
         return RangeText(domain[0]);
     }
@@ -242,36 +279,166 @@ void TellLosses(CubeExport& exported, const StoringError& error, const GradeColo
     }
 }
 
-// One cube, or the look's own tables.
-struct Sampling
+std::unique_ptr<PreparedLook> Prepared(const Look& look)
 {
-    bool asTheyAre = false;
-    std::uint32_t points = 0;
+    StoredLook stored;
+    StoreLook(look, stored);
+    std::vector<std::uint8_t> record(kRecordSize);
+    WriteRecord(stored, RecordBytes(record.data(), kRecordSize));
+    auto prepared = std::make_unique<PreparedLook>();
+    prepared->Read(record);
+    return prepared;
+}
+
+// A look in two parts: what it does to each channel alone, which curves follow far more closely
+// than a cube, and what it does to that.
+class Shaped
+{
+public:
+    explicit Shaped(const StoredLook& stored)
+    {
+        Look first;
+        first.cdlMode = stored.cdlMode;
+        first.cdl = stored.cdl;
+        first.cdl.saturation = 1.0F;
+        Look rest = TablesOf(stored);
+        rest.strength = stored.strength;
+        if (stored.cdl.saturation != 1.0F)
+        {
+            rest.cdlMode = stored.cdlMode;
+            rest.cdl.saturation = stored.cdl.saturation;
+        }
+        else if (!rest.cube)
+        {
+            first.curves = std::exchange(rest.curves, {});
+            first.strength = stored.strength;
+        }
+        else if (rest.strength == 1.0F)
+        {
+            first.curves = std::exchange(rest.curves, {});
+            if (IsSame(rest.cube->domain))
+            {
+                m_ownCube = rest.cube;
+            }
+        }
+        m_first = Prepared(first);
+        if (rest.cdlMode != CdlMode::None || rest.curves || rest.cube)
+        {
+            m_rest = Prepared(rest);
+        }
+    }
+
+    // Curves of `entries` over `range`: alone where nothing follows, else before a cube of
+    // `points`, or before the look's own.
+    Look Sampled(const Interval& range, std::uint32_t entries, std::uint32_t points) const
+    {
+        Look tables;
+        tables.curves = CurvesOf(range, entries);
+        if (m_ownCube)
+        {
+            tables.cube = m_ownCube;
+        }
+        else if (m_rest)
+        {
+            const Interval units = ToUnits(tables.curves->values);
+            tables.cube = ::Sampled({units, units, units}, points, [this](std::span<Rgb> colours) {
+                for (Rgb& colour : colours)
+                {
+                    colour = m_rest->Grade(colour);
+                }
+            });
+            tables.cube->domain = {};
+        }
+        return tables;
+    }
+
+private:
+    Curves CurvesOf(const Interval& range, std::uint32_t entries) const
+    {
+        Curves curves{entries, {range, range, range}, std::vector<float>(std::size_t{3} * entries)};
+        for (std::uint32_t i = 0; i < entries; ++i)
+        {
+            const float value = EntryValue(range, i, entries);
+            const Rgb shaped = m_first->Grade({value, value, value});
+            curves.values[i] = shaped.r;
+            curves.values[entries + i] = shaped.g;
+            curves.values[2 * entries + i] = shaped.b;
+        }
+        return curves;
+    }
+
+    // Some programs limit what lies between the tables to 0..1: brings values beyond into it, and
+    // answers what 0 and 1 stand for now.
+    static Interval ToUnits(std::vector<float>& values) noexcept
+    {
+        const auto [least, most] = std::ranges::minmax(values);
+        const Interval range{std::min(least, 0.0F), std::max(most, 1.0F)};
+        for (float& value : values)
+        {
+            value = (value - range.low) / (range.high - range.low);
+        }
+        return range;
+    }
+
+    std::unique_ptr<PreparedLook> m_first;
+    std::unique_ptr<PreparedLook> m_rest; // null when nothing follows
+    std::optional<Cube> m_ownCube;        // when nothing but that follows
+};
+
+// Makes the tables of one way to keep a look.
+struct Way
+{
+    std::function<Look()> tables;
+    // Curves in front are not read everywhere: another way makes place for them only if they bring
+    // the error below this share of it.
+    double worthwhile = 1.0;
 };
 
 // Until one is good enough. `own` has tables when the look is nothing else.
-std::vector<Sampling> SamplingsToTry(const StoredLook* look, const Look& own,
-                                     std::optional<std::uint32_t> points)
+std::vector<Way> WaysToTry(const StoredLook* look, const Look& own,
+                           std::optional<std::uint32_t> points, const GradeColours& grade)
 {
-    const bool ownIsCube = own.cube && !own.curves;
+    const Domain domain = DomainOf(look);
+    const auto cubeOf = [domain, &grade](std::uint32_t size) {
+        return Way{[domain, &grade, size] {
+            Look tables;
+            tables.cube = Sampled(domain, size, grade);
+            return tables;
+        }};
+    };
+    const Way asTheyAre{[&own] { return own; }};
     if (points)
     {
-        return {{ownIsCube && own.cube->size == *points, *points}};
+        const bool isOwn = own.cube && !own.curves && own.cube->size == *points;
+        return {isOwn ? asTheyAre : cubeOf(*points)};
     }
     if ((own.curves || own.cube) && FitsCubeFile(own))
     {
-        return {{true, 0}};
+        return {asTheyAre};
     }
-    std::vector<Sampling> samplings;
+    std::vector<Way> ways;
     if (look != nullptr && look->cubeSize != 0)
     {
-        samplings.push_back({false, look->cubeSize});
+        ways.push_back(cubeOf(look->cubeSize));
     }
     for (const std::uint32_t size : kUsualSizes)
     {
-        samplings.push_back({false, size});
+        ways.push_back(cubeOf(size));
     }
-    return samplings;
+    if (look != nullptr && look->cdlMode != CdlMode::None)
+    {
+        const auto shaped = std::make_shared<const Shaped>(*look);
+        for (const Interval& widest : kShapedRanges)
+        {
+            const Interval range = ReachOf(*look, widest);
+            for (const auto& sizes : kShapedSizes)
+            {
+                ways.push_back(
+                    {[=] { return shaped->Sampled(range, sizes.first, sizes.second); }, 0.5});
+            }
+        }
+    }
+    return ways;
 }
 
 } // namespace
@@ -280,30 +447,24 @@ CubeExport ExportTables(const StoredLook* look, std::optional<std::uint32_t> poi
                         const GradeColours& grade)
 {
     const Look own = look != nullptr && IsTables(*look) ? TablesOf(*look) : Look{};
-    const Domain domain = DomainOf(look);
-    const Check check(domain, grade);
-    const std::vector<Sampling> samplings = SamplingsToTry(look, own, points);
+    const Check check(DomainOf(look), grade);
     CubeExport exported;
-    StoringError error;
-    for (const Sampling& sampling : samplings)
+    std::optional<StoringError> error;
+    for (const Way& way : WaysToTry(look, own, points, grade))
     {
-        Look tables = sampling.asTheyAre ? own : Look{};
-        if (!sampling.asTheyAre)
-        {
-            tables.cube = Sampled(domain, sampling.points, grade);
-        }
+        Look tables = way.tables();
         const StoringError found = check.ErrorOf(tables);
-        if (&sampling == samplings.data() || found.size < error.size)
+        if (!error || found.size < error->size * way.worthwhile)
         {
             exported.tables = std::move(tables);
             error = found;
         }
-        if (error.size <= kUnseen)
+        if (error->size <= kUnseen)
         {
             break;
         }
     }
-    TellLosses(exported, error, grade);
+    TellLosses(exported, *error, grade);
     return exported;
 }
 

@@ -29,8 +29,10 @@ struct CubeExport
 
 // The tables for a look that `grade` applies. `look` says what that look is, null when nobody
 // knows. With `points` they are one cube of that size; without, the look's own tables where it has
-// nothing else, or one cube of the first size that keeps it within 1/4096, else of the best. Nodes
-// of the look's own size and domain are those of the look. Throws what `grade` throws.
+// nothing else, or one cube of the first size that keeps it within 1/4096. Where none does, what a
+// correction does to each channel alone goes into curves, before a cube where more follows, if that
+// at least halves the error. Nodes of the look's own size and domain are those of the look. Throws
+// what `grade` throws.
 CubeExport ExportTables(const StoredLook* look, std::optional<std::uint32_t> points,
                         const GradeColours& grade);
 

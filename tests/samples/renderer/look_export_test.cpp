@@ -132,12 +132,81 @@ TEST(LookExport, ACorrectionGetsAsManyPointsAsItNeeds)
     EXPECT_EQ(straight.tables.cube->size, 33U);
     EXPECT_LT(straight.largestError, kUnseen);
     EXPECT_LT(ErrorOf(CdlLook(scaled), straight.tables, {}), kUnseen);
+}
 
-    Cdl bent = kGentle;
-    bent.power = {1.5F, 1.4F, 0.6F};
-    const CubeExport curved = Export(CdlLook(bent));
-    EXPECT_EQ(curved.tables.cube->size, 65U);
-    EXPECT_EQ(curved.largestError > kUnseen, Tells(curved, "largest error "));
+TEST(LookExport, ACorrectionThatNoCubeFollowsIsCarriedByCurves)
+{
+    const std::array<Cdl, 6> corrections{
+        {{{0.74F, 0.84F, 1.04F}, {0.0F, 0.006F, 0.022F}, {1.28F, 1.2F, 1.08F}, 0.72F},
+         {{4.0F, 0.1F, 1.0F}, {-1.0F, 0.5F, -0.3F}, {1.0F, 1.0F, 1.0F}, 0.5F},
+         {{1.1F, 1.0F, 0.9F}, {-0.1F, 0.02F, 0.0F}, {0.7F, 1.4F, 3.0F}, 0.0F},
+         {{10.0F, 3.0F, 0.9F}, {-5.0F, 0.3F, 0.05F}, {0.9F, 1.1F, 2.2F}, 0.9F},
+         {{1.2F, 1.0F, 0.9F}, {-0.1F, 0.02F, 0.1F}, {1.5F, 1.4F, 0.65F}, 1.0F},
+         {{0.9F, 1.0F, 1.3F}, {0.1F, -0.02F, 0.0F}, {1.2F, 0.8F, 1.0F}, 1.0F}}};
+    for (const Cdl& cdl : corrections)
+    {
+        const Look look = CdlLook(cdl);
+        const CubeExport exported = Export(look);
+        ASSERT_TRUE(exported.tables.curves);
+        EXPECT_EQ(exported.tables.cube.has_value(), cdl.saturation != 1.0F);
+        EXPECT_LT(exported.largestError, kUnseen);
+        EXPECT_FALSE(Tells(exported, "largest error "));
+        EXPECT_LT(ErrorOf(look, exported.tables, {}), kUnseen) << "power " << cdl.power[0];
+    }
+    // Rises too steeply out of black for the first two entries.
+    const CubeExport root = Export(CdlLook({{1, 1, 1}, {0, 0, 0}, {0.5F, 0.5F, 0.5F}, 1.0F}));
+    EXPECT_NEAR(root.largestError, 1.0 / 1024.0, 1e-5);
+    EXPECT_TRUE(Tells(root, "largest error 0.25 of an 8-bit code, at 3.8"));
+}
+
+TEST(LookExport, CurvesReachAsFarAsAClampedCorrectionDoes)
+{
+    Cdl dark;
+    dark.slope = {0.74F, 0.9F, 1.1F};
+    dark.offset = {0.0F, 0.2F, -0.05F};
+    dark.power = {1.3F, 1.2F, 1.1F};
+    const CubeExport exported = Export(CdlLook(dark));
+    EXPECT_LT(ErrorOf(CdlLook(dark), exported.tables, kBeyond), kUnseen);
+    EXPECT_FALSE(Tells(exported, "outside"));
+    dark.slope[0] = 0.1F;
+    const CubeExport farther = Export(CdlLook(dark));
+    EXPECT_LT(ErrorOf(CdlLook(dark), farther.tables, {}), kUnseen);
+    EXPECT_TRUE(Tells(farther, "outside -0.222 to 2 the cube clips"));
+}
+
+TEST(LookExport, WithoutClampsMoreColourIsCarriedByCurvesToo)
+{
+    Cdl cdl{{1.2F, 1.0F, 0.9F}, {-0.1F, 0.02F, 0.1F}, {1.5F, 1.4F, 0.65F}, 1.5F};
+    const Look unclamped = CdlLook(cdl, CdlMode::Unclamped);
+    const CubeExport exported = Export(unclamped);
+    EXPECT_LT(exported.largestError, kUnseen);
+    EXPECT_LT(ErrorOf(unclamped, exported.tables, {}), kUnseen);
+    EXPECT_GE(*std::ranges::min_element(exported.tables.curves->values), 0.0F)
+        << "some programs limit what is between the tables";
+
+    const Look clamped = CdlLook(cdl);
+    const CubeExport cut = Export(clamped);
+    EXPECT_GT(cut.largestError, kUnseen) << "the clamp runs across the cells of a cube";
+    EXPECT_TRUE(Tells(cut, "largest error "));
+    EXPECT_LE(ErrorOf(clamped, cut.tables, {}), cut.largestError + kUnseen);
+    EXPECT_LE(cut.largestError, Export(clamped, 65).largestError);
+}
+
+TEST(LookExport, ACubeBehindACorrectionKeepsItsNodesBehindCurves)
+{
+    Look look = CdlLook({{1.1F, 1.0F, 0.9F}, {-0.1F, 0.02F, 0.1F}, {0.7F, 1.4F, 1.2F}, 1.0F});
+    look.cube = CubeOf(17, Swirled);
+    const CubeExport exported = Export(look);
+    EXPECT_EQ(exported.tables.cube->size, 17U);
+    EXPECT_LT(ErrorOf(look, exported.tables, {}), kUnseen);
+    look.curves = CurvesOf(64, [](double x) { return x * x; });
+    EXPECT_LT(ErrorOf(look, Export(look).tables, {}), kUnseen);
+    look.strength = 0.5F;
+    EXPECT_LE(Export(look).largestError, Export(look, 65).largestError);
+    look.cube.reset();
+    const CubeExport curves = Export(look);
+    EXPECT_FALSE(curves.tables.cube);
+    EXPECT_LT(ErrorOf(look, curves.tables, {}), kUnseen);
 }
 
 TEST(LookExport, WhatALookDoesOutsideTheRangeOfACubeIsTold)

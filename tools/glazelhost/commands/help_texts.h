@@ -85,7 +85,10 @@ OUT's ending says what is written; others are refused:
           a 1D LUT, a 3D LUT, or a 1D LUT before a 3D LUT, which fewer programs read. Any
           other look, and every look with --points, is sampled as one 3D LUT, of 33 points
           a side or as many more, up to 65, as keep it within 1/4096. It is sampled over 0
-          to 1, or the domain of the look's first LUT where there is no CDL before it.
+          to 1, or the domain of the look's first LUT where there is no CDL before it. What
+          a CDL does to each channel is written as a 1D LUT, with a 3D LUT behind it where
+          the look does more, when no 3D LUT alone can follow it; --points 65 writes one all
+          the same.
   .cc     an ASC CDL, of a look that is nothing else
 What a file cannot keep of the look is said. The option "assume linear gamma" belongs to
 records alone: .cube and .cc hold the look for display values, as 8-bit pictures get it.
