@@ -64,18 +64,14 @@ public:
         : m_mode(look.Stored().cdlMode), m_cdl(look.Stored().cdl),
           m_hasPower(m_cdl.power != Cdl{}.power), m_curves(look.CurvesView()),
           m_cube(look.CubesView()), m_strength(look.Stored().strength), m_linear(linear),
-          m_endsInCube(m_cube.size != 0 && m_strength == 1.0F && !linear)
+          m_endsInCube(m_cube.size != 0 && m_strength == 1.0F)
     {
     }
 
     std::size_t Render(const std::byte* source, std::byte* target, std::size_t width) const noexcept
     {
-        std::size_t done = 0;
-        for (; width - done >= Pixels::kCount; done += Pixels::kCount)
-        {
-            RenderGroup(source + done * kPixelBytes, target + done * kPixelBytes);
-        }
-        return done;
+        return m_linear ? RenderGroups<true>(source, target, width)
+                        : RenderGroups<false>(source, target, width);
     }
 
 private:
@@ -101,6 +97,22 @@ private:
         return {step(0, colours.r), step(1, colours.g), step(2, colours.b)};
     }
 
+    template <bool Linear>
+    std::size_t RenderGroups(const std::byte* source, std::byte* target,
+                             std::size_t width) const noexcept
+    {
+        // A copy that nothing points to: what is written to the target cannot change it.
+        const FloatKernel kernel = *this;
+        std::size_t done = 0;
+        for (; width - done >= Pixels::kCount; done += Pixels::kCount)
+        {
+            kernel.template RenderGroup<Linear>(source + done * kPixelBytes,
+                                                target + done * kPixelBytes);
+        }
+        return done;
+    }
+
+    template <bool Linear>
     [[gnu::always_inline]] void RenderGroup(const std::byte* source,
                                             std::byte* target) const noexcept
     {
@@ -113,7 +125,7 @@ private:
         const Quartet<Floats> channels = pixels.Transposed();
         Colours colours{channels.registers[2], channels.registers[1], channels.registers[0]};
         colours = ForEach(colours, [&](std::size_t, Floats value) {
-            return m_linear ? EncodeSrgb(Finite(value)) : Finite(value);
+            return Linear ? EncodeSrgb(Finite(value)) : Finite(value);
         });
         if (m_mode == CdlMode::Clamped)
         {
@@ -146,13 +158,13 @@ private:
         for (std::size_t i = 0; i < 4; ++i)
         {
             Floats& result = graded.registers[i];
-            if (m_linear)
-            {
-                result = DecodeSrgb(Finite(result));
-            }
             if (!m_endsInCube)
             {
                 result = Finite(result);
+            }
+            if constexpr (Linear)
+            {
+                result = DecodeSrgb(result);
             }
             Pixels::Store(WithAlphaOf(pixels.registers[i], result), target + i * kPixelBytes,
                           target + i * kPixelBytes + kSecond);
@@ -250,9 +262,7 @@ private:
             Lanes::Truncated(corner + (allSteps - lastStep)), Lanes::Truncated(corner + allSteps)};
         std::uint32_t offsets[4][Pixels::kCount];
         std::memcpy(offsets, corners, sizeof offsets);
-        // Left alone, the compiler takes the offsets out of the registers one by one, which is
-        // slower.
-        asm volatile("" : "+m"(offsets));
+        InMemory(offsets);
         const Floats weights[4]{1.0F - largest, largest - middle, middle - smallest, smallest};
         return {{Weighed<0>(offsets, weights), Weighed<1>(offsets, weights),
                  Weighed<2>(offsets, weights), Weighed<3>(offsets, weights)}};

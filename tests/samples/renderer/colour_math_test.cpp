@@ -57,6 +57,23 @@ TEST(ColourMath, TheCurveForDisplayIsThatOfSrgb)
     EXPECT_NEAR(DecodeSrgb(0.5F), 0.214041, 1e-6);
 }
 
+TEST(ColourMath, TheCurveForDisplayAndItsInverseAreWithinAMillionthForValuesOfAnySize)
+{
+    for (float value = 1e-30F; value < 1e15F; value *= 1.0003F)
+    {
+        const double linear = value;
+        const double encoded =
+            linear <= 0.0031308 ? linear * 12.92 : 1.055 * std::pow(linear, 1.0 / 2.4) - 0.055;
+        const double decoded =
+            linear <= 0.04045 ? linear / 12.92 : std::pow((linear + 0.055) / 1.055, 2.4);
+        ASSERT_NEAR(EncodeSrgb(value), encoded, 1e-6 * encoded) << value;
+        ASSERT_NEAR(DecodeSrgb(value), decoded, 1e-6 * decoded) << value;
+    }
+    EXPECT_EQ(DecodeSrgb(kLargestFloat), kLargestFloat);
+    EXPECT_EQ(DecodeSrgb(-1e30F), -kLargestFloat);
+    EXPECT_TRUE(std::signbit(EncodeSrgb(-0.0F)));
+}
+
 TEST(ColourMath, TheCurveForDisplayIsMirroredAndGoesOnAboveOne)
 {
     EXPECT_EQ(EncodeSrgb(-0.18F), -EncodeSrgb(0.18F));
