@@ -1,6 +1,5 @@
 #include "samples/renderer/prepared_look.h"
 
-#include "samples/renderer/colour_math.h"
 #include "samples/renderer/float_rows.h"
 #include "samples/renderer/look_blend.h"
 #include "samples/renderer/row_functions.h"
@@ -10,21 +9,6 @@
 
 namespace
 {
-
-float FirstStepOf(const StoredLook& look, std::size_t channel, std::size_t code) noexcept
-{
-    const float value = static_cast<float>(code) / 255.0F;
-    switch (look.cdlMode)
-    {
-    case CdlMode::None:
-        break;
-    case CdlMode::Clamped:
-        return ApplySlopeOffsetPower<CdlMode::Clamped>(look.cdl, channel, value);
-    case CdlMode::Unclamped:
-        return ApplySlopeOffsetPower<CdlMode::Unclamped>(look.cdl, channel, value);
-    }
-    return value;
-}
 
 void RenderRowOfCodes(const PreparedLook& look, const std::byte* source, std::byte* target,
                       std::size_t width)
@@ -39,8 +23,8 @@ void RenderRowOfFloats(const PreparedLook& look, const std::byte* source, std::b
     constexpr std::size_t kPixelBytes = 16;
     const std::size_t done =
         RenderFloatGroups(UsedInstructionSet(), look, Linear, source, target, width);
-    look.PlainRowFloat(Linear)(look, source + done * kPixelBytes, target + done * kPixelBytes,
-                               width - done);
+    RenderPlainRowFloat(look, Linear, source + done * kPixelBytes, target + done * kPixelBytes,
+                        width - done);
 }
 
 } // namespace
@@ -75,14 +59,12 @@ void PreparedLook::Prepare() noexcept
     {
         for (std::size_t code = 0; code < m_firstStep[channel].size(); ++code)
         {
-            m_firstStep[channel][code] = FirstStepOf(m_stored, channel, code);
+            m_firstStep[channel][code] =
+                ApplyFirstSteps(m_stored, channel, static_cast<float>(code) / 255.0F);
         }
     }
-    const RowFunctions rows = RowFunctionsOf(m_stored.cdlMode, TableKindOf(m_stored));
-    m_row8 =
-        m_codes.Prepare(m_stored, m_firstStep, m_curves, m_cube) ? RenderRowOfCodes : rows.eightBit;
-    m_rowFloat = rows.floats;
-    m_rowLinear = rows.linear;
+    m_row8 = m_codes.Prepare(m_stored, m_firstStep, m_curves, m_cube) ? RenderRowOfCodes
+                                                                      : RenderPlainRow8;
 }
 
 RowFunction* PreparedLook::RowFloat(bool linear) const noexcept
@@ -100,6 +82,6 @@ Rgb PreparedLook::Grade(const Rgb& value) const noexcept
 {
     std::array<float, 4> pixel{value.b, value.g, value.r, 1.0F};
     auto* const bytes = reinterpret_cast<std::byte*>(pixel.data());
-    m_rowFloat(*this, bytes, bytes, 1);
+    RenderPlainRowFloat(*this, false, bytes, bytes, 1);
     return {pixel[2], pixel[1], pixel[0]};
 }

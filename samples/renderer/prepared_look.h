@@ -1,5 +1,5 @@
 // A look made ready for pixels: tables decoded, the first steps of 8-bit values looked up, and the
-// row functions chosen, so that no pixel asks what kind of look it is.
+// row functions chosen.
 // Pure: no windows.h. Tests: tests/samples/renderer/prepared_look_test.cpp.
 #pragma once
 
@@ -55,11 +55,6 @@ public:
     // Floats, 16 bytes a pixel. Colours come out finite: NaN counts as 0, infinities as the largest
     // float. Linear rows are encoded with the sRGB curve before the look and decoded after it.
     RowFunction* RowFloat(bool linear) const noexcept;
-    // The same pixel by pixel, to the last bit.
-    RowFunction* PlainRowFloat(bool linear) const noexcept
-    {
-        return linear ? m_rowLinear : m_rowFloat;
-    }
 
 private:
     void Prepare() noexcept;
@@ -70,6 +65,4 @@ private:
     ValuesOfCodes m_firstStep{};
     CodeLook m_codes;
     RowFunction* m_row8 = nullptr;
-    RowFunction* m_rowFloat = nullptr;
-    RowFunction* m_rowLinear = nullptr;
 };

@@ -1,24 +1,14 @@
-// Chooses the row functions of a look. Pure: no windows.h.
+// Looks pixel by pixel: what the kernels for several pixels (code_rows.h, float_rows.h) must give,
+// and what renders where those have no room. Pure: no windows.h.
 #pragma once
 
 #include "samples/renderer/prepared_look.h"
 
-// The tables that a look has.
-enum class TableKind
-{
-    None,
-    Curves,
-    Cube,
-    CurvesAndCube,
-};
+// Slope, offset and power of a display value.
+float ApplyFirstSteps(const StoredLook& look, std::size_t channel, float value) noexcept;
 
-TableKind TableKindOf(const StoredLook& look) noexcept;
-
-struct RowFunctions
-{
-    RowFunction* eightBit;
-    RowFunction* floats;
-    RowFunction* linear;
-};
-
-RowFunctions RowFunctionsOf(CdlMode mode, TableKind tables) noexcept;
+// Rows as those of PreparedLook.
+void RenderPlainRow8(const PreparedLook& look, const std::byte* source, std::byte* target,
+                     std::size_t width);
+void RenderPlainRowFloat(const PreparedLook& look, bool linear, const std::byte* source,
+                         std::byte* target, std::size_t width);

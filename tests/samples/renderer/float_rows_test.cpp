@@ -1,5 +1,6 @@
 #include "samples/renderer/float_rows.h"
 
+#include "samples/renderer/row_functions.h"
 #include "tests/samples/renderer/look_fixtures.h"
 #include "tests/samples/renderer/row_kernels.h"
 
@@ -101,13 +102,13 @@ Bytes RenderedBy(InstructionSet set, const PreparedLook& look, bool linear, Byte
         RenderFloatGroups(set, look, linear, pixels.data(), pixels.data(), width);
     std::byte* const rest = pixels.data() + done * kPixelBytes;
     EXPECT_LT(width - done, 8U);
-    look.PlainRowFloat(linear)(look, rest, rest, width - done);
+    RenderPlainRowFloat(look, linear, rest, rest, width - done);
     return pixels;
 }
 
 Bytes RenderedPlainly(const PreparedLook& look, bool linear, Bytes pixels)
 {
-    look.PlainRowFloat(linear)(look, pixels.data(), pixels.data(), pixels.size() / kPixelBytes);
+    RenderPlainRowFloat(look, linear, pixels.data(), pixels.data(), pixels.size() / kPixelBytes);
     return pixels;
 }
 
