@@ -9,22 +9,37 @@ namespace
 
 constexpr std::size_t kChannels = 4; // blue, green, red, alpha
 
-// What follows slope, offset and power.
-Rgb ApplyLastSteps(const PreparedLook& look, const Rgb& value) noexcept
+// What follows slope, offset and power. Holds what it needs of the look itself, where stores to a
+// row cannot change it.
+class LastSteps
 {
-    const StoredLook& stored = look.Stored();
-    Rgb corrected = value;
-    if (stored.cdlMode == CdlMode::Clamped)
+public:
+    explicit LastSteps(const PreparedLook& look) noexcept
+        : m_mode(look.Stored().cdlMode), m_cdl(look.Stored().cdl),
+          m_strength(look.Stored().strength), m_hasTables(look.Stored().HasTables()), m_look(look)
     {
-        corrected = ApplySaturation<CdlMode::Clamped>(stored.cdl, value);
     }
-    else if (stored.cdlMode == CdlMode::Unclamped)
+
+    Rgb Apply(Rgb value) const noexcept
     {
-        corrected = ApplySaturation<CdlMode::Unclamped>(stored.cdl, value);
+        if (m_mode == CdlMode::Clamped)
+        {
+            value = ApplySaturation<CdlMode::Clamped>(m_cdl, value);
+        }
+        else if (m_mode == CdlMode::Unclamped)
+        {
+            value = ApplySaturation<CdlMode::Unclamped>(m_cdl, value);
+        }
+        return m_hasTables ? AtStrength(m_strength, value, m_look.SampleTables(value)) : value;
     }
-    return stored.HasTables() ? AtStrength(stored.strength, corrected, look.SampleTables(corrected))
-                              : corrected;
-}
+
+private:
+    CdlMode m_mode;
+    Cdl m_cdl;
+    float m_strength;
+    bool m_hasTables;
+    const PreparedLook& m_look;
+};
 
 std::byte Round8(float value) noexcept
 {
@@ -53,12 +68,13 @@ void RenderPlainRow8(const PreparedLook& look, const std::byte* source, std::byt
     const auto first = [&](std::size_t channel, std::byte code) {
         return look.FirstStep(channel, std::to_integer<std::size_t>(code));
     };
+    const LastSteps last(look);
     const std::byte* const end = source + width * kChannels;
     for (; source != end; source += kChannels, target += kChannels)
     {
         const std::byte alpha = source[3];
         const Rgb graded =
-            ApplyLastSteps(look, {first(0, source[2]), first(1, source[1]), first(2, source[0])});
+            last.Apply({first(0, source[2]), first(1, source[1]), first(2, source[0])});
         target[0] = Round8(graded.b);
         target[1] = Round8(graded.g);
         target[2] = Round8(graded.r);
@@ -71,6 +87,7 @@ void RenderPlainRowFloat(const PreparedLook& look, bool linear, const std::byte*
 {
     constexpr std::size_t kColourBytes = 3 * sizeof(float);
     constexpr std::size_t kBytes = kChannels * sizeof(float);
+    const LastSteps lastSteps(look);
     const std::byte* const end = source + width * kBytes;
     for (; source != end; source += kBytes, target += kBytes)
     {
@@ -80,7 +97,7 @@ void RenderPlainRowFloat(const PreparedLook& look, bool linear, const std::byte*
             const float value = Finite(pixel[2 - channel]);
             return ApplyFirstSteps(look.Stored(), channel, linear ? EncodeSrgb(value) : value);
         };
-        const Rgb graded = ApplyLastSteps(look, {first(0), first(1), first(2)});
+        const Rgb graded = lastSteps.Apply({first(0), first(1), first(2)});
         const auto last = [&](float value) {
             return linear ? DecodeSrgb(Finite(value)) : Finite(value);
         };
