@@ -22,6 +22,7 @@ _TAIL = 1 << 16  # bytes of a child's words that are kept
 _POLL = 0.01  # seconds
 _LONGEST_WAIT = 5.0  # for the words of a child that has ended
 _MOST_STARTS = 3
+_MMCO = "mmco: unref short failure"
 
 
 class WineFailed(Exception):
@@ -127,6 +128,7 @@ class Run:
     size: tuple[int, int] | None = None
     head: bytes = b""  # of standard input, read already
     part: bool = False  # the host leaves before the input's end
+    sought: bool = False  # the decoder begins in the middle
     tolerant: bool = False
     places: dict[str, str] = field(default_factory=dict)
     children: list[Child] = field(default_factory=list)
@@ -237,6 +239,8 @@ class Run:
             reason = (said["encoder"] or ["it gives no reason"])[0]
             remedy = "check the disk, or choose another kind of file or --codec"
             raise Failure(self.output, f"encoding failed: {reason}", remedy)
+        if self.sought:  # said of frames before the wanted ones
+            said["decoder"] = [text for text in said.get("decoder", []) if _MMCO not in text]
         if said.get("decoder") and not self.tolerant:
             why = f"decoding failed: {said['decoder'][0]}"
             remedy = "check the file, or give --skip-bad-frames to render what can be read"

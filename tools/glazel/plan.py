@@ -5,6 +5,8 @@ from __future__ import annotations
 import shlex
 from dataclasses import dataclass, field, replace
 from fractions import Fraction
+from math import gcd
+from typing import Any
 
 from . import kept
 from .colour import Raw, decode_filters, encode_filters, output_colour, raw_for
@@ -18,7 +20,18 @@ _TEXTS = ("subrip", "ass", "ssa", "mov_text", "webvtt", "text")
 _MADE_BY = {"libopus": "opus", "libmp3lame": "mp3", "srt": "subrip"}
 _DROP_RATES = (Fraction(30000, 1001), Fraction(60000, 1001))
 _COVERS = {"mjpeg": ("image/jpeg", "cover.jpg"), "png": ("image/png", "cover.png")}
-_MIDDLE = 128  # frames in a leaf of the expression of their times
+_BEFORE = 1  # seconds that a seek aims before the frame: the key frame may be shown later
+_BY_NUMBER = ("--key", "--project", "--dither")  # what they do depends on the frame's number
+MILLISECONDS = ("mkv", "webm", "flv")  # files whose clock is as coarse as that
+
+
+@dataclass(frozen=True)
+class Part:
+    """Makes of a job one piece of a larger one."""
+
+    counted: dict[str, Any]  # of the source: what only a pass through all of it tells
+    origin: int  # the number of the frame that keyframes count from
+    seek: bool  # or decode from the start
 
 
 @dataclass(frozen=True)
@@ -41,6 +54,7 @@ class Job:
     overwrite: bool = False
     strict: bool = False
     skip_bad_frames: bool = False
+    part: Part | None = None
 
 
 def parse_frames(text: str) -> list[tuple[int, int | None, int]]:
@@ -60,19 +74,14 @@ def parse_frames(text: str) -> list[tuple[int, int | None, int]]:
     return ranges
 
 
-def _chosen_ranges(text: str | None, first: int, count: int) -> list[range]:
+def chosen_frames(text: str | None, first: int, count: int) -> list[int]:
     """Of the frames numbered from `first`, those to render."""
     most = first + count
-    found = []
+    found: set[int] = set()
     for begin, end, step in parse_frames(text) if text is not None else [(first, None, 1)]:
         begin += -(-max(0, first - begin) // step) * step  # the first of its steps that is there
-        found.append(range(begin, most if end is None else min(end + 1, most), step))
-    return [numbers for numbers in found if numbers]
-
-
-def chosen_frames(text: str | None, first: int, count: int) -> list[int]:
-    """The same, one by one, in order."""
-    return sorted(set[int]().union(*_chosen_ranges(text, first, count)))
+        found.update(range(begin, most if end is None else min(end + 1, most), step))
+    return sorted(found)
 
 
 @dataclass(frozen=True)
@@ -108,6 +117,7 @@ class Plan:
     decode: tuple[str, ...] = ()
     encoding: Encoding | None = None
     expected: int | None = None
+    first: int = 1  # the number of the first frame that comes out of the decoder
     notes: tuple[str, ...] = ()
     losses: dict[str, str] = field(default_factory=dict)
 
@@ -134,8 +144,13 @@ def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
     if media.times and even:
         notes.append(f"times of single frames: they come at an even rate of {media.rate} now")
     if decoded:
-        decode = _decode_words(source, media, decode_filters(media, colour, raw), even)
-        plan = replace(plan, decode=tuple(decode))
+        filters = decode_filters(media, colour, raw)
+        seek: list[str] = []
+        first = source.numbers[0] if source.numbers else 1
+        if job.part:
+            first, seek, filters = _cut_out(job, job.part, source, filters)
+        decode = _decode_words(source, media, seek, filters, even)
+        plan = replace(plan, decode=tuple(decode), first=first)
     if encoded:
         encoding = _encoding(job, media, colour, raw)
         found = kept.losses(kept.facts(source.upright()), kept.facts(encoding.media))
@@ -163,13 +178,50 @@ def _choose_frames(job: Job, media: Media) -> tuple[int | None, Media]:
         raise Failure(job.input, why, "choose from these with --frames")
     if job.frames is not None and media.times:
         times = [media.times[number - first] for number in numbers]
-        media = replace(media, times=tuple(time - times[0] for time in times))
+        begin = times[0]
+        if job.part and extension(job.output) in MILLISECONDS:
+            # Moments of the whole are rounded, not distances within the piece.
+            scale = 1000 // gcd(1000, media.ticks)
+            media = replace(media, ticks=media.ticks * scale)
+            times = [time * scale for time in times]
+            begin = round(Fraction(times[0] * 1000, media.ticks)) * media.ticks // 1000
+        media = replace(media, times=tuple(time - begin for time in times))
     if job.frames is not None:
         media = replace(media, start=Fraction(0))
     return len(numbers), media
 
 
-def _decode_words(source: Media, media: Media, filters: list[str], even: bool) -> list[str]:
+def _cut_out(
+    job: Job, part: Part, source: Media, filters: list[str]
+) -> tuple[int, list[str], list[str]]:
+    """The number of the first frame in the pipe, the words before -i that get there, and `filters`
+    with those that let only the frames of the piece pass. The frames are told by their own times:
+    a seek that lands too late leaves too few of them."""
+    seek: list[str] = []
+    if source.numbers:
+        first = source.numbers[0]
+    else:
+        chosen = chosen_frames(job.frames, 1, source.frames or 0)
+        first, last = chosen[0], chosen[-1]
+        if source.stamps:
+            stamps = source.stamps[first - 1], source.stamps[last - 1]
+            filters = [f"trim=start_pts={stamps[0]}:end_pts={stamps[1] + 1}", *filters]
+            seek = ["-copyts"]
+            place = stamps[0] * source.clock - _BEFORE
+            if part.seek and place > source.stamps[0] * source.clock:
+                seek += ["-seek_timestamp", "1", "-noaccurate_seek", "-ss", f"{float(place):.6f}"]
+        else:
+            filters = [f"trim=start_frame={first - 1}:end_frame={last}", *filters]
+    if first > part.origin and any(word in _BY_NUMBER for word in job.host):
+        # The host program counts: the first frame stands in for those before it.
+        filters = [*filters, f"loop=loop={first - part.origin}:size=1:start=0"]
+        first = part.origin
+    return first, seek, filters
+
+
+def _decode_words(
+    source: Media, media: Media, seek: list[str], filters: list[str], even: bool
+) -> list[str]:
     rate = ["-fps_mode", "passthrough"]
     if even and media.times:
         rate = ["-fps_mode", "cfr", "-r", str(media.rate)]
@@ -180,7 +232,7 @@ def _decode_words(source: Media, media: Media, filters: list[str], even: bool) -
             "setpts=N",
         ]  # raw frames need no times, but rising ones
         rate += ["-enc_time_base", "1:1000"]
-    words = ["ffmpeg", "-nostdin", "-v", "error", "-xerror", *source.options]
+    words = ["ffmpeg", "-nostdin", "-v", "error", "-xerror", *seek, *source.options]
     words += ["-i", source.source, "-map", f"0:{source.index}", *rate]
     return words + ["-vf", ",".join(filters), "-f", "rawvideo", "pipe:1"]
 
@@ -280,23 +332,33 @@ def encode_command(
     encoding: Encoding, size: tuple[int, int], output: str, script: str, covers: list[str]
 ) -> list[str]:
     """For raw frames of `size` on standard input; `script` is the file that holds the filters."""
-    media, container = encoding.media, encoding.container
+    media = encoding.media
     pixels = encoding.raw.pixels
     if pixels == "bgra" and not encoding.choice.format.alpha:
         pixels = "bgr0"
-    words = ["ffmpeg", "-nostdin", "-v", "error", "-y", "-f", "rawvideo", "-pixel_format", pixels]
-    words += ["-video_size", f"{size[0]}x{size[1]}", "-framerate", str(media.rate), "-i", "pipe:0"]
+    source = ["-f", "rawvideo", "-pixel_format", pixels, "-video_size", f"{size[0]}x{size[1]}"]
+    source += ["-framerate", str(media.rate), "-i", "pipe:0"]
+    words = ["-filter_script:v:0", script, "-fps_mode:v:0", "passthrough", *encoding.colour_words]
+    if (encoding.times or media.start) and media.ticks > 1:
+        words += ["-enc_time_base:v:0", f"1:{media.ticks}"]
+    return mux_command(encoding, source, words, output, covers)
+
+
+def mux_command(
+    encoding: Encoding, source: list[str], picture: list[str], output: str, covers: list[str]
+) -> list[str]:
+    """The picture of `source`, with what comes beside it; `picture`: how it gets into the file."""
+    media, container = encoding.media, encoding.container
+    words = ["ffmpeg", "-nostdin", "-v", "error", "-y", *source]
     beside = not media.pattern and media.source != "-"
     if beside:
         words += [*media.options, "-i", media.source, "-max_muxing_queue_size", "100000"]
     words += ["-map", "0:v:0", *encoding.tracks]
     words += ["-map_metadata", "1" if beside else "-1"]
     words += ["-map_chapters", "1" if beside and container.chapters else "-1"]
-    words += ["-filter_script:v:0", script, "-fps_mode:v:0", "passthrough", *encoding.colour_words]
-    if encoding.times or media.start:
-        words += ["-enc_time_base:v:0", f"1:{media.ticks}"] if media.ticks > 1 else []
-        if container.muxer in ("mp4", "mov") and media.ticks > 1:
-            words += ["-video_track_timescale", str(media.ticks)]
+    words += picture
+    if (encoding.times or media.start) and container.muxer in ("mp4", "mov") and media.ticks > 1:
+        words += ["-video_track_timescale", str(media.ticks)]
     for key, value in media.picture_tags.items():
         words += ["-metadata:s:v:0", f"{key}={value}"]
     if media.timecode:
@@ -348,12 +410,11 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
     words += ["--depth", job.depth] if job.depth else []
     words += ["--skip-bad-frames"] if job.skip_bad_frames else []
     if job.frames is not None:
-        text = job.frames
-        if plan.raw_in and media.numbers:  # these count from 1 in a pipe
-            before = media.numbers[0] - 1
-            ranges = _chosen_ranges(text, before + 1, len(media.numbers))
-            text = ",".join(f"{r[0] - before}-{r[-1] - before}x{r.step}" for r in ranges)
-        words += ["--frames", text]
+        chosen: list[int] = []
+        if plan.raw_in and (media.numbers or job.part):  # these count from 1 in a pipe
+            begin = media.numbers[0] if media.numbers else 1
+            chosen = chosen_frames(job.frames, begin, media.frames or 0)
+        words += ["--frames", runs([n - plan.first + 1 for n in chosen]) or job.frames]
     if plan.expected and plan.raw_in:
         words += ["--expect", str(plan.source.frames or plan.expected)]
     return words
@@ -362,3 +423,14 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
 def _plain(path: str) -> str:
     """A name that is no option."""
     return "./" + path if path.startswith("-") and path != "-" else path
+
+
+def runs(numbers: list[int]) -> str:
+    """As the host program takes a list of frames."""
+    parts: list[list[int]] = []  # first, last and step
+    for number in numbers:
+        if parts and parts[-1][2] in (0, number - parts[-1][1]):
+            parts[-1][1:] = [number, number - parts[-1][1]]
+        else:
+            parts.append([number, number, 0])
+    return ",".join(f"{first}-{last}x{max(step, 1)}" for first, last, step in parts)

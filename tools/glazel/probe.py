@@ -128,6 +128,8 @@ class Media:
     frames: int | None = None
     times: tuple[int, ...] = ()  # of frames with a variable rate, in 1 / ticks
     ticks: int = 1
+    stamps: tuple[int, ...] = ()  # when each frame is shown, in units of the file's clock
+    clock: Fraction = Fraction(0)
     dynamic: bool = False  # has metadata for single frames, which an encoder loses
     linear: bool = False
     pattern: Pattern | None = None
@@ -389,6 +391,8 @@ def with_times(media: Media) -> Media:
     times = sorted(int(p["pts"]) for p in shown if p.get("pts", "N/A") != "N/A")
     if len(times) < len(shown) or len(times) < 2 or not base:
         return media
+    if len(set(times)) == len(times):
+        media = replace(media, stamps=tuple(times), clock=base)
     for rate in (media.rate, average):
         if rate and is_even(times, base, rate):
             return replace(media, rate=rate)

@@ -30,6 +30,20 @@ def render(job: Job, report: Report, others: dict[str, str], raw: tuple[bool, bo
     """`others`: files that the output must not be, by what they are. `raw`: whether standard
     input and standard output carry raw frames, which the host program itself reads and writes."""
     started = time.monotonic()
+    plan, target, head = planned(job, others, raw)
+    tell(job, report, plan)
+    if not job.part:  # whoever cut the job into pieces has seen to it
+        prepare.programs()
+    if plan.raw_in or plan.raw_out:
+        _piped(job, report, plan, target, head, started)
+    else:
+        _direct(job, report, plan, target)
+
+
+def planned(
+    job: Job, others: dict[str, str], raw: tuple[bool, bool]
+) -> tuple[Plan, str | Pattern, bytes]:
+    """What to run, the output's names, and what was read of standard input. Throws Failure for whatever can be known to be wrong before."""
     pattern = input_pattern(job.input) if job.input != "-" else None
     numbers = pattern.numbers() if pattern else []
     if job.input != "-" and not numbers and not os.path.exists(job.input):
@@ -51,20 +65,17 @@ def render(job: Job, report: Report, others: dict[str, str], raw: tuple[bool, bo
     if encoded:
         container_of(job.output)
     if not decoded and not encoded:
-        prepare.programs()
-        _direct(job, report, raw, pattern, target)
-        return
+        return Plan(None, None, replace(_NO_MEDIA, pattern=pattern)), target, b""
     head = _header() if job.input == "-" and decoded else b""
     if pattern:
-        numbers = _wanted(job, pattern, numbers)
+        numbers = wanted(job, pattern, numbers)
     if decoded:
-        source = with_times(probe(job.input, pattern, numbers, head))
+        source = probe(job.input, pattern, numbers, head)
+        part = None if pattern else job.part
+        source = replace(source, **part.counted) if part else with_times(source)
     else:
         source = _of_host(job, pattern, numbers)
-    plan = make_plan(job, source, decoded, encoded)
-    _tell(job, report, plan)
-    prepare.programs()
-    _piped(job, report, plan, target, head, started)
+    return make_plan(job, source, decoded, encoded), target, head
 
 
 def _host_reads(path: str) -> bool:
@@ -93,7 +104,7 @@ def _header() -> bytes:
     return head
 
 
-def _wanted(job: Job, pattern: Pattern, numbers: list[int]) -> list[int]:
+def wanted(job: Job, pattern: Pattern, numbers: list[int]) -> list[int]:
     """The numbers from the first to the last picture that is asked for, each of which is there."""
     if job.first is not None:
         numbers = [n for n in numbers if n >= job.first]
@@ -138,7 +149,7 @@ def _guess(path: str, pixels: str) -> Media:
     return replace(_NO_MEDIA, path=path, format=number, linear=number.is_float)
 
 
-def _tell(job: Job, report: Report, plan: Plan) -> None:
+def tell(job: Job, report: Report, plan: Plan) -> None:
     for note in plan.notes:
         report.note(f"{job.input}: {note}")
     for line in plan.losses.values():
@@ -150,14 +161,8 @@ def _tell(job: Job, report: Report, plan: Plan) -> None:
         raise Failure(job.output, f"not everything can be kept: {first}{rest}", remedy)
 
 
-def _direct(
-    job: Job,
-    report: Report,
-    raw: tuple[bool, bool],
-    pattern: Pattern | None,
-    target: str | Pattern,
-) -> None:
-    plan = Plan(None, None, replace(_NO_MEDIA, pattern=pattern))
+def _direct(job: Job, report: Report, plan: Plan, target: str | Pattern) -> None:
+    """The host program alone does it."""
     place = target.for_host() if isinstance(target, Pattern) else target
     words = host_words(job, plan, place)
     words += ["--overwrite"] if job.overwrite else []
@@ -168,7 +173,8 @@ def _direct(
         return Run(words, report, job.input, job.output, places=places)
 
     frames, _ = run_pipeline(make)
-    report.done("standard output" if raw[1] else job.output, frames, time.monotonic() - started)
+    output = "standard output" if job.output == "-" else job.output
+    report.done(output, frames, time.monotonic() - started)
 
 
 def _piped(
@@ -182,7 +188,7 @@ def _piped(
         with tempfile.TemporaryDirectory(prefix="glazel-") as work:
             frames, run = _run(job, report, plan, unfinished, head, Path(work), target)
         if unfinished:
-            names = _check(job, report, plan, unfinished, target, frames)
+            names = check(job, report, plan, unfinished, target, frames)
             unfinished.commit(names)
     finally:
         if unfinished:
@@ -217,7 +223,7 @@ def _run(
     covers: list[str] = []
     if encoding:
         (work / "filters").write_text(encoding.script(), encoding="utf-8")
-        covers = [_extracted(plan.source, cover.index, work) for cover in encoding.covers]
+        covers = [extracted(plan.source, cover.index, work) for cover in encoding.covers]
     words = host_words(job, plan, place)
     places = {place: job.output}
     places |= {"standard input": job.input} if job.input != "-" else {}
@@ -240,6 +246,7 @@ def _run(
             size,
             head,
             part=job.frames is not None,
+            sought="-ss" in plan.decode,
             tolerant=job.skip_bad_frames,
             places=places,
         )
@@ -247,7 +254,7 @@ def _run(
     return run_pipeline(make)
 
 
-def _extracted(media: Media, index: int, work: Path) -> str:
+def extracted(media: Media, index: int, work: Path) -> str:
     """A cover as a file."""
     path = str(work / f"cover{index}")
     command = ["ffmpeg", "-nostdin", "-v", "error", "-i", media.source, "-map", f"0:{index}"]
@@ -255,7 +262,7 @@ def _extracted(media: Media, index: int, work: Path) -> str:
     return path
 
 
-def _check(
+def check(
     job: Job, report: Report, plan: Plan, unfinished: Unfinished, target: str | Pattern, frames: int
 ) -> list[str]:
     """The output's names. Throws Failure when it is not what was to be made."""
@@ -268,9 +275,9 @@ def _check(
             return [target]
         if plan.encoding and len(files) != frames:
             raise _cut(job, len(files), frames)
-        first = plan.source.numbers[0] if plan.source.numbers else 1
         if plan.raw_out is None:  # the host program has left the numbers of other frames free
-            return [target.path(int(Path(file).stem) + first - 1) for file in files]
+            return [target.path(int(Path(file).stem) + plan.first - 1) for file in files]
+        first = plan.source.numbers[0] if plan.source.numbers else 1
         last = first + (plan.source.frames or frames) - 1
         numbers = chosen_frames(job.frames, first, max(frames, last - first + 1))
         return [target.path(number) for number in numbers[: len(files)]]
@@ -287,7 +294,7 @@ def _check(
     before = kept.facts(plan.source.upright())
     found = kept.losses(before, kept.facts(made))
     found = {name: line for name, line in found.items() if name not in plan.losses}
-    _tell(job, report, Plan(None, None, plan.source, losses=found))
+    tell(job, report, Plan(None, None, plan.source, losses=found))
     return [target]
 
 
