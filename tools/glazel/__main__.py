@@ -11,7 +11,7 @@ from types import FrameType
 if sys.version_info < (3, 11):
     sys.exit("glazel: this Python is older than 3.11; install a newer one")
 
-from . import command_line, prepare, system
+from . import command_line, farm, prepare, system
 from .failure import DONE, FAILED, Failure, Interrupted, WRONG_USAGE
 from .render import render
 from .report import Report
@@ -30,12 +30,16 @@ def main(words: list[str]) -> int:
     report = Report("plain")
     try:
         options, unknown = command_line.parse(words[0], words[1:])
-        if words[0] == "render":
+        if words[0] in ("render", "farm"):
             report = Report("none" if options.quiet else options.progress or "auto")
         command_line.check_files(words[0], options)
-        if words[0] == "render":
+        if words[0] in ("render", "farm"):
             for name in (signal.SIGINT, signal.SIGTERM):
                 signal.signal(name, _interrupt)
+        if words[0] == "farm":
+            farm.run(options, report)
+            return DONE
+        if words[0] == "render":
             job, raw = command_line.render_job(options)
             others = {f"--{n.replace('_', '-')}": getattr(options, n) for n in _PROJECTS}
             render(job, report, {n: path for n, path in others.items() if path}, raw)

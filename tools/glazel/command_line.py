@@ -99,8 +99,21 @@ _OPTIONS = {
 """,
     "install": "",
 }
+_FARM = """
+--jobs N              farm local: pieces at a time (default: half of the processor's cores)
+--chunks N            pieces to split it into (default: one for each 500 frames, and each job)
+--sbatch "..."        farm slurm: words for sbatch, such as "--partition=fast --cpus-per-task=4"
+--folder DIR          where pieces and state are kept until the end (default: OUTPUT.farm)
+--keep                leave that folder when all is done
+"""
+_OF_WHOLES = ("--save-project", "--skip", "--size", "--input-", "--output-", "--expect")
+_OPTIONS["farm"] = "\n".join(
+    [_FARM.strip()]
+    + [line for line in _OPTIONS["render"].strip().splitlines() if not line.startswith(_OF_WHOLES)]
+)
 _COMMANDS = {  # positional words and what the command is for
     "render": ("INPUT OUTPUT", "Render a picture, a sequence or a video with a look."),
+    "farm": ("HOW INPUT OUTPUT", "Render in pieces: many at a time, or on a Slurm cluster."),
     "page": ("", "Show the effect's property page under a picture that it grades."),
     "look": ("IN OUT", "Convert a look to .look, .cube or .cc and say what it holds."),
     "blend": ("A B FRACTION OUT.look", "Blend two looks as between keyframes."),
@@ -130,6 +143,21 @@ Examples:
   ffmpeg -i in.mp4 -f yuv4mpegpipe - | glazel render - out.mkv --look warm.cube
 
 Exit codes: 0 done, 1 the job failed, 2 wrong usage, 130 and 143 stopped by a signal."""
+_FARM_HELP = """
+HOW is
+  local                 on this machine, --jobs pieces at a time
+  slurm                 as one array job with a joining job behind it; wants a folder that all
+                        nodes see under the same name, and glazel there or on each of them
+INPUT is a video or a numbered sequence, OUTPUT likewise; other options are those of "render".
+The output is the one that "glazel render" would make: the frames before encoding are the same,
+sound and all other streams come from the input as a whole. Whatever breaks off (a task, this
+command, the machine), the same command goes on: what is whole is not rendered again.
+
+Examples:
+  glazel farm local film.mov graded.mov --look warm.cube --jobs 4
+  glazel farm slurm film.mov graded.mov --look warm.cube --chunks 100 --sbatch "--account=film"
+
+Exit codes: those of "render". docs/farm.md tells how to set up a cluster."""
 _LOOKS = {"--look", "--key"}  # hold looks
 _FILES = {"--image", "--project"}  # hold files that must be there
 # Options of "render" that are not the host program's, or not as they are.
@@ -170,7 +198,7 @@ def _parser(command: str) -> _Parser:
     parser = _Parser(
         prog=f"glazel {command}",
         description=purpose,
-        epilog=_RENDER_HELP if command == "render" else None,
+        epilog={"render": _RENDER_HELP, "farm": _FARM_HELP}.get(command),
         formatter_class=argparse.RawDescriptionHelpFormatter,
         allow_abbrev=False,
     )
