@@ -27,6 +27,8 @@ test_packages=(
   python3-olefile
   # the installer
   nsis
+  # a cluster of one node
+  slurmctld slurmd slurm-client munge
 )
 case ${1:-} in
   --render) ;;
