@@ -297,7 +297,7 @@ class Farm:
                 try:
                     render(replace(job, part=replace(part, seek=True)), report, {}, (False, False))
                 except Failure as error:
-                    if not str(error).startswith(job.input):  # it is not the seek's fault
+                    if "encoding failed" in str(error):  # it is not the seek's fault
                         raise
                     report.note(f"after a seek: {error}; now from the start")
                     render(job, report, {}, (False, False))
@@ -332,17 +332,18 @@ class Farm:
             frames += seen[-1] if seen else 0
         return frames
 
-    def tasks(self) -> list[str]:
-        """Those that Slurm still has to run or runs, by their numbers."""
+    def tasks(self, state: str = "") -> list[str]:
+        """Those that Slurm still has to run or runs, or that ended in that state."""
         ids = ",".join(self.state["slurm"].values())
         if not ids or not shutil.which("squeue"):
             return []
-        command = ["squeue", "--noheader", "--array", "--format=%i %T", f"--jobs={ids}"]
+        command = ["squeue", "--noheader", "--array", "--format=%i", f"--jobs={ids}"]
+        command += [f"--states={state}"] if state else []
         done = subprocess.run(command, capture_output=True, text=True, check=False)
         if done.returncode and "Invalid job id" not in done.stderr:
             why = f"it does not answer: {' '.join(done.stderr.split())}"
             raise Failure("squeue", why, f"the jobs {ids} go on if they can; {_AGAIN}")
-        return [line.split()[0] for line in done.stdout.splitlines()]
+        return done.stdout.split()
 
     def join(self, report: Report) -> None:
         """Makes the output of the pieces, and removes the folder."""
@@ -515,7 +516,8 @@ def _local(farm: Farm, jobs: int, report: Report) -> None:
                 command = [*_program("piece", farm), str(piece)]
                 with open(farm.log(piece), "wb") as log:
                     streams = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log}
-                    running[piece] = system.start(command, 0, **streams)
+                    environment = os.environ | {"PYTHONPATH": str(system.PACKAGE.parent)}
+                    running[piece] = system.start(command, 0, env=environment, **streams)
             time.sleep(_POLL)
             for piece, process in list(running.items()):
                 code = process.poll()
@@ -595,13 +597,11 @@ def _watch(farm: Farm, report: Report) -> bool:
     progress, join = _Progress(farm, report), farm.state["slurm"].get("join")
     while tasks := farm.tasks():
         progress.show()
-        if join and join not in tasks and farm.missing():
-            return True
         if tasks == [join] and farm.missing():  # a piece has failed: it would wait for ever
             subprocess.run(["scancel", join], check=False)
             return False
         time.sleep(_POLL_SLURM)
-    return False
+    return join in farm.tasks("CANCELLED")
 
 
 def _submit(farm: Farm, more: list[str]) -> None:
