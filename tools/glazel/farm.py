@@ -137,15 +137,13 @@ def _state(job: Job, given: dict[str, Any], report: Report) -> dict[str, Any]:
     """What a farm starts from, as JSON. Throws Failure for what would be wrong with the render."""
     plan, target, _ = planned(job, {}, (False, False))
     pattern = input_pattern(job.input)
-    if plan:
-        tell(job, report, plan)
+    tell(job, report, plan)
     if pattern:
         have = wanted(job, pattern, pattern.numbers())
         numbers = chosen_frames(job.frames, have[0], len(have))
         counted: dict[str, Any] = {}
         origin = have[0]
     else:
-        assert plan
         media = plan.source
         if plan.expected is None:
             why = "frames of a variable rate would come at an even one"
@@ -354,7 +352,6 @@ class Farm:
         if isinstance(target, Pattern):
             self._join_pictures(job, target)
         else:
-            assert plan
             self._join_video(job, plan, target)
         if self.state["keep"]:
             self.save(self.state | {"joined": True})
