@@ -9,17 +9,12 @@
 namespace
 {
 
-[[noreturn]] void ThrowUsage(const std::string& what, const std::string& why)
-{
-    throw HostError(what, why, "see \"glazelhost compare --help\"", ExitCode::WrongUsage);
-}
-
 double DifferenceOf(const char* option, const std::string& word)
 {
     const auto difference = FractionOf(word);
     if (!difference || *difference < 0.0)
     {
-        ThrowUsage(std::string(option) + " " + word,
+        ThrowUsage("compare", std::string(option) + " " + word,
                    "a difference is a number from 0 on, as in 0.004 or 1/255");
     }
     return *difference;
@@ -63,20 +58,20 @@ CompareCommand FinishCompare(CompareCommand compare, const CompareWords& words)
     {
         if (path == kStandardStream)
         {
-            ThrowUsage("standard input", "what is compared has to be files");
+            ThrowUsage("compare", "standard input", "what is compared has to be files");
         }
     }
     if (compare.picture == kStandardStream)
     {
-        ThrowUsage("--picture -", "the picture goes to a file");
+        ThrowUsage("compare", "--picture -", "the picture goes to a file");
     }
     if (!compare.picture && compare.overwrite)
     {
-        ThrowUsage("--overwrite", "it is for --picture, which is not there");
+        ThrowUsage("compare", "--overwrite", "it is for --picture, which is not there");
     }
     if (!std::isfinite(compare.amplify))
     {
-        ThrowUsage("--amplify", "the number is not finite");
+        ThrowUsage("compare", "--amplify", "the number is not finite");
     }
     if (!words.threshold.empty())
     {

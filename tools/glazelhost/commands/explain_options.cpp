@@ -15,11 +15,6 @@
 namespace
 {
 
-[[noreturn]] void ThrowUsage(const std::string& what, const std::string& why)
-{
-    throw HostError(what, why, "see \"glazelhost explain --help\"", ExitCode::WrongUsage);
-}
-
 // The words between the commas.
 template <std::size_t Count>
 std::optional<std::array<std::string_view, Count>> Split(std::string_view text)
@@ -49,7 +44,7 @@ std::pair<int, int> PlaceOf(const std::string& word)
         const auto [stop, error] = std::from_chars(text.data(), end, numbers[i]);
         if (text.empty() || error != std::errc() || stop != end || numbers[i] < 0)
         {
-            ThrowUsage(word, "a pixel is X,Y, from 0,0 at the upper left");
+            ThrowUsage("explain", word, "a pixel is X,Y, from 0,0 at the upper left");
         }
     }
     return {numbers[0], numbers[1]};
@@ -65,7 +60,7 @@ std::array<float, 3> ColourOf(const std::string& word)
         if (!number || !std::isfinite(static_cast<float>(*number)))
         {
             ThrowUsage(
-                "--colour " + word,
+                "explain", "--colour " + word,
                 "a colour is RED,GREEN,BLUE from 0 to 1, as in 0.5,0.25,1 or 128/255,64/255,1");
         }
         colour[i] = static_cast<float>(*number);
@@ -104,17 +99,17 @@ ExplainCommand FinishExplain(ExplainCommand explain, const ExplainWords& words)
     {
         if (!words.place.empty() || explain.frame || !words.size.empty())
         {
-            ThrowUsage("--colour", "it stands in the place of PIXEL and INPUT");
+            ThrowUsage("explain", "--colour", "it stands in the place of PIXEL and INPUT");
         }
         explain.colour = ColourOf(words.colour);
     }
     else if (source.path.empty())
     {
-        ThrowUsage("command line", "there is neither PIXEL and INPUT nor --colour");
+        ThrowUsage("explain", "command line", "there is neither PIXEL and INPUT nor --colour");
     }
     else if (source.path == kStandardStream)
     {
-        ThrowUsage("standard input", "the picture has to be a file");
+        ThrowUsage("explain", "standard input", "the picture has to be a file");
     }
     else
     {

@@ -9,22 +9,17 @@
 namespace
 {
 
-[[noreturn]] void ThrowUsage(const std::string& what, const std::string& why)
-{
-    throw HostError(what, why, "see \"glazelhost render --help\"", ExitCode::WrongUsage);
-}
-
 KeyLook KeyOf(const std::string& word)
 {
     const auto equals = word.find('=');
     if (equals == std::string::npos || equals + 1 == word.size())
     {
-        ThrowUsage("--key " + word, "a keyframe is TIME=LOOK, as in 2.5=warm.cube");
+        ThrowUsage("render", "--key " + word, "a keyframe is TIME=LOOK, as in 2.5=warm.cube");
     }
     const auto time = ParseKeyTime(std::string_view(word).substr(0, equals));
     if (!time)
     {
-        ThrowUsage("--key " + word,
+        ThrowUsage("render", "--key " + word,
                    "its time is seconds (2.5), HH:MM:SS.mmm (00:01:02.500) or a frame (48f)");
     }
     return {*time, word.substr(equals + 1)};
@@ -74,33 +69,36 @@ void FinishRenderLook(RenderCommand& render, const LookWords& words)
     {
         if (given && chosen != nullptr)
         {
-            ThrowUsage(std::string(chosen) + " and " + name, "a render has one of them only");
+            ThrowUsage("render", std::string(chosen) + " and " + name,
+                       "a render has one of them only");
         }
         chosen = given ? name : chosen;
     }
     if (chosen == nullptr && !render.preset)
     {
-        ThrowUsage("command line", "there is no --look, --key, --project or --preset");
+        ThrowUsage("render", "command line", "there is no --look, --key, --project or --preset");
     }
     if (!words.ease.empty() && !keyed && !render.project)
     {
-        ThrowUsage("--ease", "it is for keyframes, and there is no --key or --project");
+        ThrowUsage("render", "--ease", "it is for keyframes, and there is no --key or --project");
     }
     if (render.preset && keyed)
     {
-        ThrowUsage("--preset and --key", "a preset does not change keyframes");
+        ThrowUsage("render", "--preset and --key", "a preset does not change keyframes");
     }
     if (render.preset && render.linear)
     {
-        ThrowUsage("--preset and --linear", "a preset brings that option itself");
+        ThrowUsage("render", "--preset and --linear", "a preset brings that option itself");
     }
     if (render.project && render.unclamped)
     {
-        ThrowUsage("--project and --unclamped", "the looks of a project are imported already");
+        ThrowUsage("render", "--project and --unclamped",
+                   "the looks of a project are imported already");
     }
     if (words.keys.size() > kMostKeyframes)
     {
-        ThrowUsage("--key", "there are more than " + std::to_string(kMostKeyframes) + " keyframes");
+        ThrowUsage("render", "--key",
+                   "there are more than " + std::to_string(kMostKeyframes) + " keyframes");
     }
     for (const std::string& word : words.keys)
     {

@@ -15,11 +15,6 @@
 namespace
 {
 
-[[noreturn]] void ThrowUsage(const std::string& what, const std::string& why)
-{
-    throw HostError(what, why, "see \"glazelhost render --help\"", ExitCode::WrongUsage);
-}
-
 ProgressChoice ProgressOf(const RenderWords& words)
 {
     constexpr std::array kNames{
@@ -162,7 +157,7 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
         const auto rate = FractionOf(*words.framesPerSecond);
         if (!rate || *rate <= 0.0)
         {
-            ThrowUsage("--fps " + *words.framesPerSecond,
+            ThrowUsage("render", "--fps " + *words.framesPerSecond,
                        "a rate is a number above 0, as in 25 or 30000/1001");
         }
         render.source.framesPerSecond = *rate;
@@ -186,7 +181,7 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
     }
     if (words.seed >= 0 && !words.dither)
     {
-        ThrowUsage("--seed", "it is of use with --dither alone");
+        ThrowUsage("render", "--seed", "it is of use with --dither alone");
     }
     if (words.dither)
     {
@@ -199,7 +194,7 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
     render.progress = ProgressOf(words);
     if (!std::isfinite(render.source.pixelAspect))
     {
-        ThrowUsage("--aspect", "the number is not finite");
+        ThrowUsage("render", "--aspect", "the number is not finite");
     }
     return render;
 }

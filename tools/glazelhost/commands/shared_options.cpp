@@ -20,6 +20,11 @@ std::optional<double> NumberOf(std::string_view text)
 
 } // namespace
 
+void ThrowUsage(const std::string& command, const std::string& what, const std::string& why)
+{
+    throw HostError(what, why, "see \"glazelhost " + command + " --help\"", ExitCode::WrongUsage);
+}
+
 CLI::Validator Undescribed(CLI::Validator validator)
 {
     return validator.description("");
@@ -108,11 +113,7 @@ std::optional<double> FractionOf(std::string_view word)
 
 std::pair<int, int> SizeOf(const std::string& word, const char* command)
 {
-    const auto refuse = [&](const std::string& why) {
-        throw HostError("--size " + word, why,
-                        "see \"glazelhost " + std::string(command) + " --help\"",
-                        ExitCode::WrongUsage);
-    };
+    const auto refuse = [&](const std::string& why) { ThrowUsage(command, "--size " + word, why); };
     int width = 0;
     int height = 0;
     const char* const end = word.data() + word.size();

@@ -14,6 +14,10 @@
 
 // What the options fill lives as long as `command`.
 
+// Throws HostError (WrongUsage) that names the help of `command`.
+[[noreturn]] void ThrowUsage(const std::string& command, const std::string& what,
+                             const std::string& why);
+
 // Without the text that CLI11 would add to the help: the option's own says it already.
 CLI::Validator Undescribed(CLI::Validator validator);
 CLI::Validator OneOf(const std::vector<std::string>& words);
@@ -33,5 +37,5 @@ std::optional<SampleType> SampleTypeOf(const std::string& word);
 // "0.004" or "1/255"; none for what is no finite number, or has 0 or less under the stroke.
 std::optional<double> FractionOf(std::string_view word);
 
-// "1920x1080" as width and height. Throws HostError (WrongUsage) that names the help of `command`.
+// "1920x1080" as width and height. Throws like ThrowUsage.
 std::pair<int, int> SizeOf(const std::string& word, const char* command);
