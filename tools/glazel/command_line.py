@@ -119,7 +119,7 @@ _COMMANDS = {  # positional words and what the command is for
     "blend": ("A B FRACTION OUT.look", "Blend two looks as between keyframes."),
     "presets": ("", "List the presets of the effect."),
     "info": ("", "Tell versions, classes, interfaces and the state of the renderer."),
-    "compare": ("A B", "Tell how far apart two pictures or clips are."),
+    "compare": ("A B", "Tell how far apart two pictures or sequences are."),
     "explain": ("...", "Tell what a look does to one pixel: X,Y INPUT, or --colour."),
     "install": ("PREFIX", "Copy the programs to PREFIX/lib/glazel and link PREFIX/bin/glazel."),
 }
