@@ -5,6 +5,7 @@ import pathlib
 import shutil
 import struct
 import subprocess
+import time
 
 import numpy as np
 import pytest
@@ -62,6 +63,13 @@ def succeed(result):
 
 def render(source, target, *options, look=WARM, **more):
     return host("render", source, target, "--look", look, *options, **more)
+
+
+def wait_until(condition):
+    deadline = time.monotonic() + DEADLINE
+    while not condition():
+        assert time.monotonic() < deadline, "it did not happen in time"
+        time.sleep(0.02)
 
 
 def assert_alike(first, second, most):

@@ -9,7 +9,7 @@ import time
 
 import pytest
 
-from conftest import DEADLINE, ROOT, WARM, environment, ffmpeg
+from conftest import DEADLINE, ROOT, WARM, environment, ffmpeg, wait_until
 
 STAGES = {"decoder": 0, "host": 1, "encoder": 2}
 SOON = 5.0  # seconds; one on a machine that does nothing else
@@ -21,13 +21,6 @@ def clip(tmp_path_factory):
     ffmpeg("-f", "lavfi", "-i", "testsrc2=size=640x360:rate=25", "-t", 40, "-c:v", "libx264",
            "-preset", "ultrafast", path)
     return path
-
-
-def wait_until(condition):
-    deadline = time.monotonic() + DEADLINE
-    while not condition():
-        assert time.monotonic() < deadline, "it did not happen in time"
-        time.sleep(0.02)
 
 
 def children(pid):

@@ -12,7 +12,7 @@ import time
 import pytest
 
 import slurm_cluster
-from conftest import BUILD, DEADLINE, LOOKS, ROOT, WARM, environment, ffmpeg, run
+from conftest import BUILD, DEADLINE, LOOKS, ROOT, WARM, environment, ffmpeg, run, wait_until
 
 GLAZEL = ROOT / "glazel"
 COOL = LOOKS / "cool_night.cc"
@@ -182,13 +182,6 @@ def long_clip(tmp_path_factory):
     ffmpeg("-f", "lavfi", "-i", "testsrc2=size=960x540:rate=25", "-frames:v", 48, "-c:v", "libx264",
            "-preset", "ultrafast", path)
     return path
-
-
-def wait_until(condition):
-    deadline = time.monotonic() + DEADLINE
-    while not condition():
-        assert time.monotonic() < deadline, "it did not happen in time"
-        time.sleep(0.02)
 
 
 def begin(clip, target, *more, limit=None, how="local", env=None):

@@ -3,11 +3,10 @@
 import json
 import signal
 import subprocess
-import time
 
 import pytest
 
-from conftest import DEADLINE, WARM, environment, host_command, write_clip
+from conftest import DEADLINE, WARM, environment, host_command, wait_until, write_clip
 from wine_exit import exit_code
 
 
@@ -49,10 +48,3 @@ def interrupted_render(stop, tmp_path, *options):
     # Wine's server removes what a killed program had open, a moment later.
     wait_until(lambda: not list(folder.iterdir()))
     return lines, code
-
-
-def wait_until(condition):
-    deadline = time.monotonic() + DEADLINE
-    while not condition():
-        assert time.monotonic() < deadline, "it did not happen in time"
-        time.sleep(0.02)
