@@ -33,10 +33,11 @@ template <typename Value>
 }
 
 // The 8-bit code nearest to a value, 0..255; NaN gives 0.
-inline std::uint32_t Code8(float value) noexcept
+template <typename Value>
+[[gnu::always_inline]] inline typename LanesOf<Value>::Bits Code8(Value value) noexcept
 {
-    // NOLINTNEXTLINE(bugprone-incorrect-roundings): never negative, and lround costs a call
-    return static_cast<std::uint32_t>(static_cast<std::int32_t>(Clamp01(value) * 255.0F + 0.5F));
+    using Lanes = LanesOf<Value>;
+    return std::bit_cast<typename Lanes::Bits>(Lanes::Truncated(Clamp01(value) * 255.0F + 0.5F));
 }
 
 // Binary logarithm of a normal number > 0: the exponent plus the series of atanh for the mantissa,

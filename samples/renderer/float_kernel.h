@@ -1,14 +1,17 @@
 // The kernel of float_rows.h for registers of four or of eight floats: one channel of several
-// pixels in a register up to the weights of a cube, then one pixel in four floats.
+// pixels in a register up to the weights of a cube, then one pixel in four floats. Codes come in as
+// floats by table, after slope, offset and power.
 // Pure: no windows.h.
 #pragma once
 
 #include "samples/renderer/colour_math.h"
+#include "samples/renderer/float_rows.h"
 #include "samples/renderer/prepared_look.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <emmintrin.h>
 
 // How registers hold pixels: number `pixel` of a group in the first four floats of register
 // `pixel`, and in registers of eight number `pixel` + 4 behind it.
@@ -33,6 +36,13 @@ struct PixelsOf<FourFloats>
     static FourFloats Shuffled(FourFloats a, FourFloats b) noexcept
     {
         return __builtin_shufflevector(a, b, Low0, Low1, High0, High1);
+    }
+    // Codes of registers of pixels, a byte each, in the order of the pixels.
+    static FourBits Packed(const FourBits (&codes)[4]) noexcept
+    {
+        const auto* const ints = reinterpret_cast<const __m128i*>(codes);
+        return std::bit_cast<FourBits>(
+            _mm_packus_epi16(_mm_packs_epi32(ints[0], ints[1]), _mm_packs_epi32(ints[2], ints[3])));
     }
 };
 
@@ -60,25 +70,33 @@ template <typename Floats>
 class FloatKernel
 {
 public:
-    FloatKernel(const PreparedLook& look, bool linear) noexcept
+    explicit FloatKernel(const PreparedLook& look) noexcept
         : m_mode(look.Stored().cdlMode), m_cdl(look.Stored().cdl),
-          m_hasPower(m_cdl.power != Cdl{}.power), m_curves(look.CurvesView()),
-          m_cube(look.CubesView()), m_strength(look.Stored().strength), m_linear(linear),
-          m_endsInCube(m_cube.size != 0 && m_strength == 1.0F)
+          m_hasPower(m_cdl.power != Cdl{}.power), m_firstSteps(look.FirstSteps().data()),
+          m_curves(look.CurvesView()), m_cube(look.CubesView()), m_strength(look.Stored().strength),
+          m_isMixed(m_strength != 1.0F && look.Stored().HasTables())
     {
     }
 
-    std::size_t Render(const std::byte* source, std::byte* target, std::size_t width) const noexcept
+    std::size_t Render(PixelKind kind, const std::byte* source, std::byte* target,
+                       std::size_t width) const noexcept
     {
-        return m_linear ? RenderGroups<true>(source, target, width)
-                        : RenderGroups<false>(source, target, width);
+        switch (kind)
+        {
+        case PixelKind::Codes:
+            return RenderRow<PixelKind::Codes>(source, target, width);
+        case PixelKind::Floats:
+            return RenderRow<PixelKind::Floats>(source, target, width);
+        case PixelKind::LinearFloats:
+            return RenderRow<PixelKind::LinearFloats>(source, target, width);
+        }
+        return 0;
     }
 
 private:
     using Pixels = PixelsOf<Floats>;
     using Lanes = LanesOf<Floats>;
-    static constexpr std::size_t kPixelBytes = 16;
-    static constexpr std::size_t kSecond = 4 * kPixelBytes; // from a register's first pixel
+    using Bits = typename Lanes::Bits;
 
     // One channel of the pixels of a group in a register.
     struct Colours
@@ -97,25 +115,65 @@ private:
         return {step(0, colours.r), step(1, colours.g), step(2, colours.b)};
     }
 
-    template <bool Linear>
-    std::size_t RenderGroups(const std::byte* source, std::byte* target,
-                             std::size_t width) const noexcept
+    template <PixelKind Kind>
+    std::size_t RenderRow(const std::byte* source, std::byte* target,
+                          std::size_t width) const noexcept
     {
         // A copy that nothing points to: what is written to the target cannot change it.
         const FloatKernel kernel = *this;
+        constexpr std::size_t kPixelBytes = Kind == PixelKind::Codes ? 4 : 16;
         std::size_t done = 0;
         for (; width - done >= Pixels::kCount; done += Pixels::kCount)
         {
-            kernel.template RenderGroup<Linear>(source + done * kPixelBytes,
-                                                target + done * kPixelBytes);
+            const std::byte* const from = source + done * kPixelBytes;
+            std::byte* const to = target + done * kPixelBytes;
+            if constexpr (Kind == PixelKind::Codes)
+            {
+                kernel.RenderCodes(from, to);
+            }
+            else
+            {
+                kernel.template RenderFloats<Kind == PixelKind::LinearFloats>(from, to);
+            }
         }
         return done;
     }
 
-    template <bool Linear>
-    [[gnu::always_inline]] void RenderGroup(const std::byte* source,
+    [[gnu::always_inline]] void RenderCodes(const std::byte* source,
                                             std::byte* target) const noexcept
     {
+        Bits pixels;
+        std::memcpy(&pixels, source, sizeof pixels);
+        Colours colours = ForEach(Colours{}, [&](std::size_t channel, Floats value) {
+            for (std::size_t i = 0; i < Pixels::kCount; ++i)
+            {
+                const std::byte code = source[i * sizeof(pixels[0]) + 2 - channel];
+                value[i] = m_firstSteps[channel][std::to_integer<std::size_t>(code)];
+            }
+            return value;
+        });
+        if (m_mode == CdlMode::Clamped)
+        {
+            colours = Saturated<CdlMode::Clamped>(colours);
+        }
+        else if (m_mode == CdlMode::Unclamped)
+        {
+            colours = Saturated<CdlMode::Unclamped>(colours);
+        }
+        const Quartet<Floats> graded = Graded(colours);
+        const Bits ofPixels[4]{Code8(graded.registers[0]), Code8(graded.registers[1]),
+                               Code8(graded.registers[2]), Code8(graded.registers[3])};
+        const Bits codes = Pixels::Packed(ofPixels) & 0x00FFFFFFU;
+        const Bits result = codes | (pixels & 0xFF000000U);
+        std::memcpy(target, &result, sizeof result);
+    }
+
+    template <bool Linear>
+    [[gnu::always_inline]] void RenderFloats(const std::byte* source,
+                                             std::byte* target) const noexcept
+    {
+        constexpr std::size_t kPixelBytes = 16;
+        constexpr std::size_t kSecond = 4 * kPixelBytes; // from a register's first pixel
         Quartet<Floats> pixels;
         for (std::size_t i = 0; i < 4; ++i)
         {
@@ -129,36 +187,19 @@ private:
         });
         if (m_mode == CdlMode::Clamped)
         {
-            colours = Corrected<CdlMode::Clamped>(colours);
+            colours = Saturated<CdlMode::Clamped>(Moved<CdlMode::Clamped>(colours));
         }
         else if (m_mode == CdlMode::Unclamped)
         {
-            colours = Corrected<CdlMode::Unclamped>(colours);
+            colours = Saturated<CdlMode::Unclamped>(Moved<CdlMode::Unclamped>(colours));
         }
-        Quartet<Floats> graded;
-        const Colours curved = m_curves.size != 0 ? Curved(colours) : colours;
-        if (m_cube.size != 0)
-        {
-            graded = InCube(curved);
-        }
-        else
-        {
-            graded = PixelsFrom(curved);
-        }
-        if (m_strength != 1.0F && (m_curves.size != 0 || m_cube.size != 0))
-        {
-            const Quartet<Floats> inputs = PixelsFrom(colours);
-            const float kept = 1.0F - m_strength;
-            for (std::size_t i = 0; i < 4; ++i)
-            {
-                graded.registers[i] =
-                    Finite(inputs.registers[i]) * kept + graded.registers[i] * m_strength;
-            }
-        }
+        const Quartet<Floats> graded = Graded(colours);
+        // Nodes of a cube are finite, and so is what lies between them.
+        const bool isFinite = m_cube.size != 0 && !m_isMixed;
         for (std::size_t i = 0; i < 4; ++i)
         {
-            Floats& result = graded.registers[i];
-            if (!m_endsInCube)
+            Floats result = graded.registers[i];
+            if (!isFinite)
             {
                 result = Finite(result);
             }
@@ -184,19 +225,50 @@ private:
     }
 
     template <CdlMode Mode>
-    [[gnu::always_inline]] Colours Corrected(const Colours& colours) const noexcept
+    [[gnu::always_inline]] Colours Moved(const Colours& colours) const noexcept
     {
-        const Colours moved = ForEach(colours, [&](std::size_t channel, Floats value) {
+        return ForEach(colours, [&](std::size_t channel, Floats value) {
             const Floats shifted = Limited<Mode>(ApplySlopeOffset(
                 Lanes::All(m_cdl.slope[channel]), Lanes::All(m_cdl.offset[channel]), value));
             // Without one the same bits: a power of 1 gives back its base.
             return m_hasPower ? ApplyPower<Mode>(Lanes::All(m_cdl.power[channel]), shifted)
                               : shifted;
         });
+    }
+
+    template <CdlMode Mode>
+    [[gnu::always_inline]] Colours Saturated(const Colours& moved) const noexcept
+    {
         const Floats luma = LumaOf(moved.r, moved.g, moved.b);
         return ForEach(moved, [&](std::size_t, Floats value) {
-            return Limited<Mode>(Saturated(m_cdl.saturation, luma, value));
+            return Limited<Mode>(::Saturated(m_cdl.saturation, luma, value));
         });
+    }
+
+    // What follows the correction.
+    [[gnu::always_inline]] Quartet<Floats> Graded(const Colours& colours) const noexcept
+    {
+        const Colours curved = m_curves.size != 0 ? Curved(colours) : colours;
+        Quartet<Floats> graded;
+        if (m_cube.size != 0)
+        {
+            graded = InCube(curved);
+        }
+        else
+        {
+            graded = PixelsFrom(curved);
+        }
+        if (m_isMixed)
+        {
+            const Quartet<Floats> inputs = PixelsFrom(colours);
+            const float kept = 1.0F - m_strength;
+            for (std::size_t i = 0; i < 4; ++i)
+            {
+                graded.registers[i] =
+                    Finite(inputs.registers[i]) * kept + graded.registers[i] * m_strength;
+            }
+        }
+        return graded;
     }
 
     [[gnu::always_inline]] static Floats PositionOf(const Axis& axis, Floats value) noexcept
@@ -287,9 +359,9 @@ private:
     CdlMode m_mode;
     Cdl m_cdl;
     bool m_hasPower;
+    const std::array<float, 256>* m_firstSteps; // of codes: red, green, blue
     CurveView m_curves;
     CubeView m_cube;
     float m_strength;
-    bool m_linear;
-    bool m_endsInCube; // whose nodes are finite, and so is what lies between them
+    bool m_isMixed; // of tables and their input
 };

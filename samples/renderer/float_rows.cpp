@@ -2,13 +2,12 @@
 
 #include "samples/renderer/float_kernel.h"
 
-std::size_t RenderFloatGroups(InstructionSet set, const PreparedLook& look, bool linear,
-                              const std::byte* source, std::byte* target,
-                              std::size_t width) noexcept
+std::size_t RenderGroups(InstructionSet set, const PreparedLook& look, PixelKind kind,
+                         const std::byte* source, std::byte* target, std::size_t width) noexcept
 {
     if (set == InstructionSet::Avx2)
     {
-        return RenderFloatGroupsAvx2(look, linear, source, target, width);
+        return RenderGroupsAvx2(look, kind, source, target, width);
     }
-    return FloatKernel<FourFloats>(look, linear).Render(source, target, width);
+    return FloatKernel<FourFloats>(look).Render(kind, source, target, width);
 }

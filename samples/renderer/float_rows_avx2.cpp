@@ -28,10 +28,16 @@ struct PixelsOf<EightFloats>
                                        wide(Low0) + 4, wide(Low1) + 4, wide(High0) + 4,
                                        wide(High1) + 4);
     }
+    static EightBits Packed(const EightBits (&codes)[4]) noexcept
+    {
+        const auto* const ints = reinterpret_cast<const __m256i*>(codes);
+        return std::bit_cast<EightBits>(_mm256_packus_epi16(_mm256_packs_epi32(ints[0], ints[1]),
+                                                            _mm256_packs_epi32(ints[2], ints[3])));
+    }
 };
 
-std::size_t RenderFloatGroupsAvx2(const PreparedLook& look, bool linear, const std::byte* source,
-                                  std::byte* target, std::size_t width) noexcept
+std::size_t RenderGroupsAvx2(const PreparedLook& look, PixelKind kind, const std::byte* source,
+                             std::byte* target, std::size_t width) noexcept
 {
-    return FloatKernel<EightFloats>(look, linear).Render(source, target, width);
+    return FloatKernel<EightFloats>(look).Render(kind, source, target, width);
 }

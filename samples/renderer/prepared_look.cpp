@@ -16,13 +16,21 @@ void RenderRowOfCodes(const PreparedLook& look, const std::byte* source, std::by
     look.Codes().RenderRow(source, target, width);
 }
 
+void RenderRowOfMixedCodes(const PreparedLook& look, const std::byte* source, std::byte* target,
+                           std::size_t width)
+{
+    const std::size_t done =
+        RenderGroups(UsedInstructionSet(), look, PixelKind::Codes, source, target, width);
+    RenderPlainRow8(look, source + done * 4, target + done * 4, width - done);
+}
+
 template <bool Linear>
 void RenderRowOfFloats(const PreparedLook& look, const std::byte* source, std::byte* target,
                        std::size_t width)
 {
+    constexpr PixelKind kKind = Linear ? PixelKind::LinearFloats : PixelKind::Floats;
     constexpr std::size_t kPixelBytes = 16;
-    const std::size_t done =
-        RenderFloatGroups(UsedInstructionSet(), look, Linear, source, target, width);
+    const std::size_t done = RenderGroups(UsedInstructionSet(), look, kKind, source, target, width);
     RenderPlainRowFloat(look, Linear, source + done * kPixelBytes, target + done * kPixelBytes,
                         width - done);
 }
@@ -55,16 +63,16 @@ void PreparedLook::Prepare() noexcept
     {
         m_cube.axes = AxesOf(m_stored.cubeDomain, m_cube.size);
     }
-    for (std::size_t channel = 0; channel < m_firstStep.size(); ++channel)
+    for (std::size_t channel = 0; channel < m_firstSteps.size(); ++channel)
     {
-        for (std::size_t code = 0; code < m_firstStep[channel].size(); ++code)
+        for (std::size_t code = 0; code < m_firstSteps[channel].size(); ++code)
         {
-            m_firstStep[channel][code] =
+            m_firstSteps[channel][code] =
                 ApplyFirstSteps(m_stored, channel, static_cast<float>(code) / 255.0F);
         }
     }
-    m_row8 = m_codes.Prepare(m_stored, m_firstStep, m_curves, m_cube) ? RenderRowOfCodes
-                                                                      : RenderPlainRow8;
+    m_row8 = m_codes.Prepare(m_stored, m_firstSteps, m_curves, m_cube) ? RenderRowOfCodes
+                                                                       : RenderRowOfMixedCodes;
 }
 
 RowFunction* PreparedLook::RowFloat(bool linear) const noexcept

@@ -38,11 +38,8 @@ public:
     const StoredLook& Stored() const noexcept { return m_stored; }
     const CurveView& CurvesView() const noexcept { return m_curves; }
     const CubeView& CubesView() const noexcept { return m_cube; }
-    // Display value after slope, offset and power of an 8-bit code.
-    float FirstStep(std::size_t channel, std::size_t code) const noexcept
-    {
-        return m_firstStep[channel][code];
-    }
+    // After slope, offset and power.
+    const ValuesOfCodes& FirstSteps() const noexcept { return m_firstSteps; }
     const CodeLook& Codes() const noexcept { return m_codes; }
 
     // One value through the tables at full strength; the value itself when there are none.
@@ -62,7 +59,7 @@ private:
     StoredLook m_stored;
     CurveView m_curves;
     CubeView m_cube;
-    ValuesOfCodes m_firstStep{};
+    ValuesOfCodes m_firstSteps{};
     CodeLook m_codes;
     RowFunction* m_row8 = nullptr;
 };

@@ -66,7 +66,7 @@ void RenderPlainRow8(const PreparedLook& look, const std::byte* source, std::byt
                      std::size_t width)
 {
     const auto first = [&](std::size_t channel, std::byte code) {
-        return look.FirstStep(channel, std::to_integer<std::size_t>(code));
+        return look.FirstSteps()[channel][std::to_integer<std::size_t>(code)];
     };
     const LastSteps last(look);
     const std::byte* const end = source + width * kChannels;

@@ -170,6 +170,10 @@ int Measure(int rounds, const char* folder)
     const auto look65 = Prepared(CubeLook(CubeOf(65, Swirled)));
     const auto cdl = Prepared(CdlLook(correction));
     const auto cdlMixed = Prepared(CdlLook(colourful));
+    Look mixedLut = lut;
+    mixedLut.cdlMode = CdlMode::Clamped;
+    mixedLut.cdl = colourful;
+    const auto lutMixed = Prepared(mixedLut);
     const auto cdlBent = Prepared(CdlLook(bent));
     const auto curves = Prepared(CurveLook(CurvesOf(1024, [](double x) { return x * x; })));
 
@@ -192,6 +196,7 @@ int Measure(int rounds, const char* folder)
     bench.Add("LUT 8-bit, 65 points, random pixels", randomCodes, *look65, look65->Row8());
     bench.Add("CDL 8-bit", codes, *cdl, cdl->Row8());
     bench.Add("CDL 8-bit with saturation", codes, *cdlMixed, cdlMixed->Row8());
+    bench.Add("CDL with saturation and LUT 8-bit", codes, *lutMixed, lutMixed->Row8());
     bench.Add("curves 8-bit", codes, *curves, curves->Row8());
     bench.Add("LUT 8-bit, 1280x720", codes720, *look33, look33->Row8());
     bench.Add("LUT 8-bit, 3840x2160", codes2160, *look33, look33->Row8());

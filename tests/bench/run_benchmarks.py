@@ -33,6 +33,7 @@ RATIOS = [
     ),
     ("CDL / LUT 8-bit", "CDL 8-bit", "LUT 8-bit"),
     ("CDL with saturation / LUT 8-bit", "CDL 8-bit with saturation", "LUT 8-bit"),
+    ("CDL with saturation and LUT / LUT 8-bit", "CDL with saturation and LUT 8-bit", "LUT 8-bit"),
     ("curves / LUT 8-bit", "curves 8-bit", "LUT 8-bit"),
     ("LUT float / copy", "LUT float", "copy float"),
     ("LUT float, 1 thread / all cores", "LUT float", "LUT float, all cores"),

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -44,14 +43,6 @@ std::vector<NamedLook> LooksOfCubes()
     looks.push_back({"shown in part", CubeLook(CubeOf(33, Inverted))});
     looks.back().look.strength = 0.3F;
     return looks;
-}
-
-Bytes RandomPixels(std::size_t pixels, unsigned seed)
-{
-    std::mt19937 random(seed);
-    Bytes bytes(4 * pixels);
-    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::byte>(random()); });
-    return bytes;
 }
 
 // What the look gives in floats, in codes.
@@ -98,16 +89,10 @@ TEST(CodeLook, EveryInstructionSetGivesTheBytesOfThePlainArithmeticForEveryColou
 {
     const auto look = Prepared(CubeLook(CubeOf(33, Swirled)));
     const CodeCube& cube = look->Codes().Cube();
-    Bytes source(4 * 65536);
-    Bytes plain(source.size());
     for (unsigned red = 0; red < 256; ++red)
     {
-        for (unsigned i = 0; i < 65536; ++i)
-        {
-            const std::byte pixel[]{static_cast<std::byte>(i), static_cast<std::byte>(i >> 8),
-                                    static_cast<std::byte>(red), static_cast<std::byte>(i ^ red)};
-            std::memcpy(source.data() + 4 * std::size_t{i}, pixel, sizeof pixel);
-        }
+        const Bytes source = EveryColourOf(red);
+        Bytes plain(source.size());
         RenderCodesPlainly(cube, source.data(), plain.data(), 65536);
         for (const InstructionSet set : AvailableSets())
         {

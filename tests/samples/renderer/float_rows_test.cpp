@@ -17,7 +17,10 @@
 namespace
 {
 
-constexpr std::size_t kPixelBytes = 16;
+std::size_t PixelBytes(PixelKind kind)
+{
+    return kind == PixelKind::Codes ? 4 : 16;
+}
 
 // Pixels of values around 0 to 1, of any size, special ones, and bits at random.
 Bytes Floats(std::size_t pixels, unsigned seed)
@@ -36,7 +39,7 @@ Bytes Floats(std::size_t pixels, unsigned seed)
                                   0.04045F};
     std::mt19937 random(seed);
     std::uniform_real_distribution<float> usual(-0.25F, 1.25F);
-    Bytes bytes(kPixelBytes * pixels);
+    Bytes bytes(PixelBytes(PixelKind::Floats) * pixels);
     for (std::size_t i = 0; i < bytes.size(); i += sizeof(float))
     {
         float value = usual(random);
@@ -95,21 +98,38 @@ std::vector<Look> LooksOfEveryKind()
     return looks;
 }
 
-Bytes RenderedBy(InstructionSet set, const PreparedLook& look, bool linear, Bytes pixels)
+void RenderPlainly(const PreparedLook& look, PixelKind kind, std::byte* pixels, std::size_t width)
 {
-    const std::size_t width = pixels.size() / kPixelBytes;
-    const std::size_t done =
-        RenderFloatGroups(set, look, linear, pixels.data(), pixels.data(), width);
-    std::byte* const rest = pixels.data() + done * kPixelBytes;
-    EXPECT_LT(width - done, 8U);
-    RenderPlainRowFloat(look, linear, rest, rest, width - done);
+    if (kind == PixelKind::Codes)
+    {
+        RenderPlainRow8(look, pixels, pixels, width);
+    }
+    else
+    {
+        RenderPlainRowFloat(look, kind == PixelKind::LinearFloats, pixels, pixels, width);
+    }
+}
+
+Bytes RenderedPlainly(const PreparedLook& look, PixelKind kind, Bytes pixels)
+{
+    RenderPlainly(look, kind, pixels.data(), pixels.size() / PixelBytes(kind));
     return pixels;
 }
 
-Bytes RenderedPlainly(const PreparedLook& look, bool linear, Bytes pixels)
+Bytes RenderedBy(InstructionSet set, const PreparedLook& look, PixelKind kind, Bytes pixels)
 {
-    RenderPlainRowFloat(look, linear, pixels.data(), pixels.data(), pixels.size() / kPixelBytes);
+    const std::size_t width = pixels.size() / PixelBytes(kind);
+    const std::size_t done = RenderGroups(set, look, kind, pixels.data(), pixels.data(), width);
+    EXPECT_LT(width - done, 8U);
+    RenderPlainly(look, kind, pixels.data() + done * PixelBytes(kind), width - done);
     return pixels;
+}
+
+constexpr std::array kKinds{PixelKind::Codes, PixelKind::Floats, PixelKind::LinearFloats};
+
+Bytes PixelsOfKind(PixelKind kind, std::size_t count, unsigned seed)
+{
+    return kind == PixelKind::Codes ? RandomPixels(count, seed) : Floats(count, seed);
 }
 
 } // namespace
@@ -117,18 +137,39 @@ Bytes RenderedPlainly(const PreparedLook& look, bool linear, Bytes pixels)
 TEST(FloatRows, EveryInstructionSetGivesTheBitsOfOnePixelAfterTheOther)
 {
     unsigned seed = 0;
-    for (const Look& kind : LooksOfEveryKind())
+    for (const Look& described : LooksOfEveryKind())
     {
-        const auto look = Prepared(kind);
-        for (const bool linear : {false, true})
+        const auto look = Prepared(described);
+        for (const PixelKind kind : kKinds)
         {
-            const Bytes pixels = Floats(401, ++seed);
-            const Bytes plain = RenderedPlainly(*look, linear, pixels);
+            const Bytes pixels = PixelsOfKind(kind, 401, ++seed);
+            const Bytes plain = RenderedPlainly(*look, kind, pixels);
             for (const InstructionSet set : AvailableSets())
             {
-                ASSERT_EQ(RenderedBy(set, *look, linear, pixels), plain)
-                    << "look " << seed << ", linear " << linear << ", set "
+                ASSERT_EQ(RenderedBy(set, *look, kind, pixels), plain)
+                    << "look " << seed << ", kind " << static_cast<int>(kind) << ", set "
                     << static_cast<int>(set);
+            }
+        }
+    }
+}
+
+TEST(FloatRows, EveryInstructionSetGivesTheBytesOfOnePixelAfterTheOtherForEveryColour)
+{
+    Look saturated = CdlLook({{1.2F, 0.9F, 1.0F}, {-0.1F, 0.02F, 0.0F}, {1.1F, 1.0F, 0.8F}, 1.4F});
+    Look withTables = saturated;
+    withTables.curves = CurvesOf(7, [](double v) { return v * v; });
+    withTables.cube = CubeOf(17, Swirled);
+    for (const Look& described : {saturated, withTables})
+    {
+        const auto look = Prepared(described);
+        for (unsigned red = 0; red < 256; ++red)
+        {
+            const Bytes pixels = EveryColourOf(red);
+            const Bytes plain = RenderedPlainly(*look, PixelKind::Codes, pixels);
+            for (const InstructionSet set : AvailableSets())
+            {
+                ASSERT_EQ(RenderedBy(set, *look, PixelKind::Codes, pixels), plain) << red;
             }
         }
     }
@@ -136,24 +177,37 @@ TEST(FloatRows, EveryInstructionSetGivesTheBitsOfOnePixelAfterTheOther)
 
 TEST(FloatRows, RowsOfEveryWidthAndPlaceAreRenderedWhole)
 {
-    const auto look = Prepared(CubeLook(CubeOf(9, Swirled)));
-    for (std::size_t width = 0; width < 40; ++width)
+    Look described = CubeLook(CubeOf(9, Swirled));
+    described.cdlMode = CdlMode::Clamped;
+    described.cdl.saturation = 1.4F;
+    const auto look = Prepared(described);
+    for (const PixelKind kind : kKinds)
     {
-        const Bytes pixels = Floats(width, static_cast<unsigned>(width));
-        const Bytes plain = RenderedPlainly(*look, false, pixels);
-        Bytes target(pixels.size() + 1);
-        look->RowFloat(false)(*look, pixels.data(), target.data() + 1, width);
-        ASSERT_EQ(Bytes(target.begin() + 1, target.end()), plain) << width;
+        RowFunction* const row = kind == PixelKind::Codes
+                                     ? look->Row8()
+                                     : look->RowFloat(kind == PixelKind::LinearFloats);
+        for (std::size_t width = 0; width < 40; ++width)
+        {
+            const Bytes pixels = PixelsOfKind(kind, width, static_cast<unsigned>(width));
+            const Bytes plain = RenderedPlainly(*look, kind, pixels);
+            Bytes target(pixels.size() + 1);
+            row(*look, pixels.data(), target.data() + 1, width);
+            ASSERT_EQ(Bytes(target.begin() + 1, target.end()), plain) << width;
+        }
     }
 }
 
 TEST(FloatRows, RowsAreRenderedFromStacksOfEveryAlignment)
 {
     const auto look = Prepared(CubeLook(CubeOf(9, Swirled)));
-    const Bytes pixels = Floats(32, 7);
-    const Bytes plain = RenderedPlainly(*look, true, pixels);
-    for (const InstructionSet set : AvailableSets())
+    for (const PixelKind kind : kKinds)
     {
-        FromEveryStackAlignment<0>([&] { EXPECT_EQ(RenderedBy(set, *look, true, pixels), plain); });
+        const Bytes pixels = PixelsOfKind(kind, 32, 7);
+        const Bytes plain = RenderedPlainly(*look, kind, pixels);
+        for (const InstructionSet set : AvailableSets())
+        {
+            FromEveryStackAlignment<0>(
+                [&] { EXPECT_EQ(RenderedBy(set, *look, kind, pixels), plain); });
+        }
     }
 }
