@@ -136,6 +136,25 @@ def test_a_video_becomes_a_sequence_and_a_sequence_a_video(folder, clip):
         {"nb_frames": "3", "r_frame_rate": "12/1"}
 
 
+@pytest.mark.parametrize("kind", ["pgm", "dpx", "mkv"])
+def test_gray_keeps_its_shadows_and_lights(kind, folder, tmp_path):
+    ramp = bytes(range(256)) * 16
+    ffmpeg("-f", "rawvideo", "-pix_fmt", "gray", "-s", "256x16", "-i", "-", "-c:v",
+           "ffv1" if kind == "mkv" else kind, folder / f"in.{kind}", data=ramp)
+    (folder / "same.cc").write_text(IDENTITY)
+    result = script(f"in.{kind}", f"out.{kind}", "--look", "same.cc", cwd=folder)
+    assert result.code == 0, result.lines
+    assert ffmpeg("-i", folder / f"out.{kind}", "-pix_fmt", "gray", "-f", "rawvideo", "-") == ramp
+
+
+def test_gray_floats_stay_an_exr(folder):
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=32x16", "-frames:v", 1, "-pix_fmt", "grayf32le",
+           folder / "in.exr")
+    result = script("in.exr", "out.exr", "--look", WARM, cwd=folder)
+    assert result.code == 0, result.lines
+    assert probe(folder / "out.exr", "pix_fmt") == {"pix_fmt": "gbrpf32le"}
+
+
 @pytest.mark.parametrize("kind, then", [("png", "jpg"), ("exr", "dpx"), ("exr", "png"),
                                         ("png", "exr")])
 def test_a_sequence_is_named_with_either_sign_in_any_folder(kind, then, folder):
@@ -194,6 +213,16 @@ def test_a_video_that_is_cut_is_told_and_rendered_on_demand(folder, clip):
     assert result.code == 1
     assert "cut.mkv" in result.lines[-1]
     assert int(probe(folder / "out.mp4", "nb_frames")["nb_frames"]) > 5
+
+
+IDENTITY = """<ColorCorrection id="same"><SOPNode><Slope>1 1 1</Slope><Offset>0 0 0</Offset>
+<Power>1 1 1</Power></SOPNode></ColorCorrection>"""
+
+
+def test_what_the_host_program_finds_wrong_is_told_like_the_rest(folder, clip):
+    result = script(clip.name, "a.mkv", "--key", f"abc={WARM}", "--quiet", cwd=folder)
+    assert result.code == 2 and result.only_line().startswith("glazel: --key abc="), result.lines
+    assert "glazelhost" not in result.only_line()
 
 
 def test_wrong_usage_is_exit_code_2(folder):

@@ -165,6 +165,17 @@ def test_mistakes_are_answered_at_once(source, target, more, code, part, clip, t
     assert result.code == 2 and "did you mean local?" in result.only_line()
 
 
+def test_a_farm_of_which_nothing_is_whole_is_begun_anew_with_other_options(clip, tmp_path):
+    (tmp_path / "out.mkv").write_text("old")
+    words = (clip, "out.mkv", "--overwrite", "--quiet", "--look", WARM)
+    result = farm(*words, "--key", f"0={WARM}", cwd=tmp_path)
+    assert result.code == 2 and "has one of them only" in result.only_line()
+    assert (tmp_path / "out.mkv").read_text() == "old"
+    result = farm(*words, cwd=tmp_path)
+    assert result.code == 0, result.lines
+    assert sorted(os.listdir(tmp_path)) == ["out.mkv"] and len(decoded(tmp_path / "out.mkv")) == 48
+
+
 def test_a_folder_that_holds_other_files_is_left_alone(clip, tmp_path):
     (tmp_path / "mine").mkdir()
     (tmp_path / "mine/file").write_text("mine")

@@ -93,8 +93,8 @@ def understood(media: Media, matrix: str | None, full_range: bool | None) -> Col
     return replace(colour, matrix=matrix or known or guess)
 
 
-def output_colour(media: Media, read: Colour, target: PixelFormat) -> Colour:
-    """Of the encoded picture: the input's where it has any."""
+def output_colour(media: Media, read: Colour, target: PixelFormat, is_picture: bool) -> Colour:
+    """Of the encoded frame: the input's where it has any. Gray of a picture's file is full."""
     if target.rgb:
         return replace(read, matrix="", full_range=True, place="")
     full = read.full_range and not media.format.rgb
@@ -102,6 +102,7 @@ def output_colour(media: Media, read: Colour, target: PixelFormat) -> Colour:
     if media.format.rgb:
         transfer = "linear" if media.linear else "iec61966-2-1"
         colour = Colour("bt709", False, read.primaries or "bt709", read.transfer or transfer)
+    colour = replace(colour, full_range=colour.full_range or (target.gray and is_picture))
     has_place = bool(target.sub_w or target.sub_h)
     return replace(colour, place=colour.place if has_place else "")
 

@@ -28,7 +28,7 @@ from .failure import Failure, Interrupted, WRONG_USAGE
 from .formats import HOST_PICTURES, PICTURES, RAW_FILES
 from .names import Pattern, check_target, extension, ffmpeg_name, input_pattern, suggestion
 from .output import Unfinished
-from .pipeline import Child
+from .pipeline import Child, parts
 from .plan import MILLISECONDS, Job, Part, Plan, chosen_frames, mux_command, runs
 from .probe import probe, with_times
 from .render import check, extracted, planned, render, tell, wanted
@@ -41,7 +41,7 @@ _POLL = 0.1  # seconds
 _POLL_SLURM = 2.0
 _GRACE = 0.7  # for pieces to clean up when all is to end
 _OWN = ("how", "jobs", "chunks", "sbatch", "folder", "keep", "progress", "quiet")
-_MISSING = ("size", "input_format", "input_light", "output_format", "expect", "skip_bad_frames")
+_MISSING = "size input_format input_light output_format expect save_project skip_bad_frames".split()
 _COUNTED = ("frames", "rate", "times", "ticks", "stamps", "clock")
 _JOINED = "mp4 m4v mov mkv webm mxf avi nut flv ts mts m2ts".split()
 _SEEKS = ("mov", "matroska", "mxf")  # what begins at the key frame that was asked for
@@ -78,7 +78,7 @@ def _run(options: Namespace, report: Report) -> None:
     prepare.programs()
     with _owned(folder):
         farm = Farm(folder)
-        if farm.state:
+        if farm.state and (len(farm.missing()) < len(farm.pieces) or farm.tasks()):
             farm.check_same(state)
             farm.save(farm.state | {"options": given, "keep": options.keep})
             report.note(f"{folder}: {len(farm.missing())} of {len(farm.pieces)} pieces are missing")
@@ -87,6 +87,8 @@ def _run(options: Namespace, report: Report) -> None:
             pieces = _split(
                 numbers, _count(options, "chunks"), jobs if options.how == "local" else 1
             )
+            for log in folder.glob("log-*.txt"):  # of one that came to nothing
+                log.unlink()
             farm.save(state | {"pieces": pieces, "slurm": {}, "keep": options.keep})
         if options.how == "slurm":
             _slurm(farm, options.sbatch, report)
@@ -315,6 +317,8 @@ class Farm:
             what += f" (frames {self.state['pieces'][piece - 1]})"
         events = _tail(self.log(piece))
         said = [event["text"] for event in events if event.get("event") == "error"]
+        if code == WRONG_USAGE and said:  # by the options that all pieces have
+            return Failure(*parts(said[-1]), code=code)
         why = f"it was killed ({signal.Signals(-code).name})" if code and code < 0 else ""
         why = why or (said[-1] if said else "it ended and gives no reason")
         return Failure(what, why, f"see {self.log(piece)}, mend that, and {_AGAIN}")
@@ -414,7 +418,8 @@ class Farm:
             finally:
                 child.kill()
             if child.process.returncode or child.complaints():
-                reason = (child.complaints() or ["it was killed"])[0]
+                ended = "it was killed" if child.process.returncode < 0 else "it gives no reason"
+                reason = (child.complaints() or [ended])[0]
                 raise Failure(target, f"joining failed: {reason}", f"check the disk, and {_AGAIN}")
             made = with_times(probe(unfinished.path))
             if bool(made.times) != bool(times):
@@ -525,7 +530,7 @@ def _local(farm: Farm, jobs: int, report: Report) -> None:
                     continue
                 failure = farm.failure(piece, code)
                 tries[piece] += 1
-                if tries[piece] == _TRIES or code == WRONG_USAGE:
+                if tries[piece] == _TRIES or failure.code == WRONG_USAGE:
                     raise failure
                 report.warn(f"{str(failure).partition('; ')[0]}; it is tried again")
                 waiting.append(piece)

@@ -265,7 +265,7 @@ def nearest(
         f
         for f in formats
         if (size[0] % (1 << f.sub_w) == 0 and size[1] % (1 << f.sub_h) == 0)
-        and "f16" not in f.name
+        and not (f.is_float and (f.gray or "f16" in f.name))
         and not f.name.startswith(("nv", "p0", "p2", "x2", "xyz", "ya", "vdpau", "cuda", "vaapi"))
         and (f.rgb or f.name in PLANAR or f.name in _RAW_MOV or f.is_float)
     ]
@@ -315,6 +315,7 @@ _NAMES |= {"mpeg2": "mpeg2video", "raw": "rawvideo"}
 _PRORES = {"Proxy": "proxy", "LT": "lt", "Standard": "standard", "HQ": "hq", "4444": "4444"}
 _CRF = {"libx264": 16, "libx264rgb": 16, "libx265": 16, "libvpx-vp9": 20, "libvpx": 10}
 _CRF |= {"libaom-av1": 20, "libsvtav1": 20}
+_SLICED = 16  # rows; ffmpeg 5.1 writes zeros into four slices of two
 _SCALE = {"libx264": 51, "libx264rgb": 51, "libx265": 51}
 
 
@@ -353,6 +354,7 @@ def encoder_options(
         words = ["-profile:v", same if same in ("dnxhr_lb", "dnxhr_sq") and not rich else usual]
     elif encoder == "ffv1":
         words = ["-level", "3", "-slicecrc", "1", "-slices", "4", "-g", "1"]
+        words = words if media.height >= _SLICED else ["-level", "1"]
     elif encoder == "exr":
         words = ["-compression", "zip16", "-format", "half" if media.half else "float"]
     words += _colour_options(encoder, media) + _field_options(encoder, media)

@@ -79,8 +79,15 @@ class Child:
 class Host(Child):
     """The host program tells in JSON what it does."""
 
-    def __init__(self, report: Report, places: dict[str, str], *more: Any, **streams: Any) -> None:
-        self._report, self._places = report, places
+    def __init__(
+        self,
+        report: Report,
+        places: dict[str, str],
+        named: Callable[[str], str],
+        *more: Any,
+        **streams: Any,
+    ) -> None:
+        self._report, self._places, self._named = report, places, named
         self.size: tuple[int, int] | None = None
         self.frames: int | None = None  # once it is done
         self.error = ""
@@ -92,7 +99,7 @@ class Host(Child):
             event = json.loads(line)
         except ValueError:
             return
-        kind, text = event.get("event"), self._told(event.get("text", ""))
+        kind, text = event.get("event"), self.told(event.get("text", ""))
         if kind == "size":
             self.size = (event["width"], event["height"])
         elif kind == "progress":
@@ -109,10 +116,10 @@ class Host(Child):
     def said_all(self) -> bool:
         return super().said_all() or self.frames is not None or bool(self.error)
 
-    def _told(self, text: str) -> str:
+    def told(self, text: str) -> str:
         for ours, theirs in self._places.items():
             text = text.replace(ours, theirs)
-        return text.replace("glazelhost ", "glazel ")
+        return self._named(text).replace("glazelhost ", "glazel ")
 
 
 @dataclass
@@ -131,6 +138,7 @@ class Run:
     sought: bool = False  # the decoder begins in the middle
     tolerant: bool = False
     places: dict[str, str] = field(default_factory=dict)
+    named: Callable[[str], str] = str  # what the host program says, with the names of files
     children: list[Child] = field(default_factory=list)
 
     def run(self) -> int:
@@ -161,7 +169,7 @@ class Run:
             target = sys.stdout.buffer
         streams = {"stdin": source, "stdout": target, "env": system.host_environment()}
         command = [*system.host_command(), *self.host, "--progress", "json"]
-        host = Host(self.report, self.places, command, self._group(), **streams)
+        host = Host(self.report, self.places, self.named, command, self._group(), **streams)
         self.children.append(host)
         for end in (source if self.decoder else None, target if self.encoder else None):
             if isinstance(end, int) and end >= 0:
@@ -248,11 +256,14 @@ class Run:
         code = codes.get("host", 0)
         if code:
             if host.error:
-                raise Failure(*_parts(host.error), code=2 if code == 2 else 1)
+                raise Failure(*parts(host.error), code=2 if code == 2 else 1)
             if not host.words:
                 raise WineFailed
-            text = host.words.decode("utf-8", "replace").strip().splitlines()[-1]
-            raise Failure("the host program", text, "see ./glazel info")
+            line = host.words.decode("utf-8", "replace").strip().splitlines()[-1]
+            said_so, _, text = line.partition("glazelhost: ")
+            if code == 2 and not said_so:  # before it knew that it is to speak JSON
+                raise Failure(*parts(host.told(text)), code=2)
+            raise Failure("the host program", line, "see ./glazel info")
         if codes.get("decoder", 0) > 0 and not self.part and not self.tolerant:
             raise Failure(self.input, "decoding was stopped before its end", "run it again")
         if host.frames is None:
@@ -262,7 +273,7 @@ class Run:
 _NAMES = {"decoder": "decoder", "host": "host program", "encoder": "encoder"}
 
 
-def _parts(text: str) -> tuple[str, str, str]:
+def parts(text: str) -> tuple[str, str, str]:
     """The host's own line in three, as far as it has so many."""
     what, _, rest = text.partition(": ")
     why, _, remedy = rest.rpartition("; ")

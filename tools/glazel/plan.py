@@ -251,7 +251,7 @@ def container_of(output: str) -> Container:
 def _encoding(job: Job, media: Media, read: Colour, raw: Raw) -> Encoding:
     container = container_of(job.output)
     choice = choose(media, job.output, container, job.codec)
-    colour = output_colour(media, read, choice.format)
+    colour = output_colour(media, read, choice.format, extension(job.output) in PICTURES)
     if not media.colour.matrix and not media.format.rgb and not job.matrix:
         said = replace(colour, matrix="")  # what nobody said is not said now
     else:
@@ -433,4 +433,4 @@ def runs(numbers: list[int]) -> str:
             parts[-1][1:] = [number, number - parts[-1][1]]
         else:
             parts.append([number, number, 0])
-    return ",".join(f"{first}-{last}x{max(step, 1)}" for first, last, step in parts)
+    return ",".join(f"{a}-{b}" + (f"x{step}" if step > 1 else "") for a, b, step in parts)

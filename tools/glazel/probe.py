@@ -17,6 +17,8 @@ from .names import Pattern, ffmpeg_name, extension
 _UNKNOWN = ("", "unknown", "reserved", "unspecified", "N/A")
 # How ffprobe spells what the options of ffmpeg spell differently.
 _SPELLING = {"bt470m": "gamma22", "bt470bg": "gamma28"}
+# Codecs whose codes are limited where they say nothing; gray of others is full, as ffmpeg takes it.
+_LIMITED = ("h264", "hevc", "av1", "vp9", "mpeg2video", "mpeg4", "prores")
 # Tags that say how the file was made, not what is in it.
 _OWN_TAGS = re.compile(
     r"(major_brand|minor_version|compatible_brands|encoder|creation_time|handler_name|vendor_id|"
@@ -172,10 +174,10 @@ def complaints(data: bytes) -> list[str]:
     """What ffmpeg says, without addresses and without what only follows from a closed pipe."""
     text = data.decode("utf-8", "replace")
     text = re.sub(r"\[([^\]@]*?) @ 0x[0-9a-f]+\] ?", "", text)
-    text = re.sub(r"\bfile:(?=\S)", "", text)
+    text = re.sub(r"\bfile:(?=\S)|^av_interleaved_write_frame\(\): ", "", text, flags=re.MULTILINE)
     follows = re.compile(
         r"Broken pipe|^Conversion failed|Error (writing trailer|closing file|muxing a packet)|"
-        r"^Error while (processing|filtering)|Last message repeated|^av_interleaved_write_frame|"
+        r"^Error while (processing|filtering)|Last message repeated|"
         r"Referenced QT chapter track not found|Could not find codec parameters for stream \d+ "
         r"\(Attachment|Consider increasing the value|mastering display|^\s*$"
     )
@@ -309,7 +311,10 @@ def _colour(stream: dict[str, Any], frame: dict[str, Any], number: PixelFormat) 
     place = _known(frame.get("chroma_location")) or _known(stream.get("chroma_location"))
     return Colour(
         matrix="" if number.rgb or said("color_space") == "gbr" else said("color_space"),
-        full_range=said("color_range") == "pc" or number.name.startswith("yuvj") or number.rgb,
+        full_range=said("color_range") == "pc"
+        or number.name.startswith("yuvj")
+        or number.rgb
+        or (number.gray and not said("color_range") and stream["codec_name"] not in _LIMITED),
         primaries=said("color_primaries"),
         transfer=_SPELLING.get(transfer, transfer),
         place=place if number.sub_w or number.sub_h else "",

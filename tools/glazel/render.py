@@ -249,9 +249,20 @@ def _run(
             sought="-ss" in plan.decode,
             tolerant=job.skip_bad_frames,
             places=places,
+            named=lambda text: with_final_names(text, os.path.dirname(place), target, plan.source),
         )
 
     return run_pipeline(make)
+
+
+def with_final_names(text: str, folder: str, target: str | Pattern, source: Media) -> str:
+    """What is said of the pictures in `folder`, which are counted from 1."""
+    if not isinstance(target, Pattern):
+        return text
+    final = target  # which the lambda knows to be one
+    before = (source.numbers[0] if source.numbers else 1) - 1
+    form = re.escape(folder + "/") + r"(\d{8})\.\w+"
+    return re.sub(form, lambda found: final.path(int(found[1]) + before), text)
 
 
 def extracted(media: Media, index: int, work: Path) -> str:

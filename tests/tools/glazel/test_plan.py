@@ -9,7 +9,7 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.path.insert(0, str(ROOT / "tools"))
-from glazel import colour, command_line, formats, kept, names, plan, prepare, probe, system  # noqa: E402
+from glazel import colour, command_line, formats, kept, names, plan, prepare, probe, render, system  # noqa: E402
 from glazel.failure import Failure  # noqa: E402
 
 
@@ -176,6 +176,13 @@ def test_a_name_that_was_taken_at_the_last_moment_is_left_alone(tmp_path):
     assert sorted(path.name for path in tmp_path.iterdir()) == ["new", "theirs"]
 
 
+def test_a_picture_that_fails_is_called_by_its_final_name():
+    target = names.Pattern.parse("out/p_%03d.tif")
+    text = render.with_final_names("out/.glazel-1/00000002.tif: writing failed", "out/.glazel-1",
+                                   target, media(numbers=(1001, 1002)))
+    assert text == "out/p_1002.tif: writing failed"
+
+
 def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
         tmp_path, capsys, monkeypatch):
     monkeypatch.setattr(prepare, "_LONG", 0)
@@ -183,4 +190,4 @@ def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
     assert capsys.readouterr().err.startswith("glazel: waiting ... ")
     with pytest.raises(Failure, match="see above"):
         prepare._step("building", ["sh", "-c", "echo why; exit 3"], tmp_path / "log", tmp_path)
-    assert capsys.readouterr().err.endswith("\nwhy\n")
+    assert capsys.readouterr().err.endswith("why\n")
