@@ -43,7 +43,7 @@ _OPTIONS = {
 --dither              spread the rounding of floats to 8-bit pictures, instead of banding
 --seed N              another pattern of --dither (default: 0)
 --matrix bt601|bt709|bt2020 of a video that does not say (default: by its size)
---range limited|full  of a video that does not say (default: limited)
+--range limited|full  of a video that does not say (default: limited; gray: full)
 --size WxH            size of raw input
 --input-format bgra8|bgra16|gbraf32|y4m  what standard input holds (default: y4m)
 --input-light display|linear  what the numbers of raw input are (default: display)
