@@ -1,5 +1,6 @@
 #include "tools/glazelhost/commands/look_options.h"
 
+#include "tools/glazelhost/commands/shared_options.h"
 #include "tools/glazelhost/host_error.h"
 
 #include <CLI/CLI.hpp>
