@@ -43,7 +43,8 @@ def render(job: Job, report: Report, others: dict[str, str], raw: tuple[bool, bo
 def planned(
     job: Job, others: dict[str, str], raw: tuple[bool, bool]
 ) -> tuple[Plan, str | Pattern, bytes]:
-    """What to run, the output's names, and what was read of standard input. Throws Failure for whatever can be known to be wrong before."""
+    """What to run, the output's names, and what was read of standard input. Throws Failure for
+    whatever can be known to be wrong before."""
     pattern = input_pattern(job.input) if job.input != "-" else None
     numbers = pattern.numbers() if pattern else []
     if job.input != "-" and not numbers and not os.path.exists(job.input):
@@ -114,12 +115,11 @@ def wanted(job: Job, pattern: Pattern, numbers: list[int]) -> list[int]:
     if not chosen:
         why = f"it has none of the chosen frames: its numbers are {numbers[0]} to {numbers[-1]}"
         raise Failure(job.input, why, "choose from these with --frames")
-    wanted = list(range(chosen[0], chosen[-1] + 1))
     gaps = set(chosen).difference(numbers)
     if gaps:
         why = "this picture of the sequence is missing"
         raise Failure(pattern.path(min(gaps)), why, "make it again, or leave it out with --frames")
-    return wanted
+    return list(range(chosen[0], chosen[-1] + 1))
 
 
 def _of_host(job: Job, pattern: Pattern | None, numbers: list[int]) -> Media:
@@ -249,20 +249,19 @@ def _run(
             sought="-ss" in plan.decode,
             tolerant=job.skip_bad_frames,
             places=places,
-            named=lambda text: with_final_names(text, os.path.dirname(place), target, plan.source),
+            named=lambda text: with_final_names(text, os.path.dirname(place), target, plan.first),
         )
 
     return run_pipeline(make)
 
 
-def with_final_names(text: str, folder: str, target: str | Pattern, source: Media) -> str:
-    """What is said of the pictures in `folder`, which are counted from 1."""
+def with_final_names(text: str, folder: str, target: str | Pattern, first: int) -> str:
+    """What is said of the pictures in `folder`, which are counted from 1 in place of `first`."""
     if not isinstance(target, Pattern):
         return text
     final = target  # which the lambda knows to be one
-    before = (source.numbers[0] if source.numbers else 1) - 1
     form = re.escape(folder + "/") + r"(\d{8})\.\w+"
-    return re.sub(form, lambda found: final.path(int(found[1]) + before), text)
+    return re.sub(form, lambda found: final.path(int(found[1]) + first - 1), text)
 
 
 def extracted(media: Media, index: int, work: Path) -> str:

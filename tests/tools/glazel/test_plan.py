@@ -179,7 +179,7 @@ def test_a_name_that_was_taken_at_the_last_moment_is_left_alone(tmp_path):
 def test_a_picture_that_fails_is_called_by_its_final_name():
     target = names.Pattern.parse("out/p_%03d.tif")
     text = render.with_final_names("out/.glazel-1/00000002.tif: writing failed", "out/.glazel-1",
-                                   target, media(numbers=(1001, 1002)))
+                                   target, 1001)
     assert text == "out/p_1002.tif: writing failed"
 
 
