@@ -456,10 +456,9 @@ TEST_F(PageCommands, DoNotCloseUnderTheOpenEditor)
     {
         const ShownEditor editor(shown.Thread());
         ASSERT_NE(editor.Window(), nullptr);
-        EXPECT_TRUE(PageWindow::AskToClose());
-        ::SendMessageW(shown.Window(), WM_NULL, 0, 0);
+        // It is visible before it has taken the focus, and disables its host after that.
+        ASSERT_TRUE(Eventually([&] { return !::IsWindowEnabled(shown.Window()); }));
         EXPECT_EQ(::SendMessageW(shown.Window(), WM_QUERYENDSESSION, 0, 0), FALSE);
-        EXPECT_TRUE(::IsWindow(editor.Window()));
         ::SetForegroundWindow(shown.Window()); // as Alt+Tab may do
         EXPECT_TRUE(Eventually([&] { return FrontWindowOf(shown.Thread()) == shown.Window(); }));
         EXPECT_TRUE(PageWindow::AskToClose());
