@@ -129,7 +129,8 @@ float Limited(float value, const Interval& interval) noexcept
 class Check
 {
 public:
-    Check(const Domain& domain, const GradeColours& grade)
+    // `grade` lives as long.
+    Check(const Domain& domain, const GradeColours& grade) : m_domain(domain), m_grade(grade)
     {
         m_inputs.reserve(NodeCount(kCheckSide) + kCheckGreys);
         ForEachNode(domain, kCheckSide, [this](const Rgb& input) { m_inputs.push_back(input); });
@@ -143,7 +144,7 @@ public:
         grade(m_graded);
     }
 
-    StoringError ErrorOf(const Look& tables) const noexcept
+    StoringError ErrorOf(const Look& tables) const
     {
         const TableViews views(tables);
         StoringError largest;
@@ -155,10 +156,52 @@ public:
                 largest = {size, m_inputs[i], false};
             }
         }
-        return largest;
+        return Refined(views, largest);
     }
 
 private:
+    // The samples miss the very place of the largest error: seeks it around what they found, from
+    // as far as their distance, ever more closely.
+    StoringError Refined(const TableViews& views, StoringError largest) const
+    {
+        constexpr int kSteps = 4; // to each side
+        constexpr int kRounds = 6;
+        float share = 1.0F / static_cast<float>((kCheckSide - 1) * kSteps);
+        for (int round = 0; round < kRounds; ++round, share /= 2.0F)
+        {
+            std::vector<Rgb> inputs;
+            const auto moved = [&](float value, int steps, const Interval& interval) {
+                const float step = share * (interval.high - interval.low);
+                return Limited(value + static_cast<float>(steps) * step, interval);
+            };
+            for (int r = -kSteps; r <= kSteps; ++r)
+            {
+                for (int g = -kSteps; g <= kSteps; ++g)
+                {
+                    for (int b = -kSteps; b <= kSteps; ++b)
+                    {
+                        inputs.push_back({moved(largest.input.r, r, m_domain[0]),
+                                          moved(largest.input.g, g, m_domain[1]),
+                                          moved(largest.input.b, b, m_domain[2])});
+                    }
+                }
+            }
+            std::vector<Rgb> graded = inputs;
+            m_grade(graded);
+            for (std::size_t i = 0; i < inputs.size(); ++i)
+            {
+                const double size = Difference(views.Sample(inputs[i]), graded[i]);
+                if (size > largest.size)
+                {
+                    largest = {size, inputs[i], false};
+                }
+            }
+        }
+        return largest;
+    }
+
+    Domain m_domain;
+    const GradeColours& m_grade;
     std::vector<Rgb> m_inputs;
     std::vector<Rgb> m_graded;
 };

@@ -156,7 +156,22 @@ TEST(LookExport, ACorrectionThatNoCubeFollowsIsCarriedByCurves)
     // Rises too steeply out of black for the first two entries.
     const CubeExport root = Export(CdlLook({{1, 1, 1}, {0, 0, 0}, {0.5F, 0.5F, 0.5F}, 1.0F}));
     EXPECT_NEAR(root.largestError, 1.0 / 1024.0, 1e-5);
-    EXPECT_TRUE(Tells(root, "largest error 0.25 of an 8-bit code, at 3.8"));
+    EXPECT_TRUE(Tells(root, "largest error 0.25 of an 8-bit code, at "));
+}
+
+TEST(LookExport, TheErrorToldIsThatOfItsVeryPlace)
+{
+    // A peak between the nodes of all cubes, which no regular samples meet at its top.
+    const GradeColours peak = [](std::span<Rgb> colours) {
+        for (Rgb& colour : colours)
+        {
+            const float distance =
+                std::max({std::abs(colour.r - 32.5F / 64.0F), std::abs(colour.g - 15.5F / 64.0F),
+                          std::abs(colour.b - 48.5F / 64.0F)});
+            colour.r += 0.5F * std::max(0.0F, 1.0F - 160.0F * distance);
+        }
+    };
+    EXPECT_NEAR(ExportTables(nullptr, {}, peak).largestError, 0.5, 0.02);
 }
 
 TEST(LookExport, CurvesReachAsFarAsAClampedCorrectionDoes)
