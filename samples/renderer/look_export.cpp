@@ -30,6 +30,7 @@ constexpr std::array kShapedRanges{Interval{-1.0F, 2.0F}, Interval{0.0F, 1.0F}};
 // greys.
 constexpr std::uint32_t kCheckSide = 98;
 constexpr std::uint32_t kCheckGreys = 4 * kStoredCurveSize - 3; // several between two entries
+constexpr std::uint32_t kParts = 14; // a side, the worst of which are searched more closely
 
 bool ShowsTables(const StoredLook& look) noexcept
 {
@@ -147,21 +148,50 @@ public:
     StoringError ErrorOf(const Look& tables) const
     {
         const TableViews views(tables);
-        StoringError largest;
+        // Of each part of the domain, and of the greys: errors come in ridges of many peaks, and
+        // the highest sample need not be on the highest peak.
+        std::vector<StoringError> parts(NodeCount(kParts) + 1);
         for (std::size_t i = 0; i < m_inputs.size(); ++i)
         {
             const double size = Difference(views.Sample(m_inputs[i]), m_graded[i]);
-            if (size > largest.size)
+            StoringError& part = parts[PartOf(i)];
+            if (size > part.size)
             {
-                largest = {size, m_inputs[i], false};
+                part = {size, m_inputs[i], false};
             }
         }
-        return Refined(views, largest);
+        const auto larger = [](const StoringError& a, const StoringError& b) {
+            return a.size > b.size;
+        };
+        constexpr std::ptrdiff_t kRefined = 24;
+        std::partial_sort(parts.begin(), parts.begin() + kRefined, parts.end(), larger);
+        StoringError largest;
+        for (const StoringError& part : std::span(parts).first(kRefined))
+        {
+            const StoringError refined = Refined(views, part);
+            if (larger(refined, largest))
+            {
+                largest = refined;
+            }
+        }
+        return largest;
     }
 
 private:
-    // The samples miss the very place of the largest error: seeks it around what they found, from
-    // as far as their distance, ever more closely.
+    static std::size_t PartOf(std::size_t sample) noexcept
+    {
+        constexpr std::size_t kSide = kCheckSide;
+        if (sample >= NodeCount(kCheckSide))
+        {
+            return NodeCount(kParts);
+        }
+        const auto part = [](std::size_t index) { return index % kSide * kParts / kSide; };
+        return part(sample) +
+               kParts * (part(sample / kSide) + kParts * part(sample / kSide / kSide));
+    }
+
+    // The samples miss the very place of an error: seeks it around what they found, from as far as
+    // their distance, ever more closely.
     StoringError Refined(const TableViews& views, StoringError largest) const
     {
         constexpr int kSteps = 4; // to each side

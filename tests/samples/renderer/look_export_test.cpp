@@ -174,6 +174,14 @@ TEST(LookExport, TheErrorToldIsThatOfItsVeryPlace)
     EXPECT_NEAR(ExportTables(nullptr, {}, peak).largestError, 0.5, 0.02);
 }
 
+TEST(LookExport, TheErrorToldIsThatOfTheHighestOfManyPeaks)
+{
+    // Found with four hundred thousand random colours, evaluated apart from this program.
+    const CubeExport saturated =
+        Export(CdlLook({{1.1F, 1.05F, 0.95F}, {-0.02F, 0, 0.01F}, {0.9F, 1, 1.1F}, 1.3F}));
+    EXPECT_NEAR(saturated.largestError, 1.91 / 255.0, 0.02 / 255.0);
+}
+
 TEST(LookExport, CurvesReachAsFarAsAClampedCorrectionDoes)
 {
     Cdl dark;
