@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# clang-tidy over the product, the tools and the samples, as .clang-tidy says: pure logic as it is
+# clang-tidy over the product, the tools and the reference renderer, as .clang-tidy says: pure logic as it is
 # built natively, the rest as it is built for Windows. Arguments pick sources by a part of their
 # path. Takes some minutes, so test.sh leaves it out.
 set -euo pipefail
@@ -15,7 +15,7 @@ done
 
 sources() { # BUILD FOLDER: the sources of its compile commands, from the root
   sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$1/compile_commands.json" | sed "s|^$PWD/||" |
-    grep -E '^(effect|module|platform|propertypage|renderer|samples|support|tools)/.*\.cpp$' |
+    grep -E '^(effect|module|platform|propertypage|reference_renderer|renderer|support|tools)/.*\.cpp$' |
     grep -F -- "$pattern" | sort -u
 }
 

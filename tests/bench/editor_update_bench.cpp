@@ -2,9 +2,9 @@
 // the graded picture in the window, with the message from another thread counted in.
 #include "renderer/frame_buffer_desc.h"
 #include "tests/bench/timing.h"
-#include "tests/samples/renderer/editor/open_editor.h"
-#include "tests/samples/renderer/loaded_renderer.h"
-#include "tests/samples/renderer/look_fixtures.h"
+#include "tests/reference_renderer/core/look_fixtures.h"
+#include "tests/reference_renderer/dll/loaded_renderer.h"
+#include "tests/reference_renderer/editor/open_editor.h"
 
 #include <cstdio>
 #include <vector>

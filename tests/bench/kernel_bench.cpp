@@ -1,10 +1,10 @@
 // What rows of the reference renderer cost on noisy gradients, every figure in every round, beside
 // a plain copy of the same bytes. Prints JSON for ./bench.sh and judges nothing. Usage:
 // kernel_bench ROUNDS [FOLDER]; a folder gets the 8-bit frame and the 33-point LUT.
-#include "samples/renderer/cube_writer.h"
-#include "samples/renderer/dll/row_workers.h"
+#include "reference_renderer/core/cube_writer.h"
+#include "reference_renderer/dll/row_workers.h"
 #include "tests/bench/timing.h"
-#include "tests/samples/renderer/look_fixtures.h"
+#include "tests/reference_renderer/core/look_fixtures.h"
 
 #include <algorithm>
 #include <charconv>

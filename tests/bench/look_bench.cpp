@@ -1,8 +1,8 @@
 // What it costs to make a look ready for its first frame, and to blend two for a frame of an
 // animation, beside a plain copy of its nodes. Prints medians and ratios and judges nothing.
-#include "samples/renderer/table_coding.h"
+#include "reference_renderer/core/table_coding.h"
 #include "tests/bench/timing.h"
-#include "tests/samples/renderer/lut_set.h"
+#include "tests/reference_renderer/core/lut_set.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,8 +1,8 @@
 // Files of looks: whatever they hold, an import gives a usable record or one line that says why
 // not, and the record of an import is imported as it is.
-#include "samples/renderer/import_error.h"
-#include "samples/renderer/look_import.h"
-#include "samples/renderer/look_record.h"
+#include "reference_renderer/core/import_error.h"
+#include "reference_renderer/core/look_import.h"
+#include "reference_renderer/core/look_record.h"
 
 #include "tests/fuzz/fuzz_input.h"
 

@@ -1,9 +1,9 @@
 // Damaged records: every reader agrees on whether one is usable; a usable one grades to finite
 // colours, keeps alpha, blends into a usable one and survives being written again.
-#include "samples/renderer/look_blend.h"
-#include "samples/renderer/look_icon.h"
-#include "samples/renderer/look_record.h"
-#include "samples/renderer/prepared_look.h"
+#include "reference_renderer/core/look_blend.h"
+#include "reference_renderer/core/look_icon.h"
+#include "reference_renderer/core/look_record.h"
+#include "reference_renderer/core/prepared_look.h"
 
 #include "tests/fuzz/fuzz_input.h"
 

@@ -1,10 +1,10 @@
 // The whole way of a user: from a frame on the screen through the page and the editor to the next
 // frame, with the product and the reference renderer as they are built.
-#include "samples/renderer/look_record.h"
+#include "reference_renderer/core/look_record.h"
 #include "tests/propertypage/page_frame.h"
-#include "tests/samples/renderer/editor/open_editor.h"
-#include "tests/samples/renderer/loaded_renderer.h"
-#include "tests/samples/renderer/look_fixtures.h"
+#include "tests/reference_renderer/core/look_fixtures.h"
+#include "tests/reference_renderer/dll/loaded_renderer.h"
+#include "tests/reference_renderer/editor/open_editor.h"
 #include "tools/glazelhost/host/effect_controls.h"
 #include "tools/glazelhost/host/effect_session.h"
 

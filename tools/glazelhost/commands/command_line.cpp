@@ -1,6 +1,6 @@
 #include "tools/glazelhost/commands/command_line.h"
 
-#include "samples/renderer/look_export.h"
+#include "reference_renderer/core/look_export.h"
 #include "tools/glazelhost/commands/compare_options.h"
 #include "tools/glazelhost/commands/explain_options.h"
 #include "tools/glazelhost/commands/help_texts.h"

@@ -1,6 +1,6 @@
 #include "tools/glazelhost/commands/commands.h"
 
-#include "samples/renderer/colour_math.h"
+#include "reference_renderer/core/colour_math.h"
 #include "tools/glazelhost/commands/render_look.h"
 #include "tools/glazelhost/host/look.h"
 #include "tools/glazelhost/host/pixel_report.h"

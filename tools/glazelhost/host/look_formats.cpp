@@ -1,7 +1,7 @@
 #include "tools/glazelhost/host/look_formats.h"
 
-#include "samples/renderer/cdl_writer.h"
-#include "samples/renderer/cube_writer.h"
+#include "reference_renderer/core/cdl_writer.h"
+#include "reference_renderer/core/cube_writer.h"
 #include "tools/glazelhost/host_error.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // Pure: no windows.h. Tests: tests/tools/glazelhost/host/look_formats_test.cpp.
 #pragma once
 
-#include "samples/renderer/look_export.h"
+#include "reference_renderer/core/look_export.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "tools/glazelhost/host/pixel_report.h"
 
-#include "samples/renderer/colour_math.h"
+#include "reference_renderer/core/colour_math.h"
 
 #include <nlohmann/json.hpp>
 

@@ -3,8 +3,8 @@
 // tests/tools/glazelhost/host/pixel_report_test.cpp.
 #pragma once
 
-#include "samples/renderer/look.h"
-#include "samples/renderer/look_explanation.h"
+#include "reference_renderer/core/look.h"
+#include "reference_renderer/core/look_explanation.h"
 #include "tools/glazelhost/io/frame_io.h"
 
 #include <cstdint>

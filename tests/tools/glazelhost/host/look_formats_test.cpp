@@ -1,6 +1,6 @@
 #include "tools/glazelhost/host/look_formats.h"
 
-#include "tests/samples/renderer/look_fixtures.h"
+#include "tests/reference_renderer/core/look_fixtures.h"
 #include "tools/glazelhost/host_error.h"
 
 #include <gtest/gtest.h>

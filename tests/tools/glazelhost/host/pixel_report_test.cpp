@@ -1,6 +1,6 @@
 #include "tools/glazelhost/host/pixel_report.h"
 
-#include "tests/samples/renderer/look_fixtures.h"
+#include "tests/reference_renderer/core/look_fixtures.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -2,7 +2,7 @@
 #include "tools/glazelhost/commands/commands.h"
 
 #include "tests/propertypage/page_frame.h"
-#include "tests/samples/renderer/editor/open_editor.h"
+#include "tests/reference_renderer/editor/open_editor.h"
 #include "tests/tools/glazelhost/host/real_effect.h"
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"

@@ -1,0 +1,43 @@
+// A look on 8-bit codes, in whole numbers: what comes before the cube is looked up for each code,
+// and the cube is read with weights that are whole numbers of 1/32640, so that no rounding but the
+// last shows, and every processor gives the same bytes.
+// Pure: no windows.h. Tests: tests/reference_renderer/core/code_look_test.cpp.
+#pragma once
+
+#include "reference_renderer/core/code_rows.h"
+#include "reference_renderer/core/look_record.h"
+#include "reference_renderer/core/lut_sampling.h"
+
+#include <array>
+#include <cstddef>
+
+// Display values of all codes after the first steps of a look: red, green, blue.
+using ValuesOfCodes = std::array<std::array<float, 256>, 3>;
+
+class CodeLook
+{
+public:
+    CodeLook(); // the only member that allocates
+
+    const CodeCube& Cube() const noexcept { return m_cube; } // of the last look that had one
+
+    // Makes it ready for a look and its views. False when the look mixes channels before its tables
+    // (a saturation step), shows a cube in part where that is no cube again, or has nodes beyond
+    // -8 to 8: its codes then go another way.
+    bool Prepare(const StoredLook& look, const ValuesOfCodes& values, const CurveView& curves,
+                 const CubeView& cube) noexcept;
+
+    // Renders `width` pixels of blue, green, red, alpha; source and target are the same memory or
+    // do not overlap. Within 0.51 codes of exact arithmetic; alpha is copied.
+    void RenderRow(const std::byte* source, std::byte* target, std::size_t width) const noexcept;
+
+private:
+    bool PrepareCube(const StoredLook& look, const ValuesOfCodes& values, const CurveView& curves,
+                     const CubeView& cube) noexcept;
+    bool PrepareNodes(const StoredLook& look, const ValuesOfCodes& values,
+                      const CubeView& cube) noexcept;
+
+    bool m_hasCube = false;
+    std::array<std::array<std::byte, 256>, 3> m_graded{}; // without a cube; red, green, blue
+    CodeCube m_cube;
+};

@@ -1,0 +1,25 @@
+// Rows of pixels in floats, several at a time: to the last bit what the row functions give pixel by
+// pixel (row_functions.h). Pure: no windows.h. Tests:
+// tests/reference_renderer/core/float_rows_test.cpp.
+#pragma once
+
+#include "reference_renderer/core/instruction_set.h"
+
+#include <cstddef>
+
+class PreparedLook;
+
+enum class PixelKind
+{
+    Codes, // 8 bits a channel; not as fast as CodeLook (code_look.h), but for every look
+    Floats,
+    LinearFloats,
+};
+
+// Renders pixels of blue, green, red, alpha from the front of a row, as many as fill whole groups,
+// and answers how many. Source and target are the same memory or do not overlap.
+std::size_t RenderGroups(InstructionSet set, const PreparedLook& look, PixelKind kind,
+                         const std::byte* source, std::byte* target, std::size_t width) noexcept;
+// With AVX2, which the processor must have.
+std::size_t RenderGroupsAvx2(const PreparedLook& look, PixelKind kind, const std::byte* source,
+                             std::byte* target, std::size_t width) noexcept;

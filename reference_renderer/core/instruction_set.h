@@ -1,0 +1,13 @@
+// Which instructions of the processor the kernels use. Every kernel gives the same bits with each.
+// Pure: no windows.h. Tests: tests/reference_renderer/core/code_look_test.cpp.
+#pragma once
+
+enum class InstructionSet
+{
+    Baseline, // what every x64 processor has
+    Avx2,
+};
+
+// The best that processor and system offer, or Baseline where the environment variable
+// GLAZEL_INSTRUCTIONS says "baseline". Asked once; any thread.
+InstructionSet UsedInstructionSet() noexcept;

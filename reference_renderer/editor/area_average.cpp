@@ -1,0 +1,104 @@
+#include "reference_renderer/editor/area_average.h"
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr std::size_t kChannels = 4;
+
+void ScaleRow(const float* source, const AreaAxis& axis, float* target) noexcept
+{
+    for (std::size_t x = 0; x < axis.TargetLength(); ++x)
+    {
+        const AreaAxis::Cover cover = axis.Of(x);
+        float sums[kChannels] = {};
+        const float* pixel = source + cover.first * kChannels;
+        for (std::size_t i = 0; i < cover.count; ++i, pixel += kChannels)
+        {
+            for (std::size_t channel = 0; channel < kChannels; ++channel)
+            {
+                sums[channel] += cover.shares[i] * pixel[channel];
+            }
+        }
+        std::copy_n(sums, kChannels, target + x * kChannels);
+    }
+}
+
+// The last source row that was scaled sideways: neighbouring target rows share it.
+class SidewaysRows
+{
+public:
+    SidewaysRows(const PixelRows& source, std::size_t width)
+        : m_source(source), m_axis(source.Width(), width), m_read(source.Width() * kChannels),
+          m_scaled(width * kChannels)
+    {
+    }
+
+    const std::vector<float>& Row(std::size_t row) noexcept
+    {
+        if (row != m_row)
+        {
+            m_source.ReadRow(row, m_read.data());
+            ScaleRow(m_read.data(), m_axis, m_scaled.data());
+            m_row = row;
+        }
+        return m_scaled;
+    }
+
+private:
+    const PixelRows& m_source;
+    AreaAxis m_axis;
+    std::vector<float> m_read;
+    std::vector<float> m_scaled;
+    std::size_t m_row = SIZE_MAX;
+};
+
+} // namespace
+
+// Everything in units of 1 / (source x target) of the axis, so that no edge is rounded.
+AreaAxis::AreaAxis(std::size_t sourceLength, std::size_t targetLength)
+{
+    m_starts.reserve(targetLength);
+    m_shares.reserve(sourceLength + 2 * targetLength);
+    for (std::size_t target = 0; target < targetLength; ++target)
+    {
+        const std::size_t begin = target * sourceLength;
+        const std::size_t end = begin + sourceLength;
+        const std::size_t first = begin / targetLength;
+        const std::size_t last = (end - 1) / targetLength;
+        m_starts.push_back({first, last - first + 1, m_shares.size()});
+        for (std::size_t source = first; source <= last; ++source)
+        {
+            const std::size_t from = std::max(begin, source * targetLength);
+            const std::size_t to = std::min(end, (source + 1) * targetLength);
+            m_shares.push_back(static_cast<float>(to - from) / static_cast<float>(sourceLength));
+        }
+    }
+}
+
+AreaAxis::Cover AreaAxis::Of(std::size_t target) const noexcept
+{
+    const Start& start = m_starts[target];
+    return {start.first, start.count, m_shares.data() + start.share};
+}
+
+void ScaleByArea(const PixelRows& source, std::size_t width, std::size_t height, PixelSink& sink)
+{
+    SidewaysRows rows(source, width);
+    const AreaAxis axis(source.Height(), height);
+    std::vector<float> sums(width * kChannels);
+    for (std::size_t y = 0; y < height; ++y)
+    {
+        const AreaAxis::Cover cover = axis.Of(y);
+        std::fill(sums.begin(), sums.end(), 0.0F);
+        for (std::size_t i = 0; i < cover.count; ++i)
+        {
+            const std::vector<float>& row = rows.Row(cover.first + i);
+            const float share = cover.shares[i];
+            std::transform(row.begin(), row.end(), sums.begin(), sums.begin(),
+                           [share](float value, float sum) { return sum + share * value; });
+        }
+        sink.WriteRow(y, sums.data());
+    }
+}

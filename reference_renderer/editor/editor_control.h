@@ -1,0 +1,115 @@
+// The numbers that the look editor offers: names, neutral values, limits, and the scale of each
+// slider. Pure: no windows.h. Tests: tests/reference_renderer/editor/editor_control_test.cpp.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+// In the order of the window, top to bottom.
+enum class Control
+{
+    SlopeRed,
+    SlopeGreen,
+    SlopeBlue,
+    OffsetRed,
+    OffsetGreen,
+    OffsetBlue,
+    PowerRed,
+    PowerGreen,
+    PowerBlue,
+    Saturation,
+    Strength, // of curves and cube
+};
+
+inline constexpr std::size_t kControlCount = 11;
+
+// How a slider's length is shared among values.
+enum class Scale
+{
+    Even,
+    EvenRatios, // equal lengths multiply by equal factors
+};
+
+// A step of the look; its three channels stand together in the window.
+enum class Step
+{
+    Slope,
+    Offset,
+    Power,
+    Saturation,
+    Strength,
+};
+
+struct ControlFacts
+{
+    Control control;
+    const char* name; // as a message says it
+    Step step;
+    std::size_t channel; // 0 red, 1 green, 2 blue; 0 where there is one value for all
+    Scale scale;
+    float neutral;
+    float sliderLow; // the values at the slider's ends
+    float sliderHigh;
+    float lowest; // the values that can be typed
+    float highest;
+};
+
+// clang-format off
+inline constexpr std::array<ControlFacts, kControlCount> kControls{{
+    {Control::SlopeRed,    "Slope, red",    Step::Slope,  0, Scale::Even,       1.0F,  0.0F,  2.0F,    0.0F, 100.0F},
+    {Control::SlopeGreen,  "Slope, green",  Step::Slope,  1, Scale::Even,       1.0F,  0.0F,  2.0F,    0.0F, 100.0F},
+    {Control::SlopeBlue,   "Slope, blue",   Step::Slope,  2, Scale::Even,       1.0F,  0.0F,  2.0F,    0.0F, 100.0F},
+    {Control::OffsetRed,   "Offset, red",   Step::Offset, 0, Scale::Even,       0.0F, -0.5F,  0.5F, -100.0F, 100.0F},
+    {Control::OffsetGreen, "Offset, green", Step::Offset, 1, Scale::Even,       0.0F, -0.5F,  0.5F, -100.0F, 100.0F},
+    {Control::OffsetBlue,  "Offset, blue",  Step::Offset, 2, Scale::Even,       0.0F, -0.5F,  0.5F, -100.0F, 100.0F},
+    {Control::PowerRed,    "Power, red",    Step::Power,  0, Scale::EvenRatios, 1.0F, 0.25F,  4.0F,   0.01F, 100.0F},
+    {Control::PowerGreen,  "Power, green",  Step::Power,  1, Scale::EvenRatios, 1.0F, 0.25F,  4.0F,   0.01F, 100.0F},
+    {Control::PowerBlue,   "Power, blue",   Step::Power,  2, Scale::EvenRatios, 1.0F, 0.25F,  4.0F,   0.01F, 100.0F},
+    {Control::Saturation,  "Saturation",    Step::Saturation, 0, Scale::Even,   1.0F,  0.0F,  2.0F,    0.0F, 100.0F},
+    {Control::Strength,    "LUT strength",  Step::Strength,   0, Scale::Even,   1.0F,  0.0F,  1.0F,    0.0F,   1.0F},
+}};
+// clang-format on
+
+constexpr bool RowsFollowTheEnum(const std::array<ControlFacts, kControlCount>& rows) noexcept
+{
+    for (std::size_t i = 0; i < rows.size(); ++i)
+    {
+        if (rows[i].control != static_cast<Control>(i))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(RowsFollowTheEnum(kControls), "one row per control, in the enum's order");
+
+constexpr std::size_t IndexOf(Control control) noexcept
+{
+    return static_cast<std::size_t>(control);
+}
+
+constexpr const ControlFacts& FactsOf(Control control) noexcept
+{
+    return kControls[IndexOf(control)];
+}
+
+// Where a value stands on its slider: 0 = left end, 1 = right end; beyond both for values that the
+// slider does not reach. Values of an EvenRatios slider are above 0.
+double PositionOf(const ControlFacts& facts, float value) noexcept;
+
+// The inverse, within the values that can be typed, rounded to thousandths.
+float ValueAt(const ControlFacts& facts, double position) noexcept;
+
+inline double ShownPosition(const ControlFacts& facts, float value) noexcept
+{
+    return std::clamp(PositionOf(facts, value), 0.0, 1.0);
+}
+
+// What one press of an arrow key, a page key or a fine arrow key adds to a value.
+inline constexpr float kKeyStep = 0.01F;
+inline constexpr float kPageStep = 0.1F;
+inline constexpr float kFineStep = 0.001F;
+
+// `value` plus `amount`, within the values that can be typed, rounded to thousandths.
+float Nudged(const ControlFacts& facts, float value, float amount) noexcept;

@@ -1,0 +1,218 @@
+#include "reference_renderer/editor/editor_controls.h"
+
+#include "reference_renderer/dll/wide_text.h"
+#include "reference_renderer/editor/number_text.h"
+#include "reference_renderer/editor/resource.h"
+#include "reference_renderer/editor/window_object.h"
+
+#include <algorithm>
+
+namespace
+{
+
+// The letter that is underlined leads to the first slider of the step.
+constexpr std::array<const wchar_t*, kHeadings> kHeadingTexts{L"S&lope", L"O&ffset", L"&Power",
+                                                              L"Sat&uration", L"LU&T strength"};
+
+constexpr int kLongestNumber = 24; // characters that can be typed
+
+HWND Child(HWND parent, const wchar_t* className, const std::wstring& text, DWORD style,
+           int id) noexcept
+{
+    const auto menu = reinterpret_cast<HMENU>(static_cast<INT_PTR>(id));
+    return ::CreateWindowExW(0, className, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0,
+                             parent, menu, ThisModule(), nullptr);
+}
+
+void Put(HWND window, const Box& box) noexcept
+{
+    ::SetWindowPos(window, nullptr, box.left, box.top, box.width, box.height,
+                   SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+}
+
+void Enable(HWND window, bool enabled) noexcept
+{
+    if ((::IsWindowEnabled(window) != FALSE) != enabled)
+    {
+        if (!enabled && ::GetFocus() == window)
+        {
+            // The keyboard must not stay with a window that takes no keys.
+            ::SetFocus(::GetNextDlgTabItem(::GetParent(window), window, FALSE));
+        }
+        ::EnableWindow(window, enabled);
+    }
+}
+
+} // namespace
+
+bool EditorControls::Create(HWND parent, const EditorTheme& theme)
+{
+    if (!CreateNumbers(parent, theme) || !CreateButtons(parent))
+    {
+        return false;
+    }
+    SetTheme(theme);
+    return true;
+}
+
+bool EditorControls::CreateNumbers(HWND parent, const EditorTheme& theme)
+{
+    for (std::size_t i = 0; i < kControlCount; ++i)
+    {
+        const std::wstring name = Widen(kControls[i].name);
+        const int offset = static_cast<int>(i);
+        const auto step = static_cast<std::size_t>(kControls[i].step);
+        HWND& heading = m_headings[step];
+        if (heading == nullptr)
+        {
+            heading = Child(parent, L"STATIC", kHeadingTexts[step], SS_LEFT | SS_CENTERIMAGE, -1);
+        }
+        if (heading == nullptr ||
+            !m_sliders[i].Create(parent, kControls[i], theme, IDC_SLIDER + offset))
+        {
+            return false;
+        }
+        m_numbers[i] = Child(parent, L"EDIT", L"", WS_TABSTOP | ES_RIGHT | ES_AUTOHSCROLL,
+                             IDC_NUMBER + offset);
+        // The mouse's way to reset; the keyboard's is Delete on the slider.
+        m_resets[i] = Button(parent, (L"Reset " + name).c_str(), IDC_RESET + offset, 0);
+        if (m_numbers[i] == nullptr || m_resets[i] == nullptr)
+        {
+            return false;
+        }
+        ::SendMessageW(m_numbers[i], EM_LIMITTEXT, kLongestNumber, 0);
+    }
+    return true;
+}
+
+bool EditorControls::CreateButtons(HWND parent)
+{
+    m_import = Button(parent, L"&Import look...", IDC_IMPORT);
+    m_removeTables = Button(parent, L"Re&move LUT", IDC_REMOVE_TABLES);
+    m_compare = {Button(parent, L"&Graded", IDC_SHOW_GRADED),
+                 Button(parent, L"&Split", IDC_SHOW_SPLIT),
+                 Button(parent, L"&Original", IDC_SHOW_ORIGINAL)};
+    m_resetAll = Button(parent, L"Reset &all", IDC_RESET_ALL);
+    m_accept = Button(parent, L"OK", IDOK);
+    m_cancel = Button(parent, L"Cancel", IDCANCEL);
+    m_status = Child(parent, L"STATIC", L"", SS_OWNERDRAW | SS_NOPREFIX, IDC_STATUS);
+    const std::array all{m_import,   m_removeTables, m_compare[0], m_compare[1], m_compare[2],
+                         m_resetAll, m_accept,       m_cancel,     m_status};
+    return std::find(all.begin(), all.end(), nullptr) == all.end();
+}
+
+HWND EditorControls::Button(HWND parent, const wchar_t* text, int id, DWORD style) noexcept
+{
+    return Child(parent, L"BUTTON", text, BS_OWNERDRAW | style, id);
+}
+
+void EditorControls::Place(const EditorLayout& layout) noexcept
+{
+    for (std::size_t i = 0; i < kControlCount; ++i)
+    {
+        Put(m_sliders[i].Window(), layout.controls[i].slider);
+        Put(m_numbers[i], layout.controls[i].number);
+        Put(m_resets[i], layout.controls[i].reset);
+    }
+    for (std::size_t i = 0; i < kHeadings; ++i)
+    {
+        Put(m_headings[i], layout.headings[i]);
+    }
+    for (std::size_t i = 0; i < kCompareButtons; ++i)
+    {
+        Put(m_compare[i], layout.compare[i]);
+    }
+    Put(m_import, layout.importFile);
+    Put(m_removeTables, layout.removeTables);
+    Put(m_resetAll, layout.resetAll);
+    Put(m_accept, layout.accept);
+    Put(m_cancel, layout.cancel);
+    Put(m_status, layout.status);
+}
+
+void EditorControls::SetTheme(const EditorTheme& theme) noexcept
+{
+    const auto font = reinterpret_cast<WPARAM>(theme.Text());
+    for (std::size_t i = 0; i < kControlCount; ++i)
+    {
+        m_sliders[i].SetTheme(theme);
+        ::SendMessageW(m_numbers[i], WM_SETFONT, font, TRUE);
+        ::SendMessageW(m_numbers[i], EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
+    }
+    for (const HWND heading : m_headings)
+    {
+        ::SendMessageW(heading, WM_SETFONT, reinterpret_cast<WPARAM>(theme.Heading()), TRUE);
+    }
+}
+
+void EditorControls::Show(const LookDraft& draft)
+{
+    for (std::size_t i = 0; i < kControlCount; ++i)
+    {
+        const Control control = kControls[i].control;
+        const float value = draft.Value(control);
+        const bool usable = control != Control::Strength || draft.HasTables();
+        m_sliders[i].Show(value);
+        if (::GetFocus() != m_numbers[i])
+        {
+            ShowText(control, value);
+        }
+        Enable(m_sliders[i].Window(), usable);
+        Enable(m_numbers[i], usable);
+        Enable(m_resets[i], !draft.IsNeutral(control));
+    }
+    Enable(m_removeTables, draft.HasTables());
+    Enable(m_resetAll, !draft.IsNeutral());
+}
+
+void EditorControls::ShowText(Control control, float value)
+{
+    const HWND number = m_numbers[IndexOf(control)];
+    const std::string text = NumberText(value);
+    if (NumberTyped(IndexOf(control)) != text)
+    {
+        m_writing = true;
+        ::SetWindowTextW(number, Widen(text).c_str());
+        m_writing = false;
+    }
+}
+
+bool EditorControls::CancelDrag() noexcept
+{
+    return std::any_of(m_sliders.begin(), m_sliders.end(),
+                       [](SliderWindow& slider) { return slider.CancelDrag(); });
+}
+
+std::string EditorControls::NumberTyped(std::size_t index) const
+{
+    std::array<wchar_t, kLongestNumber + 8> text{};
+    const int length =
+        ::GetWindowTextW(m_numbers[index], text.data(), static_cast<int>(text.size()));
+    return Narrow({text.data(), static_cast<std::size_t>(length)});
+}
+
+std::optional<std::size_t> EditorControls::NumberOf(HWND window) const noexcept
+{
+    const auto* const found = std::find(m_numbers.begin(), m_numbers.end(), window);
+    const auto index = static_cast<std::size_t>(found - m_numbers.begin());
+    return window != nullptr && found != m_numbers.end() ? std::optional(index) : std::nullopt;
+}
+
+bool EditorControls::IsHeading(HWND window) const noexcept
+{
+    return window != nullptr &&
+           std::find(m_headings.begin(), m_headings.end(), window) != m_headings.end();
+}
+
+bool EditorControls::IsButton(HWND window) const noexcept
+{
+    const std::array all{m_import,     m_removeTables, m_compare[0], m_compare[1],
+                         m_compare[2], m_resetAll,     m_accept,     m_cancel};
+    return window != nullptr && std::find(all.begin(), all.end(), window) != all.end();
+}
+
+void EditorControls::Say(const std::wstring& status) noexcept
+{
+    ::SetWindowTextW(m_status, status.c_str());
+    ::InvalidateRect(m_status, nullptr, FALSE);
+}

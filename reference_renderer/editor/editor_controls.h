@@ -1,0 +1,71 @@
+// The child windows of the editor: makes them, places them and shows values in them.
+#pragma once
+
+#include "reference_renderer/editor/editor_layout.h"
+#include "reference_renderer/editor/editor_theme.h"
+#include "reference_renderer/editor/look_draft.h"
+#include "reference_renderer/editor/slider_window.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include <windows.h>
+
+// Window thread. The windows are their parent's children and go with it.
+class EditorControls
+{
+public:
+    EditorControls() noexcept = default;
+    EditorControls(const EditorControls&) = delete;
+    EditorControls& operator=(const EditorControls&) = delete;
+
+    // All but the picture, in the order of the Tab key. False when the system refuses a window.
+    bool Create(HWND parent, const EditorTheme& theme);
+    void Place(const EditorLayout& layout) noexcept;
+    void SetTheme(const EditorTheme& theme) noexcept;
+
+    // Shows all numbers of the look, and what can be done with it. The text of a number that has
+    // the focus is left alone: it may be half typed.
+    void Show(const LookDraft& draft);
+    // Shows the number as text even while it has the focus.
+    void ShowText(Control control, float value);
+
+    float SliderValue(std::size_t index) const noexcept { return m_sliders[index].Value(); }
+    bool SliderMovesAll(std::size_t index) const noexcept { return m_sliders[index].MovesAll(); }
+    bool IsSliderDragged(std::size_t index) const noexcept { return m_sliders[index].IsDragged(); }
+    // Takes back a drag of any slider. False when there is none.
+    bool CancelDrag() noexcept;
+
+    HWND Slider(std::size_t index) const noexcept { return m_sliders[index].Window(); }
+    HWND Number(std::size_t index) const noexcept { return m_numbers[index]; }
+    std::string NumberTyped(std::size_t index) const;
+    // The control whose number `window` shows.
+    std::optional<std::size_t> NumberOf(HWND window) const noexcept;
+    // Whether `window` is one of the buttons.
+    bool IsButton(HWND window) const noexcept;
+
+    void Say(const std::wstring& status) noexcept;
+    bool IsHeading(HWND window) const noexcept;
+    // True while a text is being set here, not typed.
+    bool IsWriting() const noexcept { return m_writing; }
+
+private:
+    bool CreateNumbers(HWND parent, const EditorTheme& theme);
+    bool CreateButtons(HWND parent);
+    HWND Button(HWND parent, const wchar_t* text, int id, DWORD style = WS_TABSTOP) noexcept;
+
+    std::array<HWND, kHeadings> m_headings{};
+    std::array<SliderWindow, kControlCount> m_sliders;
+    std::array<HWND, kControlCount> m_numbers{};
+    std::array<HWND, kControlCount> m_resets{};
+    std::array<HWND, kCompareButtons> m_compare{};
+    HWND m_import = nullptr;
+    HWND m_removeTables = nullptr;
+    HWND m_resetAll = nullptr;
+    HWND m_accept = nullptr;
+    HWND m_cancel = nullptr;
+    HWND m_status = nullptr;
+    bool m_writing = false;
+};

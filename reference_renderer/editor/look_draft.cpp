@@ -1,0 +1,221 @@
+#include "reference_renderer/editor/look_draft.h"
+
+#include "reference_renderer/core/text_scanning.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace
+{
+
+constexpr std::size_t kOptionOffset = 16;
+constexpr std::array<std::uint8_t, 4> kNewOption{1, 0, 0, 0};
+
+// The number of a look behind a control.
+template <typename Look>
+auto& NumberOf(Look& look, const ControlFacts& facts) noexcept
+{
+    switch (facts.step)
+    {
+    case Step::Slope:
+        return look.cdl.slope[facts.channel];
+    case Step::Offset:
+        return look.cdl.offset[facts.channel];
+    case Step::Power:
+        return look.cdl.power[facts.channel];
+    case Step::Saturation:
+        return look.cdl.saturation;
+    case Step::Strength:
+        break;
+    }
+    return look.strength;
+}
+
+bool CanBeTyped(const ControlFacts& facts, float value) noexcept
+{
+    return value >= facts.lowest && value <= facts.highest; // NaN is neither
+}
+
+std::array<std::uint8_t, 4> OptionOf(std::span<const std::uint8_t> record,
+                                     RecordState state) noexcept
+{
+    std::array<std::uint8_t, 4> option = kNewOption;
+    if (state == RecordState::Usable)
+    {
+        std::copy_n(record.begin() + kOptionOffset, option.size(), option.begin());
+    }
+    return option;
+}
+
+} // namespace
+
+LookDraft::LookDraft(std::span<const std::uint8_t> record)
+    : m_origin(ReadRecord(record, m_look)), m_modeGiven(m_look.cdlMode),
+      m_option(OptionOf(record, m_origin))
+{
+}
+
+float LookDraft::Value(Control control) const noexcept
+{
+    return NumberOf(m_look, FactsOf(control));
+}
+
+bool LookDraft::IsNeutral(Control control) const noexcept
+{
+    return Value(control) == FactsOf(control).neutral;
+}
+
+bool LookDraft::IsNeutral() const noexcept
+{
+    return std::all_of(kControls.begin(), kControls.end(),
+                       [&](const ControlFacts& facts) { return IsNeutral(facts.control); });
+}
+
+std::string LookDraft::Title() const
+{
+    return CleanText(m_look.title.data());
+}
+
+std::string LookDraft::TablesText() const
+{
+    std::string text;
+    if (m_look.curveSize != 0)
+    {
+        text = "1D, " + std::to_string(m_look.curveSize) + " entries";
+    }
+    if (m_look.cubeSize != 0)
+    {
+        const std::string side = std::to_string(m_look.cubeSize);
+        text += (text.empty() ? "3D, " : " + 3D, ") + side + " x " + side + " x " + side;
+    }
+    return text;
+}
+
+bool LookDraft::Set(Control control, float value) noexcept
+{
+    if (!CanBeTyped(FactsOf(control), value))
+    {
+        return false;
+    }
+    Store(control, value);
+    return true;
+}
+
+bool LookDraft::SetTogether(Control control, float value, const StepNumbers& before) noexcept
+{
+    const ControlFacts& facts = FactsOf(control);
+    if (!Set(control, value))
+    {
+        return false;
+    }
+    const double moved = PositionOf(facts, value) - PositionOf(facts, before[facts.channel]);
+    for (const ControlFacts& other : kControls)
+    {
+        if (other.step == facts.step && other.control != control)
+        {
+            const float from = before[other.channel];
+            // Where nothing moved, nothing is rounded either.
+            const bool stays = moved == 0.0 || !CanBeTyped(other, from);
+            Store(other.control, stays ? from : ValueAt(other, PositionOf(other, from) + moved));
+        }
+    }
+    return true;
+}
+
+StepNumbers LookDraft::NumbersOf(Step step) const noexcept
+{
+    StepNumbers numbers{};
+    for (const ControlFacts& facts : kControls)
+    {
+        if (facts.step == step)
+        {
+            numbers[facts.channel] = Value(facts.control);
+        }
+    }
+    return numbers;
+}
+
+void LookDraft::SetNumbers(Step step, const StepNumbers& numbers) noexcept
+{
+    for (const ControlFacts& facts : kControls)
+    {
+        if (facts.step == step)
+        {
+            Store(facts.control, numbers[facts.channel]);
+        }
+    }
+}
+
+void LookDraft::Reset(Control control) noexcept
+{
+    Store(control, FactsOf(control).neutral);
+}
+
+void LookDraft::ResetAll() noexcept
+{
+    for (const ControlFacts& facts : kControls)
+    {
+        Reset(facts.control);
+    }
+}
+
+void LookDraft::RemoveTables() noexcept
+{
+    m_look.RemoveTables();
+    m_look.strength = FactsOf(Control::Strength).neutral;
+    m_look.title = {}; // it named the tables
+}
+
+bool LookDraft::Merge(const ImportedLook& imported, std::string_view name)
+{
+    const auto look = std::make_unique<StoredLook>();
+    if (ReadRecord(imported.record, *look) != RecordState::Usable)
+    {
+        return false;
+    }
+    const bool hasCdl = look->cdlMode != CdlMode::None;
+    const bool whole = imported.kind == "look record" || (hasCdl && look->HasTables());
+    const std::string title = imported.title.empty() ? std::string(name) : imported.title;
+    if (whole || look->HasTables() || !m_look.HasTables())
+    {
+        SetTitle(title); // a CDL does not rename the tables that stay
+    }
+    if (whole || hasCdl)
+    {
+        m_look.cdl = look->cdl;
+        m_look.cdlMode = look->cdlMode;
+        m_modeGiven = look->cdlMode;
+    }
+    if (whole || look->HasTables())
+    {
+        m_look.strength = look->strength;
+        m_look.CopyTables(*look);
+    }
+    return true;
+}
+
+void LookDraft::Write(RecordBytes record) const noexcept
+{
+    WriteRecord(m_look, record);
+    std::copy(m_option.begin(), m_option.end(), record.begin() + kOptionOffset);
+}
+
+void LookDraft::Store(Control control, float value) noexcept
+{
+    NumberOf(m_look, FactsOf(control)) = value;
+    const Cdl neutral;
+    const Cdl& cdl = m_look.cdl;
+    const bool same = cdl.slope == neutral.slope && cdl.offset == neutral.offset &&
+                      cdl.power == neutral.power && cdl.saturation == neutral.saturation;
+    if (m_modeGiven == CdlMode::None)
+    {
+        m_look.cdlMode = same ? CdlMode::None : CdlMode::Clamped;
+    }
+}
+
+void LookDraft::SetTitle(std::string_view title)
+{
+    const std::string clean = CleanText(title, kRecordTitleSize - 1);
+    m_look.title = {};
+    std::copy(clean.begin(), clean.end(), m_look.title.begin());
+}

@@ -1,0 +1,67 @@
+// The look while it is edited: its numbers, its tables, and what an import changes of it.
+// Pure: no windows.h. Tests: tests/reference_renderer/editor/look_draft_test.cpp.
+#pragma once
+
+#include "reference_renderer/core/look_import.h"
+#include "reference_renderer/core/look_record.h"
+#include "reference_renderer/editor/editor_control.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+// The numbers of a step, by channel; a step with one number has it first and leaves the rest 0.
+using StepNumbers = std::array<float, 3>;
+
+// Allocates in its constructor only, except for titles.
+class LookDraft
+{
+public:
+    // Starts from a record; from a neutral look when the record cannot be used.
+    explicit LookDraft(std::span<const std::uint8_t> record);
+
+    // What the record was that this started from.
+    RecordState Origin() const noexcept { return m_origin; }
+
+    float Value(Control control) const noexcept;
+    bool IsNeutral(Control control) const noexcept;
+    bool IsNeutral() const noexcept; // all numbers; tables do not count
+    bool HasTables() const noexcept { return m_look.HasTables(); }
+    // What the look is called, UTF-8; the name of its tables when it has some.
+    std::string Title() const;
+    // One line on the tables, or "" without.
+    std::string TablesText() const;
+
+    // False, and nothing changes, when `value` cannot be typed there or is NaN.
+    bool Set(Control control, float value) noexcept;
+    // Moves the control to `value` and the other channels of its step by as much of their sliders,
+    // counted from `before`: from where a drag began, a limit on the way costs nothing. A channel
+    // that was outside what can be typed there keeps that number.
+    bool SetTogether(Control control, float value, const StepNumbers& before) noexcept;
+    StepNumbers NumbersOf(Step step) const noexcept;
+    // As NumbersOf gave them, whatever they are.
+    void SetNumbers(Step step, const StepNumbers& numbers) noexcept;
+    void Reset(Control control) noexcept;
+    void ResetAll() noexcept; // the numbers; tables stay
+    void RemoveTables() noexcept;
+
+    // Takes over what `imported` has: a whole look record, a CDL, tables, or both. The rest stays.
+    // `name` is the title where the file has none. False when the record cannot be used.
+    bool Merge(const ImportedLook& imported, std::string_view name);
+
+    // The record of the look as it is now. A look that was not changed gives the bytes it started
+    // from; the option word is kept in any case.
+    void Write(RecordBytes record) const noexcept;
+
+private:
+    void Store(Control control, float value) noexcept;
+    void SetTitle(std::string_view title);
+
+    StoredLook m_look;
+    RecordState m_origin; // what reading into m_look said, so declared after it
+    // The mode that the look came with. A look without a CDL gets one as soon as a number differs.
+    CdlMode m_modeGiven;
+    std::array<std::uint8_t, 4> m_option; // as in the record
+};

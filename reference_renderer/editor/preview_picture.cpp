@@ -1,0 +1,243 @@
+#include "reference_renderer/editor/preview_picture.h"
+
+#include "reference_renderer/core/colour_math.h"
+#include "reference_renderer/editor/area_average.h"
+#include "renderer/entry_points.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+
+namespace
+{
+
+constexpr std::size_t kChannels = 4;
+
+class ByteRows final : public PixelRows
+{
+public:
+    ByteRows(const std::byte* pixels, PixelSize size) noexcept : m_pixels(pixels), m_size(size) {}
+
+    std::size_t Width() const noexcept override { return m_size.width; }
+    std::size_t Height() const noexcept override { return m_size.height; }
+    void ReadRow(std::size_t row, float* floats) const noexcept override
+    {
+        const std::byte* const from = m_pixels + row * m_size.width * kChannels;
+        std::transform(from, from + m_size.width * kChannels, floats,
+                       [](std::byte code) { return static_cast<float>(code); });
+    }
+
+private:
+    const std::byte* m_pixels;
+    PixelSize m_size;
+};
+
+class FloatRows final : public PixelRows
+{
+public:
+    FloatRows(const std::byte* pixels, PixelSize size) noexcept : m_pixels(pixels), m_size(size) {}
+
+    std::size_t Width() const noexcept override { return m_size.width; }
+    std::size_t Height() const noexcept override { return m_size.height; }
+    void ReadRow(std::size_t row, float* floats) const noexcept override
+    {
+        const std::size_t count = m_size.width * kChannels;
+        std::memcpy(floats, m_pixels + row * count * sizeof(float), count * sizeof(float));
+        std::transform(floats, floats + count, floats, Finite<float>);
+    }
+
+private:
+    const std::byte* m_pixels;
+    PixelSize m_size;
+};
+
+class ByteSink final : public PixelSink
+{
+public:
+    ByteSink(std::byte* pixels, std::size_t width) noexcept : m_pixels(pixels), m_width(width) {}
+
+    void WriteRow(std::size_t row, const float* floats) noexcept override
+    {
+        std::transform(floats, floats + m_width * kChannels, m_pixels + row * m_width * kChannels,
+                       [](float code) { return static_cast<std::byte>(code + 0.5F); });
+    }
+
+private:
+    std::byte* m_pixels;
+    std::size_t m_width;
+};
+
+class FloatSink final : public PixelSink
+{
+public:
+    FloatSink(std::byte* pixels, std::size_t width, bool linear) noexcept
+        : m_pixels(pixels), m_width(width), m_linear(linear)
+    {
+    }
+
+    void WriteRow(std::size_t row, const float* floats) noexcept override
+    {
+        std::byte* target = m_pixels + row * m_width * kChannels * sizeof(float);
+        for (std::size_t i = 0; i < m_width * kChannels; ++i, target += sizeof(float))
+        {
+            const bool colour = i % kChannels != kChannels - 1;
+            const float mean = Finite(floats[i]); // sums of the largest floats may overflow
+            const float value = m_linear && colour ? EncodeSrgb(mean) : mean;
+            std::memcpy(target, &value, sizeof value);
+        }
+    }
+
+private:
+    std::byte* m_pixels;
+    std::size_t m_width;
+    bool m_linear;
+};
+
+void RoundRow(const float* values, std::byte* target, std::size_t width) noexcept
+{
+    std::transform(values, values + width * kChannels, target,
+                   [](float value) { return static_cast<std::byte>(Code8(value)); });
+}
+
+// Display floats through a look to 8 bits, in pieces that stay in the nearest cache.
+void GradeFloatRow(const PreparedLook& look, const std::byte* source, std::byte* target,
+                   std::size_t width)
+{
+    constexpr std::size_t kPiece = 256; // pixels
+    std::array<float, kPiece * kChannels> piece;
+    for (std::size_t done = 0; done < width; done += kPiece)
+    {
+        const std::size_t count = std::min(kPiece, width - done);
+        look.RowFloat(false)(look, source + done * kChannels * sizeof(float),
+                             reinterpret_cast<std::byte*>(piece.data()), count);
+        RoundRow(piece.data(), target + done * kChannels, count);
+    }
+}
+
+bool IsReadable(const FrameBufferDesc* preview) noexcept
+{
+    FrameJob job; // the renderer's own idea of a frame
+    return DescribeFrame(preview, preview, nullptr, 0, job) == RendererAPI::kFrameRendered;
+}
+
+float UsableAspect(float aspect) noexcept
+{
+    constexpr float kWidest = 16.0F; // of any format's pixels, and far beyond
+    return aspect >= 1.0F / kWidest && aspect <= kWidest ? aspect : 1.0F;
+}
+
+PixelSize CoarseSize(PixelSize fine) noexcept
+{
+    const std::size_t pixels = fine.width * fine.height;
+    if (pixels <= kMostCoarsePixels)
+    {
+        return fine;
+    }
+    const double scale =
+        std::sqrt(static_cast<double>(kMostCoarsePixels) / static_cast<double>(pixels));
+    const auto length = [scale](std::size_t full) {
+        const auto scaled = static_cast<std::size_t>(static_cast<double>(full) * scale);
+        return std::max<std::size_t>(scaled, 1);
+    };
+    const std::size_t width = std::min(length(fine.width), kMostCoarsePixels);
+    return {width, std::min(length(fine.height), kMostCoarsePixels / width)};
+}
+
+} // namespace
+
+PreviewPicture::PreviewPicture(const FrameBufferDesc* preview, bool linear)
+{
+    if (!IsReadable(preview))
+    {
+        return;
+    }
+    const std::size_t pixelBytes = BytesPerPixel(preview->format);
+    const std::size_t rowBytes = preview->width * pixelBytes;
+    m_pixels.resize(rowBytes * preview->height);
+    for (std::size_t row = 0; row < preview->height; ++row)
+    {
+        std::memcpy(m_pixels.data() + row * rowBytes,
+                    static_cast<const std::byte*>(preview->pixels) + row * preview->RowBytes(),
+                    rowBytes);
+    }
+    m_format = preview->format;
+    m_linear = linear && m_format == kFormatBgraFloat;
+    m_aspect = UsableAspect(preview->aspect);
+    m_size = {preview->width, preview->height};
+}
+
+PixelSize PreviewPicture::SizeWithin(PixelSize room) const noexcept
+{
+    const double width = static_cast<double>(m_size.width) * m_aspect;
+    const auto height = static_cast<double>(m_size.height);
+    const double scale = std::min(static_cast<double>(room.width) / width,
+                                  static_cast<double>(room.height) / height);
+    const auto length = [scale](double full, std::size_t most) {
+        const auto scaled = static_cast<std::size_t>(std::lround(full * scale));
+        return std::clamp<std::size_t>(scaled, 1, std::max<std::size_t>(most, 1));
+    };
+    return {length(width, room.width), length(height, room.height)};
+}
+
+void PreviewPicture::Scale(PixelSize size)
+{
+    if (IsEmpty() || size == m_fine.size)
+    {
+        return;
+    }
+    ScaledCopy fine = Scaled(m_pixels.data(), m_size, size, m_linear);
+    ScaledCopy coarse;
+    if (const PixelSize smaller = CoarseSize(size); smaller != size)
+    {
+        coarse = Scaled(fine.pixels.data(), size, smaller, false);
+    }
+    m_fine = std::move(fine);
+    m_coarse = std::move(coarse);
+}
+
+PreviewPicture::ScaledCopy PreviewPicture::Scaled(const std::byte* pixels, PixelSize from,
+                                                  PixelSize to, bool linear) const
+{
+    ScaledCopy copy{to, std::vector<std::byte>(to.width * to.height * BytesPerPixel(m_format))};
+    if (m_format == kFormatBgra8)
+    {
+        ByteSink sink(copy.pixels.data(), to.width);
+        ScaleByArea(ByteRows(pixels, from), to.width, to.height, sink);
+    }
+    else
+    {
+        FloatSink sink(copy.pixels.data(), to.width, linear);
+        ScaleByArea(FloatRows(pixels, from), to.width, to.height, sink);
+    }
+    return copy;
+}
+
+void PreviewPicture::WriteOriginal(std::span<std::uint32_t> pixels) const noexcept
+{
+    auto* const target = reinterpret_cast<std::byte*>(pixels.data());
+    const std::size_t count = m_fine.size.width * m_fine.size.height;
+    if (m_format == kFormatBgra8)
+    {
+        std::memcpy(target, m_fine.pixels.data(), count * kChannels);
+        return;
+    }
+    RoundRow(reinterpret_cast<const float*>(m_fine.pixels.data()), target, count);
+}
+
+FrameJob PreviewPicture::GradingJob(const PreparedLook& look, std::span<std::uint32_t> pixels,
+                                    Detail detail) const noexcept
+{
+    const ScaledCopy& copy = Copy(detail);
+    FrameJob job;
+    job.source = copy.pixels.data();
+    job.target = reinterpret_cast<std::byte*>(pixels.data());
+    job.sourcePitch = copy.size.width * BytesPerPixel(m_format);
+    job.targetPitch = copy.size.width * kChannels;
+    job.width = copy.size.width;
+    job.height = copy.size.height;
+    job.pixelBytes = BytesPerPixel(m_format);
+    job.look = &look;
+    job.row = m_format == kFormatBgra8 ? look.Row8() : GradeFloatRow;
+    return job;
+}

@@ -1,0 +1,82 @@
+// The picture that is graded in the editor: a copy of the caller's, a scaled copy of the size in
+// which it is shown, a coarser one while a slider moves, and the row work that grades these.
+// Pure: no windows.h. Tests: tests/reference_renderer/editor/preview_picture_test.cpp.
+#pragma once
+
+#include "reference_renderer/core/frame_render.h"
+#include "renderer/frame_buffer_desc.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+struct PixelSize
+{
+    std::size_t width = 0;
+    std::size_t height = 0;
+
+    friend bool operator==(const PixelSize&, const PixelSize&) = default;
+};
+
+// How much of a picture there is to grade.
+enum class Detail
+{
+    Fine,   // every pixel that is shown
+    Coarse, // few enough for any window and any look
+};
+
+inline constexpr std::size_t kMostCoarsePixels = 147456; // 512 x 288
+
+// Window thread.
+class PreviewPicture
+{
+public:
+    // Copies the pixels: the caller may change them from then on. `linear` counts for floats only,
+    // as in RenderFrame. A picture that cannot be read (no pixels, another format) leaves this
+    // empty. Throws std::bad_alloc.
+    PreviewPicture(const FrameBufferDesc* preview, bool linear);
+
+    bool IsEmpty() const noexcept { return m_size.width == 0; }
+    // Of the caller's picture.
+    PixelSize Size() const noexcept { return m_size; }
+    bool IsLinear() const noexcept { return m_linear; }
+
+    // The largest size inside `room` that keeps the shape of the picture, its pixel aspect
+    // included; at least 1 x 1.
+    PixelSize SizeWithin(PixelSize room) const noexcept;
+
+    // Makes the scaled copies, unless they have that size already. Linear light is averaged as such
+    // and then encoded. Throws std::bad_alloc, and keeps the copies that it had.
+    void Scale(PixelSize size);
+    // The coarse copy has at most kMostCoarsePixels; it is the fine one when that is as small.
+    PixelSize ScaledSize(Detail detail = Detail::Fine) const noexcept { return Copy(detail).size; }
+    bool HasCoarse() const noexcept { return !m_coarse.pixels.empty(); }
+
+    // Pixels to show: 8 bits of blue, green, red and alpha each, ScaledSize of them, the top row
+    // first, without padding. The first writes the fine copy as it is, the other describes the work
+    // that writes a copy through `look`.
+    void WriteOriginal(std::span<std::uint32_t> pixels) const noexcept;
+    FrameJob GradingJob(const PreparedLook& look, std::span<std::uint32_t> pixels,
+                        Detail detail = Detail::Fine) const noexcept;
+
+private:
+    struct ScaledCopy
+    {
+        PixelSize size;
+        std::vector<std::byte> pixels; // as m_format says, but never linear
+    };
+    const ScaledCopy& Copy(Detail detail) const noexcept
+    {
+        return detail == Detail::Coarse && HasCoarse() ? m_coarse : m_fine;
+    }
+    ScaledCopy Scaled(const std::byte* pixels, PixelSize from, PixelSize to, bool linear) const;
+
+    std::uint32_t m_format = 0;
+    bool m_linear = false;
+    float m_aspect = 1.0F;
+    PixelSize m_size;
+    std::vector<std::byte> m_pixels; // rows without padding
+    ScaledCopy m_fine;
+    ScaledCopy m_coarse; // empty when the fine one is small enough
+};

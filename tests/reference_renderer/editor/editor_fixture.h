@@ -1,0 +1,39 @@
+// The editor of the built renderer library on a small picture.
+#pragma once
+
+#include "reference_renderer/core/look_record.h"
+#include "renderer/frame_buffer_desc.h"
+#include "tests/reference_renderer/dll/loaded_renderer.h"
+#include "tests/reference_renderer/editor/open_editor.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+using Bytes = std::vector<std::uint8_t>;
+
+class EditorTest : public testing::Test
+{
+protected:
+    EditorTest();
+
+    // Opens DoModalUI2 on m_preview.
+    OpenEditor Open(const Bytes& record = {}, std::uint32_t linear = 0);
+    // What the editor produced, decoded.
+    std::unique_ptr<StoredLook> Produced();
+    // A pixel on the display, where the picture shows it; the shares count from its top left.
+    static COLORREF PixelShown(const ShownEditor& editor, double x, double y);
+    // A file of the tests' own, deleted with the test; its path.
+    std::wstring WriteFile(const std::string& name, const std::string& text);
+    ~EditorTest() override;
+
+    LoadedRenderer m_library;
+    Bytes m_pixels; // 64 x 36, middle grey
+    FrameBufferDesc m_preview;
+
+private:
+    std::vector<std::wstring> m_files;
+};

@@ -1,0 +1,154 @@
+#include "reference_renderer/editor/editor_layout.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr int kDpis[] = {96, 120, 144, 168, 192, 288};
+
+struct Named
+{
+    std::string name;
+    Box box;
+};
+
+// Everything that must not touch anything else.
+std::vector<Named> Parts(const EditorLayout& layout)
+{
+    std::vector<Named> parts{
+        {"picture", layout.picture},    {"facts", layout.pictureFacts},  {"tables", layout.tables},
+        {"import", layout.importFile},  {"remove", layout.removeTables}, {"status", layout.status},
+        {"reset all", layout.resetAll}, {"cancel", layout.cancel},       {"ok", layout.accept}};
+    if (layout.hints.height > 0)
+    {
+        parts.push_back({"hints", layout.hints});
+    }
+    for (const Box& button : layout.compare)
+    {
+        parts.push_back({"compare", button});
+    }
+    for (const Box& heading : layout.headings)
+    {
+        parts.push_back({"heading", heading});
+    }
+    for (std::size_t i = 0; i < kControlCount; ++i)
+    {
+        const ControlBoxes& boxes = layout.controls[i];
+        const std::string name = kControls[i].name;
+        parts.push_back({name + " letter", boxes.letter});
+        parts.push_back({name + " slider", boxes.slider});
+        parts.push_back({name + " frame", boxes.frame});
+        parts.push_back({name + " reset", boxes.reset});
+    }
+    return parts;
+}
+
+bool Overlap(const Box& a, const Box& b)
+{
+    return a.left < b.Right() && b.left < a.Right() && a.top < b.Bottom() && b.top < a.Bottom();
+}
+
+void ExpectGood(Extent client, int dpi)
+{
+    SCOPED_TRACE(testing::Message() << client.width << " x " << client.height << " at " << dpi);
+    const EditorLayout layout = LayoutOf(client, dpi);
+    const std::vector<Named> parts = Parts(layout);
+    for (std::size_t i = 0; i < parts.size(); ++i)
+    {
+        const Box& box = parts[i].box;
+        if (parts[i].name.find("letter") == std::string::npos)
+        {
+            EXPECT_GT(box.width, 0) << parts[i].name;
+            EXPECT_GT(box.height, 0) << parts[i].name;
+        }
+        EXPECT_GE(box.left, 0) << parts[i].name;
+        EXPECT_GE(box.top, 0) << parts[i].name;
+        EXPECT_LE(box.Right(), client.width) << parts[i].name;
+        EXPECT_LE(box.Bottom(), client.height) << parts[i].name;
+        for (std::size_t j = i + 1; j < parts.size(); ++j)
+        {
+            EXPECT_FALSE(Overlap(box, parts[j].box)) << parts[i].name << ", " << parts[j].name;
+        }
+    }
+    EXPECT_LE(layout.removeTables.Bottom(), layout.footerTop);
+    EXPECT_LE(layout.picture.Right(), layout.panel.left);
+    EXPECT_EQ(layout.panel.Right(), client.width);
+}
+
+TEST(EditorLayout, NothingOverlapsOrLeavesTheWindowAtAnyResolution)
+{
+    for (const int dpi : kDpis)
+    {
+        ExpectGood(SmallestClient(dpi), dpi);
+        ExpectGood(OpeningClient(dpi), dpi);
+        ExpectGood({SmallestClient(dpi).width + 1, SmallestClient(dpi).height + 1}, dpi);
+        ExpectGood({Scaled(3840, dpi), Scaled(2160, dpi)}, dpi);
+    }
+}
+
+TEST(EditorLayout, AWindowThatIsTooSmallIsLaidOutAsTheSmallest)
+{
+    const EditorLayout smallest = LayoutOf(SmallestClient(96), 96);
+    const EditorLayout tiny = LayoutOf({0, 0}, 96);
+    EXPECT_EQ(tiny.picture, smallest.picture);
+    EXPECT_EQ(tiny.accept, smallest.accept);
+}
+
+TEST(EditorLayout, ThePictureGetsTheRoomThatAWiderWindowHas)
+{
+    const EditorLayout narrow = LayoutOf({1600, 900}, 96);
+    const EditorLayout wide = LayoutOf({2600, 900}, 96);
+    EXPECT_GT(wide.picture.width, narrow.picture.width + 900);
+}
+
+TEST(EditorLayout, SlidersAndNumbersStandInColumns)
+{
+    for (const int dpi : kDpis)
+    {
+        const EditorLayout layout = LayoutOf(OpeningClient(dpi), dpi);
+        for (const ControlBoxes& boxes : layout.controls)
+        {
+            EXPECT_EQ(boxes.slider.left, layout.controls[0].slider.left);
+            EXPECT_EQ(boxes.slider.width, layout.controls[0].slider.width);
+            EXPECT_EQ(boxes.frame.left, layout.controls[0].frame.left);
+            EXPECT_EQ(boxes.reset.left, layout.controls[0].reset.left);
+        }
+    }
+}
+
+TEST(EditorLayout, HintsStandWhereThereIsRoomForThem)
+{
+    for (const int dpi : kDpis)
+    {
+        EXPECT_GE(LayoutOf(OpeningClient(dpi), dpi).hints.height, Scaled(36, dpi) - 1);
+        EXPECT_EQ(LayoutOf(SmallestClient(dpi), dpi).hints.height, 0);
+    }
+}
+
+TEST(EditorLayout, EveryNumberStandsInsideItsFrame)
+{
+    for (const int dpi : kDpis)
+    {
+        for (const ControlBoxes& boxes : LayoutOf(SmallestClient(dpi), dpi).controls)
+        {
+            EXPECT_GT(boxes.number.left, boxes.frame.left);
+            EXPECT_GT(boxes.number.top, boxes.frame.top);
+            EXPECT_LT(boxes.number.Right(), boxes.frame.Right());
+            EXPECT_LT(boxes.number.Bottom(), boxes.frame.Bottom());
+            EXPECT_GE(boxes.number.height, Scaled(16, dpi) - 1) << "a line of text";
+        }
+    }
+}
+
+TEST(EditorLayout, TheSmallestWindowFitsASmallDisplay)
+{
+    // 1366 x 768 at 125 % leaves about this much.
+    EXPECT_LE(SmallestClient(120).width, 1350);
+    EXPECT_LE(SmallestClient(120).height, 700);
+}
+
+} // namespace
