@@ -2,7 +2,7 @@
 // Pure: no windows.h. Tests: tests/effect/frame_buffer_test.cpp.
 #pragma once
 
-#include "renderer/frame_buffer_desc.h"
+#include "contract/frame_buffer_desc.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,10 +1,10 @@
 // The effect's work on one frame: input surface, renderer, output surface.
+#include "binding/renderer_binding.h"
 #include "effect/frame_number.h"
 #include "effect/packed_walk.h"
 #include "effect/plugin.h"
 #include "effect/surface_memory.h"
 #include "platform/runtime/foreign_call.h"
-#include "renderer/renderer_binding.h"
 #include "support/exception_info.h"
 #include "support/trace.h"
 

@@ -1,8 +1,8 @@
 // The effect's own dual interface and the identifiers that it goes by.
 #pragma once
 
+#include "contract/class_ids.h"
 #include "platform/dxtransform/dxtrans.h"
-#include "support/class_ids.h"
 
 // clang-format off
 // The running effect answers QueryInterface for IPlugin and looks its type information up under

@@ -1,7 +1,7 @@
 #include "effect/plugin.h"
 
+#include "binding/renderer_binding.h"
 #include "effect/preset_table.h"
-#include "renderer/renderer_binding.h"
 #include "support/exception_info.h"
 
 #include <atomic>

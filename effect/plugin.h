@@ -2,13 +2,13 @@
 // to the renderer with the look record that applies to it.
 #pragma once
 
+#include "binding/session_data.h"
 #include "effect/frame_buffer.h"
 #include "effect/iplugin.h"
 #include "effect/sf_video_plugin.h"
 #include "platform/atl/atlcom.h"
 #include "platform/atl/atlctl.h"
 #include "platform/dxtransform/dxbasento1.h"
-#include "renderer/session_data.h"
 
 #include <cstdint>
 

@@ -3,9 +3,9 @@
 // hosts rely on, for instance, an empty stream loading without an error.
 #include "effect/plugin.h"
 
+#include "binding/record_bytes.h"
+#include "binding/renderer_binding.h"
 #include "platform/runtime/foreign_call.h"
-#include "renderer/record_bytes.h"
-#include "renderer/renderer_binding.h"
 #include "support/exception_info.h"
 #include "support/trace.h"
 

@@ -1,7 +1,7 @@
 // The effect's built-in presets.
 #pragma once
 
-#include "renderer/session_data.h"
+#include "binding/session_data.h"
 
 #include <cstdint>
 

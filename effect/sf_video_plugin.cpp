@@ -1,7 +1,7 @@
 #include "effect/sf_video_plugin.h"
 
+#include "binding/session_data.h"
 #include "platform/runtime/foreign_call.h"
-#include "renderer/session_data.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -3,8 +3,8 @@
 // Tests: tests/effect/automation_test.cpp, persistence_test.cpp, presets_test.cpp.
 #pragma once
 
+#include "contract/host_interfaces.h"
 #include "platform/atl/atlcom.h"
-#include "platform/hostsdk/host_interfaces.h"
 
 #include <windows.h>
 

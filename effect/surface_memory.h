@@ -3,7 +3,7 @@
 // Pure: no windows.h. Tests: tests/effect/surface_memory_test.cpp.
 #pragma once
 
-#include "renderer/frame_buffer_desc.h"
+#include "contract/frame_buffer_desc.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "propertypage/editor_launch.h"
 
-#include "renderer/record_bytes.h"
-#include "renderer/renderer_binding.h"
+#include "binding/record_bytes.h"
+#include "binding/renderer_binding.h"
 
 #include <windows.h>
 

@@ -2,8 +2,8 @@
 // tests/propertypage/editor_launch_test.cpp.
 #pragma once
 
+#include "binding/session_data.h"
 #include "propertypage/effect_exchange.h"
-#include "renderer/session_data.h"
 
 // Opens the editor on the frame that the effect last received and returns when the user has closed
 // it; meanwhile the thread's messages are handled, so that anything may have happened to the

@@ -1,10 +1,10 @@
 // The effect as its page talks to it. Tests: tests/propertypage/foreign_exception_test.cpp.
 #pragma once
 
+#include "binding/session_data.h"
+#include "contract/host_interfaces.h"
 #include "platform/atl/atlcomcli.h"
-#include "platform/hostsdk/host_interfaces.h"
 #include "platform/runtime/foreign_call.h"
-#include "renderer/session_data.h"
 
 #include <windows.h>
 

@@ -2,9 +2,9 @@
 // Pure: no windows.h. Tests: tests/propertypage/panel_image_test.cpp.
 #pragma once
 
+#include "contract/frame_buffer_desc.h"
 #include "propertypage/button_images.h"
 #include "propertypage/panel_layout.h"
-#include "renderer/frame_buffer_desc.h"
 
 #include <cstdint>
 #include <memory>

@@ -2,9 +2,9 @@
 // Window thread. Tests: tests/propertypage/panel_paint_test.cpp.
 #pragma once
 
+#include "contract/frame_buffer_desc.h"
 #include "propertypage/panel_layout.h"
 #include "propertypage/window_context.h"
-#include "renderer/frame_buffer_desc.h"
 
 // The black frame, and the grey ground inside it.
 void DrawGround(const WindowContext& context, PanelSize page) noexcept;

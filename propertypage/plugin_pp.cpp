@@ -1,10 +1,10 @@
 #include "propertypage/plugin_pp.h"
 
+#include "binding/record_bytes.h"
+#include "binding/renderer_binding.h"
 #include "propertypage/editor_launch.h"
 #include "propertypage/effect_exchange.h"
 #include "propertypage/panel_painter.h"
-#include "renderer/record_bytes.h"
-#include "renderer/renderer_binding.h"
 #include "support/exception_info.h"
 
 #include <tuple>

@@ -2,13 +2,13 @@
 // itself; every change goes to the effect at once.
 #pragma once
 
+#include "binding/session_data.h"
+#include "contract/class_ids.h"
 #include "platform/atl/atlcom.h"
 #include "platform/atl/atlpropertypage.h"
 #include "platform/atl/atlwin.h"
 #include "propertypage/press_tracker.h"
 #include "propertypage/window_context.h"
-#include "renderer/session_data.h"
-#include "support/class_ids.h"
 
 #include <windows.h>
 

@@ -2,8 +2,8 @@
 // Tests: tests/reference_renderer/core/frame_render_test.cpp.
 #pragma once
 
+#include "contract/frame_buffer_desc.h"
 #include "reference_renderer/core/prepared_look.h"
-#include "renderer/frame_buffer_desc.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // Why a file could not be imported. Thrown by the readers, ended by the export. Pure: no windows.h.
 #pragma once
 
-#include "renderer/entry_points.h"
+#include "contract/entry_points.h"
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,6 @@
 #include "reference_renderer/core/import_formats.h"
 
+#include "contract/entry_points.h"
 #include "reference_renderer/core/cdl_reader.h"
 #include "reference_renderer/core/clf_reader.h"
 #include "reference_renderer/core/csp_reader.h"
@@ -8,7 +9,6 @@
 #include "reference_renderer/core/spi_reader.h"
 #include "reference_renderer/core/text_scanning.h"
 #include "reference_renderer/core/three_dl_reader.h"
-#include "renderer/entry_points.h"
 
 #include <algorithm>
 #include <array>

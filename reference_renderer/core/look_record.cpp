@@ -13,7 +13,6 @@ namespace
 static_assert(std::endian::native == std::endian::little, "records are little-endian");
 
 constexpr std::array<char, 4> kMagic{'G', 'L', 'Z', 'K'};
-constexpr std::uint32_t kNewOption = 1; // "Assume Linear Gamma" is on in every new record
 
 struct ChunkHead
 {
@@ -67,15 +66,16 @@ struct RecordFront
     ChunkHead tableHead;
 };
 
-constexpr ChunkHead kOptionHead = HeadOf("flag", sizeof(std::uint32_t));
+constexpr auto kOptionHead = std::bit_cast<ChunkHead>(kOptionChunkHead);
 constexpr ChunkHead kCdlHead = HeadOf("cdl ", sizeof(CdlChunk));
 constexpr ChunkHead kLutHead = HeadOf("lut ", sizeof(LutChunk));
 constexpr ChunkHead kTitleHead = HeadOf("titl", kRecordTitleSize);
 constexpr ChunkHead kTableHead = HeadOf("tabl", kRecordTableSize);
 
 static_assert(sizeof(RecordFront) == kRecordTableOffset, "no padding anywhere");
-static_assert(offsetof(RecordFront, optionHead) == kRecordOption);
-static_assert(offsetof(RecordFront, cdlHead) == kRecordOptionEnd);
+static_assert(offsetof(RecordFront, optionHead) == kOptionChunk);
+static_assert(offsetof(RecordFront, option) == kOptionWord);
+static_assert(offsetof(RecordFront, cdlHead) == kOptionChunkEnd);
 
 StoredDomain Flat(const Domain& domain) noexcept
 {
@@ -143,7 +143,7 @@ std::uint32_t SumOf(std::span<const std::uint8_t> record) noexcept
             sum = (sum ^ word) * kPrime;
         }
     };
-    add(kRecordOptionEnd, kRecordTableOffset);
+    add(kOptionChunkEnd, kRecordTableOffset);
     add(kRecordTableOffset + sizeof sum, record.size());
     return sum;
 }
@@ -312,7 +312,7 @@ void WriteRecord(const StoredLook& look, RecordBytes record) noexcept
         kMagic,
         look.codedVersion,
         kOptionHead,
-        kNewOption,
+        kAssumeLinearGamma,
         kCdlHead,
         {look.cdlMode, look.cdl.slope, look.cdl.offset, look.cdl.power, look.cdl.saturation},
         kLutHead,

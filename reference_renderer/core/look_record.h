@@ -5,6 +5,8 @@
 
 #include "reference_renderer/core/look.h"
 
+#include "contract/option_chunk.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -21,8 +23,6 @@ constexpr std::size_t NodeCount(std::uint32_t cubeSize) noexcept
 }
 
 // In bytes.
-inline constexpr std::size_t kRecordOption = 8;     // the option chunk begins there
-inline constexpr std::size_t kRecordOptionEnd = 20; // and ends there
 inline constexpr std::size_t kRecordTitleSize = 64; // UTF-8, zero-padded
 inline constexpr std::size_t kRecordTableOffset = 268;
 inline constexpr std::size_t kRecordSize = 130654;

@@ -1,8 +1,8 @@
 // The sixteen entry points. Each unpacks its arguments and asks the one renderer of the process.
+#include "contract/entry_points.h"
 #include "platform/runtime/exception_state.h"
 #include "reference_renderer/dll/renderer.h"
 #include "reference_renderer/editor/window_classes.h"
-#include "renderer/entry_points.h"
 
 #include <cstring>
 
@@ -172,22 +172,9 @@ using namespace RendererAPI;
 template <typename Expected, typename Exported>
 constexpr bool kFits = std::is_convertible_v<Exported*, Expected*>;
 
-static_assert(kFits<InitRendererFunction, decltype(InitRenderer)>);
-static_assert(kFits<ExitRendererFunction, decltype(ExitRenderer)>);
-static_assert(kFits<DoModalUIFunction, decltype(DoModalUI)>);
-static_assert(kFits<DoModalUI2Function, decltype(DoModalUI2)>);
-static_assert(kFits<DoModalUIWithProfileFunction, decltype(DoModalUIWithProfile)>);
-static_assert(kFits<RenderFrameFunction, decltype(RenderFrame)>);
-static_assert(kFits<LoadSessionFileFunction, decltype(LoadSessionFile)>);
-static_assert(kFits<GetSessionIconFunction, decltype(GetSessionIcon)>);
-static_assert(kFits<GetSessionDataSizeFunction, decltype(GetSessionDataSize)>);
-static_assert(kFits<GetSessionDataFunction, decltype(GetSessionData)>);
-static_assert(kFits<InterpolateSessionDataFunction, decltype(InterpolateSessionData)>);
-static_assert(kFits<BeginToolChainFunction, decltype(BeginToolChain)>);
-static_assert(kFits<AddToolToChainFunction, decltype(AddToolToChain)>);
-static_assert(kFits<SetToolParameterValueFunction, decltype(SetToolParameterValue)>);
-static_assert(kFits<EnableFeatureFunction, decltype(EnableFeature)>);
-static_assert(
-    kFits<SetTopLevelMaskParameterValueFunction, decltype(SetTopLevelMaskParameterValue)>);
+#define CHECK_SIGNATURE(pointer, name, required)                                                   \
+    static_assert(kFits<name##Function, decltype(name)>);
+RENDERER_ENTRY_POINTS(CHECK_SIGNATURE)
+#undef CHECK_SIGNATURE
 
 } // namespace

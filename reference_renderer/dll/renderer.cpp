@@ -124,14 +124,14 @@ void Renderer::Interpolate(std::span<const std::uint8_t> a, std::span<const std:
         return;
     }
     // A's: the output may lie over either record.
-    std::array<std::uint8_t, kRecordOptionEnd - kRecordOption> option{};
-    std::memcpy(option.data(), a.data() + kRecordOption, option.size());
+    std::array<std::uint8_t, kOptionChunkEnd - kOptionChunk> option{};
+    std::memcpy(option.data(), a.data() + kOptionChunk, option.size());
     try
     {
         if (t == 1.0)
         {
             std::memmove(output, b.data(), kRecordSize);
-            std::memcpy(output + kRecordOption, option.data(), option.size());
+            std::memcpy(output + kOptionChunk, option.data(), option.size());
         }
         else
         {
@@ -160,7 +160,7 @@ void Renderer::Blend(const PreparedLook& a, const PreparedLook& b, double fracti
     }
     m_blend->ReadBlend(a, b, fraction, *m_encoder);
     WriteRecord(m_blend->Stored(), output);
-    std::copy(option.begin(), option.end(), output.begin() + kRecordOption);
+    std::copy(option.begin(), option.end(), output.begin() + kOptionChunk);
     const std::lock_guard looksGuard(m_looksLock);
     m_blend = m_looks.Keep(output, std::move(m_blend));
 }

@@ -1,6 +1,7 @@
 // The renderer behind the entry points: the looks in use, the last product, the threads.
 #pragma once
 
+#include "contract/entry_points.h"
 #include "reference_renderer/core/look_cache.h"
 #include "reference_renderer/core/look_record.h"
 #include "reference_renderer/core/table_coding.h"
@@ -8,7 +9,6 @@
 #include "reference_renderer/dll/icon_memory.h"
 #include "reference_renderer/dll/row_workers.h"
 #include "reference_renderer/dll/slim_lock.h"
-#include "renderer/entry_points.h"
 
 #include <cstdint>
 #include <memory>
@@ -17,7 +17,7 @@
 #include <vector>
 
 // All operations: any thread, any number at a time; nothing escapes them. What they answer is said
-// in renderer/entry_points.h and docs/renderer-contract.md.
+// in contract/entry_points.h and docs/renderer-contract.md.
 class Renderer
 {
 public:

@@ -1,7 +1,7 @@
 #include "reference_renderer/dll/windows_files.h"
 
+#include "contract/entry_points.h"
 #include "reference_renderer/dll/wide_text.h"
-#include "renderer/entry_points.h"
 
 #include <array>
 #include <memory>

@@ -1,9 +1,9 @@
 #include "reference_renderer/editor/look_editor.h"
 
+#include "contract/entry_points.h"
 #include "reference_renderer/editor/display_scale.h"
 #include "reference_renderer/editor/editor_window.h"
 #include "reference_renderer/editor/window_classes.h"
-#include "renderer/entry_points.h"
 
 #include <new>
 

@@ -1,8 +1,8 @@
 // The look editor as one modal call.
 #pragma once
 
+#include "contract/frame_buffer_desc.h"
 #include "reference_renderer/core/row_runner.h"
-#include "renderer/frame_buffer_desc.h"
 
 #include <cstdint>
 #include <span>

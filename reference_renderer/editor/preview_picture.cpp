@@ -1,8 +1,8 @@
 #include "reference_renderer/editor/preview_picture.h"
 
+#include "contract/entry_points.h"
 #include "reference_renderer/core/colour_math.h"
 #include "reference_renderer/editor/area_average.h"
-#include "renderer/entry_points.h"
 
 #include <algorithm>
 #include <array>

@@ -3,8 +3,8 @@
 // Pure: no windows.h. Tests: tests/reference_renderer/editor/preview_picture_test.cpp.
 #pragma once
 
+#include "contract/frame_buffer_desc.h"
 #include "reference_renderer/core/frame_render.h"
-#include "renderer/frame_buffer_desc.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // How often a second the look editor follows a slider on a 1080p picture: from the slider's step to
 // the graded picture in the window, with the message from another thread counted in.
-#include "renderer/frame_buffer_desc.h"
+#include "contract/frame_buffer_desc.h"
 #include "tests/bench/timing.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 #include "tests/reference_renderer/dll/loaded_renderer.h"

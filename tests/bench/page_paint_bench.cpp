@@ -1,12 +1,12 @@
 // What a full paint of the property page costs, thumbnail and all, beside a plain BitBlt of the
 // same area. Prints conditions and a ratio and judges nothing.
+#include "binding/renderer_binding.h"
 #include "propertypage/panel_image.h"
 #include "propertypage/plugin_pp.h"
-#include "renderer/renderer_binding.h"
 #include "tests/bench/timing.h"
+#include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/propertypage/fake_exchange.h"
 #include "tests/propertypage/panel_picture.h"
-#include "tests/renderers/renderer_variant.h"
 
 #include <cstdio>
 

@@ -2,7 +2,7 @@
 // same bytes. Prints a ratio and judges nothing.
 #include "effect/plugin.h"
 #include "tests/bench/timing.h"
-#include "tests/renderers/renderer_variant.h"
+#include "tests/doubles/renderers/renderer_variant.h"
 
 #include <cstdio>
 #include <cstring>

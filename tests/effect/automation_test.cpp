@@ -1,5 +1,5 @@
+#include "tests/doubles/allocation_count.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/fakes/allocation_count.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 // Parts of the output are packed as the contract has it, from memory that is the buffer's own.
+#include "tests/doubles/allocation_count.h"
 #include "tests/effect/frame_fixture.h"
-#include "tests/fakes/allocation_count.h"
 
 namespace
 {

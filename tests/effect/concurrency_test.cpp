@@ -1,6 +1,6 @@
+#include "tests/doubles/fake_surface.h"
+#include "tests/doubles/test_thread.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/fakes/fake_surface.h"
-#include "tests/fakes/test_thread.h"
 
 #include <array>
 #include <deque>

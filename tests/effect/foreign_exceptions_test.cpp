@@ -1,8 +1,8 @@
 // What the renderer, surfaces, streams and the sink throw ends where the operation ends: with the
 // result that it had until then, no lock left, and the next call as good as ever.
+#include "tests/doubles/foreign_exception.h"
+#include "tests/doubles/test_thread.h"
 #include "tests/effect/frame_fixture.h"
-#include "tests/fakes/foreign_exception.h"
-#include "tests/fakes/test_thread.h"
 
 #include <span>
 #include <string>

@@ -1,8 +1,8 @@
 // An effect that holds a look and works on one frame between two fake surfaces of 8 x 4 samples.
 #pragma once
 
+#include "tests/doubles/fake_surface.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/fakes/fake_surface.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // The order of the steps of a frame, and what each step asks of the surfaces.
+#include "tests/doubles/held_lock.h"
 #include "tests/effect/frame_fixture.h"
-#include "tests/fakes/held_lock.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // What a frame traces: hosts' supporters look for these texts, odd ones included.
+#include "tests/doubles/allocation_count.h"
+#include "tests/doubles/trace_notes.h"
 #include "tests/effect/frame_fixture.h"
-#include "tests/fakes/allocation_count.h"
-#include "tests/fakes/trace_notes.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Which lock an operation holds while it works. Told from the state of the locks and not from who
 // is faster, so that a lock that is missing shows every time.
+#include "tests/doubles/held_lock.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/fakes/held_lock.h"
 
 namespace
 {

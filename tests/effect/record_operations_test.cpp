@@ -1,7 +1,7 @@
 // The odd ends of the record operations: the option word where nothing else happens, empty records,
 // records without memory and records above the limit.
+#include "tests/doubles/allocation_count.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/fakes/allocation_count.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 // What the record operations trace.
+#include "tests/doubles/allocation_count.h"
+#include "tests/doubles/trace_notes.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/fakes/allocation_count.h"
-#include "tests/fakes/trace_notes.h"
 
 namespace
 {

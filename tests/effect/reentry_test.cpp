@@ -1,7 +1,7 @@
 // The host's objects may come back into the effect from inside a call: on the same thread the locks
 // let them in.
+#include "tests/doubles/allocation_count.h"
 #include "tests/effect/frame_fixture.h"
-#include "tests/fakes/allocation_count.h"
 
 #include <string>
 #include <utility>

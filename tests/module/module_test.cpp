@@ -1,10 +1,10 @@
+#include "contract/host_interfaces.h"
 #include "effect/iplugin.h"
 #include "module/resource.h"
-#include "platform/hostsdk/host_interfaces.h"
-#include "tests/fakes/child_test.h"
+#include "tests/doubles/child_test.h"
+#include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/module/message_box_watch.h"
 #include "tests/module/plugin_module.h"
-#include "tests/renderers/renderer_variant.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "tests/module/plugin_module.h"
 
 #include "effect/iplugin.h"
-#include "tests/renderers/renderer_variant.h"
+#include "tests/doubles/renderers/renderer_variant.h"
 
 #include <bit>
 #include <stdexcept>

@@ -1,5 +1,5 @@
 // The guard that is linked into every program and DLL, seen from within one program.
-#include "tests/fakes/child_test.h"
+#include "tests/doubles/child_test.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // After the first frame, frames of the same size make the plug-in allocate nothing.
+#include "contract/host_interfaces.h"
 #include "effect/iplugin.h"
-#include "platform/hostsdk/host_interfaces.h"
+#include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/module/heap_watch.h"
 #include "tests/module/plugin_module.h"
-#include "tests/renderers/renderer_variant.h"
 #include "tools/glazelhost/host/host_surface.h"
 
 #include <gtest/gtest.h>

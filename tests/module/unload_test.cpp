@@ -1,11 +1,11 @@
 // The plug-in comes and goes: it stays while it is needed, and leaves nothing behind.
+#include "contract/entry_points.h"
+#include "contract/host_interfaces.h"
 #include "effect/iplugin.h"
-#include "platform/hostsdk/host_interfaces.h"
-#include "renderer/entry_points.h"
-#include "tests/fakes/test_thread.h"
+#include "tests/doubles/renderers/renderer_variant.h"
+#include "tests/doubles/test_thread.h"
 #include "tests/module/plugin_module.h"
 #include "tests/module/process_census.h"
-#include "tests/renderers/renderer_variant.h"
 
 #include <gtest/gtest.h>
 

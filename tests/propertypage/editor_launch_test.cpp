@@ -1,6 +1,6 @@
 // From the button to the look that the editor left behind.
+#include "tests/doubles/fake_surface.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/fakes/fake_surface.h"
 #include "tests/propertypage/failing_allocation.h"
 #include "tests/propertypage/page_fixture.h"
 

@@ -1,9 +1,9 @@
 // An effect as its page sees it: holds a record, notes every call and answers as a test wants.
 #pragma once
 
-#include "platform/hostsdk/host_interfaces.h"
-#include "renderer/frame_buffer_desc.h"
-#include "renderer/session_data.h"
+#include "binding/session_data.h"
+#include "contract/frame_buffer_desc.h"
+#include "contract/host_interfaces.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 // Effects and renderers that throw, by this compiler or another: nothing may leave the page's
 // methods and its window procedure, and the page works on.
-#include "tests/fakes/foreign_exception.h"
+#include "tests/doubles/foreign_exception.h"
 #include "tests/propertypage/page_fixture.h"
 
 #include <tuple>

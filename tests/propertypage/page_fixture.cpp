@@ -1,6 +1,6 @@
 #include "tests/propertypage/page_fixture.h"
 
-#include "renderer/renderer_binding.h"
+#include "binding/renderer_binding.h"
 
 #include <stdexcept>
 

@@ -1,5 +1,5 @@
 // The page as an object: everything that needs no window on the screen.
-#include "support/class_ids.h"
+#include "contract/class_ids.h"
 #include "tests/propertypage/failing_allocation.h"
 #include "tests/propertypage/page_fixture.h"
 

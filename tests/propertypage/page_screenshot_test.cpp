@@ -1,7 +1,7 @@
 // A picture of the page over the reference renderer, for the documentation and for whoever changes
 // how it looks.
+#include "binding/renderer_binding.h"
 #include "propertypage/plugin_pp.h"
-#include "renderer/renderer_binding.h"
 #include "tests/propertypage/fake_exchange.h"
 #include "tests/propertypage/page_fixture.h"
 #include "tools/glazelhost/io/open_frames.h"

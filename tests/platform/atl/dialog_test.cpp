@@ -1,7 +1,7 @@
 // Message maps and modeless dialogs.
 #include "platform/atl/atlwin.h"
 
-#include "tests/fakes/test_thread.h"
+#include "tests/doubles/test_thread.h"
 #include "tests/platform/atl/import_patch.h"
 
 #include <gtest/gtest.h>

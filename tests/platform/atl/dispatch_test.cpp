@@ -1,5 +1,5 @@
 // IDispatch over registered type libraries: one that nobody registers, and the system's own.
-#include "tests/fakes/test_thread.h"
+#include "tests/doubles/test_thread.h"
 #include "tests/platform/atl/sample_objects.h"
 
 #include <oleauto.h>

@@ -1,7 +1,7 @@
 // The module's lock count and the class objects that it keeps.
 #include "tests/platform/atl/sample_objects.h"
 
-#include "tests/fakes/test_thread.h"
+#include "tests/doubles/test_thread.h"
 
 #include <atomic>
 #include <memory>

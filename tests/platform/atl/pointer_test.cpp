@@ -1,5 +1,5 @@
 // Interface pointers and critical sections.
-#include "tests/fakes/test_thread.h"
+#include "tests/doubles/test_thread.h"
 #include "tests/platform/atl/sample_objects.h"
 
 #include <mutex>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/atl/atlcom.h"
-#include "tests/fakes/foreign_exception.h"
+#include "tests/doubles/foreign_exception.h"
 
 #include <gtest/gtest.h>
 

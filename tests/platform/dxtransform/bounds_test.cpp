@@ -1,6 +1,6 @@
 // Bounds and vectors.
 #include "platform/dxtransform/dxbounds.h"
-#include "tests/fakes/fake_surface.h"
+#include "tests/doubles/fake_surface.h"
 
 #include <gtest/gtest.h>
 

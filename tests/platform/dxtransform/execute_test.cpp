@@ -2,7 +2,7 @@
 // makes.
 #include "tests/platform/dxtransform/open_transform.h"
 
-#include "tests/fakes/allocation_count.h"
+#include "tests/doubles/allocation_count.h"
 
 #include <limits>
 #include <optional>

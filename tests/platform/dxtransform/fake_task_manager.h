@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/dxtransform/dxtrans.h"
-#include "tests/fakes/test_thread.h"
+#include "tests/doubles/test_thread.h"
 
 #include <windows.h>
 

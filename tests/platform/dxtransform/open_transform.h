@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/dxtransform/dxbasento1.h"
-#include "tests/fakes/fake_surface.h"
+#include "tests/doubles/fake_surface.h"
 
 #include <gtest/gtest.h>
 

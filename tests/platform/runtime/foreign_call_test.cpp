@@ -1,7 +1,7 @@
 #include "platform/runtime/foreign_call.h"
-#include "tests/fakes/child_test.h"
-#include "tests/fakes/foreign_exception.h"
-#include "tests/fakes/test_thread.h"
+#include "tests/doubles/child_test.h"
+#include "tests/doubles/foreign_exception.h"
+#include "tests/doubles/test_thread.h"
 
 #include <gtest/gtest.h>
 

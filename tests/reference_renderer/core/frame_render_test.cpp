@@ -1,6 +1,6 @@
 #include "reference_renderer/core/frame_render.h"
 
-#include "renderer/entry_points.h"
+#include "contract/entry_points.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 
 #include <gtest/gtest.h>

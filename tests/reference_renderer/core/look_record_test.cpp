@@ -230,7 +230,7 @@ TEST(LookRecord, RandomDamageNeverMakesARecordThatCannotBeRead)
 TEST(LookRecord, DamageAnywhereBehindTheOptionIsSeen)
 {
     const Bytes record = RecordOf(FullLook());
-    for (std::size_t offset = kRecordOptionEnd; offset < kRecordSize; offset += 97)
+    for (std::size_t offset = kOptionChunkEnd; offset < kRecordSize; offset += 97)
     {
         ASSERT_EQ(StateOf(With(record, offset, static_cast<std::uint8_t>(record[offset] ^ 0x10))),
                   RecordState::Damaged)

@@ -9,22 +9,10 @@ LoadedRenderer::LoadedRenderer() : m_module(::LoadLibraryA(RendererAPI::kLibrary
     {
         throw std::runtime_error("the renderer library does not load");
     }
-    Resolve("InitRenderer", initRenderer);
-    Resolve("ExitRenderer", exitRenderer);
-    Resolve("DoModalUI", doModalUI);
-    Resolve("DoModalUI2", doModalUI2);
-    Resolve("DoModalUIWithProfile", doModalUIWithProfile);
-    Resolve("RenderFrame", renderFrame);
-    Resolve("LoadSessionFile", loadSessionFile);
-    Resolve("GetSessionIcon", getSessionIcon);
-    Resolve("GetSessionDataSize", getSessionDataSize);
-    Resolve("GetSessionData", getSessionData);
-    Resolve("InterpolateSessionData", interpolateSessionData);
-    Resolve("BeginToolChain", beginToolChain);
-    Resolve("AddToolToChain", addToolToChain);
-    Resolve("SetToolParameterValue", setToolParameterValue);
-    Resolve("EnableFeature", enableFeature);
-    Resolve("SetTopLevelMaskParameterValue", setTopLevelMaskParameterValue);
+#define RESOLVE(pointer, name, required)                                                           \
+    pointer = std::bit_cast<RendererAPI::name##Function*>(::GetProcAddress(m_module, #name));
+    RENDERER_ENTRY_POINTS(RESOLVE)
+#undef RESOLVE
     initRenderer(RendererAPI::kStartMode);
 }
 
@@ -57,15 +45,4 @@ std::vector<std::uint8_t> LoadedRenderer::Import(const std::string& path) const
         throw std::runtime_error("cannot import " + path);
     }
     return Produced();
-}
-
-template <typename Function>
-void LoadedRenderer::Resolve(const char* name, Function*& entryPoint)
-{
-    entryPoint = std::bit_cast<Function*>(::GetProcAddress(m_module, name));
-    if (entryPoint == nullptr)
-    {
-        ::FreeLibrary(m_module);
-        throw std::runtime_error(std::string("no entry point ") + name);
-    }
 }

@@ -1,7 +1,7 @@
 // The built renderer library, loaded as a host loads it.
 #pragma once
 
-#include "renderer/entry_points.h"
+#include "contract/entry_points.h"
 
 #include <windows.h>
 
@@ -11,7 +11,7 @@
 
 // Loads the library that lies beside the test program and starts it. Throws std::runtime_error when
 // it or one of its entry points is missing.
-class LoadedRenderer
+class LoadedRenderer : public RendererAPI::EntryPoints
 {
 public:
     LoadedRenderer();
@@ -26,26 +26,6 @@ public:
     // The record of a file, which must import.
     std::vector<std::uint8_t> Import(const std::string& path) const;
 
-    RendererAPI::InitRendererFunction* initRenderer = nullptr;
-    RendererAPI::ExitRendererFunction* exitRenderer = nullptr;
-    RendererAPI::DoModalUIFunction* doModalUI = nullptr;
-    RendererAPI::DoModalUI2Function* doModalUI2 = nullptr;
-    RendererAPI::DoModalUIWithProfileFunction* doModalUIWithProfile = nullptr;
-    RendererAPI::RenderFrameFunction* renderFrame = nullptr;
-    RendererAPI::LoadSessionFileFunction* loadSessionFile = nullptr;
-    RendererAPI::GetSessionIconFunction* getSessionIcon = nullptr;
-    RendererAPI::GetSessionDataSizeFunction* getSessionDataSize = nullptr;
-    RendererAPI::GetSessionDataFunction* getSessionData = nullptr;
-    RendererAPI::InterpolateSessionDataFunction* interpolateSessionData = nullptr;
-    RendererAPI::BeginToolChainFunction* beginToolChain = nullptr;
-    RendererAPI::AddToolToChainFunction* addToolToChain = nullptr;
-    RendererAPI::SetToolParameterValueFunction* setToolParameterValue = nullptr;
-    RendererAPI::EnableFeatureFunction* enableFeature = nullptr;
-    RendererAPI::SetTopLevelMaskParameterValueFunction* setTopLevelMaskParameterValue = nullptr;
-
 private:
-    template <typename Function>
-    void Resolve(const char* name, Function*& entryPoint);
-
     HMODULE m_module;
 };

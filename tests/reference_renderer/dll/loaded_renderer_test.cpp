@@ -3,7 +3,7 @@
 #include "reference_renderer/core/look_icon.h"
 #include "reference_renderer/core/look_record.h"
 #include "reference_renderer/core/tool_chain.h"
-#include "tests/fakes/test_thread.h"
+#include "tests/doubles/test_thread.h"
 #include "tests/module/heap_watch.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 #include "tests/reference_renderer/dll/debugger_watch.h"

@@ -1,8 +1,8 @@
 // The editor of the built renderer library on a small picture.
 #pragma once
 
+#include "contract/frame_buffer_desc.h"
 #include "reference_renderer/core/look_record.h"
-#include "renderer/frame_buffer_desc.h"
 #include "tests/reference_renderer/dll/loaded_renderer.h"
 #include "tests/reference_renderer/editor/open_editor.h"
 

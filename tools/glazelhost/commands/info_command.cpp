@@ -1,7 +1,7 @@
 #include "tools/glazelhost/commands/commands.h"
 
+#include "contract/host_interfaces.h"
 #include "platform/dxtransform/dxtrans.h"
-#include "platform/hostsdk/host_interfaces.h"
 #include "tools/glazelhost/host/plugin_module.h"
 #include "tools/glazelhost/host/renderer_library.h"
 #include "tools/glazelhost/host/windows_text.h"

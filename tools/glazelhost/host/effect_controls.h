@@ -3,8 +3,8 @@
 // Tests: tests/tools/glazelhost/host/effect_controls_test.cpp.
 #pragma once
 
+#include "contract/host_interfaces.h"
 #include "platform/atl/atlcomcli.h"
-#include "platform/hostsdk/host_interfaces.h"
 
 #include <windows.h>
 

@@ -2,8 +2,8 @@
 // its transform on surfaces in memory. Tests: tests/tools/glazelhost/host/effect_session_test.cpp.
 #pragma once
 
+#include "contract/host_interfaces.h"
 #include "platform/dxtransform/dxtrans.h"
-#include "platform/hostsdk/host_interfaces.h"
 #include "tools/glazelhost/host/host_surface.h"
 #include "tools/glazelhost/host/plugin_module.h"
 #include "tools/glazelhost/io/frame_io.h"

@@ -2,8 +2,8 @@
 // knows about the frame on it. Tests: tests/tools/glazelhost/host/host_surface_test.cpp.
 #pragma once
 
+#include "contract/host_interfaces.h"
 #include "platform/dxtransform/dxtrans.h"
-#include "platform/hostsdk/host_interfaces.h"
 #include "tools/glazelhost/host/area_locks.h"
 #include "tools/glazelhost/host/contract_log.h"
 #include "tools/glazelhost/host/pixel_grid.h"

@@ -1,5 +1,7 @@
 #include "tools/glazelhost/host/look.h"
 
+#include "contract/option_chunk.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -7,19 +9,6 @@
 
 namespace
 {
-
-// The option chunk: tag and length big-endian, the value little-endian.
-constexpr std::size_t kChunkOffset = 8;
-constexpr std::array kChunkHead{std::byte{'f'}, std::byte{'l'}, std::byte{'a'}, std::byte{'g'},
-                                std::byte{0},   std::byte{0},   std::byte{0},   std::byte{4}};
-constexpr std::size_t kValueOffset = kChunkOffset + kChunkHead.size();
-constexpr std::size_t kValueBytes = 4;
-
-bool HasOptionChunk(std::span<const std::byte> record) noexcept
-{
-    return record.size() >= kValueOffset + kValueBytes &&
-           std::equal(kChunkHead.begin(), kChunkHead.end(), record.begin() + kChunkOffset);
-}
 
 std::string TextOf(const nlohmann::json& object, const char* key)
 {
@@ -31,23 +20,23 @@ std::string TextOf(const nlohmann::json& object, const char* key)
 
 std::optional<bool> LinearOption(std::span<const std::byte> record) noexcept
 {
-    if (!HasOptionChunk(record))
+    if (!HasOptionChunk(record.data(), record.size()))
     {
         return std::nullopt;
     }
-    constexpr std::array kOn{std::byte{1}, std::byte{0}, std::byte{0}, std::byte{0}};
-    return std::equal(kOn.begin(), kOn.end(), record.begin() + kValueOffset);
+    std::uint32_t option = 0;
+    std::memcpy(&option, record.data() + kOptionWord, sizeof option);
+    return option == kAssumeLinearGamma;
 }
 
 bool SetLinearOption(std::span<std::byte> record, bool on) noexcept
 {
-    if (!HasOptionChunk(record))
+    if (!HasOptionChunk(record.data(), record.size()))
     {
         return false;
     }
-    const auto value = record.subspan(kValueOffset, kValueBytes);
-    std::fill(value.begin(), value.end(), std::byte{0});
-    value[0] = on ? std::byte{1} : std::byte{0};
+    const std::uint32_t option = on ? kAssumeLinearGamma : 0;
+    std::memcpy(record.data() + kOptionWord, &option, sizeof option);
     return true;
 }
 

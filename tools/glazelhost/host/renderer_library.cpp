@@ -1,6 +1,6 @@
 #include "tools/glazelhost/host/renderer_library.h"
 
-#include "renderer/entry_point_table.h"
+#include "contract/entry_points.h"
 #include "tools/glazelhost/host/message_boxes.h"
 #include "tools/glazelhost/host/one_line.h"
 #include "tools/glazelhost/host/windows_text.h"
@@ -68,7 +68,7 @@ void RendererLibrary::LoadAsTheEffectDoes()
 
 void RendererLibrary::FindEntryPoints()
 {
-    for (const RendererAPI::EntryPoint& entry : RendererAPI::kEntryPoints)
+    for (const RendererAPI::EntryPointName& entry : RendererAPI::kEntryPoints)
     {
         if (::GetProcAddress(m_library.Get(), entry.name) == nullptr)
         {

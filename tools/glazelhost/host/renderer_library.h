@@ -5,8 +5,8 @@
 // tests/e2e/test_renderer_search.py.
 #pragma once
 
+#include "contract/entry_points.h"
 #include "reference_renderer/core/look.h"
-#include "renderer/entry_points.h"
 #include "tools/glazelhost/host/library_file.h"
 #include "tools/glazelhost/host/look.h"
 

@@ -1,7 +1,7 @@
 // What a property page and an effect may call back: the container's site and the ear for changes.
 #pragma once
 
-#include "platform/hostsdk/host_interfaces.h"
+#include "contract/host_interfaces.h"
 
 #include <windows.h>
 

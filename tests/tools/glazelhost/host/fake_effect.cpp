@@ -1,8 +1,8 @@
 #include "tests/tools/glazelhost/host/fake_effect.h"
 
+#include "contract/host_interfaces.h"
 #include "platform/atl/atlcomcli.h"
 #include "platform/dxtransform/dxtrans.h"
-#include "platform/hostsdk/host_interfaces.h"
 
 #include <cstdlib>
 #include <vector>

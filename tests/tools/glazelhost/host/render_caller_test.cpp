@@ -1,5 +1,5 @@
 // Who calls the renderer for a picture: the plug-in alone, whatever the host does.
-#include "tests/renderers/renderer_variant.h"
+#include "tests/doubles/renderers/renderer_variant.h"
 #include "tools/glazelhost/host/effect_session.h"
 #include "tools/glazelhost/host/keyframe_player.h"
 #include "tools/glazelhost/host/library_file.h"

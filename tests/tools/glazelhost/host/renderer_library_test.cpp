@@ -1,6 +1,6 @@
 #include "tools/glazelhost/host/renderer_library.h"
 
-#include "tests/renderers/renderer_variant.h"
+#include "tests/doubles/renderers/renderer_variant.h"
 #include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
 
