@@ -1,6 +1,6 @@
 #include "reference_renderer/dll/debugger_output.h"
 
-#include "reference_renderer/dll/wide_text.h"
+#include "support/win32/utf8.h"
 
 #include <atomic>
 #include <exception>
@@ -47,7 +47,7 @@ void TellDebugger(std::string_view message) noexcept
 {
     try
     {
-        ::OutputDebugStringW((L"GZ3Renderer: " + Widen(message) + L"\n").c_str());
+        ::OutputDebugStringW((L"GZ3Renderer: " + Wide(message) + L"\n").c_str());
     }
     catch (const std::exception&)
     {

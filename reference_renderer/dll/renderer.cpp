@@ -5,9 +5,9 @@
 #include "reference_renderer/core/look_icon.h"
 #include "reference_renderer/core/look_import.h"
 #include "reference_renderer/dll/debugger_output.h"
-#include "reference_renderer/dll/wide_text.h"
-#include "reference_renderer/dll/windows_files.h"
 #include "reference_renderer/editor/look_editor.h"
+#include "reference_renderer/editor/windows_files.h"
+#include "support/win32/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -30,7 +30,7 @@ std::vector<std::uint8_t> BytesOf(const std::string& text)
 
 ImportedLook ImportFile(std::string_view path, std::uint32_t options)
 {
-    if (!path.empty() && Widen(path).empty())
+    if (!path.empty() && Wide(path, MB_ERR_INVALID_CHARS).empty())
     {
         throw ImportError{kImportBadArgument, "the path is not valid UTF-8; pass it as UTF-8"};
     }

@@ -8,7 +8,7 @@
 #include "reference_renderer/core/tool_chain.h"
 #include "reference_renderer/dll/icon_memory.h"
 #include "reference_renderer/dll/row_workers.h"
-#include "reference_renderer/dll/slim_lock.h"
+#include "support/win32/slim_lock.h"
 
 #include <cstdint>
 #include <memory>

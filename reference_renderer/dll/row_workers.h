@@ -2,7 +2,7 @@
 #pragma once
 
 #include "reference_renderer/core/row_runner.h"
-#include "reference_renderer/dll/slim_lock.h"
+#include "support/win32/slim_lock.h"
 
 #include <atomic>
 

@@ -2,11 +2,11 @@
 #include "reference_renderer/editor/editor_window.h"
 
 #include "reference_renderer/core/look_import.h"
-#include "reference_renderer/dll/wide_text.h"
-#include "reference_renderer/dll/windows_files.h"
 #include "reference_renderer/editor/look_files.h"
 #include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/resource.h"
+#include "reference_renderer/editor/windows_files.h"
+#include "support/win32/utf8.h"
 
 #include <cmath>
 #include <new>
@@ -23,8 +23,8 @@ std::optional<std::size_t> IndexIn(int id, int first) noexcept
 
 std::wstring RangeText(const ControlFacts& facts)
 {
-    return Widen(std::string(facts.name) + " takes a number from " + ShortNumberText(facts.lowest) +
-                 " to " + ShortNumberText(facts.highest));
+    return Wide(std::string(facts.name) + " takes a number from " + ShortNumberText(facts.lowest) +
+                " to " + ShortNumberText(facts.highest));
 }
 
 // The waiting cursor for as long as this lives.
@@ -258,7 +258,7 @@ void EditorWindow::Import(const std::vector<std::wstring>& files)
         }
         catch (const ImportError& error)
         {
-            failed = Widen(error.message);
+            failed = Wide(error.message);
         }
         catch (const std::bad_alloc&)
         {
@@ -276,18 +276,18 @@ void EditorWindow::Import(const std::vector<std::wstring>& files)
 
 std::wstring EditorWindow::ImportOne(const std::wstring& file)
 {
-    const std::string path = Narrow(file);
+    const std::string path = Utf8(file);
     const ImportedLook imported = ImportLook(path, RendererAPI::kImportRecord, WindowsFiles());
-    if (!m_draft.Merge(imported, Narrow(FileStemOf(file))))
+    if (!m_draft.Merge(imported, Utf8(FileStemOf(file))))
     {
         throw ImportError{RendererAPI::kImportMalformed,
                           path + ": makes no look that can be kept; export the look again"};
     }
     std::wstring said(FileNameOf(file));
-    said += L" is imported: " + Widen(imported.contents);
+    said += L" is imported: " + Wide(imported.contents);
     for (const std::string& warning : imported.warnings)
     {
-        said += L"; " + Widen(warning);
+        said += L"; " + Wide(warning);
     }
     return said;
 }
@@ -313,9 +313,9 @@ void EditorWindow::Changed()
     std::wstring tables = L"None: import a LUT, or drop its file here";
     if (m_draft.HasTables())
     {
-        const std::wstring title = Widen(m_draft.Title());
+        const std::wstring title = Wide(m_draft.Title());
         tables = (title.empty() ? L"Without a name" : title) + L"  \u2013  " +
-                 Widen(m_draft.TablesText());
+                 Wide(m_draft.TablesText());
     }
     if (m_texts.tables != tables)
     {

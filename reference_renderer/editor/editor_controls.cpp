@@ -1,9 +1,9 @@
 #include "reference_renderer/editor/editor_controls.h"
 
-#include "reference_renderer/dll/wide_text.h"
 #include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/resource.h"
 #include "reference_renderer/editor/window_object.h"
+#include "support/win32/utf8.h"
 
 #include <algorithm>
 
@@ -59,7 +59,7 @@ bool EditorControls::CreateNumbers(HWND parent, const EditorTheme& theme)
 {
     for (std::size_t i = 0; i < kControlCount; ++i)
     {
-        const std::wstring name = Widen(kControls[i].name);
+        const std::wstring name = Wide(kControls[i].name);
         const int offset = static_cast<int>(i);
         const auto step = static_cast<std::size_t>(kControls[i].step);
         HWND& heading = m_headings[step];
@@ -172,7 +172,7 @@ void EditorControls::ShowText(Control control, float value)
     if (NumberTyped(IndexOf(control)) != text)
     {
         m_writing = true;
-        ::SetWindowTextW(number, Widen(text).c_str());
+        ::SetWindowTextW(number, Wide(text).c_str());
         m_writing = false;
     }
 }
@@ -188,7 +188,7 @@ std::string EditorControls::NumberTyped(std::size_t index) const
     std::array<wchar_t, kLongestNumber + 8> text{};
     const int length =
         ::GetWindowTextW(m_numbers[index], text.data(), static_cast<int>(text.size()));
-    return Narrow({text.data(), static_cast<std::size_t>(length)});
+    return Utf8({text.data(), static_cast<std::size_t>(length)});
 }
 
 std::optional<std::size_t> EditorControls::NumberOf(HWND window) const noexcept

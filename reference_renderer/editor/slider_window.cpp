@@ -1,7 +1,7 @@
 #include "reference_renderer/editor/slider_window.h"
 
-#include "reference_renderer/dll/wide_text.h"
 #include "reference_renderer/editor/resource.h"
+#include "support/win32/utf8.h"
 
 #include <cmath>
 
@@ -22,7 +22,7 @@ bool SliderWindow::Create(HWND parent, const ControlFacts& facts, const EditorTh
     m_facts = &facts;
     m_theme = &theme;
     m_value = facts.neutral;
-    return WindowObject::Create(EDITOR_SLIDER_CLASS, Widen(facts.name).c_str(), 0,
+    return WindowObject::Create(EDITOR_SLIDER_CLASS, Wide(facts.name).c_str(), 0,
                                 WS_CHILD | WS_VISIBLE | WS_TABSTOP, parent, id);
 }
 

@@ -1,10 +1,10 @@
 #include "reference_renderer/editor/window_classes.h"
 
-#include "reference_renderer/dll/slim_lock.h"
 #include "reference_renderer/editor/editor_window.h"
 #include "reference_renderer/editor/picture_window.h"
 #include "reference_renderer/editor/resource.h"
 #include "reference_renderer/editor/slider_window.h"
+#include "support/win32/slim_lock.h"
 
 #include <array>
 #include <cstddef>

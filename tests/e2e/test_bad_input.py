@@ -225,7 +225,7 @@ def test_a_plugin_that_is_none(small, out):
     assert_nothing_written(out)
 
 
-# Numbers of the fake effect's behaviours: tests/tools/glazelhost/host/fake_effect.h.
+# Numbers of the fake effect's behaviours: tests/tools/glazelhost/plugin/fake_effect.h.
 @pytest.mark.parametrize("behaviour, part", [
     (1, "wrote no picture"), (2, "not set up yet"), (3, "refused its surfaces"),
     (4, "message box: \"out of film\""), (5, "samples outside the locked area"),

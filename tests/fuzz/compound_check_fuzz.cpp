@@ -1,8 +1,8 @@
 // Compound documents with damaged links: the check ends, whatever they link to.
-#include "tools/glazelhost/host/compound_check.h"
+#include "tools/glazelhost/project/compound_check.h"
 
 #include "tests/fuzz/fuzz_input.h"
-#include "tests/tools/glazelhost/host/compound_sample.h"
+#include "tests/tools/glazelhost/project/compound_sample.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

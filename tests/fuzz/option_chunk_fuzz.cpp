@@ -1,7 +1,7 @@
 // The option word in blocks of any size and contents: the effect and the host read the same one,
 // and setting it changes those four bytes or none.
 #include "binding/session_data.h"
-#include "tools/glazelhost/host/look.h"
+#include "tools/glazelhost/plugin/look.h"
 
 #include "tests/fuzz/fuzz_input.h"
 

@@ -1,9 +1,9 @@
 // Executable images with damaged headers and tables, as files and as loaded modules: no call
 // slot of a module lies outside it.
-#include "tools/glazelhost/host/pe_image.h"
+#include "tools/glazelhost/plugin/pe_image.h"
 
 #include "tests/fuzz/fuzz_input.h"
-#include "tests/tools/glazelhost/host/tiny_dll.h"
+#include "tests/tools/glazelhost/plugin/tiny_dll.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -1,9 +1,9 @@
 // Pictures whose blocks and tags are cut or wrong.
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/facts_writer.h"
-#include "tools/glazelhost/io/orientation.h"
-#include "tools/glazelhost/io/picture_check.h"
-#include "tools/glazelhost/io/picture_facts.h"
+#include "tools/glazelhost/media/facts_writer.h"
+#include "tools/glazelhost/media/orientation.h"
+#include "tools/glazelhost/media/picture_check.h"
+#include "tools/glazelhost/media/picture_facts.h"
 
 #include "tests/fuzz/fuzz_input.h"
 

@@ -1,5 +1,5 @@
 // Headers of pictures that are cut or wrong.
-#include "tools/glazelhost/io/picture_size.h"
+#include "tools/glazelhost/media/picture_size.h"
 
 #include "tests/fuzz/fuzz_input.h"
 

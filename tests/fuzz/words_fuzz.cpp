@@ -1,12 +1,12 @@
 // What people and other programs write as short texts: it is refused with an error, or means the
 // same when it is written back.
-#include "tools/glazelhost/host/key_time.h"
-#include "tools/glazelhost/host/look.h"
-#include "tools/glazelhost/host/one_line.h"
-#include "tools/glazelhost/host/project_description.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/frame_list.h"
-#include "tools/glazelhost/io/sequence_pattern.h"
+#include "tools/glazelhost/media/frame_list.h"
+#include "tools/glazelhost/media/sequence_pattern.h"
+#include "tools/glazelhost/one_line.h"
+#include "tools/glazelhost/plugin/look.h"
+#include "tools/glazelhost/project/key_time.h"
+#include "tools/glazelhost/project/project_description.h"
 
 #include "tests/fuzz/fuzz_input.h"
 

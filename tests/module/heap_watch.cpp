@@ -1,6 +1,6 @@
 #include "tests/module/heap_watch.h"
 
-#include "tools/glazelhost/host/pe_image.h"
+#include "tools/glazelhost/plugin/pe_image.h"
 
 #include <objbase.h>
 

@@ -4,7 +4,7 @@
 #include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/module/heap_watch.h"
 #include "tests/module/plugin_module.h"
-#include "tools/glazelhost/host/host_surface.h"
+#include "tools/glazelhost/surface/host_surface.h"
 
 #include <gtest/gtest.h>
 

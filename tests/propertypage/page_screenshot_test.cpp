@@ -4,7 +4,7 @@
 #include "propertypage/plugin_pp.h"
 #include "tests/propertypage/fake_exchange.h"
 #include "tests/propertypage/page_fixture.h"
-#include "tools/glazelhost/io/open_frames.h"
+#include "tools/glazelhost/media/open_frames.h"
 
 #include <cstring>
 #include <filesystem>

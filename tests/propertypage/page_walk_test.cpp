@@ -1,12 +1,13 @@
 // The whole way of a user: from a frame on the screen through the page and the editor to the next
 // frame, with the product and the reference renderer as they are built.
+#include "contract/class_ids.h"
 #include "reference_renderer/core/look_record.h"
 #include "tests/propertypage/page_frame.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 #include "tests/reference_renderer/dll/loaded_renderer.h"
 #include "tests/reference_renderer/editor/open_editor.h"
-#include "tools/glazelhost/host/effect_controls.h"
-#include "tools/glazelhost/host/effect_session.h"
+#include "tools/glazelhost/plugin/effect_controls.h"
+#include "tools/glazelhost/plugin/effect_session.h"
 
 #include <gtest/gtest.h>
 
@@ -94,7 +95,7 @@ public:
     ContainedPage(const PluginModule& module, IUnknown& effect)
     {
         CComPtr<IClassFactory> factory;
-        EXPECT_EQ(module.GetClassObject(CLSID_GlazelPropertyPage, factory), S_OK);
+        EXPECT_EQ(module.GetClassObject(CLSID_PluginPP, factory), S_OK);
         EXPECT_EQ(
             factory->CreateInstance(nullptr, IID_IPropertyPage, reinterpret_cast<void**>(&m_page)),
             S_OK);

@@ -1,10 +1,10 @@
 // The host program: words in, a command run, one error line and an exit code out.
 
+#include "support/win32/utf8.h"
 #include "tools/glazelhost/commands/commands.h"
-#include "tools/glazelhost/host/one_line.h"
-#include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/media/safe_output.h"
+#include "tools/glazelhost/one_line.h"
 #include "tools/glazelhost/page/page_window.h"
 #include "tools/glazelhost/ui/console.h"
 #include "tools/glazelhost/ui/error_line.h"

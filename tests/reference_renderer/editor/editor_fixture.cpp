@@ -1,6 +1,6 @@
 #include "tests/reference_renderer/editor/editor_fixture.h"
 
-#include "reference_renderer/dll/wide_text.h"
+#include "support/win32/utf8.h"
 
 #include <array>
 #include <cstdio>
@@ -60,7 +60,7 @@ std::wstring EditorTest::WriteFile(const std::string& name, const std::string& t
 {
     std::array<wchar_t, MAX_PATH> folder{};
     ::GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
-    const std::wstring path = folder.data() + Widen(name);
+    const std::wstring path = folder.data() + Wide(name);
     const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                       FILE_ATTRIBUTE_NORMAL, nullptr);
     EXPECT_NE(file, INVALID_HANDLE_VALUE);

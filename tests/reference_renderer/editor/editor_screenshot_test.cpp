@@ -1,7 +1,7 @@
 // Pictures of the editor for the documentation, and for whoever changes how it looks.
 #include "tests/reference_renderer/editor/editor_fixture.h"
 
-#include "tools/glazelhost/io/open_frames.h"
+#include "tools/glazelhost/media/open_frames.h"
 
 #include <cstring>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "tests/reference_renderer/editor/open_editor.h"
 
-#include "reference_renderer/dll/wide_text.h"
+#include "support/win32/utf8.h"
 
 #include <shlobj.h>
 
@@ -128,7 +128,7 @@ RECT ShownEditor::AreaOf(HWND child) const
 
 std::string ShownEditor::NumberText(Control control) const
 {
-    return Narrow(TextOf(Number(control)));
+    return Utf8(TextOf(Number(control)));
 }
 
 std::wstring ShownEditor::Status() const

@@ -1,11 +1,11 @@
 #include "tools/glazelhost/commands/commands.h"
 
-#include "tools/glazelhost/host/effect_controls.h"
-#include "tools/glazelhost/host/look_formats.h"
-#include "tools/glazelhost/host/plugin_module.h"
-#include "tools/glazelhost/host/renderer_library.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/media/safe_output.h"
+#include "tools/glazelhost/plugin/effect_controls.h"
+#include "tools/glazelhost/plugin/plugin_module.h"
+#include "tools/glazelhost/plugin/renderer_library.h"
+#include "tools/glazelhost/project/look_formats.h"
 
 void RunBlend(const BlendCommand& command)
 {

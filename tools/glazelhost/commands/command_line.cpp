@@ -6,8 +6,8 @@
 #include "tools/glazelhost/commands/help_texts.h"
 #include "tools/glazelhost/commands/render_options.h"
 #include "tools/glazelhost/commands/shared_options.h"
-#include "tools/glazelhost/host/one_line.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/one_line.h"
 
 #include <CLI/CLI.hpp>
 

@@ -2,10 +2,11 @@
 // Pure: no windows.h. Tests: tests/tools/glazelhost/commands/command_line_test.cpp.
 #pragma once
 
-#include "tools/glazelhost/host/keyframe_track.h"
-#include "tools/glazelhost/io/frame_io.h"
-#include "tools/glazelhost/io/frame_list.h"
-#include "tools/glazelhost/io/open_frames.h"
+#include "tools/glazelhost/media/frame_io.h"
+#include "tools/glazelhost/media/frame_list.h"
+#include "tools/glazelhost/media/open_frames.h"
+#include "tools/glazelhost/plugin/tool_paths.h"
+#include "tools/glazelhost/project/keyframe_track.h"
 
 #include <array>
 #include <optional>
@@ -14,12 +15,6 @@
 #include <vector>
 
 // Texts are UTF-8; an empty path means the default.
-
-struct ToolPaths
-{
-    std::string rendererFolder;
-    std::string plugin;
-};
 
 enum class ProgressChoice
 {

@@ -1,8 +1,8 @@
 #include "tools/glazelhost/commands/commands.h"
 
-#include "tools/glazelhost/host/picture_difference.h"
+#include "tools/glazelhost/commands/picture_difference.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/open_frames.h"
+#include "tools/glazelhost/media/open_frames.h"
 #include "tools/glazelhost/ui/console.h"
 
 #include <nlohmann/json.hpp>

@@ -1,10 +1,10 @@
 #include "tools/glazelhost/commands/commands.h"
 
 #include "reference_renderer/core/colour_math.h"
+#include "tools/glazelhost/commands/pixel_report.h"
 #include "tools/glazelhost/commands/render_look.h"
-#include "tools/glazelhost/host/look.h"
-#include "tools/glazelhost/host/pixel_report.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/plugin/look.h"
 #include "tools/glazelhost/ui/console.h"
 
 #include <array>

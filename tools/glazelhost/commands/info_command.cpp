@@ -1,12 +1,13 @@
+#include "contract/class_ids.h"
 #include "tools/glazelhost/commands/commands.h"
 
 #include "contract/host_interfaces.h"
 #include "platform/dxtransform/dxtrans.h"
-#include "tools/glazelhost/host/plugin_module.h"
-#include "tools/glazelhost/host/renderer_library.h"
-#include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/plugin/plugin_module.h"
+#include "tools/glazelhost/plugin/renderer_library.h"
 #include "tools/glazelhost/ui/console.h"
+#include "tools/glazelhost/windows_text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -111,8 +112,8 @@ Json PluginJson(const std::string& path)
         return {{"file", module.Path()},
                 {"version", FileVersion(module.Path())},
                 {"classes",
-                 {ClassJson(module, "Plugin", CLSID_GlazelEffect),
-                  ClassJson(module, "PluginPP", CLSID_GlazelPropertyPage)}},
+                 {ClassJson(module, "Plugin", CLSID_Plugin),
+                  ClassJson(module, "PluginPP", CLSID_PluginPP)}},
                 {"effect", EffectJson(module)}};
     }
     catch (const HostError& error)

@@ -1,10 +1,10 @@
 #include "tools/glazelhost/commands/commands.h"
 
 #include "tools/glazelhost/commands/look_record.h"
-#include "tools/glazelhost/host/look_formats.h"
-#include "tools/glazelhost/host/renderer_library.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/media/safe_output.h"
+#include "tools/glazelhost/plugin/renderer_library.h"
+#include "tools/glazelhost/project/look_formats.h"
 #include "tools/glazelhost/ui/console.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 // Looks of the command line as records of the renderer.
 #pragma once
 
-#include "tools/glazelhost/host/renderer_library.h"
+#include "tools/glazelhost/plugin/renderer_library.h"
 
 #include <cstddef>
 #include <optional>

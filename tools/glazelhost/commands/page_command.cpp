@@ -1,15 +1,15 @@
 #include "tools/glazelhost/commands/commands.h"
 
-#include "tools/glazelhost/commands/light_choice.h"
 #include "tools/glazelhost/commands/look_record.h"
-#include "tools/glazelhost/host/look_formats.h"
-#include "tools/glazelhost/host/message_boxes.h"
-#include "tools/glazelhost/host/project_file.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/file_kind.h"
-#include "tools/glazelhost/io/open_frames.h"
-#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/media/file_kind.h"
+#include "tools/glazelhost/media/light_choice.h"
+#include "tools/glazelhost/media/open_frames.h"
+#include "tools/glazelhost/media/safe_output.h"
 #include "tools/glazelhost/page/page_window.h"
+#include "tools/glazelhost/plugin/message_boxes.h"
+#include "tools/glazelhost/project/look_formats.h"
+#include "tools/glazelhost/project/project_file.h"
 #include "tools/glazelhost/ui/reporter.h"
 
 #include <cstddef>

@@ -1,8 +1,8 @@
 #include "tools/glazelhost/commands/commands.h"
 
-#include "tools/glazelhost/host/effect_controls.h"
-#include "tools/glazelhost/host/plugin_module.h"
-#include "tools/glazelhost/host/renderer_library.h"
+#include "tools/glazelhost/plugin/effect_controls.h"
+#include "tools/glazelhost/plugin/plugin_module.h"
+#include "tools/glazelhost/plugin/renderer_library.h"
 #include "tools/glazelhost/ui/console.h"
 
 #include <nlohmann/json.hpp>

@@ -1,10 +1,10 @@
 #include "tools/glazelhost/commands/commands.h"
 
+#include "tools/glazelhost/commands/frame_clock.h"
 #include "tools/glazelhost/commands/render_look.h"
-#include "tools/glazelhost/host/effect_session.h"
-#include "tools/glazelhost/host/frame_clock.h"
-#include "tools/glazelhost/host/renderer_library.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/plugin/effect_session.h"
+#include "tools/glazelhost/plugin/renderer_library.h"
 #include "tools/glazelhost/ui/reporter.h"
 
 #include <memory>

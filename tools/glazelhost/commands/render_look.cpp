@@ -1,9 +1,9 @@
 #include "tools/glazelhost/commands/render_look.h"
 
 #include "tools/glazelhost/commands/look_record.h"
-#include "tools/glazelhost/host/look.h"
-#include "tools/glazelhost/host/preset_list.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/plugin/look.h"
+#include "tools/glazelhost/plugin/preset_list.h"
 #include "tools/glazelhost/ui/reporter.h"
 
 #include <algorithm>

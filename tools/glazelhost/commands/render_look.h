@@ -2,12 +2,12 @@
 #pragma once
 
 #include "tools/glazelhost/commands/command_line.h"
-#include "tools/glazelhost/commands/light_choice.h"
-#include "tools/glazelhost/host/effect_controls.h"
-#include "tools/glazelhost/host/effect_session.h"
-#include "tools/glazelhost/host/keyframe_player.h"
-#include "tools/glazelhost/host/project_file.h"
-#include "tools/glazelhost/host/renderer_library.h"
+#include "tools/glazelhost/media/light_choice.h"
+#include "tools/glazelhost/plugin/effect_controls.h"
+#include "tools/glazelhost/plugin/effect_session.h"
+#include "tools/glazelhost/plugin/renderer_library.h"
+#include "tools/glazelhost/project/keyframe_player.h"
+#include "tools/glazelhost/project/project_file.h"
 
 #include <optional>
 #include <string>

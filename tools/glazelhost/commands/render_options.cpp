@@ -2,7 +2,7 @@
 
 #include "tools/glazelhost/commands/shared_options.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/file_kind.h"
+#include "tools/glazelhost/media/file_kind.h"
 
 #include <CLI/CLI.hpp>
 

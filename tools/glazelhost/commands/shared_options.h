@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tools/glazelhost/commands/command_line.h"
-#include "tools/glazelhost/io/frame_io.h"
+#include "tools/glazelhost/media/frame_io.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
 #include "tools/glazelhost/page/clipboard.h"
 
-#include "tools/glazelhost/host/windows_text.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/windows_text.h"
 
 #include <cstring>
 #include <memory>

@@ -2,7 +2,8 @@
 // Pure: no windows.h. Tests: tests/tools/glazelhost/page/command_text_test.cpp.
 #pragma once
 
-#include "tools/glazelhost/commands/command_line.h"
+#include "tools/glazelhost/media/frame_io.h"
+#include "tools/glazelhost/plugin/tool_paths.h"
 
 #include <cstdint>
 #include <functional>

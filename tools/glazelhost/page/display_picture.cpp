@@ -1,6 +1,6 @@
 #include "tools/glazelhost/page/display_picture.h"
 
-#include "tools/glazelhost/io/pixel_convert.h"
+#include "tools/glazelhost/media/pixel_convert.h"
 
 #include <algorithm>
 #include <array>

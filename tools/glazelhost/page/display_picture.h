@@ -2,7 +2,7 @@
 // Pure: no windows.h. Tests: tests/tools/glazelhost/page/display_picture_test.cpp.
 #pragma once
 
-#include "tools/glazelhost/io/frame_io.h"
+#include "tools/glazelhost/media/frame_io.h"
 
 #include <cstdint>
 #include <vector>

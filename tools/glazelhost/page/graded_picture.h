@@ -2,8 +2,8 @@
 // tests/tools/glazelhost/page/page_command_test.cpp.
 #pragma once
 
-#include "tools/glazelhost/host/effect_session.h"
 #include "tools/glazelhost/page/display_picture.h"
+#include "tools/glazelhost/plugin/effect_session.h"
 
 #include <cstdint>
 #include <span>

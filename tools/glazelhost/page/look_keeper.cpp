@@ -1,10 +1,10 @@
 #include "tools/glazelhost/page/look_keeper.h"
 
-#include "tools/glazelhost/host/look.h"
-#include "tools/glazelhost/host/look_formats.h"
-#include "tools/glazelhost/host/windows_text.h"
+#include "support/win32/utf8.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/safe_output.h"
+#include "tools/glazelhost/media/safe_output.h"
+#include "tools/glazelhost/plugin/look.h"
+#include "tools/glazelhost/project/look_formats.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,8 +2,8 @@
 // Tests: tests/tools/glazelhost/page/look_keeper_test.cpp.
 #pragma once
 
-#include "tools/glazelhost/host/effect_controls.h"
 #include "tools/glazelhost/page/command_text.h"
+#include "tools/glazelhost/plugin/effect_controls.h"
 
 #include <cstddef>
 #include <optional>

@@ -1,8 +1,8 @@
 #include "tools/glazelhost/page/page_container.h"
 
-#include "tools/glazelhost/host/com_calls.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/page/page_site.h"
+#include "tools/glazelhost/plugin/com_calls.h"
 
 #include <array>
 #include <memory>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/atl/atlcomcli.h"
-#include "tools/glazelhost/host/plugin_module.h"
+#include "tools/glazelhost/plugin/plugin_module.h"
 
 #include <windows.h>
 

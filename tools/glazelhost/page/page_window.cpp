@@ -1,11 +1,12 @@
 #include "tools/glazelhost/page/page_window.h"
 
-#include "tools/glazelhost/commands/light_choice.h"
-#include "tools/glazelhost/host/look.h"
-#include "tools/glazelhost/host/windows_text.h"
+#include "support/win32/utf8.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/media/light_choice.h"
 #include "tools/glazelhost/page/clipboard.h"
 #include "tools/glazelhost/page/page_site.h"
+#include "tools/glazelhost/plugin/look.h"
+#include "tools/glazelhost/windows_text.h"
 
 #include <commdlg.h>
 

@@ -1,7 +1,8 @@
 #include "tools/glazelhost/ui/console.h"
 
-#include "tools/glazelhost/host/windows_text.h"
+#include "support/win32/utf8.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/windows_text.h"
 
 #include <windows.h>
 

@@ -1,5 +1,7 @@
 #include "tools/glazelhost/page/command_text.h"
 
+#include "tools/glazelhost/commands/command_line.h"
+
 #include <gtest/gtest.h>
 
 namespace

@@ -1,6 +1,6 @@
 #include "tools/glazelhost/page/look_keeper.h"
 
-#include "tests/tools/glazelhost/host/real_effect.h"
+#include "tests/tools/glazelhost/plugin/real_effect.h"
 #include "tools/glazelhost/host_error.h"
 
 #include <filesystem>

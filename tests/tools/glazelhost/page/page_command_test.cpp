@@ -1,12 +1,12 @@
 // The page's window as a user works it, over the product and the reference renderer.
 #include "tools/glazelhost/commands/commands.h"
 
+#include "support/win32/utf8.h"
 #include "tests/propertypage/page_frame.h"
 #include "tests/reference_renderer/editor/open_editor.h"
-#include "tests/tools/glazelhost/host/real_effect.h"
-#include "tools/glazelhost/host/windows_text.h"
+#include "tests/tools/glazelhost/plugin/real_effect.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/io/open_frames.h"
+#include "tools/glazelhost/media/open_frames.h"
 #include "tools/glazelhost/page/page_window.h"
 #include "tools/glazelhost/ui/reporter.h"
 

@@ -1,0 +1,91 @@
+#include "reference_renderer/editor/windows_files.h"
+
+#include "contract/entry_points.h"
+#include "support/win32/file_handle.h"
+#include "support/win32/long_path.h"
+#include "support/win32/system_text.h"
+#include "support/win32/utf8.h"
+
+#include <array>
+#include <memory>
+#include <type_traits>
+
+#include <windows.h>
+
+namespace
+{
+
+// A cube of 256 nodes a side with long numbers stays below this.
+constexpr LONGLONG kLargestFile = LONGLONG{1} << 30;
+constexpr DWORD kLargestRead = 1U << 24;
+
+ImportError Unreadable(const std::string& path, const std::string& cause)
+{
+    return {RendererAPI::kImportUnreadable, path + ": " + cause};
+}
+
+std::string WordsOf(DWORD error)
+{
+    const std::string words = SystemText(error);
+    const std::string number = "error " + std::to_string(error);
+    return words.empty() ? number : words + " (" + number + ")";
+}
+
+std::wstring SystemPath(const std::string& path)
+{
+    return LongPath(Wide(path));
+}
+
+FileHandle Open(const std::string& path)
+{
+    const std::wstring wide = SystemPath(path);
+    const DWORD attributes = ::GetFileAttributesW(wide.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+    {
+        throw Unreadable(path, "is a folder; give the path of a look");
+    }
+    const HANDLE handle = ::CreateFileW(wide.c_str(), GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+    {
+        throw Unreadable(path, "cannot be opened: " + WordsOf(::GetLastError()) +
+                                   "; check the path and the permissions");
+    }
+    return FileHandle(handle);
+}
+
+} // namespace
+
+bool WindowsFiles::Exists(const std::string& path) const
+{
+    return ::GetFileAttributesW(SystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::string WindowsFiles::Read(const std::string& path) const
+{
+    const FileHandle file = Open(path);
+    LARGE_INTEGER size{};
+    if (!::GetFileSizeEx(file.get(), &size) || size.QuadPart > kLargestFile)
+    {
+        throw Unreadable(path, "is larger than 1 GB, or no plain file; export a smaller LUT");
+    }
+    std::string bytes(static_cast<std::size_t>(size.QuadPart), '\0');
+    std::size_t done = 0;
+    while (done < bytes.size())
+    {
+        const auto wanted =
+            static_cast<DWORD>(std::min<std::size_t>(bytes.size() - done, kLargestRead));
+        DWORD got = 0;
+        if (!::ReadFile(file.get(), bytes.data() + done, wanted, &got, nullptr))
+        {
+            throw Unreadable(path, "cannot be read: " + WordsOf(::GetLastError()) + "; try again");
+        }
+        if (got == 0)
+        {
+            bytes.resize(done); // somebody shortened the file meanwhile
+        }
+        done += got;
+    }
+    return bytes;
+}

@@ -1,0 +1,107 @@
+#include "tools/glazelhost/surface/pixel_grid.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace
+{
+
+std::vector<Sample> Load(const std::array<float, 4>& pixel, bool premultiplied)
+{
+    std::vector<Sample> samples(1);
+    std::array<std::byte, 16> bytes{};
+    std::memcpy(bytes.data(), pixel.data(), sizeof(pixel));
+    LoadSamples(bytes.data(), SurfaceFormat::StraightFloat, premultiplied, samples);
+    return samples;
+}
+
+} // namespace
+
+TEST(PixelGrid, TopDownRowsFollowEachOtherUpwardsInMemory)
+{
+    const PixelGrid grid({3, 2, SurfaceFormat::Straight8, false});
+    EXPECT_EQ(grid.Pitch(), 12);
+    EXPECT_EQ(grid.Row(1) - grid.Row(0), 12);
+    EXPECT_EQ(grid.At(2, 1) - grid.Row(1), 8);
+}
+
+TEST(PixelGrid, BottomUpRowsFollowEachOtherDownwardsInMemory)
+{
+    const PixelGrid grid({3, 2, SurfaceFormat::StraightFloat, true});
+    EXPECT_EQ(grid.Pitch(), -48);
+    EXPECT_EQ(grid.Row(1) - grid.Row(0), -48);
+}
+
+TEST(PixelGrid, ItsPixelsAreZeroAtFirst)
+{
+    const PixelGrid grid({2, 2, SurfaceFormat::Straight8, false});
+    std::array<Sample, 2> samples{Sample{1, 1, 1, 1}, Sample{1, 1, 1, 1}};
+    LoadSamples(grid.Row(1), SurfaceFormat::Straight8, false, samples);
+    EXPECT_EQ(samples[0], Sample{});
+    EXPECT_EQ(samples[1], Sample{});
+}
+
+TEST(PixelGrid, AWriteJustBeforeOrAfterThePixelsShows)
+{
+    for (const int end : {0, 1})
+    {
+        PixelGrid grid({2, 2, SurfaceFormat::Straight8, false});
+        EXPECT_TRUE(grid.GuardsAreIntact());
+        std::byte* const first = grid.Row(0);
+        (end == 0 ? first[-1] : first[16]) = std::byte{0};
+        EXPECT_FALSE(grid.GuardsAreIntact());
+        grid.RestoreGuards();
+        EXPECT_TRUE(grid.GuardsAreIntact());
+    }
+}
+
+TEST(PixelGrid, EveryByteSurvivesTheWayThroughFloat)
+{
+    std::array<std::byte, 16> pixel{};
+    for (unsigned value = 0; value < 256; ++value)
+    {
+        const auto byte = static_cast<std::uint8_t>(value);
+        const Sample sample{byte, static_cast<std::uint8_t>(255 - byte), byte, byte};
+        StoreSamples(pixel.data(), SurfaceFormat::StraightFloat, false, {&sample, 1});
+        Sample back;
+        LoadSamples(pixel.data(), SurfaceFormat::StraightFloat, false, {&back, 1});
+        EXPECT_EQ(back, sample);
+    }
+}
+
+TEST(PixelGrid, FloatsOutsideTheRangeReadAsItsEnds)
+{
+    EXPECT_EQ(Load({-0.5F, 1.5F, std::numeric_limits<float>::infinity(), 1.0F}, false)[0],
+              (Sample{0, 255, 255, 255}));
+}
+
+TEST(PixelGrid, AFloatThatIsNotANumberReadsAsZero)
+{
+    const float notANumber = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(Load({notANumber, 0.5F, -notANumber, 1.0F}, false)[0], (Sample{0, 128, 0, 255}));
+}
+
+TEST(PixelGrid, StraightFloatsArePremultipliedOnDemand)
+{
+    EXPECT_EQ(Load({1.0F, 0.5F, 0.0F, 0.5F}, true)[0], (Sample{128, 64, 0, 128}));
+}
+
+TEST(PixelGrid, EachEightBitFormatConvertsToTheOther)
+{
+    const Sample straight{200, 100, 50, 128};
+    std::array<std::byte, 4> pixel{};
+    StoreSamples(pixel.data(), SurfaceFormat::Premultiplied8, false, {&straight, 1});
+    Sample held;
+    std::memcpy(&held, pixel.data(), sizeof(held));
+    EXPECT_EQ(held, Premultiplied(straight));
+
+    StoreSamples(pixel.data(), SurfaceFormat::Straight8, true, {&held, 1});
+    Sample back;
+    std::memcpy(&back, pixel.data(), sizeof(back));
+    EXPECT_EQ(back, Straight(held));
+}

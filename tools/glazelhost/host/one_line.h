@@ -1,9 +1,0 @@
-// Foreign text for an error line. Pure: no windows.h.
-// Tests: tests/tools/glazelhost/host/one_line_test.cpp.
-#pragma once
-
-#include <string>
-#include <string_view>
-
-// `text` with every run of control characters and spaces as one space, none at either end.
-std::string OneLine(std::string_view text);

@@ -1,0 +1,235 @@
+#include "tools/glazelhost/media/raw_stream.h"
+
+#include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/media/pixel_convert.h"
+
+#include <cstring>
+#include <utility>
+
+namespace
+{
+
+constexpr int kChannels = 4;
+
+// Where the planes of GbraFloat have the channels of an Image: blue, green, red, alpha.
+constexpr std::size_t kPlaneOf[kChannels] = {1, 0, 2, 3};
+
+constexpr PixelLayout LayoutOf(StreamFormat format) noexcept
+{
+    return {.sample = RowOf(format).sample};
+}
+
+constexpr PixelLayout kFloats{.sample = FileSample::Float32};
+
+// Whether an Image of this type has its pixels as the stream has them.
+constexpr bool IsSame(StreamFormat format, SampleType type) noexcept
+{
+    return format == StreamFormat::Bgra8 && type == SampleType::Byte;
+}
+
+std::size_t FrameBytes(StreamFormat format, int width, int height) noexcept
+{
+    return LayoutOf(format).PixelBytes() * static_cast<std::size_t>(width) *
+           static_cast<std::size_t>(height);
+}
+
+// Copies `count` floats that lie `fromStep` and `toStep` floats apart.
+void CopyFloats(const std::byte* from, std::size_t fromStep, std::byte* to, std::size_t toStep,
+                std::size_t count) noexcept
+{
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        std::memcpy(to + i * toStep * sizeof(float), from + i * fromStep * sizeof(float),
+                    sizeof(float));
+    }
+}
+
+// An Image out of a frame of a stream. The Image has its size and type.
+void Decode(StreamFormat format, const std::byte* frame, Image& image)
+{
+    const auto width = static_cast<std::size_t>(image.width);
+    const std::size_t pixels = width * static_cast<std::size_t>(image.height);
+    const bool isPlanar = format == StreamFormat::GbraFloat;
+    std::vector<std::byte> floats(isPlanar ? width * kFloats.PixelBytes() : 0);
+    for (std::size_t first = 0; first < pixels; first += width)
+    {
+        std::byte* const row = image.pixels.data() + first * image.PixelBytes();
+        if (!isPlanar)
+        {
+            const PixelLayout layout = LayoutOf(format);
+            UnpackRow(layout, frame + first * layout.PixelBytes(), image.width, image.type, row);
+            continue;
+        }
+        for (std::size_t channel = 0; channel < kChannels; ++channel)
+        {
+            CopyFloats(frame + (kPlaneOf[channel] * pixels + first) * sizeof(float), 1,
+                       floats.data() + channel * sizeof(float), kChannels, width);
+        }
+        UnpackRow(kFloats, floats.data(), image.width, image.type, row);
+    }
+}
+
+// A frame of a stream out of an Image.
+void Encode(StreamFormat format, const Image& image, std::byte* frame)
+{
+    const auto width = static_cast<std::size_t>(image.width);
+    const std::size_t pixels = width * static_cast<std::size_t>(image.height);
+    const bool isPlanar = format == StreamFormat::GbraFloat;
+    std::vector<std::byte> floats(isPlanar ? width * kFloats.PixelBytes() : 0);
+    for (std::size_t first = 0; first < pixels; first += width)
+    {
+        const std::byte* const row = image.pixels.data() + first * image.PixelBytes();
+        if (!isPlanar)
+        {
+            const PixelLayout layout = LayoutOf(format);
+            PackRow(layout, row, image.width, image.type, frame + first * layout.PixelBytes());
+            continue;
+        }
+        PackRow(kFloats, row, image.width, image.type, floats.data());
+        for (std::size_t channel = 0; channel < kChannels; ++channel)
+        {
+            CopyFloats(floats.data() + channel * sizeof(float), kChannels,
+                       frame + (kPlaneOf[channel] * pixels + first) * sizeof(float), 1, width);
+        }
+    }
+}
+
+void CheckSameSize(const std::string& streamName, const Image& image, int width, int height)
+{
+    if (image.width != width || image.height != height)
+    {
+        const auto size = [](int columns, int rows) {
+            return std::to_string(columns) + " x " + std::to_string(rows);
+        };
+        throw HostError(streamName,
+                        "a frame of " + size(image.width, image.height) +
+                            " does not fit into a stream of " + size(width, height),
+                        "give frames of one size, or write a numbered sequence of pictures");
+    }
+}
+
+} // namespace
+
+RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name, StreamFormat format,
+                     const SourceOptions& options)
+    : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format),
+      m_isOpaque(options.isOpaque)
+{
+    if (options.width == 0 && options.height == 0)
+    {
+        throw HostError(m_name, "raw pixels do not say how large the picture is",
+                        "give the size, for example --size 1920x1080", ExitCode::WrongUsage);
+    }
+    CheckSize(m_name, options.width, options.height);
+    m_frameBytes = FrameBytes(format, options.width, options.height);
+    m_info.width = options.width;
+    m_info.height = options.height;
+    m_info.framesPerSecond = options.framesPerSecond;
+    m_info.pixelAspect = options.pixelAspect > 0.0 ? options.pixelAspect : 1.0;
+    m_info.bitsPerChannel = LayoutOf(format).BitsPerChannel();
+    if (options.isLinearLight)
+    {
+        m_info.light = {.isLinear = true, .why = "--input-light linear"};
+    }
+    else if (format == StreamFormat::GbraFloat)
+    {
+        m_info.light.why = "without --input-light linear";
+    }
+    m_info.description = RowOf(format).description;
+    if (options.path != kStandardStream)
+    {
+        m_info.files = {options.path};
+    }
+    if (const auto size = m_stream->Size(); size && *size % m_frameBytes == 0)
+    {
+        m_info.frameCount = static_cast<std::int64_t>(*size / m_frameBytes);
+    }
+}
+
+bool RawSource::CheckWhole(std::uint64_t bytes)
+{
+    if (bytes == m_frameBytes)
+    {
+        return true;
+    }
+    m_stream.reset();
+    if (bytes == 0)
+    {
+        return false;
+    }
+    throw HostError(FrameName(),
+                    "the data ends in this frame: " + std::to_string(m_frameBytes - bytes) +
+                        " of its " + std::to_string(m_frameBytes) + " bytes are missing",
+                    "check the size that you gave, or make the file again");
+}
+
+bool RawSource::Read(Image& image, SampleType type)
+{
+    if (!m_stream)
+    {
+        return false;
+    }
+    ++m_frame;
+    Reshape(image, m_info.width, m_info.height, type, !m_isOpaque);
+    const bool isSame = IsSame(m_format, type);
+    m_bytes.resize(isSame ? 0 : m_frameBytes);
+    if (!CheckWhole(
+            ReadFully(*m_stream, isSame ? image.pixels.data() : m_bytes.data(), m_frameBytes)))
+    {
+        return false;
+    }
+    if (!isSame)
+    {
+        Decode(m_format, m_bytes.data(), image);
+    }
+    return true;
+}
+
+bool RawSource::Skip()
+{
+    if (!m_stream)
+    {
+        return false;
+    }
+    ++m_frame;
+    return CheckWhole(m_stream->Skip(m_frameBytes));
+}
+
+std::string RawSource::FrameName() const
+{
+    return "frame " + std::to_string(m_frame) + " of " + m_name;
+}
+
+RawSink::RawSink(std::unique_ptr<ByteWriter> stream, std::string name, StreamFormat format)
+    : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format)
+{
+}
+
+void RawSink::Write(const Image& image)
+{
+    if (m_width == 0)
+    {
+        m_width = image.width;
+        m_height = image.height;
+    }
+    CheckSameSize(m_name, image, m_width, m_height);
+    if (IsSame(m_format, image.type))
+    {
+        m_stream->Write(image.pixels.data(), image.pixels.size());
+        return;
+    }
+    m_bytes.resize(FrameBytes(m_format, m_width, m_height));
+    Encode(m_format, image, m_bytes.data());
+    m_stream->Write(m_bytes.data(), m_bytes.size());
+}
+
+void RawSink::Finish()
+{
+    CheckNotEmpty(m_name, m_width != 0);
+    m_stream->Commit();
+}
+
+int RawSink::BitsPerChannel(SampleType) const noexcept
+{
+    return LayoutOf(m_format).BitsPerChannel();
+}

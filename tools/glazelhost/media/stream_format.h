@@ -1,0 +1,49 @@
+// The raw streams that are read and written, by name: bare pixels, rows top-down without padding,
+// frame after frame, straight alpha, little-endian.
+// Pure: no windows.h. Tests: tests/tools/glazelhost/media/raw_stream_test.cpp.
+#pragma once
+
+#include "tools/glazelhost/media/pixel_convert.h"
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+enum class StreamFormat
+{
+    Bgra8,     // blue, green, red, alpha; 8 bits each
+    Bgra16,    // the same with 16 bits each
+    GbraFloat, // a plane each of green, blue, red and alpha; 32-bit floats, 0.0 to 1.0 nominal
+};
+
+struct StreamFormatRow
+{
+    StreamFormat format;
+    const char* name;        // on the command line
+    const char* description; // for the user
+    FileSample sample;
+};
+
+inline constexpr StreamFormatRow kStreamFormats[] = {
+    {StreamFormat::Bgra8, "bgra8", "raw BGRA of 8 bits", FileSample::Bits8},
+    {StreamFormat::Bgra16, "bgra16", "raw BGRA of 16 bits", FileSample::Bits16},
+    {StreamFormat::GbraFloat, "gbraf32", "raw GBRA planes of 32-bit floats", FileSample::Float32},
+};
+
+constexpr const StreamFormatRow& RowOf(StreamFormat format) noexcept
+{
+    return kStreamFormats[static_cast<std::size_t>(format)];
+}
+
+// None for a word that is no name.
+constexpr std::optional<StreamFormat> StreamFormatFromName(std::string_view word) noexcept
+{
+    for (const StreamFormatRow& row : kStreamFormats)
+    {
+        if (word == row.name)
+        {
+            return row.format;
+        }
+    }
+    return std::nullopt;
+}

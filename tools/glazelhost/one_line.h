@@ -1,0 +1,9 @@
+// Foreign text for an error line. Pure: no windows.h.
+// Tests: tests/tools/glazelhost/one_line_test.cpp.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// `text` with every run of control characters and spaces as one space, none at either end.
+std::string OneLine(std::string_view text);

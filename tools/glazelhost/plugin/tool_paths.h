@@ -1,0 +1,11 @@
+// Where the two libraries are that a job is done with.
+#pragma once
+
+#include <string>
+
+// UTF-8; empty means the default.
+struct ToolPaths
+{
+    std::string rendererFolder;
+    std::string plugin;
+};
