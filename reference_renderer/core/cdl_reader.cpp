@@ -9,6 +9,9 @@
 #include <optional>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -201,3 +204,5 @@ CdlFile ReadCdl(std::string text, std::string_view path, std::string_view id)
     }
     return file;
 }
+
+} // namespace ReferenceRenderer

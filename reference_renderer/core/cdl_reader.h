@@ -10,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 struct CdlFile
 {
     Cdl cdl;
@@ -24,3 +27,5 @@ CdlFile ReadCdl(std::string text, std::string_view path, std::string_view id);
 
 // The correction in one element, which messages call `name`. Throws ImportError.
 CdlFile ReadCorrection(const XmlNode& element, const std::string& name, std::string_view path);
+
+} // namespace ReferenceRenderer

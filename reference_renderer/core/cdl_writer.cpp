@@ -5,6 +5,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -76,3 +79,5 @@ std::string CorrectionFileText(const Cdl& cdl, std::string_view title)
     text += "    </SatNode>\n</ColorCorrection>\n";
     return text;
 }
+
+} // namespace ReferenceRenderer

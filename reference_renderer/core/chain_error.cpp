@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <limits>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -109,3 +112,5 @@ ChainError LargestChainError(const ColourChain& chain, const Look& look, const D
     }
     return largest;
 }
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include "reference_renderer/core/colour_chain.h"
 
+namespace ReferenceRenderer
+{
+
 struct ChainError
 {
     double size =
@@ -15,3 +18,5 @@ struct ChainError
 // channels mix, at as many colours besides, evenly strewn.
 ChainError LargestChainError(const ColourChain& chain, const Look& look, const Domain& domain,
                              bool mixes);
+
+} // namespace ReferenceRenderer

@@ -12,6 +12,9 @@
 #include <optional>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -390,3 +393,5 @@ ReadLook LookOfChain(ColourChain chain, std::string_view path)
     }
     return read;
 }
+
+} // namespace ReferenceRenderer

@@ -8,7 +8,12 @@
 
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // The look nearest to the chain. `path` is for messages. Says in its warnings what is lost when
 // that exceeds one 8-bit code, and when values beyond 0..1 are limited. Throws ImportError when the
 // chain gives numbers that no look holds.
 ReadLook LookOfChain(ColourChain chain, std::string_view path);
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,9 @@
 #include <optional>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -262,3 +265,5 @@ ColourChain Folded(ColourChain chain)
     }
     return folded;
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <array>
 #include <optional>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -176,3 +179,5 @@ double ClfNode::TopOf(const char* attribute) const
     }
     return depth->top;
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // Every failure throws an ImportError that names the node. Element and path must outlive this.
 class ClfNode
 {
@@ -55,3 +58,5 @@ private:
 
 // Whether `wanted` is one of the words, in any case.
 bool HasWord(std::string_view words, std::string_view wanted) noexcept;
+
+} // namespace ReferenceRenderer

@@ -11,6 +11,9 @@
 #include <optional>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -322,3 +325,5 @@ const ClfNodeKind* ClfNodeKindOf(const XmlNode& element) noexcept
                      [&](const ClfNodeKind& known) { return Is(element, known.name); });
     return kind == kNodeKinds.end() ? nullptr : kind;
 }
+
+} // namespace ReferenceRenderer

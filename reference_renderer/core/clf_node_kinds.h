@@ -7,6 +7,9 @@
 
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 struct ClfNodeKind
 {
     std::string_view name;
@@ -17,3 +20,5 @@ struct ClfNodeKind
 
 // Null for kinds that are not read.
 const ClfNodeKind* ClfNodeKindOf(const XmlNode& element) noexcept;
+
+} // namespace ReferenceRenderer

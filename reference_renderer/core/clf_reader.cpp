@@ -9,6 +9,9 @@
 #include <optional>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -131,3 +134,5 @@ ReadLook ReadClf(std::string text, std::string_view path)
     }
     return ClfReader(std::move(text), path).Read();
 }
+
+} // namespace ReferenceRenderer

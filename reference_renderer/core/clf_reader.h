@@ -8,9 +8,14 @@
 #include <string>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // By the root element of an XML text.
 bool LooksLikeClf(std::string_view text) noexcept;
 
 // The look in `text`, which is consumed: the parser works in it. `path` is for messages. Nodes that
 // are not known are refused. Throws ImportError.
 ReadLook ReadClf(std::string text, std::string_view path);
+
+} // namespace ReferenceRenderer

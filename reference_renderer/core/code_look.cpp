@@ -8,6 +8,9 @@
 #include <cstring>
 #include <emmintrin.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -154,3 +157,5 @@ void CodeLook::RenderRow(const std::byte* source, std::byte* target,
         std::memcpy(target, pixel, sizeof pixel);
     }
 }
+
+} // namespace ReferenceRenderer

@@ -11,6 +11,9 @@
 #include <array>
 #include <cstddef>
 
+namespace ReferenceRenderer
+{
+
 // Display values of all codes after the first steps of a look: red, green, blue.
 using ValuesOfCodes = std::array<std::array<float, 256>, 3>;
 
@@ -41,3 +44,5 @@ private:
     std::array<std::array<std::byte, 256>, 3> m_graded{}; // without a cube; red, green, blue
     CodeCube m_cube;
 };
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 #include <immintrin.h>
 #include <iterator>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -301,3 +304,5 @@ void RenderCodes(InstructionSet set, const CodeCube& cube, const std::byte* sour
     }
     RenderCodesPlainly(cube, source, target, width);
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <cstdint>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // The whole way from a node to the next. Codes lie at multiples of 1/255 on a cube from 0 to 1, so
 // that their fractions of it are exact, and no larger such number fits 16 bits with a sign.
 inline constexpr std::uint32_t kWholeWay = 255 * 128;
@@ -60,3 +63,5 @@ void RenderCodesPlainly(const CodeCube& cube, const std::byte* source, std::byte
                         std::size_t width) noexcept;
 void RenderCodes(InstructionSet set, const CodeCube& cube, const std::byte* source,
                  std::byte* target, std::size_t width) noexcept;
+
+} // namespace ReferenceRenderer

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <cstddef>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -192,3 +195,5 @@ bool IsSeparable(const ChainStep& step) noexcept
     const auto* const cdl = std::get_if<CdlStep>(&step);
     return cdl != nullptr ? cdl->cdl.saturation == 1.0F : !std::holds_alternative<CubeStep>(step);
 }
+
+} // namespace ReferenceRenderer

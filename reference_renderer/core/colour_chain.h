@@ -10,6 +10,9 @@
 #include <variant>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 using Triple = std::array<double, 3>; // red, green, blue
 
 // A matrix, then an offset.
@@ -62,3 +65,5 @@ bool IsDiagonal(const AffineStep& step) noexcept;
 
 // Whether no channel of the step's result depends on another channel.
 bool IsSeparable(const ChainStep& step) noexcept;
+
+} // namespace ReferenceRenderer

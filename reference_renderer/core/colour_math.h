@@ -12,6 +12,9 @@
 #include <cstdint>
 #include <limits>
 
+namespace ReferenceRenderer
+{
+
 inline constexpr float kLargestFloat = std::numeric_limits<float>::max();
 
 // NaN becomes 0, infinities the largest float of their sign.
@@ -286,3 +289,5 @@ inline Rgb AtStrength(float strength, const Rgb& value, const Rgb& graded) noexc
             Finite(value.g) * kept + graded.g * strength,
             Finite(value.b) * kept + graded.b * strength};
 }
+
+} // namespace ReferenceRenderer

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -147,3 +150,5 @@ CommonLattice::CommonLattice(const PreparedLook& a, const PreparedLook& b,
         }
     }
 }
+
+} // namespace ReferenceRenderer

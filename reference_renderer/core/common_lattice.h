@@ -6,6 +6,9 @@
 
 #include <array>
 
+namespace ReferenceRenderer
+{
+
 // The smallest domain that holds those of both looks' tables.
 Domain CommonDomain(const StoredLook& a, const StoredLook& b) noexcept;
 
@@ -25,3 +28,5 @@ public:
 private:
     std::array<std::array<float, kStoredCubeSize>, 3> m_inputs{};
 };
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -179,3 +182,5 @@ ReadLook ReadCsp(std::string_view text, std::string_view path)
 {
     return CspReader(text, path).Read();
 }
+
+} // namespace ReferenceRenderer

@@ -6,8 +6,13 @@
 
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // By the first line of the contents, which start behind any byte order mark.
 bool LooksLikeCsp(std::string_view text) noexcept;
 
 // The look in `text`. `path` is for messages. Throws ImportError.
 ReadLook ReadCsp(std::string_view text, std::string_view path);
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 #include <optional>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -357,3 +360,5 @@ Look ReadCube(std::string_view text, std::string_view path, std::vector<std::str
 {
     return CubeReader(text, path, warnings).Read();
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // The sizes that a file may state.
 inline constexpr std::uint32_t kLargestCurve = kStoredCurveSize;
 inline constexpr std::uint32_t kLargestCube = 256;
@@ -20,3 +23,5 @@ bool LooksLikeCube(std::string_view text) noexcept;
 // The look in `text`, which starts behind any byte order mark. `path` is for messages. Keywords
 // that are not known are skipped with a warning. Throws ImportError.
 Look ReadCube(std::string_view text, std::string_view path, std::vector<std::string>& warnings);
+
+} // namespace ReferenceRenderer

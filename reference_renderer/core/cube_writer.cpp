@@ -5,6 +5,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -110,3 +113,5 @@ std::string CubeFileText(const Look& look)
     }
     return text;
 }
+
+} // namespace ReferenceRenderer

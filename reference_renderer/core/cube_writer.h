@@ -7,6 +7,9 @@
 
 #include <string>
 
+namespace ReferenceRenderer
+{
+
 // Whether a file can hold the tables of `look`, of which there is one at least: an INPUT_RANGE is
 // the same for all channels.
 bool FitsCubeFile(const Look& look) noexcept;
@@ -14,3 +17,5 @@ bool FitsCubeFile(const Look& look) noexcept;
 // The title and the tables of a look that FitsCubeFile; its correction and its strength are not
 // part of it. Numbers are written so that they read back to the last bit.
 std::string CubeFileText(const Look& look);
+
+} // namespace ReferenceRenderer

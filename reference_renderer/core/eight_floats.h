@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <immintrin.h>
 
+namespace ReferenceRenderer
+{
+
 using EightFloats = float __attribute__((vector_size(32)));
 using EightInts = std::int32_t __attribute__((vector_size(32)));
 using EightBits = std::uint32_t __attribute__((vector_size(32)));
@@ -60,3 +63,5 @@ inline EightFloats Chosen(EightInts condition, EightFloats yes, EightFloats no) 
 {
     return condition ? yes : no;
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <string>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // Skips empty lines and comments, which begin with #. Text and path must outlive this.
 class FilledLines
 {
@@ -86,3 +89,5 @@ private:
     LineScanner m_lines;
     std::string_view m_path;
 };
+
+} // namespace ReferenceRenderer

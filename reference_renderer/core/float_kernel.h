@@ -13,6 +13,9 @@
 #include <cstring>
 #include <emmintrin.h>
 
+namespace ReferenceRenderer
+{
+
 // How registers hold pixels: number `pixel` of a group in the first four floats of register
 // `pixel`, and in registers of eight number `pixel` + 4 behind it.
 template <typename Floats>
@@ -248,7 +251,7 @@ private:
     {
         const Floats luma = LumaOf(moved.r, moved.g, moved.b);
         return ForEach(moved, [&](std::size_t, Floats value) {
-            return Limited<Mode>(::Saturated(m_cdl.saturation, luma, value));
+            return Limited<Mode>(ReferenceRenderer::Saturated(m_cdl.saturation, luma, value));
         });
     }
 
@@ -372,3 +375,5 @@ private:
     float m_strength;
     bool m_isMixed; // of tables and their input
 };
+
+} // namespace ReferenceRenderer

@@ -2,6 +2,9 @@
 
 #include "reference_renderer/core/float_kernel.h"
 
+namespace ReferenceRenderer
+{
+
 std::size_t RenderGroups(InstructionSet set, const PreparedLook& look, PixelKind kind,
                          const std::byte* source, std::byte* target, std::size_t width) noexcept
 {
@@ -11,3 +14,5 @@ std::size_t RenderGroups(InstructionSet set, const PreparedLook& look, PixelKind
     }
     return FloatKernel<FourFloats>(look).Render(kind, source, target, width);
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 
 #include <cstddef>
 
+namespace ReferenceRenderer
+{
+
 class PreparedLook;
 
 enum class PixelKind
@@ -23,3 +26,5 @@ std::size_t RenderGroups(InstructionSet set, const PreparedLook& look, PixelKind
 // With AVX2, which the processor must have.
 std::size_t RenderGroupsAvx2(const PreparedLook& look, PixelKind kind, const std::byte* source,
                              std::byte* target, std::size_t width) noexcept;
+
+} // namespace ReferenceRenderer

@@ -3,6 +3,9 @@
 #include "reference_renderer/core/float_kernel.h"
 #include "reference_renderer/core/float_rows.h"
 
+namespace ReferenceRenderer
+{
+
 template <>
 struct PixelsOf<EightFloats>
 {
@@ -41,3 +44,5 @@ std::size_t RenderGroupsAvx2(const PreparedLook& look, PixelKind kind, const std
 {
     return FloatKernel<EightFloats>(look).Render(kind, source, target, width);
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <cstring>
 #include <xmmintrin.h>
 
+namespace ReferenceRenderer
+{
+
 using FourFloats = float __attribute__((vector_size(16)));
 using FourInts = std::int32_t __attribute__((vector_size(16))); // of a comparison: -1 = true
 using FourBits = std::uint32_t __attribute__((vector_size(16)));
@@ -87,3 +90,5 @@ inline FourFloats Chosen(FourInts condition, FourFloats yes, FourFloats no) noex
 {
     return condition ? yes : no;
 }
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <cstring>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -70,3 +73,5 @@ std::int32_t DescribeFrame(const FrameBufferDesc* source, const FrameBufferDesc*
     }
     return kFrameRendered;
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 
 #include <cstdint>
 
+namespace ReferenceRenderer
+{
+
 // One frame to render: rows of two checked images, and what is done to each row.
 struct FrameJob
 {
@@ -29,3 +32,5 @@ struct FrameJob
 // place in memory, so it does not matter which of them is the top one.
 std::int32_t DescribeFrame(const FrameBufferDesc* source, const FrameBufferDesc* destination,
                            const PreparedLook* look, std::uint32_t flags, FrameJob& job) noexcept;
+
+} // namespace ReferenceRenderer

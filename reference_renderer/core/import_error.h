@@ -7,6 +7,9 @@
 #include <string>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 struct ImportError
 {
     std::int32_t code;   // one of RendererAPI::kImport..., negative
@@ -25,3 +28,5 @@ inline ImportError Malformed(std::string_view path, std::uint64_t line, std::str
     message += cause;
     return {RendererAPI::kImportMalformed, std::move(message)};
 }
+
+} // namespace ReferenceRenderer

@@ -14,6 +14,9 @@
 #include <array>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -137,3 +140,5 @@ std::string AllEndings()
     }
     return endings;
 }
+
+} // namespace ReferenceRenderer

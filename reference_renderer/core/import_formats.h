@@ -10,6 +10,9 @@
 #include <string>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // The text of a file, behind any byte order mark.
 struct LookText
 {
@@ -47,3 +50,5 @@ bool EndsWith(std::string_view path, std::string_view ending) noexcept;
 std::string EndingsOf(FormatGroup group);
 // The endings of all groups, as choices: ".cube, .cc or .look".
 std::string AllEndings();
+
+} // namespace ReferenceRenderer

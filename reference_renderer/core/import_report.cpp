@@ -5,6 +5,9 @@
 #include <array>
 #include <charconv>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -127,3 +130,5 @@ std::string DescribeAsJson(std::string_view error)
     AppendMember(json, "error", error);
     return json + "}";
 }
+
+} // namespace ReferenceRenderer

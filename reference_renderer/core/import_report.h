@@ -7,8 +7,13 @@
 #include <string>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // {"kind":..., "title":..., "contents":..., "warnings":[...], "largestError":...}
 std::string DescribeAsJson(const ImportedLook& imported);
 
 // {"error": "..."}
 std::string DescribeAsJson(std::string_view error);
+
+} // namespace ReferenceRenderer

@@ -3,6 +3,9 @@
 #include <cstdlib>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 InstructionSet UsedInstructionSet() noexcept
 {
     static const InstructionSet used = [] {
@@ -14,3 +17,5 @@ InstructionSet UsedInstructionSet() noexcept
     }();
     return used;
 }
+
+} // namespace ReferenceRenderer

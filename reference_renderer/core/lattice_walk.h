@@ -14,6 +14,9 @@
 
 #include <emmintrin.h>
 
+namespace ReferenceRenderer
+{
+
 // Tables hold whole numbers from 0 to this.
 inline constexpr float kTopCode = 16.0F * 65535.0F;
 
@@ -248,3 +251,5 @@ void WalkLattice(float* codes, const TableShape& shape, float precision, Visit& 
         VisitBetween<true, true, true>(codes, shape, step, precision, visit);
     }
 }
+
+} // namespace ReferenceRenderer

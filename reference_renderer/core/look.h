@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // No number of a look is larger: sums and differences of a few stay finite.
 inline constexpr float kLargestNumber = 1e30F;
 
@@ -79,3 +82,5 @@ struct Look
     float strength = 1.0F; // 0..1: how much of curves and cube shows over their own input
     std::string title;     // UTF-8
 };
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -217,3 +220,5 @@ void BlendLooks(const PreparedLook& a, const PreparedLook& b, double fraction, S
     blend.title = t < 0.5 ? storedA.title : storedB.title;
     BlendTables(a, b, t, blend, encoder);
 }
+
+} // namespace ReferenceRenderer

@@ -16,6 +16,9 @@
 #include "reference_renderer/core/prepared_look.h"
 #include "reference_renderer/core/record_tables.h"
 
+namespace ReferenceRenderer
+{
+
 // The fraction as it counts: limited to 0..1, NaN is 0.
 inline double BlendFraction(double fraction) noexcept
 {
@@ -27,3 +30,5 @@ inline double BlendFraction(double fraction) noexcept
 // allocate. `encoder` is for the largest tables that a record holds.
 void BlendLooks(const PreparedLook& a, const PreparedLook& b, double fraction, StoredLook& blend,
                 TableEncoder& encoder) noexcept;
+
+} // namespace ReferenceRenderer

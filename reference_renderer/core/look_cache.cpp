@@ -4,6 +4,9 @@
 #include <atomic>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -62,3 +65,5 @@ LookCache::Place& LookCache::LeastRecent() noexcept
         m_places.begin(), m_places.end(),
         [](const Place& left, const Place& right) { return left.lastUse < right.lastUse; });
 }
+
+} // namespace ReferenceRenderer

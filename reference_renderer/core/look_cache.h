@@ -11,6 +11,9 @@
 #include <span>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // Not thread-safe: whoever holds it guards Find. What Find hands out may be used by any thread and
 // outlives the cache's own interest in it.
 class LookCache
@@ -45,3 +48,5 @@ private:
     std::array<Place, 6> m_places;
     std::uint64_t m_uses = 0;
 };
+
+} // namespace ReferenceRenderer

@@ -2,6 +2,9 @@
 
 #include "reference_renderer/core/colour_math.h"
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -137,3 +140,5 @@ LookExplanation Explain(const PreparedLook& look, PixelKind kind, const Rgb& inp
         kind == PixelKind::EightBit ? RenderedCodes(look, told.input) : CodesOf(told.result);
     return told;
 }
+
+} // namespace ReferenceRenderer

@@ -9,6 +9,9 @@
 #include <cstdint>
 #include <optional>
 
+namespace ReferenceRenderer
+{
+
 // How the pixel is rendered.
 enum class PixelKind
 {
@@ -67,3 +70,5 @@ struct LookExplanation
 
 // Of an `input` of 8 bits: codes divided by 255.
 LookExplanation Explain(const PreparedLook& look, PixelKind kind, const Rgb& input) noexcept;
+
+} // namespace ReferenceRenderer

@@ -11,6 +11,9 @@
 #include <memory>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -414,12 +417,13 @@ public:
         else if (m_rest)
         {
             const Interval units = ToUnits(tables.curves->values);
-            tables.cube = ::Sampled({units, units, units}, points, [this](std::span<Rgb> colours) {
-                for (Rgb& colour : colours)
-                {
-                    colour = m_rest->Grade(colour);
-                }
-            });
+            tables.cube = ReferenceRenderer::Sampled({units, units, units}, points,
+                                                     [this](std::span<Rgb> colours) {
+                                                         for (Rgb& colour : colours)
+                                                         {
+                                                             colour = m_rest->Grade(colour);
+                                                         }
+                                                     });
             tables.cube->domain = {};
         }
         return tables;
@@ -545,3 +549,5 @@ bool IsCorrection(const StoredLook& look) noexcept
 {
     return !ShowsTables(look);
 }
+
+} // namespace ReferenceRenderer

@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // Grades display values in place, all in one go.
 using GradeColours = std::function<void(std::span<Rgb> colours)>;
 
@@ -38,3 +41,5 @@ CubeExport ExportTables(const StoredLook* look, std::optional<std::uint32_t> poi
 
 // Whether slope, offset, power and saturation are all that there is of a look.
 bool IsCorrection(const StoredLook& look) noexcept;
+
+} // namespace ReferenceRenderer

@@ -6,6 +6,9 @@
 #include <array>
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -110,3 +113,5 @@ void DrawLookIcon(const PreparedLook& look, std::span<std::uint32_t, kIconPixels
         }
     }
 }
+
+} // namespace ReferenceRenderer

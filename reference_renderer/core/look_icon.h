@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <span>
 
+namespace ReferenceRenderer
+{
+
 inline constexpr std::uint32_t kIconWidth = 92;
 inline constexpr std::uint32_t kIconHeight = 50;
 inline constexpr std::size_t kIconPixels = std::size_t{kIconWidth} * kIconHeight;
@@ -15,3 +18,5 @@ inline constexpr std::size_t kIconPixels = std::size_t{kIconWidth} * kIconHeight
 // Fills `pixels`, top row first, each 0xAARRGGBB with straight alpha: the corners are round and
 // fade over their edge.
 void DrawLookIcon(const PreparedLook& look, std::span<std::uint32_t, kIconPixels> pixels) noexcept;
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <memory>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -193,3 +196,5 @@ ImportedLook ImportLook(std::string_view path, std::uint32_t options, const File
     }
     return Finished(ReadTextFile(std::move(bytes), first, options));
 }
+
+} // namespace ReferenceRenderer

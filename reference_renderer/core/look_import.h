@@ -10,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // The files of the machine, or a test's. Paths are UTF-8.
 class FileSource
 {
@@ -40,3 +43,5 @@ ImportedLook ImportLook(std::string_view path, std::uint32_t options, const File
 
 // One line on what a look holds.
 std::string ContentsOf(const StoredLook& look);
+
+} // namespace ReferenceRenderer

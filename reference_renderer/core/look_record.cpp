@@ -7,6 +7,9 @@
 #include <cmath>
 #include <cstring>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -335,3 +338,5 @@ void SealRecord(RecordBytes record) noexcept
     const std::uint32_t sum = SumOf(record);
     std::memcpy(record.data() + kRecordTableOffset, &sum, sizeof sum);
 }
+
+} // namespace ReferenceRenderer

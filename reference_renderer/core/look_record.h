@@ -13,6 +13,9 @@
 #include <span>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // The largest tables that a record holds.
 inline constexpr std::uint32_t kStoredCubeSize = 65;     // nodes a side
 inline constexpr std::uint32_t kStoredCurveSize = 65536; // entries per curve
@@ -96,3 +99,5 @@ void WriteRecord(const StoredLook& look, RecordBytes record) noexcept;
 
 // Writes the sum over a record of kCodedVersion again, after a change to it.
 void SealRecord(RecordBytes record) noexcept;
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 #include <array>
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -128,3 +131,5 @@ StoringError LargestError(const Look& source, const StoredLook& stored)
     }
     return largest;
 }
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // What storing a look costs: the largest difference in any channel between the tables of the look
 // and what is stored, and the value that reaches the table there.
 struct StoringError
@@ -30,3 +33,5 @@ StoringError StoreFitted(const Look& look, StoredLook& stored, std::vector<std::
 
 // Compares at every node of the cube, and along greys at every entry of the curves.
 StoringError LargestError(const Look& source, const StoredLook& stored);
+
+} // namespace ReferenceRenderer

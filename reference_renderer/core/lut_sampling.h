@@ -11,6 +11,9 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace ReferenceRenderer
+{
+
 // Value of an entry among `size` evenly spaced ones.
 inline float EntryValue(const Interval& domain, std::uint32_t entry, std::uint32_t size) noexcept
 {
@@ -180,3 +183,5 @@ inline CubeView ViewOf(const Cube& cube) noexcept
                            LoadFour(nodes + place.corners[3]) * place.weights[3];
     return {sum[0], sum[1], sum[2]};
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <cstddef>
 #include <string>
 
+namespace ReferenceRenderer
+{
+
 // Appends the shortest decimal number, without an exponent, that reads back as the same float: some
 // programs know no exponents. `number` is finite.
 inline void AppendFloat(std::string& text, float number)
@@ -35,3 +38,5 @@ inline std::string NumberText(double number, int digits)
                                       std::chars_format::general, digits);
     return {text.data(), result.ptr};
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <array>
 #include <cstring>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -93,3 +96,5 @@ Rgb PreparedLook::Grade(const Rgb& value) const noexcept
     RenderPlainRowFloat(*this, false, bytes, bytes, 1);
     return {pixel[2], pixel[1], pixel[0]};
 }
+
+} // namespace ReferenceRenderer

@@ -12,6 +12,9 @@
 #include <cstdint>
 #include <span>
 
+namespace ReferenceRenderer
+{
+
 class PreparedLook;
 class TableEncoder;
 
@@ -63,3 +66,5 @@ private:
     CodeLook m_codes;
     RowFunction* m_row8 = nullptr;
 };
+
+} // namespace ReferenceRenderer

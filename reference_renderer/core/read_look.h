@@ -6,9 +6,14 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 struct ReadLook
 {
     Look look;
     std::vector<std::string> warnings;
     double largestError = 0.0; // of the look against what the file says, in any channel
 };
+
+} // namespace ReferenceRenderer

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -274,3 +277,5 @@ std::size_t CubeBytesOf(const StoredLook& look) noexcept
 {
     return look.codedVersion == kCodedVersion ? HeadOf(look.coded).cubeBytes : 0;
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <cstdint>
 #include <span>
 
+namespace ReferenceRenderer
+{
+
 // Steps of a table, as exponents of 2: at the finest, values are within a 123000th of the range of
 // their channel, half a step and the rounding to codes.
 inline constexpr std::uint32_t kFinestStep = 4;
@@ -36,3 +39,5 @@ std::uint32_t CubeStepOf(const StoredLook& look) noexcept;
 
 // Bytes that the cube takes in `coded`.
 std::size_t CubeBytesOf(const StoredLook& look) noexcept;
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <cstring>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -107,3 +110,5 @@ void RenderPlainRowFloat(const PreparedLook& look, bool linear, const std::byte*
         std::memcpy(target, result, kColourBytes);
     }
 }
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include "reference_renderer/core/prepared_look.h"
 
+namespace ReferenceRenderer
+{
+
 // Slope, offset and power of a display value.
 float ApplyFirstSteps(const StoredLook& look, std::size_t channel, float value) noexcept;
 
@@ -12,3 +15,5 @@ void RenderPlainRow8(const PreparedLook& look, const std::byte* source, std::byt
                      std::size_t width);
 void RenderPlainRowFloat(const PreparedLook& look, bool linear, const std::byte* source,
                          std::byte* target, std::size_t width);
+
+} // namespace ReferenceRenderer

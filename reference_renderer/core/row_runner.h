@@ -3,6 +3,9 @@
 
 #include "reference_renderer/core/frame_render.h"
 
+namespace ReferenceRenderer
+{
+
 class RowRunner
 {
 public:
@@ -12,3 +15,5 @@ public:
 protected:
     ~RowRunner() = default; // never deleted through this
 };
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 #include <optional>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -163,3 +166,5 @@ Look ReadSpi3d(std::string_view text, std::string_view path, std::vector<std::st
     look.cube = std::move(cube);
     return look;
 }
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 #include <string_view>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // By the first lines of the contents, which start behind any byte order mark.
 bool LooksLikeSpi1d(std::string_view text) noexcept;
 bool LooksLikeSpi3d(std::string_view text) noexcept;
@@ -16,3 +19,5 @@ bool LooksLikeSpi3d(std::string_view text) noexcept;
 // warning. Throw ImportError.
 Look ReadSpi1d(std::string_view text, std::string_view path, std::vector<std::string>& warnings);
 Look ReadSpi3d(std::string_view text, std::string_view path, std::vector<std::string>& warnings);
+
+} // namespace ReferenceRenderer

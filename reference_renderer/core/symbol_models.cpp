@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <numeric>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -95,3 +98,5 @@ std::size_t SymbolModels::Read(std::span<const std::uint8_t> bytes) noexcept
     }
     return used;
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <span>
 
+namespace ReferenceRenderer
+{
+
 inline constexpr std::uint32_t kSymbols = 43;
 inline constexpr std::uint32_t kContexts = 12;
 inline constexpr std::uint32_t kShareBits = 11;
@@ -41,3 +44,5 @@ public:
 private:
     std::array<std::array<SymbolShares, kSymbols>, kContexts> m_shares{};
 };
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 #include <bit>
 #include <cstring>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -490,3 +493,5 @@ void DecodeTable(std::span<const std::uint8_t> bytes, const TableShape& shape,
         WalkLattice(codes, shape, CodesPerStep(parts.head.step), maker);
     }
 }
+
+} // namespace ReferenceRenderer

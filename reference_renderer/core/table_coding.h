@@ -13,6 +13,9 @@
 #include <span>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // Steps are 2^0 to 2^kCoarsestStep codes. At the coarsest every node is what is expected of it.
 inline constexpr std::uint32_t kCoarsestStep = 21;
 
@@ -47,3 +50,5 @@ std::uint32_t StepOf(std::span<const std::uint8_t> bytes) noexcept;
 // are whole numbers from 0 to kTopCode.
 void DecodeTable(std::span<const std::uint8_t> bytes, const TableShape& shape,
                  float* codes) noexcept;
+
+} // namespace ReferenceRenderer

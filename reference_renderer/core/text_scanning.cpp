@@ -5,6 +5,9 @@
 #include <cmath>
 #include <system_error>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -138,3 +141,5 @@ bool EqualIgnoringCase(std::string_view left, std::string_view right) noexcept
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                       [](char a, char b) { return Lower(a) == Lower(b); });
 }
+
+} // namespace ReferenceRenderer

@@ -9,6 +9,9 @@
 #include <string>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // Hands out the lines of a text one by one. Lines end with LF, CR LF or CR, the last one with the
 // text. The text must outlive this.
 class LineScanner
@@ -44,3 +47,5 @@ std::string CleanText(std::string_view text, std::size_t limit = SIZE_MAX);
 std::string Quoted(std::string_view word);
 
 bool EqualIgnoringCase(std::string_view left, std::string_view right) noexcept;
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <optional>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -273,3 +276,5 @@ ReadLook Read3dl(std::string_view text, std::string_view path)
 {
     return ThreeDlReader(text, path).Read();
 }
+
+} // namespace ReferenceRenderer

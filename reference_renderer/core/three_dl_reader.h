@@ -7,8 +7,13 @@
 
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // By the first lines of the contents, which start behind any byte order mark.
 bool LooksLike3dl(std::string_view text) noexcept;
 
 // The look in `text`. `path` is for messages. Throws ImportError.
 ReadLook Read3dl(std::string_view text, std::string_view path);
+
+} // namespace ReferenceRenderer

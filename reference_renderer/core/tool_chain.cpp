@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 void ToolChain::Begin() noexcept
 {
     *this = {};
@@ -58,3 +61,5 @@ Look ToolChain::Result() const
     look.title = "Tool chain";
     return look;
 }
+
+} // namespace ReferenceRenderer

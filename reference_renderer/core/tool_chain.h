@@ -8,6 +8,9 @@
 #include <array>
 #include <cstdint>
 
+namespace ReferenceRenderer
+{
+
 // Tools, each a step of a CDL correction. They work in the order of the correction, whatever the
 // order in which they are added.
 inline constexpr std::uint32_t kToolSlope = 1;      // >= 0
@@ -46,3 +49,5 @@ private:
     std::array<std::int32_t, kToolSaturation + 1> m_places{}; // by tool: place + 1, 0 = not there
     std::int32_t m_count = 0;
 };
+
+} // namespace ReferenceRenderer

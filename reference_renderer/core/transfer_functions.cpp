@@ -5,6 +5,9 @@
 #include <cmath>
 #include <limits>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -173,3 +176,5 @@ TransferFunction LogFunction(std::string_view style, const LogParameters& parame
     }
     return {};
 }
+
+} // namespace ReferenceRenderer

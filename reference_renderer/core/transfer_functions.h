@@ -6,6 +6,9 @@
 #include <optional>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 using TransferFunction = std::function<double(double)>;
 
 struct ExponentParameters
@@ -28,3 +31,5 @@ struct LogParameters
 // An empty function for a style that is not known, and for parameters that make none.
 TransferFunction ExponentFunction(std::string_view style, const ExponentParameters& parameters);
 TransferFunction LogFunction(std::string_view style, const LogParameters& parameters);
+
+} // namespace ReferenceRenderer

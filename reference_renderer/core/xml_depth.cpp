@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -80,3 +83,5 @@ std::size_t DeepestElement(std::string_view text) noexcept
         }
     }
 }
+
+} // namespace ReferenceRenderer

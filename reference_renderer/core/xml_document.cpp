@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -123,3 +126,5 @@ std::vector<const XmlNode*> ElementsOf(const XmlNode& node)
     }
     return elements;
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 
 #include <rapidxml/rapidxml.hpp>
 
+namespace ReferenceRenderer
+{
+
 using XmlNode = rapidxml::xml_node<char>;
 
 // True when `text` starts as an XML document does.
@@ -45,3 +48,5 @@ std::string AttributeOf(const XmlNode& node, std::string_view name);
 std::string TextOf(const XmlNode& node);
 // The elements inside it, one level deep.
 std::vector<const XmlNode*> ElementsOf(const XmlNode& node);
+
+} // namespace ReferenceRenderer

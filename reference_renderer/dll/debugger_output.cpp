@@ -8,6 +8,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -64,3 +67,5 @@ void TellOutOfMemory() noexcept
 {
     TellOnce(kOutOfMemoryBit, "no memory for the look; pictures pass unchanged");
 }
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,9 @@
 
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // `message` is UTF-8. Any thread; what cannot be shown is dropped.
 void TellDebugger(std::string_view message) noexcept;
 
@@ -12,3 +15,5 @@ void TellDebugger(std::string_view message) noexcept;
 void TellUnusableRecord(RecordState state) noexcept;
 // The same for a look for which there is no memory.
 void TellOutOfMemory() noexcept;
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 // Nothing is declared for it in the toolchain's headers; ntdll.dll exports it.
 extern "C" NTSYSAPI BOOLEAN NTAPI RtlDllShutdownInProgress(void);
 
@@ -50,7 +53,7 @@ std::int32_t InitRenderer(std::uint32_t mode) noexcept
 void ExitRenderer() noexcept
 {
     // While the process ends, other threads are gone with the locks that they held.
-    if (!::RtlDllShutdownInProgress())
+    if (!RtlDllShutdownInProgress())
     {
         g_one.renderer.Stop();
     }
@@ -178,3 +181,5 @@ RENDERER_ENTRY_POINTS(CHECK_SIGNATURE)
 #undef CHECK_SIGNATURE
 
 } // namespace
+
+} // namespace ReferenceRenderer

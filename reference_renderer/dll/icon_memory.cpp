@@ -2,6 +2,9 @@
 
 #include <new>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -47,3 +50,5 @@ void IconMemory::Release() noexcept
         m_slot = FLS_OUT_OF_INDEXES;
     }
 }
+
+} // namespace ReferenceRenderer

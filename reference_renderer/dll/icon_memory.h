@@ -8,6 +8,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 // Needs no destructor; Release gives everything back.
 class IconMemory
 {
@@ -27,3 +30,5 @@ public:
 private:
     DWORD m_slot = FLS_OUT_OF_INDEXES;
 };
+
+} // namespace ReferenceRenderer

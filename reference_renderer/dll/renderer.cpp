@@ -18,6 +18,9 @@
 #include <string>
 #include <utility>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -279,3 +282,5 @@ void Renderer::ProduceChain()
     m_produced.resize(kRecordSize);
     WriteRecord(*stored, RecordBytes(m_produced.data(), kRecordSize));
 }
+
+} // namespace ReferenceRenderer

@@ -16,6 +16,9 @@
 #include <string_view>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // All operations: any thread, any number at a time; nothing escapes them. What they answer is said
 // in contract/entry_points.h and docs/renderer-contract.md.
 class Renderer
@@ -71,3 +74,5 @@ private:
     std::vector<std::uint8_t> m_produced;
     ToolChain m_chain;
 };
+
+} // namespace ReferenceRenderer

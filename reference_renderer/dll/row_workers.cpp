@@ -5,6 +5,9 @@
 #include <new>
 #include <shared_mutex>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -139,3 +142,5 @@ void RowWorkers::GiveBack(Crew* crew) noexcept
     crew->nextIdle = m_idle;
     m_idle = crew;
 }
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 // All operations: any thread. Needs no destructor; Stop gives everything back.
 class RowWorkers final : public RowRunner
 {
@@ -49,3 +52,5 @@ private:
     SlimLock m_idleLock;
     Crew* m_idle = nullptr;
 };
+
+} // namespace ReferenceRenderer

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -102,3 +105,5 @@ void ScaleByArea(const PixelRows& source, std::size_t width, std::size_t height,
         sink.WriteRow(y, sums.data());
     }
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // One axis of a scaling: which source pixels a target pixel covers, and how much of each.
 class AreaAxis
 {
@@ -59,3 +62,5 @@ protected:
 // Hands every row of the scaled picture, `width` x `height` pixels, to `sink`, top to bottom.
 // Reads each source row at most twice. Throws std::bad_alloc before the first row.
 void ScaleByArea(const PixelRows& source, std::size_t width, std::size_t height, PixelSink& sink);
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <bit>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -121,3 +124,5 @@ void DarkenTitle(HWND window) noexcept
         ::FreeLibrary(library);
     }
 }
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 // Windows that the calling thread makes meanwhile follow the resolution of each display.
 class DisplayScaleScope
 {
@@ -28,3 +31,5 @@ LOGFONTW MessageFont(int dpi) noexcept;
 
 // Asks for a dark title bar, where the system has one.
 void DarkenTitle(HWND window) noexcept;
+
+} // namespace ReferenceRenderer

@@ -11,6 +11,9 @@
 #include <cmath>
 #include <new>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -365,3 +368,5 @@ void EditorWindow::Say(const std::wstring& text, bool wrong) noexcept
     m_statusIsWrong = wrong;
     m_controls.Say(text);
 }
+
+} // namespace ReferenceRenderer

@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -38,3 +41,5 @@ float Nudged(const ControlFacts& facts, float value, float amount) noexcept
 {
     return Rounded(facts, double{value} + amount);
 }
+
+} // namespace ReferenceRenderer

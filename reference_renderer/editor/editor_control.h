@@ -6,6 +6,9 @@
 #include <array>
 #include <cstddef>
 
+namespace ReferenceRenderer
+{
+
 // In the order of the window, top to bottom.
 enum class Control
 {
@@ -113,3 +116,5 @@ inline constexpr float kFineStep = 0.001F;
 
 // `value` plus `amount`, within the values that can be typed, rounded to thousandths.
 float Nudged(const ControlFacts& facts, float value, float amount) noexcept;
+
+} // namespace ReferenceRenderer

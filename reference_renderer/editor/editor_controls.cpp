@@ -7,6 +7,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -216,3 +219,5 @@ void EditorControls::Say(const std::wstring& status) noexcept
     ::SetWindowTextW(m_status, status.c_str());
     ::InvalidateRect(m_status, nullptr, FALSE);
 }
+
+} // namespace ReferenceRenderer

@@ -13,6 +13,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 // Window thread. The windows are their parent's children and go with it.
 class EditorControls
 {
@@ -69,3 +72,5 @@ private:
     HWND m_status = nullptr;
     bool m_writing = false;
 };
+
+} // namespace ReferenceRenderer

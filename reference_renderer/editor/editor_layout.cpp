@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -178,3 +181,5 @@ EditorLayout LayoutOf(Extent client, int dpi) noexcept
 {
     return Placing(client, dpi).Layout();
 }
+
+} // namespace ReferenceRenderer

@@ -6,6 +6,9 @@
 
 #include <array>
 
+namespace ReferenceRenderer
+{
+
 // In physical pixels of the client area.
 struct Box
 {
@@ -70,3 +73,5 @@ struct EditorLayout
 
 // Client areas below SmallestClient are laid out as if they had that size.
 EditorLayout LayoutOf(Extent client, int dpi) noexcept;
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,9 @@
 
 #include <algorithm>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -106,3 +109,5 @@ void PaintResetButton(const DRAWITEMSTRUCT& item)
         ::BitBlt(item.hDC, 0, 0, size, size, source.get(), 0, 0, SRCCOPY);
     }
 }
+
+} // namespace ReferenceRenderer

@@ -11,6 +11,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 // What the ground shows besides fixed texts.
 struct GroundTexts
 {
@@ -28,3 +31,5 @@ void PaintButton(const DRAWITEMSTRUCT& item, const EditorTheme& theme, bool chos
 // A static control that leaves its text to its parent.
 void PaintStatus(const DRAWITEMSTRUCT& item, const EditorTheme& theme, bool wrong);
 void PaintResetButton(const DRAWITEMSTRUCT& item);
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <new>
 
+namespace ReferenceRenderer
+{
+
 EditorTheme::EditorTheme(int dpi) : m_dpi(dpi)
 {
     LOGFONTW font = MessageFont(dpi);
@@ -63,3 +66,5 @@ void WriteLines(HDC dc, HFONT font, COLORREF colour, const RECT& area,
     room.top += std::max<LONG>((area.bottom - area.top - needed.bottom) / 2, 0);
     ::DrawTextW(dc, text.data(), length, &room, kFormat | DT_END_ELLIPSIS);
 }
+
+} // namespace ReferenceRenderer

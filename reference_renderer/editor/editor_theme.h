@@ -11,6 +11,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 constexpr COLORREF Grey(std::uint32_t level) noexcept
 {
     return level | level << 8 | level << 16;
@@ -76,3 +79,5 @@ void WriteLine(HDC dc, HFONT font, COLORREF colour, const RECT& area, std::wstri
 // As many whole lines as `area` has room for, broken between words, in the middle of its height.
 void WriteLines(HDC dc, HFONT font, COLORREF colour, const RECT& area,
                 std::wstring_view text) noexcept;
+
+} // namespace ReferenceRenderer

@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -326,3 +329,5 @@ LRESULT EditorWindow::ColoursOf(HDC dc, HWND child) const noexcept
     ::SetBkColor(dc, kField);
     return reinterpret_cast<LRESULT>(m_theme->FieldBrush());
 }
+
+} // namespace ReferenceRenderer

@@ -18,6 +18,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 // Window thread, all of it.
 class EditorWindow : public WindowObject<EditorWindow>
 {
@@ -91,3 +94,5 @@ private:
     bool m_done = false;
     bool m_accepted = false;
 };
+
+} // namespace ReferenceRenderer

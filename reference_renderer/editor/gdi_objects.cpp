@@ -2,6 +2,9 @@
 
 #include <new>
 
+namespace ReferenceRenderer
+{
+
 BufferedPaint::BufferedPaint(HWND window) noexcept
     : m_window(window), m_screen(::BeginPaint(window, &m_paint))
 {
@@ -52,3 +55,5 @@ std::span<std::uint32_t> PixelBitmap::Pixels() const noexcept
     ::GdiFlush();
     return m_pixels;
 }
+
+} // namespace ReferenceRenderer

@@ -9,6 +9,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 struct GdiDeleter
 {
     void operator()(HGDIOBJ object) const noexcept { ::DeleteObject(object); }
@@ -78,3 +81,5 @@ private:
     BitmapHandle m_bitmap;
     std::span<std::uint32_t> m_pixels;
 };
+
+} // namespace ReferenceRenderer

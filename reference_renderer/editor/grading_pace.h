@@ -4,6 +4,9 @@
 
 #include <cstddef>
 
+namespace ReferenceRenderer
+{
+
 // With the time that painting takes, more than 30 updates a second.
 inline constexpr double kGradingBudgetMs = 16.0;
 
@@ -23,3 +26,5 @@ public:
 private:
     double m_msPerPixel = 0.0;
 };
+
+} // namespace ReferenceRenderer

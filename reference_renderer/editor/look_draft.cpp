@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <memory>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -219,3 +222,5 @@ void LookDraft::SetTitle(std::string_view title)
     m_look.title = {};
     std::copy(clean.begin(), clean.end(), m_look.title.begin());
 }
+
+} // namespace ReferenceRenderer

@@ -12,6 +12,9 @@
 #include <string>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // The numbers of a step, by channel; a step with one number has it first and leaves the rest 0.
 using StepNumbers = std::array<float, 3>;
 
@@ -65,3 +68,5 @@ private:
     CdlMode m_modeGiven;
     std::array<std::uint8_t, 4> m_option; // as in the record
 };
+
+} // namespace ReferenceRenderer

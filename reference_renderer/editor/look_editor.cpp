@@ -7,6 +7,9 @@
 
 #include <new>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -86,3 +89,5 @@ std::int32_t RunLookEditor(const FrameBufferDesc* preview, std::span<const std::
         return kEditorUnavailable;
     }
 }
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 #include <span>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // What the user saw and did not accept.
 inline constexpr std::int32_t kEditorCancelled = 0;
 
@@ -18,3 +21,5 @@ inline constexpr std::int32_t kEditorCancelled = 0;
 std::int32_t RunLookEditor(const FrameBufferDesc* preview, std::span<const std::uint8_t> record,
                            bool linear, RowRunner& runner,
                            std::vector<std::uint8_t>& accepted) noexcept;
+
+} // namespace ReferenceRenderer

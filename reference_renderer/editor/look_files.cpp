@@ -8,6 +8,9 @@
 
 #include <commdlg.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -83,3 +86,5 @@ std::wstring_view FileStemOf(std::wstring_view path) noexcept
     const std::wstring_view name = FileNameOf(path);
     return name.substr(0, name.find_last_of(L'.')); // npos takes all
 }
+
+} // namespace ReferenceRenderer

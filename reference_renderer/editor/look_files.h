@@ -9,6 +9,9 @@
 
 #include <shellapi.h>
 
+namespace ReferenceRenderer
+{
+
 struct LookFileAnswer
 {
     std::wstring path; // empty when there is none
@@ -24,3 +27,5 @@ std::vector<std::wstring> TakeDroppedFiles(HDROP drop);
 // "C:\looks\warm.cube" -> "warm.cube" and "warm".
 std::wstring_view FileNameOf(std::wstring_view path) noexcept;
 std::wstring_view FileStemOf(std::wstring_view path) noexcept;
+
+} // namespace ReferenceRenderer

@@ -6,6 +6,9 @@
 #include <array>
 #include <charconv>
 
+namespace ReferenceRenderer
+{
+
 std::string NumberText(float value)
 {
     constexpr int kMostDecimals = 5;
@@ -49,3 +52,5 @@ std::optional<float> TypedNumber(std::string_view text)
     }
     return ParseNumber(word);
 }
+
+} // namespace ReferenceRenderer

@@ -6,6 +6,9 @@
 #include <string>
 #include <string_view>
 
+namespace ReferenceRenderer
+{
+
 // Three decimals, or up to five where the value has more: "1.000", "-0.25", "0.01234" are written
 // "1.000", "-0.250", "0.01234".
 std::string NumberText(float value);
@@ -16,3 +19,5 @@ std::string ShortNumberText(float value);
 // What was typed: a decimal number with a point or one comma, spaces around it, a sign and an
 // exponent if need be. Nothing for any other text.
 std::optional<float> TypedNumber(std::string_view text);
+
+} // namespace ReferenceRenderer

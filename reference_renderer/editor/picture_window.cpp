@@ -8,6 +8,9 @@
 
 #include <windowsx.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -323,3 +326,5 @@ void PictureWindow::Say(HDC dc, const wchar_t* text) const noexcept
     ::GetClientRect(Window(), &client);
     WriteLine(dc, m_theme->Text(), kQuietText, client, text, DT_CENTER);
 }
+
+} // namespace ReferenceRenderer

@@ -9,6 +9,9 @@
 #include "reference_renderer/editor/preview_picture.h"
 #include "reference_renderer/editor/window_object.h"
 
+namespace ReferenceRenderer
+{
+
 enum class Compare
 {
     Graded,
@@ -69,3 +72,5 @@ private:
     Detail m_shown = Detail::Fine; // which of both is up to date
     GradingPace m_pace;
 };
+
+} // namespace ReferenceRenderer

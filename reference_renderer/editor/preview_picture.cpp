@@ -9,6 +9,9 @@
 #include <cmath>
 #include <cstring>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -241,3 +244,5 @@ FrameJob PreviewPicture::GradingJob(const PreparedLook& look, std::span<std::uin
     job.row = m_format == kFormatBgra8 ? look.Row8() : GradeFloatRow;
     return job;
 }
+
+} // namespace ReferenceRenderer

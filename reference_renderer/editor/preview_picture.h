@@ -11,6 +11,9 @@
 #include <span>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 struct PixelSize
 {
     std::size_t width = 0;
@@ -80,3 +83,5 @@ private:
     ScaledCopy m_fine;
     ScaledCopy m_coarse; // empty when the fine one is small enough
 };
+
+} // namespace ReferenceRenderer

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -72,3 +75,5 @@ void DrawResetGlyph(std::span<std::uint32_t> pixels, int size, std::uint32_t gro
         }
     }
 }
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,11 @@
 #include <cstdint>
 #include <span>
 
+namespace ReferenceRenderer
+{
+
 // Fills `size` x `size` pixels 0x00RRGGBB, the top row first, with `ground` and the sign in `ink`.
 void DrawResetGlyph(std::span<std::uint32_t> pixels, int size, std::uint32_t ground,
                     std::uint32_t ink) noexcept;
+
+} // namespace ReferenceRenderer

@@ -1,6 +1,9 @@
 // The windows of the look editor as other programs, such as its tests, find them.
 #pragma once
 
+namespace ReferenceRenderer
+{
+
 #define EDITOR_CLASS L"GlazelLookEditor"
 #define EDITOR_SLIDER_CLASS L"GlazelLookSlider"
 #define EDITOR_PICTURE_CLASS L"GlazelLookPicture"
@@ -23,3 +26,5 @@
 #define SLIDER_RESET 2
 #define SLIDER_BEGAN 3     // a drag; before its first SLIDER_MOVED
 #define SLIDER_CANCELLED 4 // the drag that was begun last: everything as before it
+
+} // namespace ReferenceRenderer

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 SliderTrack TrackOf(int width, int knobWidth) noexcept
 {
     return {knobWidth / 2.0, std::max(1.0, static_cast<double>(width - knobWidth))};
@@ -29,3 +32,5 @@ double SliderDrag::Position() const noexcept
 {
     return std::clamp(m_position, 0.0, 1.0);
 }
+
+} // namespace ReferenceRenderer

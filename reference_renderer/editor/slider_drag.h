@@ -2,6 +2,9 @@
 // Pure: no windows.h. Tests: tests/reference_renderer/editor/slider_drag_test.cpp.
 #pragma once
 
+namespace ReferenceRenderer
+{
+
 // The way that the knob's centre goes, in pixels of the slider's window.
 struct SliderTrack
 {
@@ -32,3 +35,5 @@ private:
     double m_position; // not limited: beyond an end the knob waits for the mouse to come back
     int m_pixel;
 };
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 
 #include <windowsx.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -233,3 +236,5 @@ void SliderWindow::PaintTrack(HDC dc, const RECT& groove, bool enabled) const no
          {std::min(from, value), groove.top + inset, std::max(from, value), groove.bottom - inset},
          enabled ? colour : kTrack);
 }
+
+} // namespace ReferenceRenderer

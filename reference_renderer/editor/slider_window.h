@@ -10,6 +10,9 @@
 
 #include <optional>
 
+namespace ReferenceRenderer
+{
+
 // Tells its parent with WM_COMMAND (SLIDER_MOVED and the others); changes its own value on
 // SLIDER_MOVED only. Window thread.
 class SliderWindow : public WindowObject<SliderWindow>
@@ -51,3 +54,5 @@ private:
     bool m_movesAll = false;
     std::optional<SliderDrag> m_drag;
 };
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <cstddef>
 #include <mutex>
 
+namespace ReferenceRenderer
+{
+
 extern "C" IMAGE_DOS_HEADER __ImageBase; // the linker's name for the start of this library
 
 namespace
@@ -72,3 +75,5 @@ void UnregisterEditorClasses() noexcept
         ::UnregisterClassW(kClasses[g_registered].name, ThisModule());
     }
 }
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 // This library's own handle, under which its window classes are registered.
 HINSTANCE ThisModule() noexcept;
 
@@ -81,3 +84,5 @@ private:
 
     HWND m_window = nullptr;
 };
+
+} // namespace ReferenceRenderer

@@ -12,6 +12,9 @@
 
 #include <windows.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -89,3 +92,5 @@ std::string WindowsFiles::Read(const std::string& path) const
     }
     return bytes;
 }
+
+} // namespace ReferenceRenderer

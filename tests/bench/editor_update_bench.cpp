@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <vector>
 
+using namespace ReferenceRenderer;
+
 namespace
 {
 

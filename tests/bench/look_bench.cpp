@@ -8,6 +8,8 @@
 #include <cstring>
 #include <vector>
 
+using namespace ReferenceRenderer;
+
 namespace
 {
 

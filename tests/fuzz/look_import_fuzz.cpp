@@ -6,6 +6,8 @@
 
 #include "tests/fuzz/fuzz_input.h"
 
+using namespace ReferenceRenderer;
+
 namespace
 {
 

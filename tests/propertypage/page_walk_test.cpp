@@ -16,6 +16,8 @@
 #include <atomic>
 #include <memory>
 
+using namespace ReferenceRenderer;
+
 namespace
 {
 

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -151,3 +154,5 @@ TEST(CdlReader, XmlIsRecognisedByItsFirstCharacter)
     EXPECT_FALSE(LooksLikeXml("LUT_3D_SIZE 2 <"));
     EXPECT_FALSE(LooksLikeXml(""));
 }
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -47,3 +50,5 @@ TEST(CdlWriter, TitlesThatAreNoNameAreDescribedAndGetAnIdThatIs)
     EXPECT_EQ(file.description, "7 <dark> & \"cool\"");
     EXPECT_EQ(ReadCdl(CorrectionFileText({}, ""), "a.cc", "").id, "look_");
 }
+
+} // namespace ReferenceRenderer

@@ -9,6 +9,9 @@
 #include <cmath>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -215,3 +218,5 @@ TEST(ChainFitting, NumbersThatNoLookHoldsAreRefused)
         }
     }
 }
+
+} // namespace ReferenceRenderer

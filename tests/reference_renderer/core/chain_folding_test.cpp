@@ -7,6 +7,9 @@
 #include <cmath>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -137,3 +140,5 @@ TEST(ChainFolding, ChainsOfAllKindsDoTheSameAfterwards)
         ExpectSame(chain, folded);
     }
 }
+
+} // namespace ReferenceRenderer

@@ -9,6 +9,9 @@
 #include <cmath>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -655,3 +658,5 @@ TEST(ClfReader, DocumentsThatCouldExhaustTheReaderAreRefused)
                   .find("is of version '4', and versions up to 3 are known"),
               std::string::npos);
 }
+
+} // namespace ReferenceRenderer

@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -210,3 +213,5 @@ TEST(CodeLook, RowsAreRenderedFromStacksOfEveryAlignment)
             [&] { EXPECT_EQ(Rendered(set, look->Codes().Cube(), source), plain); });
     }
 }
+
+} // namespace ReferenceRenderer

@@ -6,6 +6,9 @@
 
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -104,3 +107,5 @@ TEST(ColourChain, ATrilinearCubeHoldsWhatItsNodesHold)
     const Rgb corner = grading({1.0F, 0.0F, 4.0F});
     ExpectNear(Applied(step, {7.0, -3.0, 9.0}), {corner.r, corner.g, corner.b});
 }
+
+} // namespace ReferenceRenderer

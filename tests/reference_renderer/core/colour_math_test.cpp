@@ -5,6 +5,9 @@
 #include <cmath>
 #include <limits>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -119,3 +122,5 @@ TEST(ColourMath, AnUnclampedCorrectionKeepsValuesOutsideTheRange)
     EXPECT_EQ(ApplySlopeOffsetPower<CdlMode::Unclamped>(cdl, 0, 0.25F), -0.25F);
     EXPECT_NEAR(ApplySlopeOffsetPower<CdlMode::Unclamped>(cdl, 1, 3.0F), 9.0, 1e-4);
 }
+
+} // namespace ReferenceRenderer

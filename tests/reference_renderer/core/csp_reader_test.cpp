@@ -8,6 +8,9 @@
 #include <cmath>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -236,3 +239,5 @@ TEST(CspReader, FaultyFilesAreRefusedWithTheLine)
     EXPECT_NE(Failure(ready + "2 2 2\n0 0 0 0\n" + kEightNodes).find("line 14: '0' is more than"),
               std::string::npos);
 }
+
+} // namespace ReferenceRenderer

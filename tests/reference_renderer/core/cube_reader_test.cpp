@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -210,3 +213,5 @@ TEST(CubeReader, ADomainThatVideoRangeLeavesNoWidthIsRefused)
               "test.cube: line 4: the domain in video range does not rise from its minimum to its "
               "maximum; correct the two");
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <limits>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -109,3 +112,5 @@ TEST(CubeWriter, NumbersHaveNoExponentAndReadBackToTheLastBit)
         EXPECT_EQ(std::strtof(text.c_str(), nullptr), number) << text;
     }
 }
+
+} // namespace ReferenceRenderer

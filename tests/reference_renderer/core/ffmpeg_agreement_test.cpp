@@ -18,6 +18,9 @@
 
 #include <unistd.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -159,3 +162,5 @@ INSTANTIATE_TEST_SUITE_P(Luts, FfmpegAgreement,
                          testing::Values("warm_print.cube", "bleach_bypass.cube", "swirl.cube",
                                          "small.cube", "curve.cube"),
                          [](const auto& lut) { return lut.param.substr(0, lut.param.find('.')); });
+
+} // namespace ReferenceRenderer

@@ -14,6 +14,9 @@
 #include <random>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -207,3 +210,5 @@ TEST(FloatRows, RowsAreRenderedFromStacksOfEveryAlignment)
         }
     }
 }
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <cstring>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -144,3 +147,5 @@ TEST(FrameRender, WhatCannotBeRenderedIsLeftUntouched)
     EXPECT_EQ(DescribeFrame(nullptr, &target.desc, look.get(), 0, job), kFrameInvalid);
     EXPECT_EQ(DescribeFrame(&source.desc, nullptr, look.get(), 0, job), kFrameInvalid);
 }
+
+} // namespace ReferenceRenderer

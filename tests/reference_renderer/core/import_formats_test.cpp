@@ -11,6 +11,9 @@
 #include <iterator>
 #include <set>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -129,3 +132,5 @@ TEST(ImportFormats, LutsHoldNoCorrectionsToChoose)
         }
     }
 }
+
+} // namespace ReferenceRenderer

@@ -9,6 +9,9 @@
 #include <limits>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -240,3 +243,5 @@ TEST(LookBlend, CubesThatFillTheirRecordsStillBlend)
     const auto noise = [&](const Rgb&) { return Rgb{value(random), value(random), value(random)}; };
     EXPECT_LT(BlendError(CubeLook(CubeOf(33, noise)), CubeLook(CubeOf(33, noise)), 0.5), 4e-3);
 }
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -89,3 +92,5 @@ TEST(LookCache, KeepingALookHandsBackTheOneThatHadToGoUnlessItIsInUse)
     inUse.clear();
     EXPECT_EQ(cache.Keep(RecordNumber(11), std::make_shared<PreparedLook>()).get(), second);
 }
+
+} // namespace ReferenceRenderer

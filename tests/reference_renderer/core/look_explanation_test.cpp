@@ -10,6 +10,9 @@
 #include <limits>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -187,3 +190,5 @@ TEST(LookExplanation, LinearLightIsEncodedAndDecoded)
     EXPECT_NEAR(told.mixed->r, 0.75, 1e-5);
     EXPECT_NEAR(told.result.r, DecodeSrgb(0.75F), 1e-5);
 }
+
+} // namespace ReferenceRenderer

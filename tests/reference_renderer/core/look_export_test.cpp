@@ -11,6 +11,9 @@
 #include <cmath>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -283,3 +286,5 @@ TEST(LookExport, TablesOfNoStrengthLeaveACorrection)
     look.strength = 0.0F;
     EXPECT_TRUE(IsCorrection(Prepared(look)->Stored()));
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <cstring>
 #include <stdexcept>
 
+namespace ReferenceRenderer
+{
+
 bool MemoryFiles::Exists(const std::string& path) const
 {
     return files.count(path) != 0;
@@ -174,3 +177,5 @@ double Distance(const Rgb& left, const Rgb& right)
     return std::max({std::abs(double{left.r} - right.r), std::abs(double{left.g} - right.g),
                      std::abs(double{left.b} - right.b)});
 }
+
+} // namespace ReferenceRenderer

@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // Files in memory.
 class MemoryFiles final : public FileSource
 {
@@ -55,3 +58,5 @@ std::string ImportMessage(const std::string& text, const std::string& path = "lo
 
 // The largest difference between two colours in any channel.
 double Distance(const Rgb& left, const Rgb& right);
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -66,3 +69,5 @@ TEST(LookIcon, TheSceneIsGradedByTheLook)
         }
     }
 }
+
+} // namespace ReferenceRenderer

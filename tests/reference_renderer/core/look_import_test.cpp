@@ -7,6 +7,9 @@
 
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -261,3 +264,5 @@ TEST_F(LookImport, DamagedTextsAreImportedOrRefusedNothingElse)
     }
     EXPECT_GT(imported, 400);
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <limits>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -295,3 +298,5 @@ TEST(LookRecord, ReadingAnotherCorrectionOfTheSameTablesKeepsThem)
     ASSERT_EQ(ReadRecord(record, stored), RecordState::Usable);
     EXPECT_EQ(stored.cubeNodes[0], node);
 }
+
+} // namespace ReferenceRenderer

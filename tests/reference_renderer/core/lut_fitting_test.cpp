@@ -8,6 +8,9 @@
 #include <cmath>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -107,3 +110,5 @@ TEST(LutFitting, CurvesBesideTheLargestCubeKeepTheirEntries)
     EXPECT_EQ(fitting.stored.cubeSize, 65U);
     EXPECT_LT(fitting.error.size, 1e-4);
 }
+
+} // namespace ReferenceRenderer

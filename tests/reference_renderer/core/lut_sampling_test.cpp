@@ -10,6 +10,9 @@
 #include <limits>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -122,3 +125,5 @@ TEST(LutSampling, CurvesAreStraightBetweenEntries)
     EXPECT_FLOAT_EQ(view.Sample(1, 0.5F), 0.1F);
     EXPECT_FLOAT_EQ(view.Sample(2, 1.0F), -1.0F);
 }
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 #include <array>
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -156,3 +159,5 @@ Cdl SetCdl()
 {
     return {{1.1F, 0.95F, 0.9F}, {0.02F, -0.01F, 0.03F}, {0.9F, 1.1F, 1.2F}, 0.85F};
 }
+
+} // namespace ReferenceRenderer

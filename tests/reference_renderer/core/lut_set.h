@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 struct LutOfSet
 {
     std::string name;
@@ -21,3 +24,5 @@ Curves SetShaper();
 
 // A correction that moves every value.
 Cdl SetCdl();
+
+} // namespace ReferenceRenderer

@@ -11,6 +11,9 @@
 #include <limits>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -281,3 +284,5 @@ TEST(PreparedLook, ARecordThatCannotBeUsedLeavesANeutralLook)
     EXPECT_EQ(look.Read({}), RecordState::Empty);
     EXPECT_EQ(Render8(look, {1, 2, 3, 4}), (Pixel8{1, 2, 3, 4}));
 }
+
+} // namespace ReferenceRenderer

@@ -9,6 +9,9 @@
 #include <random>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 using Bytes = std::vector<std::byte>;
 
 inline std::vector<InstructionSet> AvailableSets()
@@ -57,3 +60,5 @@ __attribute__((noinline)) void FromEveryStackAlignment(Render&& render)
         FromEveryStackAlignment<Depth + 1>(render);
     }
 }
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -102,3 +105,5 @@ TEST(SpiReader, FaultyCubesAreRefusedWithTheLine)
               std::string::npos);
     EXPECT_NE(failure("SPILUT 2.0\n3 3\n2 2 2\n").find("only version 1.0"), std::string::npos);
 }
+
+} // namespace ReferenceRenderer

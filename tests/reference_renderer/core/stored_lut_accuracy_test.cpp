@@ -12,6 +12,9 @@
 #include <random>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -141,3 +144,5 @@ TEST(StoredLutAccuracy, CubesBehindACorrectionAndAShaper)
         }
     }
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <random>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -186,3 +189,5 @@ TEST(TableCoding, DamagedTablesAreRefusedOrGiveCodes)
     EXPECT_GT(refused, 500);
     EXPECT_LT(refused, 2900);
 }
+
+} // namespace ReferenceRenderer

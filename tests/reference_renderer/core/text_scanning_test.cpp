@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 TEST(TextScanning, LinesEndWithAnyOfTheThreeEndings)
 {
     LineScanner lines("one\r\ntwo\nthree\rfour\n\nlast");
@@ -82,3 +85,5 @@ TEST(TextScanning, CleanTextIsCutBetweenCharacters)
     EXPECT_EQ(CleanText("ab\xC3\xBC", 3), "ab");
     EXPECT_EQ(CleanText("ab\xC3\xBC", 4), "ab\xC3\xBC");
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <cmath>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -252,3 +255,5 @@ TEST(ThreeDlReader, PositionsThatLeaveTheirDepthOpenAreRefused)
     EXPECT_NE(Failure(Line(Even(257, 1023))).find("the nodes have 257 positions"),
               std::string::npos);
 }
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,9 @@
 #include <cmath>
 #include <limits>
 
+namespace ReferenceRenderer
+{
+
 TEST(ToolChain, ANewChainIsANeutralCorrection)
 {
     ToolChain chain;
@@ -67,3 +70,5 @@ TEST(ToolChain, ValuesThatAToolDoesNotTakeChangeNothing)
     EXPECT_EQ(chain.Result().cdl.slope[0], 1.0F);
     EXPECT_EQ(chain.Result().cdl.power[0], 1.0F);
 }
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 
 #include <rapidxml/rapidxml.hpp>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -85,3 +88,5 @@ TEST(XmlDepth, NoTextThatTheParserAcceptsIsDeeperThanCounted)
     }
     EXPECT_GT(accepted, 1000);
 }
+
+} // namespace ReferenceRenderer

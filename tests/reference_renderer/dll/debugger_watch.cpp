@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -56,3 +59,5 @@ std::size_t DebuggerWatch::CountOf(const std::string& words) const
     ::ReleaseSRWLockShared(&g_lock);
     return static_cast<std::size_t>(count);
 }
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,9 @@
 
 #include <string>
 
+namespace ReferenceRenderer
+{
+
 // From construction to destruction. One at a time in a process.
 class DebuggerWatch
 {
@@ -20,3 +23,5 @@ public:
 private:
     void* m_handler;
 };
+
+} // namespace ReferenceRenderer

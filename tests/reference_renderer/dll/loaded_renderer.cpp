@@ -3,6 +3,9 @@
 #include <bit>
 #include <stdexcept>
 
+namespace ReferenceRenderer
+{
+
 LoadedRenderer::LoadedRenderer() : m_module(::LoadLibraryA(RendererAPI::kLibraryName))
 {
     if (m_module == nullptr)
@@ -46,3 +49,5 @@ std::vector<std::uint8_t> LoadedRenderer::Import(const std::string& path) const
     }
     return Produced();
 }
+
+} // namespace ReferenceRenderer

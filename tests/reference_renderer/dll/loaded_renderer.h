@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 // Loads the library that lies beside the test program and starts it. Throws std::runtime_error when
 // it or one of its entry points is missing.
 class LoadedRenderer : public RendererAPI::EntryPoints
@@ -29,3 +32,5 @@ public:
 private:
     HMODULE m_module;
 };
+
+} // namespace ReferenceRenderer

@@ -20,6 +20,9 @@
 #include <memory>
 #include <numeric>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -497,3 +500,5 @@ TEST(LoadedRendererLife, UnloadingWithoutStoppingIsSafe)
         ASSERT_EQ(::GetModuleHandleA(kLibraryName), nullptr);
     }
 }
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <numeric>
 #include <random>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -125,3 +128,5 @@ TEST(AreaAverage, TheSharesOfAPixelAddUpToOneAndStayInside)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

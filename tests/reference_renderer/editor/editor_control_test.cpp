@@ -4,6 +4,9 @@
 
 #include <cmath>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -80,3 +83,5 @@ TEST(EditorControl, NudgingBackToZeroLeavesNoMinus)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

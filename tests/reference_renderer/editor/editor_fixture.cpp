@@ -6,6 +6,9 @@
 #include <cstdio>
 #include <fstream>
 
+namespace ReferenceRenderer
+{
+
 EditorTest::EditorTest() : m_pixels(std::size_t{64} * 36 * 4, 128)
 {
     m_preview.format = kFormatBgra8;
@@ -70,3 +73,5 @@ std::wstring EditorTest::WriteFile(const std::string& name, const std::string& t
     m_files.push_back(path);
     return path;
 }
+
+} // namespace ReferenceRenderer

@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 using Bytes = std::vector<std::uint8_t>;
 
 class EditorTest : public testing::Test
@@ -37,3 +40,5 @@ protected:
 private:
     std::vector<std::wstring> m_files;
 };
+
+} // namespace ReferenceRenderer

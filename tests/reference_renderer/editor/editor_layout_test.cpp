@@ -5,6 +5,9 @@
 #include <string>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -152,3 +155,5 @@ TEST(EditorLayout, TheSmallestWindowFitsASmallDisplay)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

@@ -4,6 +4,9 @@
 #include "tests/propertypage/panel_picture.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -250,3 +253,5 @@ TEST_F(EditorLooks, WithoutAPictureTheLookCanBeEditedAllTheSame)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

@@ -3,6 +3,9 @@
 
 #include "tests/reference_renderer/core/look_fixtures.h"
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -301,3 +304,5 @@ TEST_F(EditorNumbers, ResettingAllGivesANeutralLook)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

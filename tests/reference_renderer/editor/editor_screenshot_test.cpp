@@ -9,6 +9,9 @@
 
 #include <objbase.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -174,3 +177,5 @@ TEST_F(EditorScreenshot, ShowsADisplayOf144DotsPerInch)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

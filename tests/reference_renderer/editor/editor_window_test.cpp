@@ -7,6 +7,9 @@
 
 #include <array>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -513,3 +516,5 @@ TEST_F(EditorWindowTest, AHundredSessionsLeaveNoWindowsOrGdiObjectsBehind)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

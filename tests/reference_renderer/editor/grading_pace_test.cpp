@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -29,3 +32,5 @@ TEST(GradingPace, ForgetsAPictureThatTookLongForOnce)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

@@ -7,6 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -63,3 +66,5 @@ GuiObjects CountGuiObjects()
                              ::GetGuiResources(::GetCurrentProcess(), GR_USEROBJECTS)};
     return counted.gdi != 0 ? counted : GuiObjects{CountTable(), CountWindows()};
 }
+
+} // namespace ReferenceRenderer

@@ -6,6 +6,9 @@
 
 #include <limits>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -273,3 +276,5 @@ TEST(LookDraft, NumbersBeyondTheBoxesAreKeptUntilTheyAreEdited)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

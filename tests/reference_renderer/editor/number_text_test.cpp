@@ -4,6 +4,9 @@
 
 #include <clocale>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -77,3 +80,5 @@ TEST(NumberText, TheLocaleOfTheProgramDoesNotMatter)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

@@ -8,6 +8,9 @@
 #include <cstring>
 #include <stdexcept>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -182,3 +185,5 @@ void ShownEditor::PostKey(WPARAM key) const
 {
     ::PostMessageW(Focus(), WM_KEYDOWN, key, 0);
 }
+
+} // namespace ReferenceRenderer

@@ -10,6 +10,9 @@
 #include <functional>
 #include <string>
 
+namespace ReferenceRenderer
+{
+
 inline constexpr DWORD kDeadlineMs = 20000;
 inline constexpr std::int32_t kStillOpen = -1000; // no result of any editor
 
@@ -87,3 +90,5 @@ private:
     std::int32_t m_result = kStillOpen; // after m_thread ended
     HANDLE m_thread = nullptr;
 };
+
+} // namespace ReferenceRenderer

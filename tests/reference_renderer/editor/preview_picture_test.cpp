@@ -9,6 +9,9 @@
 #include <cmath>
 #include <limits>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -233,3 +236,5 @@ TEST(PreviewPicture, FillsTheRoomInItsOwnShape)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <vector>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -43,3 +46,5 @@ TEST(ResetGlyph, MixesEachChannelBetweenGroundAndInk)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace ReferenceRenderer
+{
+
 namespace
 {
 
@@ -53,3 +56,5 @@ TEST(SliderDrag, TheKnobWaitsAtTheEndUntilTheMouseComesBack)
 }
 
 } // namespace
+
+} // namespace ReferenceRenderer

@@ -20,6 +20,8 @@
 namespace
 {
 
+using namespace ReferenceRenderer;
+
 // What CLI11 fills before it becomes a command.
 struct PageWords
 {

@@ -14,6 +14,8 @@
 namespace
 {
 
+using namespace ReferenceRenderer;
+
 // What is rendered to see what becomes of one pixel.
 struct Source
 {

@@ -101,10 +101,10 @@ void RunLook(const LookCommand& command)
         renderer.ImportLook(command.input, command.unclamped ? RendererAPI::kImportUnclampedCdl
                                                              : RendererAPI::kImportRecord);
     SetLinear(look.record, command.linear, command.input);
-    const WrittenLook file =
-        format.make({command.output, look.record, look.description.title, command.points,
-                     [&](std::span<Rgb> colours) { renderer.Grade(look.record, colours); },
-                     renderer.State().path});
+    const WrittenLook file = format.make(
+        {command.output, look.record, look.description.title, command.points,
+         [&](std::span<ReferenceRenderer::Rgb> colours) { renderer.Grade(look.record, colours); },
+         renderer.State().path});
     const auto output = OpenSafeOutput(command.output, command.overwrite);
     output->Write(reinterpret_cast<const std::byte*>(file.bytes.data()), file.bytes.size());
     output->Commit();

@@ -16,6 +16,8 @@
 namespace
 {
 
+using namespace ReferenceRenderer;
+
 using Json = nlohmann::ordered_json;
 
 constexpr int kJsonVersion = 1;

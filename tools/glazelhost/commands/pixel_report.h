@@ -14,7 +14,7 @@
 // Red, green, blue and alpha; codes of 8 bits divided by 255.
 struct Pixel
 {
-    Rgb colour;
+    ReferenceRenderer::Rgb colour;
     float alpha = 1.0F;
 };
 
@@ -40,8 +40,8 @@ struct PixelReport
     Pixel input;
     Pixel rendered; // by the plug-in
     // What the record says; null when only its own renderer can read it.
-    const StoredLook* stored = nullptr;
-    std::optional<LookExplanation> steps; // of a record that says something
+    const ReferenceRenderer::StoredLook* stored = nullptr;
+    std::optional<ReferenceRenderer::LookExplanation> steps; // of a record that says something
 };
 
 // The largest difference in any channel between what the steps give and what was rendered, beyond

@@ -180,14 +180,15 @@ RendererLook RendererLibrary::ImportLook(const std::string& path, std::uint32_t 
     return look;
 }
 
-void RendererLibrary::Grade(std::span<const std::byte> record, std::span<Rgb> colours) const
+void RendererLibrary::Grade(std::span<const std::byte> record,
+                            std::span<ReferenceRenderer::Rgb> colours) const
 {
     Require();
     constexpr std::size_t kWidth = 1024; // a frame as renderers know them
     const std::size_t height = (colours.size() + kWidth - 1) / kWidth;
     using Pixel = std::array<float, 4>; // blue, green, red, alpha
     std::vector<Pixel> source(kWidth * height, Pixel{0.0F, 0.0F, 0.0F, 1.0F});
-    std::ranges::transform(colours, source.begin(), [](const Rgb& colour) {
+    std::ranges::transform(colours, source.begin(), [](const ReferenceRenderer::Rgb& colour) {
         return Pixel{colour.b, colour.g, colour.r, 1.0F};
     });
     constexpr float kNone = std::numeric_limits<float>::quiet_NaN();

@@ -55,7 +55,7 @@ public:
 
     // Grades display values in place: as floats that are no linear light. The renderer has been
     // started. Throws HostError when it leaves one as it was not asked to: untouched or not finite.
-    void Grade(std::span<const std::byte> record, std::span<Rgb> colours) const;
+    void Grade(std::span<const std::byte> record, std::span<ReferenceRenderer::Rgb> colours) const;
 
 private:
     template <typename Function>

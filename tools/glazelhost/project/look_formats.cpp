@@ -12,6 +12,8 @@
 namespace
 {
 
+using namespace ReferenceRenderer;
+
 // What a record of the reference renderer says, null for that of another one.
 std::unique_ptr<const StoredLook> StoredIn(std::span<const std::byte> record)
 {

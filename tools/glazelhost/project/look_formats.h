@@ -18,9 +18,9 @@ struct LookToWrite
     std::string path; // of the file
     std::span<const std::byte> record;
     std::string title;
-    std::optional<std::uint32_t> points; // of a cube; none: as suits the look
-    GradeColours grade;                  // by the renderer, with the record
-    std::string renderer;                // its path
+    std::optional<std::uint32_t> points;   // of a cube; none: as suits the look
+    ReferenceRenderer::GradeColours grade; // by the renderer, with the record
+    std::string renderer;                  // its path
 };
 
 struct WrittenLook

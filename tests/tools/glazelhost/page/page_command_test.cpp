@@ -16,6 +16,8 @@
 
 #include <filesystem>
 
+using namespace ReferenceRenderer;
+
 namespace
 {
 

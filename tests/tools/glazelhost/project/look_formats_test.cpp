@@ -7,6 +7,8 @@
 
 #include <array>
 
+using namespace ReferenceRenderer;
+
 namespace
 {
 
