@@ -3,6 +3,7 @@
 import json
 import os
 import pathlib
+import re
 import resource
 import shutil
 import signal
@@ -108,6 +109,33 @@ def test_pieces_of_a_stream_without_an_index_are_exact(tmp_path):
     words = ("--look", WARM, "--codec", "ffv1")
     assert farm("in.ts", "out.mkv", *words, "--chunks", 3, cwd=tmp_path).code == 0
     assert_like_unbroken(tmp_path / "in.ts", tmp_path / "out.mkv", tmp_path, *words)
+
+
+def move_index(path):
+    """A Matroska file's index says now that each key frame comes twice as early as it does."""
+    data = bytearray(path.read_bytes())
+    at = data.index(b"\x1c\x53\xbb\x6b")  # Cues; each time in them is B3, length, number
+    cue = re.compile(rb"\xbb.\xb3([\x81-\x84])", re.DOTALL)
+    found = list(cue.finditer(data, at))
+    assert len(found) > 3
+    for place in found:
+        number = slice(place.end(), place.end() + (place[1][0] & 0xF))
+        time = int.from_bytes(data[number], "big") // 2
+        data[number] = time.to_bytes(number.stop - number.start, "big")
+    path.write_bytes(data)
+
+
+def test_a_piece_after_a_wrong_seek_is_decoded_from_the_start(tmp_path):
+    source = tmp_path / "in.mkv"
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=64x48:rate=25", "-frames:v", 150, "-c:v", "libx264",
+           "-g", 12, "-cluster_time_limit", 400, source)
+    move_index(source)
+    words = ("--look", WARM, *LOSSLESS)
+    result = farm(source, "out.mkv", *words, "--chunks", 3, "--keep", cwd=tmp_path)
+    assert result.code == 0, result.lines
+    assert_like_unbroken(source, tmp_path / "out.mkv", tmp_path, *words)
+    logs = [path.read_text() for path in (tmp_path / "out.mkv.farm").glob("log-*.txt")]
+    assert sum("now from the start" in log for log in logs) == 1, "the seek was wrong indeed"
 
 
 @pytest.mark.parametrize("kind, words", [
@@ -276,6 +304,66 @@ def test_a_farm_that_ends_goes_on_where_it_was(number, long_clip, tmp_path):
     assert len(decoded(tmp_path / "out.mkv")) == 48
 
 
+def waits_when_joining(folder):
+    """An ffmpeg that joins as ever and then does not end; `folder`/joined is there by then."""
+    program = folder / "bin/ffmpeg"
+    program.parent.mkdir()
+    program.write_text(f"""#!/bin/sh
+case " $* " in *" concat "*) ;; *) exec {shutil.which("ffmpeg")} "$@" ;; esac
+{shutil.which("ffmpeg")} "$@" && touch "{folder}/joined" && exec sleep {DEADLINE}
+""")
+    program.chmod(0o755)
+    return {"PATH": f"{program.parent}:{os.environ['PATH']}"}
+
+
+def test_a_farm_that_is_killed_while_it_joins_joins_again(long_clip, tmp_path):
+    folder = tmp_path / "out.mkv.farm"
+    process = begin(long_clip, tmp_path / "out.mkv", env=waits_when_joining(tmp_path))
+    wait_until((tmp_path / "joined").exists)
+    process.kill()
+    end(process)
+    wait_until(lambda: not processes(folder))
+    assert not (tmp_path / "out.mkv").exists()
+    whole = pieces(folder)
+    assert len(whole) == 4
+    code, said = end(begin(long_clip, tmp_path / "out.mkv", "--keep"))
+    assert code == 0, said
+    assert pieces(folder) == whole, "these were not rendered again"
+    assert sorted(os.listdir(tmp_path)) == ["bin", "joined", "out.mkv", "out.mkv.farm"]
+    assert_like_unbroken(long_clip, tmp_path / "out.mkv", tmp_path, "--look", WARM, "--codec",
+                         "ffv1")
+
+
+def damage(folder, piece):
+    """The same size as ever, but another byte in the middle."""
+    path = folder / f"{piece}/piece.mkv"
+    data = bytearray(path.read_bytes())
+    data[len(data) // 2] ^= 0xFF
+    path.write_bytes(data)
+
+
+def assert_mends_a_damaged_piece(clip, made, **more):
+    words = (clip, made, "--look", WARM, "--codec", "ffv1", "--chunks", 4, "--keep")
+    assert farm(*words, cwd=made.parent, **more).code == 0
+    made.unlink()
+    folder = made.with_name(f"{made.name}.farm")
+    before = pieces(folder)
+    path = folder / "2/piece.mkv"
+    data = bytearray(path.read_bytes())
+    data[len(data) // 2] ^= 0xFF
+    path.write_bytes(data)  # of the size that it had
+    result = farm(*words, cwd=made.parent, **more)
+    assert result.code == 0, result.lines
+    assert any("piece 2" in line and "damaged" in line for line in result.lines), result.lines
+    after = pieces(folder)
+    assert [n for n in before if after[n] != before[n]] == [2]
+    assert_like_unbroken(clip, made, made.parent, "--look", WARM, "--codec", "ffv1")
+
+
+def test_a_piece_that_was_damaged_is_rendered_again(clip, tmp_path):
+    assert_mends_a_damaged_piece(clip, tmp_path / "out.mkv")
+
+
 def test_what_has_changed_meanwhile_is_refused(clip, tmp_path):
     shutil.copy(clip, tmp_path / "in.mkv")
     shutil.copy(WARM, tmp_path / "look.cube")
@@ -363,6 +451,10 @@ def test_a_cluster_survives_a_killed_task_and_the_end_of_who_submitted(cluster, 
     assert code == 0, said
     assert os.listdir(tmp_path) == ["out.mkv"]
     assert len(decoded(tmp_path / "out.mkv")) == 48
+
+
+def test_a_cluster_mends_a_piece_that_was_damaged(cluster, clip, tmp_path):
+    assert_mends_a_damaged_piece(clip, tmp_path / "out.mkv", how="slurm", env=cluster)
 
 
 def test_a_piece_that_fails_for_good_on_a_cluster_is_told(cluster, clip, tmp_path):

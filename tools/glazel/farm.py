@@ -80,7 +80,8 @@ def _run(options: Namespace, report: Report) -> None:
         farm = Farm(folder)
         if farm.state and (len(farm.missing()) < len(farm.pieces) or farm.tasks()):
             farm.check_same(state)
-            farm.save(farm.state | {"options": given, "keep": options.keep})
+            now = {"options": given, "keep": options.keep, "joined": False}
+            farm.save(farm.state | now)
             report.note(f"{folder}: {len(farm.missing())} of {len(farm.pieces)} pieces are missing")
         else:
             numbers = state.pop("numbers")
@@ -97,8 +98,7 @@ def _run(options: Namespace, report: Report) -> None:
             why = f"Slurm jobs {ids} are making it"
             raise Failure(job.output, why, f"wait for them, or end them: scancel {ids}")
         else:
-            _local(farm, jobs, report)
-            farm.join(report)
+            _render_and_join(farm, jobs, report)
     report.done(options.output, sum(map(len, farm.pieces)), time.monotonic() - started)
 
 
@@ -175,8 +175,13 @@ def _identity(job: Job, pattern: Pattern | None, given: dict[str, Any]) -> dict[
         for part in [word] if os.path.exists(word) else word.split("|"):
             file = part if os.path.exists(part) else part.rpartition("#")[0]
             if file:
-                found[file] = hashlib.sha256(Path(file).read_bytes()).hexdigest()
+                found[file] = _hash(Path(file))
     return found
+
+
+def _hash(file: Path) -> str:
+    with open(file, "rb") as contents:
+        return hashlib.file_digest(contents, "sha256").hexdigest()
 
 
 def _split(numbers: list[int], chunks: int | None, least: int) -> list[str]:
@@ -277,6 +282,16 @@ class Farm:
             return None
         return found if found["bytes"] == sizes else None
 
+    def forget_damaged(self) -> list[int]:
+        """The pieces whose files are no longer what was rendered; they are missing then."""
+        damaged = []
+        for piece in range(1, len(self.pieces) + 1):
+            record = self.record(piece)
+            if record and record["sha256"] != [_hash(file) for file in self.files(piece)]:
+                (self.folder / f"{piece}.json").unlink()
+                damaged.append(piece)
+        return damaged
+
     def missing(self) -> list[int]:
         return [n for n in range(1, len(self.pieces) + 1) if not self.record(n)]
 
@@ -307,14 +322,14 @@ class Farm:
         facts = {} if is_many else _stream(target)
         _write(
             self.folder / f"{piece}.json",
-            {"bytes": sizes, "frames": len(self.pieces[piece - 1]), "stream": facts}
+            {"bytes": sizes, "sha256": [_hash(file) for file in files], "stream": facts}
             | {"machine": socket.gethostname()},
         )
 
     def failure(self, piece: int | str, code: int | None) -> Failure:
-        what = f"piece {piece}"
+        what = "joining"
         if isinstance(piece, int):
-            what += f" (frames {self.state['pieces'][piece - 1]})"
+            what = f"piece {piece} (frames {self.state['pieces'][piece - 1]})"
         events = _tail(self.log(piece))
         said = [event["text"] for event in events if event.get("event") == "error"]
         if code == WRONG_USAGE and said:  # by the options that all pieces have
@@ -352,6 +367,9 @@ class Farm:
         job = replace(self.job(), strict=False)
         if self.missing():
             raise self.failure(self.missing()[0], None)
+        if damaged := self.forget_damaged():
+            why = "it has been damaged since it was rendered"
+            raise Failure(f"piece {damaged[0]}", why, f"check the disk, and {_AGAIN}")
         plan, target, _ = planned(job, {}, (False, False))
         if isinstance(target, Pattern):
             self._join_pictures(job, target)
@@ -507,6 +525,18 @@ def _own_wine() -> Iterator[None]:
             subprocess.run(["wineserver", "-k"], env=dict(os.environ) | words, check=False)
 
 
+def _render_and_join(farm: Farm, jobs: int, report: Report) -> None:
+    _local(farm, jobs, report)
+    try:
+        farm.join(report)
+    except Failure as error:
+        if not farm.missing():
+            raise
+        report.warn(f"{str(error).partition('; ')[0]}; it is rendered again")
+        _local(farm, jobs, report)
+        farm.join(report)
+
+
 def _local(farm: Farm, jobs: int, report: Report) -> None:
     waiting, tries = farm.missing(), Counter[int]()
     running: dict[int, subprocess.Popen[bytes]] = {}
@@ -588,8 +618,9 @@ def _slurm(farm: Farm, more: str | None, report: Report) -> None:
         if cancelled:
             raise Failure(farm.state["options"]["output"], "its jobs were cancelled", _AGAIN)
         missing = farm.missing()
-        failure = farm.failure(missing[0] if missing else "join", None)
-        if last or (not missing and "join" in farm.state["slurm"]):
+        joined = farm.log("join").exists()  # and so all pieces were there
+        failure = farm.failure("join" if joined or not missing else missing[0], None)
+        if last or not missing:
             raise failure
         report.warn(f"{str(failure).partition('; ')[0]}; it is tried again")
 
@@ -611,9 +642,9 @@ def _submit(farm: Farm, more: list[str]) -> None:
     ids: dict[str, str] = {}
     behind: list[str] = []
     missing = farm.missing()
+    for log in (farm.log(name) for name in ("join", *map(str, missing))):
+        log.unlink(missing_ok=True)
     if missing:
-        for piece in missing:
-            farm.log(piece).unlink(missing_ok=True)
         task = f"{shlex.join(_program('piece', farm))} $SLURM_ARRAY_TASK_ID"
         array = "--array=" + ",".join(map(str, missing))
         ids["array"] = _sbatch(farm, f"{task} || exec {task}", [array, *more], "%a")
