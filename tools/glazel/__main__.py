@@ -27,39 +27,31 @@ def main(words: list[str]) -> int:
     if not words or words[0] in ("--help", "-h", "help"):
         print(command_line.main_help(), end="", file=sys.stdout if words else sys.stderr)
         return DONE if words else WRONG_USAGE
-    report = Report("plain")
+    command, report = words[0], Report("plain")
     try:
-        options, unknown = command_line.parse(words[0], words[1:])
-        if words[0] in ("render", "farm"):
-            report = Report("none" if options.quiet else options.progress or "auto")
-        command_line.check_files(words[0], options)
-        if words[0] in ("render", "farm"):
-            for name in (signal.SIGINT, signal.SIGTERM):
-                signal.signal(name, _interrupt)
-        if words[0] == "farm":
-            farm.run(options, report)
-            return DONE
-        if words[0] == "render":
-            job, raw = command_line.render_job(options)
-            others = {f"--{n.replace('_', '-')}": getattr(options, n) for n in _PROJECTS}
-            render(job, report, {n: path for n, path in others.items() if path}, raw)
-            return DONE
-        if words[0] == "install":
+        options = command_line.parse(command, words[1:])
+        if command == "install":
             prepare.install(options.prefix)
             return DONE
-        return _pass_on(words)
+        if command not in ("render", "farm"):
+            return _pass_on(words)
+        report = Report("none" if options.quiet else options.progress or "auto")
+        for name in (signal.SIGINT, signal.SIGTERM):
+            signal.signal(name, _interrupt)
+        if command == "farm":
+            farm.run(options, words[1:], report)
+        else:
+            render(command_line.render_job(options), report)
+        return DONE
     except (Failure, Interrupted) as error:
         report.fail(str(error))
         return error.code
     except OSError as error:
         why = f"the system says: {error.strerror}"
-        report.fail(str(Failure(error.filename or words[0], why, "check the disk and your rights")))
+        report.fail(str(Failure(error.filename or command, why, "check the disk and your rights")))
     except Exception as error:  # a person gets a line, not our insides
-        report.fail(f"{words[0]}: {type(error).__name__}: {error}; report this to the makers")
+        report.fail(f"{command}: {type(error).__name__}: {error}; report this to the makers")
     return FAILED
-
-
-_PROJECTS = ("project", "save_project")
 
 
 def _pass_on(words: list[str]) -> int:

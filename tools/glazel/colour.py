@@ -11,48 +11,27 @@ from .probe import Colour, Media, PixelFormat
 
 _EXACT = "accurate_rnd+full_chroma_int+full_chroma_inp"
 _HD_WIDTH, _HD_HEIGHT = 1280, 576  # larger pictures of which nobody says it have the matrix of HD
-_MATRICES = {
-    "bt709": "709",
-    "smpte170m": "170m",
-    "bt470bg": "470bg",
-    "smpte240m": "smpte2400m",
-    "fcc": "fcc",
-    "bt2020nc": "2020_ncl",
-    "bt2020c": "2020_cl",
-    "ycgco": "ycgco",
-    "chroma-derived-nc": "chroma-derived-nc",
-    "chroma-derived-c": "chroma-derived-c",
-    "ictcp": "ictcp",
-}
-_TRANSFERS = {
-    "bt709": "709",
-    "gamma22": "bt470m",
-    "gamma28": "bt470bg",
-    "smpte170m": "601",
-    "linear": "linear",
-    "log100": "log100",
-    "log316": "log316",
-    "iec61966-2-4": "iec61966-2-4",
-    "iec61966-2-1": "iec61966-2-1",
-    "bt2020-10": "2020_10",
-    "bt2020-12": "2020_12",
-    "smpte2084": "smpte2084",
-    "arib-std-b67": "arib-std-b67",
-}
-_PRIMARIES = {
-    "bt709": "709",
-    "bt470m": "bt470m",
-    "bt470bg": "bt470bg",
-    "smpte170m": "170m",
-    "smpte240m": "240m",
-    "film": "film",
-    "bt2020": "2020",
-    "smpte428": "smpte428",
-    "smpte431": "smpte431",
-    "smpte432": "smpte432",
-}
-# The numbers work where the options of ffmpeg do not know a name.
-TRANSFER_NUMBERS = {"gamma22": "4", "gamma28": "5"}
+
+
+def _names(text: str) -> dict[str, str]:
+    """From ffprobe's to zscale's, which are mostly alike."""
+    pairs = (word.split("=") for word in text.split())
+    return {pair[0]: pair[-1] for pair in pairs}
+
+
+_MATRICES = _names(
+    "bt709=709 smpte170m=170m bt470bg=470bg smpte240m=smpte2400m bt2020nc=2020_ncl bt2020c=2020_cl "
+    "fcc ycgco chroma-derived-nc chroma-derived-c ictcp"
+)
+_TRANSFERS = _names(
+    "bt709=709 smpte170m=601 bt2020-10=2020_10 bt2020-12=2020_12 bt470m bt470bg linear log100 "
+    "log316 iec61966-2-4 iec61966-2-1 smpte2084 arib-std-b67"
+)
+_PRIMARIES = _names(
+    "bt709=709 smpte170m=170m smpte240m=240m bt2020=2020 bt470m bt470bg film smpte428 smpte431 "
+    "smpte432"
+)
+_RGB = ("gbr", "full")
 
 
 @dataclass(frozen=True)
@@ -67,7 +46,6 @@ class Raw:
 BGRA8 = Raw("bgra8", "bgra", "gbrap")
 BGRA16 = Raw("bgra16", "bgra64le", "gbrap16le")
 FLOATS = Raw("gbraf32", "gbrapf32le", "gbrapf32le")
-RAWS = {raw.name: raw for raw in (BGRA8, BGRA16, FLOATS)}
 
 
 def raw_for(number: PixelFormat, depth: str | None) -> Raw:
@@ -81,16 +59,17 @@ def raw_for(number: PixelFormat, depth: str | None) -> Raw:
     return BGRA16
 
 
-def understood(media: Media, matrix: str | None, full_range: bool | None) -> Colour:
+def understood(media: Media, matrix: str | None, range_: str | None) -> Colour:
     """The colours with what nobody says filled in."""
     colour = media.colour
     if media.format.rgb:
         return colour
-    if full_range is not None:
-        colour = replace(colour, full_range=full_range)
+    if range_:
+        colour = replace(colour, full_range=range_ == "full")
     guess = "bt709" if media.width >= _HD_WIDTH or media.height > _HD_HEIGHT else "smpte170m"
     known = colour.matrix if colour.matrix in _MATRICES else ""
-    return replace(colour, matrix=matrix or known or guess)
+    given = {"bt601": "smpte170m", "bt2020": "bt2020nc"}.get(matrix or "", matrix)
+    return replace(colour, matrix=given or known or guess)
 
 
 def output_colour(media: Media, read: Colour, target: PixelFormat, is_picture: bool) -> Colour:
@@ -107,17 +86,14 @@ def output_colour(media: Media, read: Colour, target: PixelFormat, is_picture: b
     return replace(colour, place=colour.place if has_place else "")
 
 
-def _zscale(matrix_in: str, full_in: bool, matrix: str, full: bool, place: str, more: str) -> str:
-    words = {
-        "min": matrix_in,
-        "rin": "full" if full_in else "limited",
-        "m": matrix,
-        "r": "full" if full else "limited",
-        "filter": "spline36",
-    }
-    if place:
-        words[place.split("=")[0]] = place.split("=")[1]
-    return "zscale=" + ":".join(f"{key}={value}" for key, value in words.items()) + more
+def _range(colour: Colour) -> str:
+    return "full" if colour.full_range else "limited"
+
+
+def _zscale(source: tuple[str, str], target: tuple[str, str], *more: str) -> str:
+    """`source` and `target` are a matrix and a range each."""
+    words = [f"min={source[0]}", f"rin={source[1]}", f"m={target[0]}", f"r={target[1]}"]
+    return "zscale=" + ":".join([*words, "filter=spline36", *filter(None, more)])
 
 
 def _tags(colour: Colour) -> str:
@@ -126,11 +102,25 @@ def _tags(colour: Colour) -> str:
     transfer, primaries = _TRANSFERS.get(colour.transfer), _PRIMARIES.get(colour.primaries)
     if not transfer or not primaries:
         return ""
-    return f":tin={transfer}:t={transfer}:pin={primaries}:p={primaries}"
+    return f"tin={transfer}:t={transfer}:pin={primaries}:p={primaries}"
 
 
 def _place(colour: Colour, number: PixelFormat, side: str) -> str:
     return f"{side}={colour.place or 'left'}" if number.sub_w or number.sub_h else ""
+
+
+def _resample_chroma(media: Media, colour: Colour) -> str:
+    """For sizes that zscale refuses."""
+    same = f"in_range={_range(colour)}:out_range={_range(colour)}"
+    return f"scale={same}:interl={1 if media.fields else 0}:flags=bicubic+{_EXACT}"
+
+
+def _full_chroma(number: PixelFormat) -> str:
+    return "format=yuva444p16le" if number.alpha else "format=yuv444p16le"
+
+
+def _dither(falls: bool) -> str:
+    return "dither=error_diffusion" if falls else "dither=none"
 
 
 def planar(number: PixelFormat) -> str:
@@ -162,34 +152,26 @@ def _by_fields(media: Media, number: PixelFormat, steps: list[str]) -> list[str]
 def decode_filters(media: Media, colour: Colour, raw: Raw) -> list[str]:
     """From the decoded samples to raw frames."""
     number = media.format
-    narrows = number.depth > 8 and raw is BGRA8
-    dither = ":dither=error_diffusion" if narrows else ":dither=none"
+    dither = _dither(number.depth > 8 and raw is BGRA8)
+    planes = f"format={raw.planes}"
     last = [f"format={raw.pixels}"] if raw.pixels != raw.planes else []
     if number.gray:
-        ends = f"in_range={'full' if colour.full_range else 'limited'}:out_range=full"
-        return [f"scale={ends}:flags={_EXACT}", f"format={raw.planes}", *last]
+        ends = f"in_range={_range(colour)}:out_range=full"
+        return [f"scale={ends}:flags={_EXACT}", planes, *last]
     if number.rgb:
         if number.depth == 8 and raw is BGRA8:
             return ["format=bgra"]
         if number.depth == 16 and not number.is_float and raw is BGRA16:
             return ["format=gbrap16le", "format=bgra64le"]
-        planes = _rgb_planes(number)
-        steps = [f"format={planes}", _zscale("gbr", True, "gbr", True, "", dither)]
-        return steps + [f"format={raw.planes}", *_full_alpha(number, raw), *last]
-    matrix = _MATRICES[colour.matrix]
-    more = _tags(colour) + dither
+        steps = [f"format={_rgb_planes(number)}", _zscale(_RGB, _RGB, dither), planes]
+        return steps + _full_alpha(number, raw) + last
+    source = _MATRICES[colour.matrix], _range(colour)
     if _divides(media, number):
-        place = _place(colour, number, "cin")
-        turn = _zscale(matrix, colour.full_range, "gbr", True, place, more)
-        steps = [f"format={planar(number)}", turn, f"format={raw.planes}"]
-        steps = _by_fields(media, number, steps)
+        turn = _zscale(source, _RGB, _place(colour, number, "cin"), _tags(colour), dither)
+        steps = _by_fields(media, number, [f"format={planar(number)}", turn, planes])
     else:
-        wide = "yuva444p16le" if number.alpha else "yuv444p16le"
-        range_ = "full" if colour.full_range else "limited"
-        same = f"in_range={range_}:out_range={range_}:interl={1 if media.fields else 0}"
-        turn = _zscale(matrix, colour.full_range, "gbr", True, "", more)
-        steps = [f"scale={same}:flags=bicubic+{_EXACT}", f"format={wide}", turn]
-        steps.append(f"format={raw.planes}")
+        turn = _zscale(source, _RGB, _tags(colour), dither)
+        steps = [_resample_chroma(media, colour), _full_chroma(number), turn, planes]
     return steps + _full_alpha(number, raw) + last
 
 
@@ -211,64 +193,46 @@ def _full_alpha(number: PixelFormat, raw: Raw) -> list[str]:
 
 def encode_filters(media: Media, colour: Colour, raw: Raw, target: PixelFormat) -> list[str]:
     """From raw frames to the samples of the encoder; `media` is what was decoded."""
-    falls = target.depth < min(media.format.depth, 16) and not target.is_float
-    dither = ":dither=error_diffusion" if falls else ":dither=none"
-    bits = 8 if raw is BGRA8 else 16 if raw is BGRA16 else 32
-    planes = "gbrp" if raw is BGRA8 and not target.alpha else raw.planes
-    steps = [f"format={planes}"]
-    if target.name == "pal8" or media_is_palette(target):
-        return [
-            "format=bgra",
-            "split[a][b];[a]palettegen=stats_mode=single[p];[b][p]paletteuse=new=1",
-        ]
+    if target.name in _PALETTES:
+        palette = "split[a][b];[a]palettegen=stats_mode=single[p];[b][p]paletteuse=new=1"
+        return ["format=bgra", palette]
+    bits = min(media.format.depth, 8 if raw is BGRA8 else 16)
+    dither = _dither(target.depth < bits and not target.is_float)
+    last = [f"format={target.name}"]
+    steps = ["format=gbrp" if raw is BGRA8 and not target.alpha else f"format={raw.planes}"]
     if target.rgb:
-        if target.depth == bits and not target.is_float and bits == 8:
-            return [f"format={target.name}"]
+        if raw is BGRA8 and target.depth == 8:
+            return last
         through = "gbrap" if target.depth == 8 else "gbrap16le"
-        if target.is_float or (target.name in _RGB_PLANES):
+        if target.is_float or target.name in _RGB_PLANES:
             through = target.name
-        if not (raw is BGRA16 and through == raw.planes):
-            more = dither if target.depth < bits else ":dither=none"
-            steps += [_zscale("gbr", True, "gbr", True, "", more), f"format={through}"]
-        return steps + ([f"format={target.name}"] if through != target.name else [])
-    matrix, full = _MATRICES[colour.matrix], colour.full_range
+        if raw is not BGRA16 or through != raw.planes:
+            steps += [_zscale(_RGB, _RGB, dither), f"format={through}"]
+        return steps + (last if through != target.name else [])
+    ends = _MATRICES[colour.matrix], _range(colour)
     if target.gray:
-        deep = "yuv444p" + (f"{target.depth}le" if target.depth > 8 else "")
-        turn = _zscale("gbr", True, matrix, full, "", _tags(colour) + dither)
-        plane = "" if target.depth == 8 else f"{target.depth}le"
-        return steps + [turn, f"format={deep}", "extractplanes=y", f"format=gray{plane}"]
+        plane = f"{target.depth}le" if target.depth > 8 else ""
+        turn = _zscale(_RGB, ends, _tags(colour), dither)
+        return steps + [turn, f"format=yuv444p{plane}", "extractplanes=y", f"format=gray{plane}"]
     if not _divides(media, target):
-        range_ = "full" if full else "limited"
-        wide = "yuva444p16le" if target.alpha else "yuv444p16le"
-        ends = f"in_range={range_}:out_range={range_}:interl={1 if media.fields else 0}"
-        turn = _zscale("gbr", True, matrix, full, "", _tags(colour) + ":dither=none")
-        steps += [turn, f"format={wide}", f"scale={ends}:flags=bicubic+{_EXACT}"]
-        return steps + [f"format={target.name}"]
-    middle = target.name if target.name in PLANAR else planar(target)
-    place = _place(colour, target, "c")
-    turn = _zscale("gbr", True, matrix, full, place, _tags(colour) + dither)
-    steps = _by_fields(media, target, steps + [turn, f"format={middle}"])
-    return steps + ([f"format={target.name}"] if middle != target.name else [])
+        turn = _zscale(_RGB, ends, _tags(colour), _dither(False))
+        return steps + [turn, _full_chroma(target), _resample_chroma(media, colour), *last]
+    middle = planar(target)
+    turn = _zscale(_RGB, ends, _place(colour, target, "c"), _tags(colour), dither)
+    steps = _by_fields(media, target, [*steps, turn, f"format={middle}"])
+    return steps + (last if middle != target.name else [])
 
 
-_RGB_PLANES = frozenset(
-    ["gbrp", "gbrap", "gbrap16le", "gbrpf32le", "gbrapf32le"]
-    + [f"gbrp{depth}le" for depth in (9, 10, 12, 14, 16)]
-)
-
-
-def media_is_palette(target: PixelFormat) -> bool:
-    """The encoder of GIF takes other small formats too, and would spoil the colours."""
-    return target.name in ("rgb8", "bgr8", "rgb4_byte", "bgr4_byte", "pal8")
+_PALETTES = ("rgb8", "bgr8", "rgb4_byte", "bgr4_byte", "pal8")  # formats that GIF's encoder takes
+_RGB_PLANES = ["gbrp", "gbrap", "gbrap16le", "gbrpf32le", "gbrapf32le"]
+_RGB_PLANES += [f"gbrp{depth}le" for depth in (9, 10, 12, 14, 16)]
 
 
 def tag_filter(colour: Colour, target: PixelFormat) -> str:
     """Tags on the frames themselves: some encoders look nowhere else. What nobody said is not said
     now, though the conversion has had to assume it."""
-    words = [f"range={'full' if colour.full_range else 'limited'}"]
-    words += [f"color_primaries={colour.primaries or 'unknown'}"]
-    transfer = {"gamma22": "bt470m", "gamma28": "bt470bg"}.get(colour.transfer, colour.transfer)
-    words += [f"color_trc={transfer or 'unknown'}"]
+    words = [f"range={_range(colour)}", f"color_primaries={colour.primaries or 'unknown'}"]
+    words += [f"color_trc={colour.transfer or 'unknown'}"]
     words += [] if target.rgb else [f"colorspace={colour.matrix or 'unknown'}"]
     return "setparams=" + ":".join(words)
 
@@ -277,8 +241,8 @@ def tag_options(colour: Colour) -> list[str]:
     """For muxers and encoders that look at the stream."""
     words = ["-color_range", "pc" if colour.full_range else "tv"]
     words += ["-color_primaries", colour.primaries] if colour.primaries else []
-    transfer = TRANSFER_NUMBERS.get(colour.transfer, colour.transfer)
-    words += ["-color_trc", transfer] if transfer else []
+    transfer = {"bt470m": "4", "bt470bg": "5"}.get(colour.transfer, colour.transfer)
+    words += ["-color_trc", transfer] if transfer else []  # numbers for names that ffmpeg lacks
     words += ["-colorspace", colour.matrix] if colour.matrix else []
     words += ["-chroma_sample_location", colour.place] if colour.place else []
     return words

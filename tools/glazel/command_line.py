@@ -6,29 +6,26 @@ import argparse
 import os
 import re
 import shlex
+from collections.abc import Callable
+from dataclasses import fields
 from fractions import Fraction
-from typing import NoReturn
+from typing import Any, NoReturn
 
 from .failure import Failure, WRONG_USAGE
 from .names import check_target, input_pattern, missing, suggestion
 from .plan import Job, parse_frames
 
 # A line for each option: its words, then its help. A|B|C are all the words that it takes.
-_TOOLS = """
---renderer DIR        folder of GZ3Renderer_x64.dll (default: beside the host program)
---plugin FILE         the plug-in (default: GlazelDX_x64.dll beside the host program)
-"""
-_OPTIONS = {
-    "render": """
---look FILE           the look to apply
+_OPTIONS = """
+--look FILE           the look
 --key TIME=LOOK       a look at a time; give it for each keyframe
 --ease linear|smooth  from one keyframe to the next (default: linear)
 --preset NAME         a preset of the effect, applied to the look
 --project FILE        what --save-project kept
 --save-project FILE   keep the look or the keyframes
---linear auto|on|off  take the pixels for linear light or not (default: auto)
+--linear auto|on|off  take the pixels for linear light or not (default: as look and input say)
 --unclamped           apply a CDL without clamping between its steps
---overwrite           replace an output, or a project, that exists
+--overwrite           replace what exists under the name of an output
 --strict              end with an error when the output cannot hold all that the input has
 --frames LIST         frames to render: 1-10,15,20-40x2 (default: all)
 --first N             number of the sequence's first picture (default: the lowest there is)
@@ -51,66 +48,29 @@ _OPTIONS = {
 --expect N            frames to expect of raw input, for the time left
 --progress auto|bar|plain|json|none  how to show progress (default: auto)
 --quiet               say nothing but errors
-""",
-    "page": """
---image FILE          the picture to grade (default: a test chart)
---look FILE           the look to begin with (default: none)
---linear on|off       take the pixels for linear light or not (default: as the look says)
---unclamped           apply a CDL without clamping between its steps
---depth 8|float       precision to work in (default: 8 for 8-bit input, else float)
---save-look FILE      where to put the look when the window closes
---overwrite           replace the FILE of --save-look that exists
-""",
-    "look": """
---points 2-65         points a side of a .cube (default: as exact as the look needs)
---overwrite           replace an output that exists
---linear on|off       take the pixels for linear light or not (default: as the look says)
---unclamped           apply a CDL without clamping between its steps
-""",
-    "blend": """
---overwrite           replace an output that exists
---unclamped           apply a CDL without clamping between its steps
-""",
-    "presets": """
---json                as one JSON object
-""",
-    "info": """
---json                as one JSON object
-""",
-    "compare": """
---threshold D         pixels that differ by more are counted (default: 1/255)
---warn-over D         end with exit code 3 when the largest difference is more
---fail-over D         end with exit code 4 when the largest difference is more
---picture FILE        where to put a picture of the differences
---amplify N           factor of the differences in the picture (default: 16)
---overwrite           replace a picture that exists
---size WxH            size of raw input
---json                as one JSON object
-""",
-    "explain": """
---colour R,G,B        a colour instead of a pixel
---look FILE           the look to explain
---linear auto|on|off  take the pixels for linear light or not (default: auto)
---unclamped           apply a CDL without clamping between its steps
---depth 8|float       precision to work in (default: 8 for 8-bit input, else float)
---frame N             number of the frame, as --frames of "render" has it (default: the first)
---size WxH            size of raw input
---json                as one JSON object
-""",
-    "install": "",
-}
-_FARM = """
 --jobs N              farm local: pieces at a time (default: half of the processor's cores)
 --chunks N            pieces to split it into (default: one for each 500 frames, and each job)
 --sbatch "..."        farm slurm: words for sbatch, such as "--partition=fast --cpus-per-task=4"
 --folder DIR          where pieces and state are kept until the end (default: OUTPUT.farm)
 --keep                leave that folder when all is done
+--image FILE          the picture to grade (default: a test chart)
+--save-look FILE      where to put the look when the window closes
+--points 2-65         points a side of a .cube (default: as exact as the look needs)
+--threshold D         pixels that differ by more are counted (default: 1/255)
+--warn-over D         end with exit code 3 when the largest difference is more
+--fail-over D         end with exit code 4 when the largest difference is more
+--picture FILE        where to put a picture of the differences
+--amplify N           factor of the differences in the picture (default: 16)
+--colour R,G,B        a colour instead of a pixel
+--frame N             number of the frame, as --frames of "render" has it (default: the first)
+--json                as one JSON object
+--renderer DIR        folder of GZ3Renderer_x64.dll (default: beside the host program)
+--plugin FILE         the plug-in (default: GlazelDX_x64.dll beside the host program)
 """
-_OF_WHOLES = ("--save-project", "--skip", "--size", "--input-", "--output-", "--expect")
-_OPTIONS["farm"] = "\n".join(
-    [_FARM.strip()]
-    + [line for line in _OPTIONS["render"].strip().splitlines() if not line.startswith(_OF_WHOLES)]
-)
+_ROWS = {
+    row[1]: row
+    for row in re.finditer(r'^--([\w-]+)(?: ("[^"\n]*"|\S+))? +(.*)$', _OPTIONS, re.MULTILINE)
+}
 _COMMANDS = {  # positional words and what the command is for
     "render": ("INPUT OUTPUT", "Render a picture, a sequence or a video with a look."),
     "farm": ("HOW INPUT OUTPUT", "Render in pieces: many at a time, or on a Slurm cluster."),
@@ -119,9 +79,28 @@ _COMMANDS = {  # positional words and what the command is for
     "blend": ("A B FRACTION OUT.look", "Blend two looks as between keyframes."),
     "presets": ("", "List the presets of the effect."),
     "info": ("", "Tell versions, classes, interfaces and the state of the renderer."),
-    "compare": ("A B", "Tell how far apart two pictures or sequences are."),
+    "compare": ("ONE OTHER", "Tell how far apart two pictures or sequences are."),
     "explain": ("...", "Tell what a look does to one pixel: X,Y INPUT, or --colour."),
     "install": ("PREFIX", "Copy the programs to PREFIX/lib/glazel and link PREFIX/bin/glazel."),
+}
+_HOSTS = "look key ease preset project linear unclamped bits dither seed"  # as "render" gets them
+_TOOLS = "renderer plugin"
+_JOB = (
+    f"{_HOSTS} overwrite strict frames first fps aspect depth codec quality "
+    f"encoder-options matrix range progress quiet {_TOOLS}"
+)
+_RAW = "size input-format input-light expect"
+_OPTIONS_OF = {  # x:A|B takes these words alone
+    "render": f"{_JOB} skip-bad-frames save-project {_RAW} output-format",
+    "farm": f"jobs chunks sbatch folder keep {_JOB}",
+    "page": f"image look linear:on|off unclamped depth save-look overwrite {_TOOLS}",
+    "look": f"points overwrite linear:on|off unclamped {_TOOLS}",
+    "blend": f"overwrite unclamped {_TOOLS}",
+    "presets": f"json {_TOOLS}",
+    "info": f"json {_TOOLS}",
+    "compare": "threshold warn-over fail-over picture amplify overwrite size json",
+    "explain": f"colour look linear unclamped depth frame size json {_TOOLS}",
+    "install": "",
 }
 _RENDER_HELP = """
 INPUT and OUTPUT are
@@ -158,13 +137,6 @@ Examples:
   glazel farm slurm film.mov graded.mov --look warm.cube --chunks 100 --sbatch "--account=film"
 
 Exit codes: those of "render". docs/farm.md tells how to set up a cluster."""
-_LOOKS = {"--look", "--key"}  # hold looks
-_FILES = {"--image", "--project"}  # hold files that must be there
-# Options of "render" that are not the host program's, or not as they are.
-_OWN = {"overwrite", "strict", "frames", "first", "fps", "skip_bad_frames", "depth", "codec"}
-_OWN |= {"quality", "encoder_options", "matrix", "range", "progress", "quiet", "aspect"}
-_RAW = {"size", "input_format", "input_light", "output_format", "expect"}
-_MATRICES = {"bt601": "smpte170m", "bt709": "bt709", "bt2020": "bt2020nc"}
 
 
 class _Parser(argparse.ArgumentParser):
@@ -188,11 +160,6 @@ def commands() -> list[str]:
     return list(_COMMANDS)
 
 
-def options_of(command: str) -> str:
-    more = "" if command in ("compare", "install") else _TOOLS
-    return _OPTIONS[command].strip("\n") + more.rstrip("\n")
-
-
 def _parser(command: str) -> _Parser:
     positional, purpose = _COMMANDS[command]
     parser = _Parser(
@@ -206,137 +173,129 @@ def _parser(command: str) -> _Parser:
         if word == "...":
             parser.add_argument("words", nargs="*", metavar="...")
         else:
-            parser.add_argument(word.lower().replace(".", "_"), metavar=word)
-    for line in options_of(command).strip().splitlines():
-        found = re.fullmatch(r'(--[\w-]+)(?: ("[^"]*"|\S+))? +(.*)', line)
-        assert found, line
-        name, value, text = found[1], found[2], found[3].replace("%", "%%")
-        if re.fullmatch(r"--[\w-]+ {2,}.*", line):
-            parser.add_argument(name, action="store_true", help=text)
-            continue
-        many = {"action": "append"} if name == "--key" else {}
-        choices = value.split("|") if "|" in value else None
-        parser.add_argument(name, metavar=value, choices=choices, help=text, **many)  # type: ignore
+            name = word.lower().replace(".", "_")
+            parser.add_argument(name, metavar=word, type=_TYPES.get(name, str))
+    for option in _OPTIONS_OF[command].split():
+        name, _, narrower = option.partition(":")
+        _, value, text = _ROWS[name].groups()
+        words: dict[str, Any] = {"help": text.replace("%", "%%")}
+        if value:
+            value = narrower or value
+            words |= {"metavar": value, "type": _TYPES.get(name, str)}
+            words |= {"choices": value.split("|")} if "|" in value else {}
+            words |= {"action": "append"} if name == "key" else {}
+        else:
+            words["action"] = "store_true"
+        parser.add_argument(f"--{name}", **words)
     return parser
 
 
-def parse(command: str, words: list[str]) -> tuple[argparse.Namespace, list[str]]:
-    """The options, and words for the host program that are not known here."""
+def parse(command: str, words: list[str]) -> argparse.Namespace:
+    """The options in their types. Throws Failure for names of files that are not there too."""
     if command not in _COMMANDS:
         near = suggestion(command, commands())
         raise Failure(command, "there is no such command", near or "see glazel --help", WRONG_USAGE)
     parser = _parser(command)
     known = [name for action in parser._actions for name in action.option_strings]
-    for word in words[: words.index("--")] if "--" in words else words:
+    given: list[str] = []
+    for at, word in enumerate(words):
         near = suggestion(word.partition("=")[0], known)
+        if word == "--":
+            given += words[at:]
+            break
         if word.startswith("--") and word.partition("=")[0] not in known and near:
             raise Failure(word, "there is no such option", near, WRONG_USAGE)
-    options, unknown = parser.parse_known_args(words)
+        if given and given[-1] in ("--sbatch", "--encoder-options"):
+            given[-1] += f"={word}"  # argparse would take "-an" for an option of ours
+        else:
+            given.append(word)
+    options, unknown = parser.parse_known_args(given)
     for word in unknown:
-        near = suggestion(word.partition("=")[0], known)
-        if command == "render" or near:
-            why = "there is no such option" if word.startswith("-") else "it is one word too many"
-            remedy = near or f'see "glazel {command} --help"'
-            raise Failure(word, why, remedy, WRONG_USAGE)
-    return options, unknown
+        why = "there is no such option" if word.startswith("-") else "it is one word too many"
+        raise Failure(word, why, f'see "glazel {command} --help"', WRONG_USAGE)
+    return options
 
 
-def check_look(word: str) -> None:
-    """Whether the files of FILE, FILE#ID or CDL|LUT are there."""
-    parts = [word] if os.path.exists(word) else word.split("|")
-    for part in parts:
+def _look(word: str) -> None:
+    """The files of FILE, FILE#ID or CDL|LUT are there."""
+    for part in [word] if os.path.exists(word) else word.split("|"):
         file = part if os.path.exists(part) else part.rpartition("#")[0] or part
         if file and not os.path.exists(file):
             raise missing(file)
 
 
-def check_files(command: str, options: argparse.Namespace) -> None:
-    """Misspelt names, before anything is installed or built."""
-    given = vars(options)
-    looks = [given[name] for name in ("look", "in", "a", "b") if isinstance(given.get(name), str)]
-    if command == "compare":
-        looks = []
-        for name in (given["a"], given["b"]):
-            if not os.path.exists(name) and not input_pattern(name):
-                raise missing(name)
-    looks += [key.partition("=")[2] for key in given.get("key") or [] if "=" in key]
-    for look in looks:
-        check_look(look)
-    for name in ("image", "project"):
-        if given.get(name) and not os.path.exists(given[name]):
-            raise missing(given[name])
-    if given.get("save_project"):
-        check_target(given["save_project"], options.overwrite)
+def _file(path: str) -> None:
+    if not os.path.exists(path) and not input_pattern(path):
+        raise missing(path)
 
 
-def _rate(text: str) -> Fraction:
+def _checked(check: Callable[[str], object]) -> Callable[[str], str]:
+    """The word as it is, when `check` has nothing against it."""
+
+    def same(text: str) -> str:
+        try:
+            check(text)
+        except ValueError as error:
+            raise argparse.ArgumentTypeError(str(error).lower()) from error
+        return text
+
+    return same
+
+
+def _ratio(text: str) -> Fraction:
     try:
-        rate = Fraction(text)
-        if rate > 0:
-            return rate.limit_denominator(1001) if "/" not in text else rate
+        ratio = Fraction(text.replace(":", "/"))
+        ratio = ratio if "/" in text else ratio.limit_denominator(1001)
     except (ValueError, ZeroDivisionError):
-        pass
-    why = "a rate is a number above 0, as in 25 or 30000/1001"
-    raise Failure(f"--fps {text}", why, 'see "glazel render --help"', WRONG_USAGE)
+        ratio = Fraction(0)
+    if ratio <= 0:
+        raise argparse.ArgumentTypeError(f"{text} is no number above 0, as 25 or 30000/1001 is")
+    return ratio
 
 
-def _number(options: argparse.Namespace, name: str, least: int, most: int) -> int | None:
-    text = getattr(options, name)
-    if text is None:
-        return None
-    if not text.isdigit() or not least <= int(text) <= most:
-        why = f"it is a number from {least} to {most}"
-        raise Failure(f"--{name} {text}", why, 'see "glazel render --help"', WRONG_USAGE)
-    return int(text)
+def _whole(least: int, most: int) -> Callable[[str], int]:
+    def number(text: str) -> int:
+        if not text.isdecimal() or not least <= int(text) <= most:
+            raise argparse.ArgumentTypeError(f"{text} is no number from {least} to {most}")
+        return int(text)
+
+    return number
 
 
-def render_job(options: argparse.Namespace) -> tuple[Job, tuple[bool, bool]]:
-    """The job, and whether raw frames come in and go out."""
+_TYPES: dict[str, Callable[[str], Any]] = {
+    **dict.fromkeys(("in", "a", "b", "look"), _checked(_look)),
+    **dict.fromkeys(("one", "other", "image", "project"), _checked(_file)),
+    **dict.fromkeys(("encoder-options", "sbatch"), _checked(shlex.split)),
+    **dict.fromkeys(("fps", "aspect"), _ratio),
+    **dict.fromkeys(("jobs", "chunks"), _whole(1, 1 << 20)),
+    "key": _checked(lambda word: _look(word.partition("=")[2])),
+    "frames": _checked(parse_frames),
+    "quality": _whole(1, 100),
+    "first": _whole(0, 1 << 40),
+}
+
+
+def render_job(options: argparse.Namespace) -> Job:
     given = vars(options)
     if not any(given[name] for name in ("look", "key", "project", "preset")):
         remedy = 'give one, such as --look warm.cube; see "glazel render --help"'
         why = "there is no --look, --key, --project or --preset"
         raise Failure("command line", why, remedy, WRONG_USAGE)
-    if options.frames is not None:
-        parse_frames(options.frames)
-    try:
-        aspect = Fraction(options.aspect.replace(":", "/")) if options.aspect else None
-        shlex.split(options.encoder_options or "")
-    except (ValueError, ZeroDivisionError) as error:
-        why = str(error).lower()
-        raise Failure("command line", why, 'see "glazel render --help"', WRONG_USAGE) from error
-    raw_in = options.input == "-" and (options.size or options.input_format not in (None, "y4m"))
-    raw_out = options.output == "-" and options.output_format not in (None, "y4m")
-    own = _OWN | {"input", "output"}
-    if not raw_in and not options.input.endswith((".bgra", ".raw")):
-        own |= {"size", "input_format", "input_light", "expect"}
-    own |= set() if raw_out else {"output_format"}
+    if project := given.get("save_project"):
+        check_target(project, options.overwrite)
+    y4m = (None, "y4m")
+    is_raw = given.get("size") or given.get("input_format") not in y4m
+    raw_in = options.input == "-" and bool(is_raw)
+    raw_out = options.output == "-" and given.get("output_format") not in y4m
+    names = f"{_HOSTS} {_TOOLS} save-project" + (" output-format" if raw_out else "")
+    if raw_in or options.input.endswith((".bgra", ".raw")):
+        names += f" {_RAW}"
     host: list[str] = []
-    for name, value in given.items():
-        word = "--" + name.replace("_", "-")
-        if name in own or value in (None, False):
-            continue
-        values = value if isinstance(value, list) else [value]
-        host += [word] if value is True else [w for v in values for w in (word, v)]
-    if options.overwrite and options.save_project and options.output == "-":
+    for name in names.split():
+        value = given.get(name.replace("-", "_"))
+        for each in value if isinstance(value, list) else [value] if value else []:
+            host += [f"--{name}"] if each is True else [f"--{name}", each]
+    if options.overwrite and project and options.output == "-":
         host.append("--overwrite")
-    full = None if options.range is None else options.range == "full"
-    job = Job(
-        options.input,
-        options.output,
-        tuple(host),
-        options.frames,
-        _rate(options.fps) if options.fps else None,
-        _number(options, "first", 0, 1 << 40),
-        aspect,
-        options.depth,
-        options.codec,
-        _number(options, "quality", 1, 100),
-        options.encoder_options or "",
-        _MATRICES.get(options.matrix),
-        full,
-        options.overwrite,
-        options.strict,
-        options.skip_bad_frames,
-    )
-    return job, (bool(raw_in), raw_out)
+    own = {field.name: given[field.name] for field in fields(Job) if field.name in given}
+    return Job(**own, host=tuple(host), raw_in=raw_in, raw_out=raw_out)

@@ -5,6 +5,7 @@ from __future__ import annotations
 import hashlib
 import json
 import os
+import re
 import shlex
 import shutil
 import signal
@@ -23,13 +24,13 @@ from pathlib import Path
 from typing import Any
 
 from . import prepare, system
-from .command_line import render_job
+from .command_line import parse, render_job
 from .failure import Failure, Interrupted, WRONG_USAGE
-from .formats import HOST_PICTURES, PICTURES, RAW_FILES
+from .formats import RAW_FILES, is_picture
 from .names import Pattern, check_target, extension, ffmpeg_name, input_pattern, suggestion
 from .output import Unfinished
 from .pipeline import Child, parts
-from .plan import MILLISECONDS, Job, Part, Plan, chosen_frames, mux_command, runs
+from .plan import MILLISECONDS, Job, Part, Plan, chosen_frames, container_of, mux_command, runs
 from .probe import probe, with_times
 from .render import check, extracted, planned, render, tell, wanted
 from .report import Report
@@ -40,54 +41,46 @@ _TRIES = 3
 _POLL = 0.1  # seconds
 _POLL_SLURM = 2.0
 _GRACE = 0.7  # for pieces to clean up when all is to end
-_OWN = ("how", "jobs", "chunks", "sbatch", "folder", "keep", "progress", "quiet")
-_MISSING = "size input_format input_light output_format expect save_project skip_bad_frames".split()
 _COUNTED = ("frames", "rate", "times", "ticks", "stamps", "clock")
 _JOINED = "mp4 m4v mov mkv webm mxf avi nut flv ts mts m2ts".split()
 _SEEKS = ("mov", "matroska", "mxf")  # what begins at the key frame that was asked for
 _AGAIN = "run the same command again: what is whole is not rendered again"
 
 
-def run(options: Namespace, report: Report) -> None:
+def run(options: Namespace, words: list[str], report: Report) -> None:
+    """`words`: those of the command line that `options` were read from."""
     if options.how == "piece":  # of the job in the folder that stands where INPUT does
         Farm(Path(options.input)).render_piece(int(options.output), report)
     elif options.how == "join":
         Farm(Path(options.input)).join(report)
     elif options.how in ("local", "slurm"):
-        _run(options, report)
+        _run(options, words, report)
     else:
         near = suggestion(options.how, ["local", "slurm"])
         why = "it is neither local nor slurm"
         raise Failure(f"farm {options.how}", why, near or 'see "glazel farm --help"', WRONG_USAGE)
 
 
-def _run(options: Namespace, report: Report) -> None:
+def _run(options: Namespace, words: list[str], report: Report) -> None:
     started = time.monotonic()
     if options.how == "slurm" and not shutil.which("sbatch"):
         why = "sbatch is not installed here"
         raise Failure("farm slurm", why, "run it where jobs are submitted, or use farm local")
-    jobs = _count(options, "jobs") or max(1, (os.cpu_count() or 2) // 2)
-    options.input, options.output = (
-        word if word == "-" else os.path.abspath(word) for word in (options.input, options.output)
-    )
-    folder = Path(os.path.abspath(options.folder or options.output + ".farm"))
-    given = {k: v for k, v in vars(options).items() if k not in _OWN}
-    job = _job(given)
-    _check_kinds(job)
-    state = _state(job, given, report)
+    jobs = options.jobs or max(1, (os.cpu_count() or 2) // 2)
+    job = _job(options)
+    folder = Path(os.path.abspath(options.folder or job.output + ".farm"))
+    state = _state(job, words, report)
     prepare.programs()
     with _owned(folder):
         farm = Farm(folder)
         if farm.state and (len(farm.missing()) < len(farm.pieces) or farm.tasks()):
-            farm.check_same(state)
-            now = {"options": given, "keep": options.keep, "joined": False}
+            farm.check_same(job)
+            now = {"words": words, "keep": options.keep, "joined": False}
             farm.save(farm.state | now)
             report.note(f"{folder}: {len(farm.missing())} of {len(farm.pieces)} pieces are missing")
         else:
             numbers = state.pop("numbers")
-            pieces = _split(
-                numbers, _count(options, "chunks"), jobs if options.how == "local" else 1
-            )
+            pieces = _split(numbers, options.chunks, jobs if options.how == "local" else 1)
             for log in folder.glob("log-*.txt"):  # of one that came to nothing
                 log.unlink()
             farm.save(state | {"pieces": pieces, "slurm": {}, "keep": options.keep})
@@ -99,20 +92,13 @@ def _run(options: Namespace, report: Report) -> None:
             raise Failure(job.output, why, f"wait for them, or end them: scancel {ids}")
         else:
             _render_and_join(farm, jobs, report)
-    report.done(options.output, sum(map(len, farm.pieces)), time.monotonic() - started)
+    report.done(job.output, farm.frames(), time.monotonic() - started)
 
 
-def _count(options: Namespace, name: str) -> int | None:
-    text = getattr(options, name)
-    if text is not None and (not text.isdigit() or int(text) < 1):
-        why = "it is a number from 1 on"
-        raise Failure(f"--{name} {text}", why, 'see "glazel farm --help"', WRONG_USAGE)
-    return int(text) if text else None
-
-
-def _job(given: dict[str, Any]) -> Job:
-    job, _ = render_job(Namespace(**dict.fromkeys(_MISSING), **given))
-    return job
+def _job(options: Namespace) -> Job:
+    job = render_job(options)
+    _check_kinds(job)
+    return replace(job, input=os.path.abspath(job.input), output=os.path.abspath(job.output))
 
 
 def _check_kinds(job: Job) -> None:
@@ -120,24 +106,22 @@ def _check_kinds(job: Job) -> None:
     for path in (job.input, job.output):
         if path == "-" or extension(path) in RAW_FILES:
             raise Failure(path, "raw frames and pipes are not split", remedy, WRONG_USAGE)
-    is_picture = extension(job.input) in HOST_PICTURES | PICTURES
-    if is_picture and not input_pattern(job.input) and os.path.exists(job.input):
+    if is_picture(job.input) and not input_pattern(job.input) and os.path.exists(job.input):
         raise Failure(job.input, "it is one picture", remedy, WRONG_USAGE)
-    kind = extension(job.output)
-    if kind in HOST_PICTURES | PICTURES:
+    container_of(job.output)
+    if is_picture(job.output):
         if not Pattern.parse(job.output):
             why, remedy = "it is one picture", "name a sequence like out_%04d.png"
             raise Failure(job.output, why, remedy, WRONG_USAGE)
-    elif kind not in _JOINED:
-        why = f"pieces of .{kind} are not joined"
-        raise Failure(
-            job.output, why, f"name one like .mkv, .mov or .mp4, or {remedy}", WRONG_USAGE
-        )
+    elif extension(job.output) not in _JOINED:
+        why = "pieces of such files are not joined"
+        remedy = f"name one like .mkv, .mov or .mp4, or {remedy}"
+        raise Failure(job.output, why, remedy, WRONG_USAGE)
 
 
-def _state(job: Job, given: dict[str, Any], report: Report) -> dict[str, Any]:
+def _state(job: Job, words: list[str], report: Report) -> dict[str, Any]:
     """What a farm starts from, as JSON. Throws Failure for what would be wrong with the render."""
-    plan, target, _ = planned(job, {}, (False, False))
+    plan = planned(job)
     pattern = input_pattern(job.input)
     tell(job, report, plan)
     if pattern:
@@ -155,27 +139,27 @@ def _state(job: Job, given: dict[str, Any], report: Report) -> dict[str, Any]:
         counted = {name: getattr(media, name) for name in _COUNTED}
         counted |= {name: str(counted[name]) for name in ("rate", "clock")}
         origin = 1
-    for name in map(target.path, numbers) if isinstance(target, Pattern) else ():
+    for name in map(plan.target.path, numbers) if isinstance(plan.target, Pattern) else ():
         check_target(name, job.overwrite)
-    identity = _identity(job, pattern, given)
-    state = {"version": 1, "cwd": os.getcwd(), "options": given, "identity": identity}
-    state |= {"counted": counted, "origin": origin, "numbers": numbers}
-    result: dict[str, Any] = json.loads(json.dumps(state))
-    return result
+    state = {"version": 1, "cwd": os.getcwd(), "words": words, "output": job.output}
+    state |= {"identity": _identity(job), "counted": counted, "origin": origin, "numbers": numbers}
+    return state
 
 
-def _identity(job: Job, pattern: Pattern | None, given: dict[str, Any]) -> dict[str, Any]:
+def _identity(job: Job) -> dict[str, str]:
     """Of the files that a piece depends on: input by size and time, looks by what they hold."""
+    pattern = input_pattern(job.input)
     files = [pattern.path(number) for number in pattern.numbers()] if pattern else [job.input]
     facts = [(os.path.basename(file), os.stat(file)) for file in files]
     text = json.dumps([(name, fact.st_size, fact.st_mtime_ns) for name, fact in facts])
     found = {job.input: hashlib.sha256(text.encode()).hexdigest()}
-    words = [given[name] for name in ("look", "project") if given.get(name)]
-    for word in words + [key.partition("=")[2] for key in given.get("key") or []]:
-        for part in [word] if os.path.exists(word) else word.split("|"):
-            file = part if os.path.exists(part) else part.rpartition("#")[0]
-            if file:
-                found[file] = _hash(Path(file))
+    for option, word in zip(job.host, job.host[1:]):
+        if option in ("--look", "--key", "--project"):
+            look = word.partition("=")[2] if option == "--key" else word
+            for part in [look] if os.path.exists(look) else look.split("|"):
+                file = part if os.path.exists(part) else part.rpartition("#")[0]
+                if file:
+                    found[file] = _hash(Path(file))
     return found
 
 
@@ -223,55 +207,49 @@ class Farm:
     def __init__(self, folder: Path) -> None:
         self.folder = folder
         self.state: dict[str, Any] = {}
-        self.pieces: list[list[int]] = []  # the frames of each
+        self.pieces: dict[int, list[int]] = {}  # the frames of each
         if (folder / "state.json").exists():
             self._take(json.loads((folder / "state.json").read_bytes()))
 
     def _take(self, state: dict[str, Any]) -> None:
         self.state = state
-        self.pieces = [chosen_frames(text, 0, 1 << 62) for text in state["pieces"]]
+        frames = (chosen_frames(text, 0, 1 << 62) for text in state["pieces"])
+        self.pieces = dict(enumerate(frames, 1))
 
     def save(self, state: dict[str, Any]) -> None:
         self._take(state)
         _write(self.folder / "state.json", state)
 
     def job(self) -> Job:
+        """Throws Failure when what it depends on has changed."""
         if not self.state:
             raise Failure(str(self.folder), "there is no farm in it", _AGAIN)
         os.chdir(self.state["cwd"])
-        job = _job(self.state["options"])
-        identity = _identity(job, input_pattern(job.input), self.state["options"])
-        self._check_identity(identity)
-        counted = dict(self.state["counted"])
-        for name in ("rate", "clock") if counted else ():
-            counted[name] = Fraction(counted[name])
-        return replace(job, part=Part(counted, self.state["origin"], False))
-
-    def check_same(self, state: dict[str, Any]) -> None:
-        def essence(of: dict[str, Any]) -> list[Any]:  # the rest may be otherwise now
-            return [of["cwd"], of["options"] | {"overwrite": None, "strict": None}]
-
-        if essence(state) != essence(self.state):
-            why = f"a farm that was begun in {self.state['cwd']} with other options is there"
-            remedy = "repeat its command, remove the folder to begin anew, or give --folder"
-            raise Failure(str(self.folder), why, remedy)
-        self._check_identity(state["identity"])
-
-    def _check_identity(self, identity: dict[str, Any]) -> None:
+        job = _job(parse("farm", self.state["words"]))
+        identity = _identity(job)
         for file, was in self.state["identity"].items():
             if identity.get(file) != was:
                 why = f"it has changed since pieces of it were rendered into {self.folder}"
                 raise Failure(file, why, "put it back, or remove that folder to begin anew")
+        return job
+
+    def check_same(self, job: Job) -> None:
+        """Whether `job` is the one that was begun; what is no matter of pieces may differ."""
+        free = {"overwrite": False, "strict": False}
+        here = os.getcwd() == self.state["cwd"]
+        if not here or replace(self.job(), **free) != replace(job, **free):
+            why = f"a farm that was begun in {self.state['cwd']} with other options is there"
+            remedy = "repeat its command, remove the folder to begin anew, or give --folder"
+            raise Failure(str(self.folder), why, remedy)
 
     def log(self, piece: int | str) -> Path:
         return self.folder / f"log-{piece}.txt"
 
     def files(self, piece: int) -> list[Path]:
-        kind = extension(self.state["options"]["output"])
-        place = self.folder / str(piece)
-        if kind in HOST_PICTURES | PICTURES:
-            return [place / f"{number:08}.{kind}" for number in self.pieces[piece - 1]]
-        return [place / f"piece.{kind}"]
+        names = ["piece"]
+        if is_picture(self.state["output"]):
+            names = [f"{number:08}" for number in self.pieces[piece]]
+        return [self.folder / f"{piece}/{n}.{extension(self.state['output'])}" for n in names]
 
     def record(self, piece: int) -> dict[str, Any] | None:
         """What is known of a piece that is whole."""
@@ -285,7 +263,7 @@ class Farm:
     def forget_damaged(self) -> list[int]:
         """The pieces whose files are no longer what was rendered; they are missing then."""
         damaged = []
-        for piece in range(1, len(self.pieces) + 1):
+        for piece in self.pieces:
             record = self.record(piece)
             if record and record["sha256"] != [_hash(file) for file in self.files(piece)]:
                 (self.folder / f"{piece}.json").unlink()
@@ -293,7 +271,7 @@ class Farm:
         return damaged
 
     def missing(self) -> list[int]:
-        return [n for n in range(1, len(self.pieces) + 1) if not self.record(n)]
+        return [piece for piece in self.pieces if not self.record(piece)]
 
     def render_piece(self, piece: int, report: Report) -> None:
         """What a task does."""
@@ -302,22 +280,22 @@ class Farm:
             return
         files = self.files(piece)
         files[0].parent.mkdir(exist_ok=True)
-        is_many = extension(job.output) in HOST_PICTURES | PICTURES
+        is_many = is_picture(job.output)
         target = str(files[0].parent / f"%08d{files[0].suffix}") if is_many else str(files[0])
-        part, frames = job.part, self.state["pieces"][piece - 1]
-        assert part
+        counted = dict(self.state["counted"])
+        counted |= {name: Fraction(counted[name]) for name in ("rate", "clock") if counted}
+        part = Part(counted, self.state["origin"], False)
+        frames = self.state["pieces"][piece - 1]
         job = replace(job, output=target, frames=frames, overwrite=True, strict=False, part=part)
         with _own_wine():
-            if part.counted and probe(job.input).container.split(",")[0] in _SEEKS:
-                try:
-                    render(replace(job, part=replace(part, seek=True)), report, {}, (False, False))
-                except Failure as error:
-                    if "encoding failed" in str(error):  # it is not the seek's fault
-                        raise
-                    report.note(f"after a seek: {error}; now from the start")
-                    render(job, report, {}, (False, False))
-            else:
-                render(job, report, {}, (False, False))
+            seek = bool(counted) and probe(job.input).container.split(",")[0] in _SEEKS
+            try:
+                render(replace(job, part=replace(part, seek=seek)), report)
+            except Failure as error:
+                if not seek or "encoding failed" in str(error):  # it is not the seek's fault
+                    raise
+                report.note(f"after a seek: {error}; now from the start")
+                render(job, report)
         sizes = [file.stat().st_size for file in files]
         facts = {} if is_many else _stream(target)
         _write(
@@ -338,10 +316,13 @@ class Farm:
         why = why or (said[-1] if said else "it ended and gives no reason")
         return Failure(what, why, f"see {self.log(piece)}, mend that, and {_AGAIN}")
 
+    def frames(self) -> int:
+        return sum(map(len, self.pieces.values()))
+
     def done(self) -> int:
         """Frames, those of unfinished pieces too."""
         frames = 0
-        for piece, numbers in enumerate(self.pieces, 1):
+        for piece, numbers in self.pieces.items():
             if self.record(piece):
                 frames += len(numbers)
                 continue
@@ -370,11 +351,11 @@ class Farm:
         if damaged := self.forget_damaged():
             why = "it has been damaged since it was rendered"
             raise Failure(f"piece {damaged[0]}", why, f"check the disk, and {_AGAIN}")
-        plan, target, _ = planned(job, {}, (False, False))
-        if isinstance(target, Pattern):
-            self._join_pictures(job, target)
+        plan = planned(job)
+        if isinstance(plan.target, Pattern):
+            self._join_pictures(job, plan.target)
         else:
-            self._join_video(job, plan, target)
+            self._join_video(job, plan, plan.target)
         if self.state["keep"]:
             self.save(self.state | {"joined": True})
         else:
@@ -382,22 +363,18 @@ class Farm:
             shutil.rmtree(self.folder, ignore_errors=True)
 
     def _join_pictures(self, job: Job, target: Pattern) -> None:
-        pieces = range(1, len(self.pieces) + 1)
-        numbers = [number for numbers in self.pieces for number in numbers]
-        files = [file for piece in pieces for file in self.files(piece)]
-        unfinished = Unfinished(target, "", job.overwrite, True)
-        try:
+        numbers = [number for numbers in self.pieces.values() for number in numbers]
+        files = [file for piece in self.pieces for file in self.files(piece)]
+        with Unfinished(target, job.overwrite, True) as unfinished:
             for file in files:
                 try:
                     os.link(file, os.path.join(unfinished.path, file.name))
                 except OSError:  # another file system, or one without hard links
                     shutil.copyfile(file, os.path.join(unfinished.path, file.name))
             unfinished.commit([target.path(number) for number in numbers])
-        finally:
-            unfinished.discard()
 
     def _join_video(self, job: Job, plan: Plan, target: str) -> None:
-        records = [self.record(piece) or {} for piece in range(1, len(self.pieces) + 1)]
+        records = [self.record(piece) or {} for piece in self.pieces]
         for piece, record in enumerate(records, 1):
             if record["stream"] != records[0]["stream"]:
                 why = f"it is encoded otherwise than piece 1, by {record['machine']}"
@@ -406,7 +383,7 @@ class Farm:
         encoding = plan.encoding
         assert encoding
         media, times = encoding.media, encoding.times
-        frames = [0, *accumulate(map(len, self.pieces))]
+        frames = [0, *accumulate(map(len, self.pieces.values()))]
         rate = media.rate
         begin = Fraction(times[0], media.ticks) if times else media.start
         begin = Fraction(0) if encoding.container.even else begin
@@ -416,18 +393,17 @@ class Farm:
         ]
         micro = [round(moment * 1_000_000) for moment in at]
         lines = ["ffconcat version 1.0"]
-        for piece, file in enumerate(self.files(n)[0] for n in range(1, len(frames))):
-            lines.append(f"file {file.parent.name}/{file.name}")
-            if piece + 1 < len(micro):
-                lines.append(f"duration {micro[piece + 1] - micro[piece]}us")
+        for piece in self.pieces:
+            lines.append(f"file {piece}/{self.files(piece)[0].name}")
+            if piece < len(micro):
+                lines.append(f"duration {micro[piece] - micro[piece - 1]}us")
         (self.folder / "list.txt").write_text("\n".join(lines) + "\n", encoding="ascii")
         source = ["-xerror", "-itsoffset", f"{float(begin):.6f}", "-f", "concat", "-i", "list.txt"]
         picture = ["-c:v:0", "copy"]
         if not times and extension(target) in MILLISECONDS:
             picture += ["-bsf:v:0", _even_times(rate, begin)]
         covers = [extracted(media, cover.index, self.folder) for cover in encoding.covers]
-        unfinished = Unfinished(target, "." + extension(target), job.overwrite, False)
-        try:
+        with Unfinished(target, job.overwrite, False) as unfinished:
             words = mux_command(encoding, source, picture, unfinished.path, covers)
             streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL}
             child = Child("join", words, 0, cwd=self.folder, **streams)
@@ -442,10 +418,7 @@ class Farm:
             made = with_times(probe(unfinished.path))
             if bool(made.times) != bool(times):
                 raise Failure(target, "the times at its seams are uneven", "use glazel render")
-            names = check(job, Report("none"), plan, unfinished, target, frames[-1])
-            unfinished.commit(names)
-        finally:
-            unfinished.discard()
+            unfinished.commit(check(job, Report("none"), plan, unfinished, frames[-1]))
 
 
 def _even_times(rate: Fraction, begin: Fraction) -> str:
@@ -480,19 +453,13 @@ def _write(path: Path, value: dict[str, Any]) -> None:
 
 def _tail(log: Path) -> list[dict[str, Any]]:
     """The last events of a task."""
-    events = []
     try:
         with open(log, "rb") as file:
             file.seek(max(0, file.seek(0, os.SEEK_END) - 4096))
-            lines = file.read().splitlines()
+            lines = file.read().splitlines(keepends=True)
     except OSError:
         return []
-    for line in lines:
-        try:
-            events.append(json.loads(line))
-        except ValueError:
-            continue
-    return [event for event in events if isinstance(event, dict)]
+    return [json.loads(line) for line in lines if re.fullmatch(rb"{.*}\n", line)]
 
 
 def _program(how: str, farm: Farm) -> list[str]:
@@ -590,7 +557,7 @@ class _Progress:
         now = time.monotonic()
         if now < self._next:
             return
-        frame, total = self._farm.done(), sum(map(len, self._farm.pieces))
+        frame, total = self._farm.done(), self._farm.frames()
         self._next = time.monotonic() + max(0.5, 20 * (time.monotonic() - now))
         event = {"event": "progress", "frame": frame, "frames": total}
         if frame > self._before:
@@ -616,7 +583,7 @@ def _slurm(farm: Farm, more: str | None, report: Report) -> None:
         if not ended or ended.get("joined"):
             return
         if cancelled:
-            raise Failure(farm.state["options"]["output"], "its jobs were cancelled", _AGAIN)
+            raise Failure(farm.state["output"], "its jobs were cancelled", _AGAIN)
         missing = farm.missing()
         joined = farm.log("join").exists()  # and so all pieces were there
         failure = farm.failure("join" if joined or not missing else missing[0], None)
@@ -657,7 +624,7 @@ def _submit(farm: Farm, more: list[str]) -> None:
 
 
 def _sbatch(farm: Farm, script: str, words: list[str], log: str) -> str:
-    name = os.path.basename(farm.state["options"]["output"])
+    name = os.path.basename(farm.state["output"])
     command = ["sbatch", "--parsable", "--requeue", "--open-mode=truncate", f"--job-name={name}"]
     command += [f"--chdir={farm.folder}", f"--output=log-{log}.txt", *words]
     path = f"PYTHONPATH={shlex.quote(str(system.PACKAGE.parent))} PYTHONDONTWRITEBYTECODE=1"

@@ -7,10 +7,13 @@ import re
 import subprocess
 from dataclasses import dataclass
 from fractions import Fraction
+from typing import Any
 
 from .failure import Failure
+from .names import extension
 from .probe import Media, PixelFormat, pixel_formats
 
+_FRAMES = "wrapped_avframe"
 HOST_PICTURES = frozenset("png jpg jpeg tif tiff bmp".split())
 RAW_FILES = frozenset(("bgra", "raw"))
 
@@ -19,165 +22,147 @@ def _words(text: str) -> frozenset[str]:
     return frozenset(text.split())
 
 
-_PCM = "pcm_s16le pcm_s24le pcm_s32le pcm_f32le pcm_s16be pcm_s24be pcm_u8"
-_LOSSLESS = "ffv1 utvideo huffyuv ffvhuff magicyuv"
-_ALL_TEXT = "subrip ass webvtt"
-_BITMAPS = "hdmv_pgs_subtitle dvd_subtitle dvb_subtitle"
-
-
 @dataclass(frozen=True)
 class Container:
-    """A kind of file. The first codecs of `usual` are for 8 bits, for more, and for alpha."""
+    """A kind of file."""
 
     muxer: str
     codecs: frozenset[str]
-    usual: tuple[str, str, str]
-    sound: frozenset[str] = frozenset()  # copied; empty: it has none
+    usual: tuple[str, ...]  # for 8 bits, for more, and for alpha
+    holds: frozenset[str]  # of: attachments chapters colours covers moments timecode
+    sound: frozenset[str]  # copied; empty: it has none
+    subtitles: frozenset[str]
     sound_codec: str = "aac"
-    subtitles: frozenset[str] = frozenset()
     text_codec: str = ""  # what texts become
-    attachments: bool = False
-    chapters: bool = False
-    timecode: bool = False
-    covers: bool = False
     tags: frozenset[str] | None = frozenset()  # None: any
-    even: bool = False  # has one rate only
-    colours: bool = True
     options: tuple[str, ...] = ()
 
+    @property
+    def even(self) -> bool:
+        """It has one rate only."""
+        return "moments" not in self.holds
 
-_MP4_TAGS = _words(
-    "title artist album album_artist date genre composer copyright description grouping lyrics "
-    "synopsis show episode_id network performer keywords comment"
-)
-_MOV_CODECS = _words(
-    "h264 hevc av1 mpeg4 mpeg2video mjpeg prores dnxhd ffv1 v210 v410 r210 cfhd qtrle png"
-    " rawvideo utvideo huffyuv jpeg2000 dvvideo magicyuv ffvhuff"
-)
-_MP4 = Container(
-    "mp4",
-    _words("h264 hevc av1 vp9 mpeg4 mpeg2video mjpeg"),
-    ("h264", "hevc", "h264"),
-    _words("aac mp3 ac3 eac3 alac opus flac dts mp2"),
-    subtitles=_words("mov_text dvd_subtitle"),
-    text_codec="mov_text",
-    chapters=True,
-    timecode=True,
-    covers=True,
-    tags=_MP4_TAGS,
-    options=("-movflags", "+faststart"),
-)
-_MKV = Container(
-    "matroska",
-    _words(f"h264 hevc av1 vp8 vp9 mpeg4 mpeg2video mpeg1video mjpeg prores png {_LOSSLESS}"),
-    ("h264", "hevc", "ffv1"),
-    _words(f"aac mp3 mp2 ac3 eac3 dts truehd mlp flac opus vorbis alac {_PCM}"),
-    subtitles=_words(f"{_ALL_TEXT} {_BITMAPS}"),
-    text_codec="srt",
-    attachments=True,
-    chapters=True,
-    covers=True,
-    tags=None,
-)
-CONTAINERS: dict[str, Container] = {
-    "mp4": _MP4,
-    "m4v": _MP4,
-    "mov": Container(
-        "mov",
-        _MOV_CODECS,
-        ("h264", "prores", "prores"),
-        _words(f"aac mp3 ac3 eac3 alac mp2 {_PCM}"),
-        subtitles=_words("mov_text"),
-        text_codec="mov_text",
-        chapters=True,
-        timecode=True,
-        covers=True,
-        tags=_MP4_TAGS,
-        options=("-movflags", "+faststart"),
+
+def _kind(
+    muxer: str,
+    codecs: str,
+    usual: str,
+    holds: str,
+    sound: str = "",
+    subtitles: str = "",
+    **more: Any,
+) -> Container:
+    """`usual`: one codec, or three of them."""
+    three = tuple((usual.split() * 3)[:3])
+    sets = _words(holds), _words(sound), _words(subtitles)
+    return Container(muxer, _words(codecs), three, *sets, **more)
+
+
+_PCM = "pcm_s16le pcm_s24le pcm_s32le pcm_f32le pcm_s16be pcm_s24be pcm_u8"
+_LOSSLESS = "ffv1 utvideo huffyuv ffvhuff magicyuv"
+_SUBTITLES = "subrip ass webvtt hdmv_pgs_subtitle dvd_subtitle dvb_subtitle"
+_QUICKTIME: dict[str, Any] = {
+    "text_codec": "mov_text",
+    "tags": _words(
+        "title artist album album_artist date genre composer copyright description grouping lyrics "
+        "synopsis show episode_id network performer keywords comment"
     ),
-    "mkv": _MKV,
-    "webm": Container(
-        "webm",
-        _words("vp8 vp9 av1"),
-        ("vp9", "vp9", "vp9"),
-        _words("opus vorbis"),
-        "libopus",
-        subtitles=_words("webvtt"),
-        text_codec="webvtt",
-        chapters=True,
-        tags=None,
-    ),
-    "avi": Container(
-        "avi",
-        _words(f"h264 mpeg4 mjpeg rawvideo v210 png dvvideo {_LOSSLESS}"),
-        ("h264", "ffv1", "ffv1"),
-        _words("mp3 ac3 aac pcm_s16le pcm_u8 mp2"),
-        "libmp3lame",
-        tags=_words("title artist copyright date genre album comment"),
-        even=True,
-        colours=False,
-    ),
-    "mxf": Container(
-        "mxf",
-        _words("mpeg2video dnxhd prores h264 jpeg2000 dvvideo"),
-        ("dnxhd", "dnxhd", "dnxhd"),
-        _words("pcm_s16le pcm_s24le"),
-        "pcm_s24le",
-        timecode=True,
-        even=True,
-    ),
-    "nut": Container(
-        "nut",
-        _words(f"h264 mpeg4 rawvideo mjpeg mpeg2video {_LOSSLESS}"),
-        ("ffv1", "ffv1", "ffv1"),
-        _words(f"aac mp3 mp2 ac3 flac opus vorbis {_PCM}"),
-        chapters=True,
-        tags=None,
-        colours=False,
-    ),
-    "flv": Container("flv", _words("h264"), ("h264",) * 3, _words("aac mp3")),
-    "gif": Container("gif", _words("gif"), ("gif",) * 3, colours=False),
-    "y4m": Container(
-        "yuv4mpegpipe",
-        _words("wrapped_avframe"),
-        ("wrapped_avframe",) * 3,
-        even=True,
-        colours=False,
-        options=("-strict", "-1"),
-    ),
+    "options": ("-movflags", "+faststart"),
 }
-for _name in ("ts", "mts", "m2ts"):
-    CONTAINERS[_name] = Container(
-        "mpegts",
-        _words("h264 hevc mpeg2video"),
-        ("h264", "hevc", "h264"),
-        _words("aac mp3 mp2 ac3 eac3"),
-        subtitles=_words("dvb_subtitle"),
-        tags=_words("service_name service_provider"),
-    )
-for _name, _codec in {
-    "exr": "exr",
-    "dpx": "dpx",
-    "ppm": "ppm",
-    "pgm": "pgm",
-    "pam": "pam",
-    "pfm": "pfm",
-    "phm": "phm",
-    "tga": "targa",
-    "jp2": "jpeg2000",
-    "j2k": "jpeg2000",
-    "qoi": "qoi",
-    "webp": "webp",
-    "avif": "av1",
-    "jxl": "jpegxl",
-}.items():
-    CONTAINERS[_name] = Container(
-        "avif" if _name == "avif" else "image2",
-        _words(_codec),
-        (_codec,) * 3,
-        colours=_name == "avif",
-    )
-PICTURES = frozenset(n for n, c in CONTAINERS.items() if c.muxer in ("image2", "avif"))
+_ALL = "attachments chapters colours covers moments"
+_FILM = "chapters colours covers moments timecode"
+_MP4 = _kind(
+    "mp4",
+    "h264 hevc av1 vp9 mpeg4 mpeg2video mjpeg",
+    "h264 hevc h264",
+    _FILM,
+    "aac mp3 ac3 eac3 alac opus flac dts mp2",
+    "mov_text dvd_subtitle",
+    **_QUICKTIME,
+)
+_TS = _kind(
+    "mpegts",
+    "h264 hevc mpeg2video",
+    "h264 hevc h264",
+    "colours moments",
+    "aac mp3 mp2 ac3 eac3",
+    "dvb_subtitle",
+    tags=_words("service_name service_provider"),
+)
+CONTAINERS = {
+    **dict.fromkeys(("mp4", "m4v"), _MP4),
+    **dict.fromkeys(("ts", "mts", "m2ts"), _TS),
+    "mov": _kind(
+        "mov",
+        "h264 hevc av1 mpeg4 mpeg2video mjpeg prores dnxhd v210 v410 r210 cfhd qtrle png rawvideo "
+        f"jpeg2000 dvvideo {_LOSSLESS}",
+        "h264 prores prores",
+        _FILM,
+        f"aac mp3 ac3 eac3 alac mp2 {_PCM}",
+        "mov_text",
+        **_QUICKTIME,
+    ),
+    "mkv": _kind(
+        "matroska",
+        f"h264 hevc av1 vp8 vp9 mpeg4 mpeg2video mpeg1video mjpeg prores png {_LOSSLESS}",
+        "h264 hevc ffv1",
+        _ALL,
+        f"aac mp3 mp2 ac3 eac3 dts truehd mlp flac opus vorbis alac {_PCM}",
+        _SUBTITLES,
+        text_codec="srt",
+        tags=None,
+    ),
+    "webm": _kind(
+        "webm",
+        "vp8 vp9 av1",
+        "vp9",
+        "chapters colours moments",
+        "opus vorbis",
+        "webvtt",
+        sound_codec="libopus",
+        text_codec="webvtt",
+        tags=None,
+    ),
+    "avi": _kind(
+        "avi",
+        f"h264 mpeg4 mjpeg rawvideo v210 png dvvideo {_LOSSLESS}",
+        "h264 ffv1 ffv1",
+        "",
+        "mp3 ac3 aac pcm_s16le pcm_u8 mp2",
+        sound_codec="libmp3lame",
+        tags=_words("title artist copyright date genre album comment"),
+    ),
+    "mxf": _kind(
+        "mxf",
+        "mpeg2video dnxhd prores h264 jpeg2000 dvvideo",
+        "dnxhd",
+        "colours timecode",
+        "pcm_s16le pcm_s24le",
+        sound_codec="pcm_s24le",
+    ),
+    "nut": _kind(
+        "nut",
+        f"h264 mpeg4 rawvideo mjpeg mpeg2video {_LOSSLESS}",
+        "ffv1",
+        "chapters moments",
+        f"aac mp3 mp2 ac3 flac opus vorbis {_PCM}",
+        tags=None,
+    ),
+    "flv": _kind("flv", "h264", "h264", "colours moments", "aac mp3"),
+    "gif": _kind("gif", "gif", "gif", "moments"),
+    "y4m": _kind("yuv4mpegpipe", _FRAMES, _FRAMES, "", options=("-strict", "-1")),
+    "avif": _kind("avif", "av1", "av1", "colours moments"),
+}
+_STILLS = "exr dpx ppm pgm pam pfm phm qoi webp tga=targa jp2=jpeg2000 j2k=jpeg2000 jxl=jpegxl"
+for _word in _STILLS.split():
+    _ending, _, _codec = _word.partition("=")
+    CONTAINERS[_ending] = _kind("image2", _codec or _ending, _codec or _ending, "moments")
+PICTURES = HOST_PICTURES.union(n for n, c in CONTAINERS.items() if c.muxer in ("image2", "avif"))
+
+
+def is_picture(path: str) -> bool:
+    return extension(path) in PICTURES
+
 
 ENCODERS = {
     "h264": "libx264",
@@ -201,7 +186,7 @@ _RAW_MOV = "yuv420p uyvy422 yuyv422 rgb24 argb rgba rgb48be"
 @functools.cache
 def encoder_formats(encoder: str) -> tuple[PixelFormat, ...]:
     """What the encoder of this machine's ffmpeg takes; empty when it has no such encoder."""
-    if encoder == "wrapped_avframe":
+    if encoder == _FRAMES:
         listed = _Y4M.split()
     else:
         command = ["ffmpeg", "-hide_banner", "-v", "error", "-h", f"encoder={encoder}"]

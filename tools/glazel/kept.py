@@ -75,7 +75,7 @@ def _tags_that_fit(tags: dict[str, str], container: Container) -> dict[str, str]
 def predicted(media: Media, container: Container, choice: Choice, colour: Colour) -> Media:
     """What the output will hold of `media`, which is upright; the pipeline decides the tracks."""
     number = choice.format
-    has_colours = container.colours and choice.codec not in NO_COLOURS
+    has_colours = "colours" in container.holds and choice.codec not in NO_COLOURS
     hdr = choice.encoder in HDR_ENCODERS
     return replace(
         media,
@@ -86,8 +86,8 @@ def predicted(media: Media, container: Container, choice: Choice, colour: Colour
         mastering=media.mastering if hdr else {},
         light=media.light if hdr else None,
         dynamic=False,
-        timecode=media.timecode if container.timecode else "",
-        chapters=media.chapters if container.chapters else (),
+        timecode=media.timecode if "timecode" in container.holds else "",
+        chapters=media.chapters if "chapters" in container.holds else (),
         tags=_tags_that_fit(media.tags, container),
         picture_tags=media.picture_tags if container.tags is None else {},
     )

@@ -9,7 +9,7 @@ from typing import BinaryIO
 
 from . import system
 from .failure import Failure
-from .names import Pattern, check_target, exists_already
+from .names import Pattern, check_target, exists_already, extension
 
 _MARK = ".glazel-"  # what is left of a render that was killed begins with this
 _LOCK = "lock"
@@ -18,8 +18,8 @@ _LOCK = "lock"
 class Unfinished:
     """A file, or a folder of files, beside the output, until it is whole."""
 
-    def __init__(self, target: str | Pattern, suffix: str, overwrite: bool, folder: bool) -> None:
-        self.target, self.overwrite = target, overwrite
+    def __init__(self, target: str | Pattern, overwrite: bool, folder: bool) -> None:
+        self.overwrite = overwrite
         first = target.path(1) if isinstance(target, Pattern) else target
         place = os.path.dirname(first) or "."
         remove_leftovers(place)
@@ -30,12 +30,18 @@ class Unfinished:
                 os.mkdir(self.path)
                 self._lock = open(os.path.join(self.path, _LOCK), "wb")
             else:
-                self.path += suffix
+                self.path += f".{extension(first)}"
                 self._lock = open(self.path, "xb")
         except OSError as error:
             why = f"it cannot be created: {error.strerror}"
             raise Failure(first, why, "check the right to write to its folder") from error
         system.try_lock(self._lock)
+
+    def __enter__(self) -> Unfinished:
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        self.discard()
 
     def files(self) -> list[str]:
         """What is in the folder, in the order of the names."""
@@ -62,7 +68,6 @@ class Unfinished:
                 for name in done:
                     os.unlink(name)
             raise
-        self.discard()
 
     def discard(self) -> None:
         self._lock.close()

@@ -15,6 +15,7 @@ from typing import Any, BinaryIO
 
 from . import system
 from .failure import Failure
+from .plan import Job
 from .probe import complaints
 from .report import Report
 
@@ -82,16 +83,16 @@ class Host(Child):
     def __init__(
         self,
         report: Report,
-        places: dict[str, str],
-        named: Callable[[str], str],
-        *more: Any,
-        **streams: Any,
+        told: Callable[[str], str],
+        command: list[str],
+        group: int,
+        **more: Any,
     ) -> None:
-        self._report, self._places, self._named = report, places, named
+        self._report, self._told = report, told
         self.size: tuple[int, int] | None = None
         self.frames: int | None = None  # once it is done
         self.error = ""
-        super().__init__("host", *more, **streams)
+        super().__init__("host program", command, group, **more)
 
     def hear(self, line: bytes) -> None:
         super().hear(line)
@@ -117,71 +118,71 @@ class Host(Child):
         return super().said_all() or self.frames is not None or bool(self.error)
 
     def told(self, text: str) -> str:
-        for ours, theirs in self._places.items():
-            text = text.replace(ours, theirs)
-        return self._named(text).replace("glazelhost ", "glazel ")
+        return self._told(text).replace("glazelhost ", "glazel ")
 
 
 @dataclass
 class Run:
     """What to start. `encoder` makes the command once the size of the frames is known."""
 
-    host: list[str]
+    job: Job
     report: Report
-    input: str
-    output: str
+    host: list[str]
     decoder: list[str] | None = None
     encoder: Callable[[tuple[int, int]], list[str]] | None = None
     size: tuple[int, int] | None = None
     head: bytes = b""  # of standard input, read already
-    part: bool = False  # the host leaves before the input's end
-    sought: bool = False  # the decoder begins in the middle
-    tolerant: bool = False
-    places: dict[str, str] = field(default_factory=dict)
-    named: Callable[[str], str] = str  # what the host program says, with the names of files
+    told: Callable[[str], str] = str  # what the host program says, as a person is to read it
     children: list[Child] = field(default_factory=list)
 
     def run(self) -> int:
         """How many frames were rendered. Throws Failure; no child is left either way."""
-        try:
-            return self._run()
-        finally:
-            for child in self.children:
-                child.kill()
-            for child in self.children:
-                child.finish()
+        for _ in range(_MOST_STARTS):
+            self.children = []
+            try:
+                return self._run()
+            except WineFailed:
+                continue
+            finally:
+                self._end()
+        raise Failure("Wine", "it does not start the host program", "run ./glazel info to see why")
+
+    def _end(self) -> None:
+        for child in self.children:
+            child.kill()
+        for child in self.children:
+            child.finish()
 
     def _run(self) -> int:
+        ours = []  # ends of pipes that only the children are to hold
         source: int | BinaryIO = subprocess.DEVNULL
-        if self.decoder:
-            read, write = system.pipe()
-            given = self._standard_input() if self.input == "-" else subprocess.DEVNULL
-            self._start("decoder", self.decoder, given, write)
-            os.close(write)
-            source = read
-        elif self.input == "-":
-            source = sys.stdin.buffer
         target: int | BinaryIO = subprocess.DEVNULL
-        frames = -1
-        if self.encoder:
-            frames, target = system.pipe()
-        elif self.output == "-":
-            target = sys.stdout.buffer
-        streams = {"stdin": source, "stdout": target, "env": system.host_environment()}
-        command = [*system.host_command(), *self.host, "--progress", "json"]
-        host = Host(self.report, self.places, self.named, command, self._group(), **streams)
-        self.children.append(host)
-        for end in (source if self.decoder else None, target if self.encoder else None):
-            if isinstance(end, int) and end >= 0:
+        try:
+            if self.decoder:
+                source, write = system.pipe()
+                ours += [source, write]
+                given = self._standard_input() if self.job.input == "-" else subprocess.DEVNULL
+                self._start("decoder", self.decoder, given, write)
+            elif self.job.input == "-":
+                source = sys.stdin.buffer
+            if self.encoder:
+                frames, target = system.pipe()
+                ours.append(target)
+            elif self.job.output == "-":
+                target = sys.stdout.buffer
+            streams = {"stdin": source, "stdout": target, "env": system.host_environment()}
+            command = [*system.host_command(), *self.host, "--progress", "json"]
+            host = Host(self.report, self.told, command, self._group(), **streams)
+            self.children.append(host)
+        finally:
+            for end in ours:
                 os.close(end)
         if self.encoder:
             try:
-                while not (self.size or host.size) and host.poll() is None:
+                while not (size := self.size or host.size) and host.poll() is None:
                     time.sleep(_POLL)
-                if host.size or self.size:
-                    size = host.size or self.size
-                    assert size
-                    last = sys.stdout.buffer if self.output == "-" else subprocess.DEVNULL
+                if size:
+                    last = sys.stdout.buffer if self.job.output == "-" else subprocess.DEVNULL
                     self._start("encoder", self.encoder(size), frames, last)
             finally:
                 os.close(frames)
@@ -219,13 +220,9 @@ class Run:
             if all(code is not None for code in codes):
                 break
             time.sleep(_POLL)
-        ended = [child for child in self.children if child.poll() is not None]
         time.sleep(_POLL)  # those behind a failure fail too, those before it have failed by now
         ended = [child for child in self.children if child.poll() is not None]
-        for child in self.children:
-            child.kill()
-        for child in self.children:
-            child.finish()
+        self._end()
         self._judge(host, [child for child in ended if not child.killed])
 
     def _may(self, child: Child) -> bool:
@@ -235,25 +232,26 @@ class Run:
         return child.stage == "decoder" and child.process.returncode > 0 and left_alone
 
     def _judge(self, host: Host, ended: list[Child]) -> None:
+        job = self.job
         codes = {child.stage: child.process.returncode for child in ended}
         said = {child.stage: child.complaints() for child in ended}
         for stage, code in codes.items():
-            if code < 0 and stage != "none":
-                why = f"the {_NAMES[stage]} was killed ({signal.Signals(-code).name})"
-                raise Failure(self.output, why, "see that memory is free, and run it again")
+            if code < 0:
+                why = f"the {stage} was killed ({signal.Signals(-code).name})"
+                raise Failure(job.output, why, "see that memory is free, and run it again")
         if codes.get("encoder"):
-            if not said["encoder"] and self.output == "-":
+            if not said["encoder"] and job.output == "-":
                 raise Failure("standard output", "its reader has gone", "let it read to the end")
             reason = (said["encoder"] or ["it gives no reason"])[0]
             remedy = "check the disk, or choose another kind of file or --codec"
-            raise Failure(self.output, f"encoding failed: {reason}", remedy)
-        if self.sought:  # said of frames before the wanted ones
+            raise Failure(job.output, f"encoding failed: {reason}", remedy)
+        if "-ss" in (self.decoder or ()):  # said of frames before the wanted ones
             said["decoder"] = [text for text in said.get("decoder", []) if _MMCO not in text]
-        if said.get("decoder") and not self.tolerant:
+        if said.get("decoder") and not job.skip_bad_frames:
             why = f"decoding failed: {said['decoder'][0]}"
             remedy = "check the file, or give --skip-bad-frames to render what can be read"
-            raise Failure(self.input, why, remedy)
-        code = codes.get("host", 0)
+            raise Failure(job.input, why, remedy)
+        code = codes.get("host program", 0)
         if code:
             if host.error:
                 raise Failure(*parts(host.error), code=2 if code == 2 else 1)
@@ -264,13 +262,10 @@ class Run:
             if code == 2 and not said_so:  # before it knew that it is to speak JSON
                 raise Failure(*parts(host.told(text)), code=2)
             raise Failure("the host program", line, "see ./glazel info")
-        if codes.get("decoder", 0) > 0 and not self.part and not self.tolerant:
-            raise Failure(self.input, "decoding was stopped before its end", "run it again")
+        if codes.get("decoder", 0) > 0 and job.frames is None and not job.skip_bad_frames:
+            raise Failure(job.input, "decoding was stopped before its end", "run it again")
         if host.frames is None:
-            raise Failure(self.output, "the host program ended too early", "run it again")
-
-
-_NAMES = {"decoder": "decoder", "host": "host program", "encoder": "encoder"}
+            raise Failure(job.output, "the host program ended too early", "run it again")
 
 
 def parts(text: str) -> tuple[str, str, str]:
@@ -278,14 +273,3 @@ def parts(text: str) -> tuple[str, str, str]:
     what, _, rest = text.partition(": ")
     why, _, remedy = rest.rpartition("; ")
     return (what, why, remedy) if why else (what, rest, "see ./glazel render --help")
-
-
-def run_pipeline(make: Callable[[], Run]) -> tuple[int, Run]:
-    """The number of frames rendered, and the run with its children's words."""
-    for _ in range(_MOST_STARTS):
-        run = make()
-        try:
-            return run.run(), run
-        except WineFailed:
-            continue
-    raise Failure("Wine", "it does not start the host program", "run ./glazel info to see why")

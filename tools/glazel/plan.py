@@ -12,7 +12,7 @@ from . import kept
 from .colour import Raw, decode_filters, encode_filters, output_colour, raw_for
 from .colour import tag_filter, tag_options, understood
 from .failure import Failure, WRONG_USAGE
-from .formats import CONTAINERS, Choice, Container, PICTURES, choose, encoder_options
+from .formats import CONTAINERS, Choice, Container, choose, encoder_options, is_picture
 from .names import Pattern, extension, ffmpeg_name
 from .probe import Colour, Media, Track
 
@@ -48,12 +48,14 @@ class Job:
     depth: str | None = None
     codec: str | None = None
     quality: int | None = None
-    encoder_options: str = ""
-    matrix: str | None = None
-    full_range: bool | None = None
+    encoder_options: str | None = None
+    matrix: str | None = None  # bt601, bt709 or bt2020
+    range: str | None = None  # limited or full
     overwrite: bool = False
     strict: bool = False
     skip_bad_frames: bool = False
+    raw_in: bool = False  # raw frames on standard input, which the host program itself reads
+    raw_out: bool = False
     part: Part | None = None
 
 
@@ -92,10 +94,10 @@ class Encoding:
     container: Container
     choice: Choice
     colour_words: tuple[str, ...]
-    filters: tuple[str, ...]
+    filters: list[str]
     raw: Raw
-    tracks: tuple[str, ...]  # maps and codecs of what comes beside the picture
-    covers: tuple[Track, ...]  # to be taken out and attached
+    tracks: list[str]  # maps and codecs of what comes beside the picture
+    covers: list[Track]  # to be taken out and attached
     times: tuple[int, ...] = ()
 
     def script(self) -> str:
@@ -120,6 +122,8 @@ class Plan:
     first: int = 1  # the number of the first frame that comes out of the decoder
     notes: tuple[str, ...] = ()
     losses: dict[str, str] = field(default_factory=dict)
+    target: str | Pattern = ""  # the output's name or names
+    head: bytes = b""  # what was read of standard input
 
 
 def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
@@ -131,12 +135,10 @@ def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
     notes = []
     if decoded and (source.rotation or source.mirrored):
         notes.append(f"rotation: {source.rotation} degrees, applied: the picture is stored upright")
-    colour = understood(media, job.matrix, job.full_range)
-    if decoded and colour.matrix != media.colour.matrix and not job.matrix:
-        if not media.format.gray:
-            notes.append(
-                f"colour matrix: not said; taken for {colour.matrix}, as usual for its size"
-            )
+    colour = understood(media, job.matrix, job.range)
+    guessed = colour.matrix != media.colour.matrix and not job.matrix and not media.format.gray
+    if decoded and guessed:
+        notes.append(f"colour matrix: not said; taken for {colour.matrix}, as usual for its size")
     expected, media = _choose_frames(job, media)
     raw = raw_for(source.format, job.depth)
     plan = Plan(raw if decoded else None, raw if encoded else None, source, expected=expected)
@@ -222,16 +224,11 @@ def _cut_out(
 def _decode_words(
     source: Media, media: Media, seek: list[str], filters: list[str], even: bool
 ) -> list[str]:
-    rate = ["-fps_mode", "passthrough"]
     if even and media.times:
         rate = ["-fps_mode", "cfr", "-r", str(media.rate)]
-    else:
-        filters = [
-            *filters,
-            "settb=1/1000",
-            "setpts=N",
-        ]  # raw frames need no times, but rising ones
-        rate += ["-enc_time_base", "1:1000"]
+    else:  # raw frames need no times, but rising ones
+        filters = [*filters, "settb=1/1000", "setpts=N"]
+        rate = ["-fps_mode", "passthrough", "-enc_time_base", "1:1000"]
     words = ["ffmpeg", "-nostdin", "-v", "error", "-xerror", *seek, *source.options]
     words += ["-i", source.source, "-map", f"0:{source.index}", *rate]
     return words + ["-vf", ",".join(filters), "-f", "rawvideo", "pipe:1"]
@@ -251,40 +248,27 @@ def container_of(output: str) -> Container:
 def _encoding(job: Job, media: Media, read: Colour, raw: Raw) -> Encoding:
     container = container_of(job.output)
     choice = choose(media, job.output, container, job.codec)
-    colour = output_colour(media, read, choice.format, extension(job.output) in PICTURES)
+    colour = output_colour(media, read, choice.format, is_picture(job.output))
+    said = colour
     if not media.colour.matrix and not media.format.rgb and not job.matrix:
         said = replace(colour, matrix="")  # what nobody said is not said now
-    else:
-        said = colour
     words, tracks, covers = _tracks(job, media, container)
     expected = replace(kept.predicted(media, container, choice, said), tracks=tracks)
     filters = encode_filters(expected, colour, raw, choice.format)
-    if extension(job.output) not in PICTURES:
-        filters += [
-            tag_filter(said, choice.format),
-            f"setsar={media.aspect.numerator}/{media.aspect.denominator}",
-        ]
+    if not is_picture(job.output):
+        filters += [tag_filter(said, choice.format), f"setsar={media.aspect}"]
     filters += [f"setfield={expected.fields}"] if expected.fields else []
-    times: tuple[int, ...] = expected.times
+    times = expected.times
     if times and media.start:
         times = tuple(time + round(media.start * media.ticks) for time in times)
-    elif media.start and not container.even and extension(job.output) not in PICTURES:
+    elif media.start and not container.even and not is_picture(job.output):
         filters += ["settb=1/90000", f"setpts=PTS+{float(media.start):.6f}/TB"]
         expected = replace(expected, ticks=90000)
-    options = shlex.split(job.encoder_options)
+    options = shlex.split(job.encoder_options or "")
     codec = ["-c:v:0", choice.encoder, *encoder_options(choice, expected, job.quality, options)]
-    tags = tag_options(said) if container.colours else []
-    return Encoding(
-        expected,
-        container,
-        choice,
-        (*codec, *tags),
-        tuple(filters),
-        raw,
-        tuple(words),
-        tuple(covers),
-        times,
-    )
+    tags = tag_options(said) if "colours" in container.holds else []
+    picture = (*codec, *tags)
+    return Encoding(expected, container, choice, picture, filters, raw, words, covers, times)
 
 
 def _tracks(
@@ -316,10 +300,10 @@ def _tracks(
         elif track.kind == "subtitle" and container.text_codec and track.codec in _TEXTS:
             codec = container.text_codec
             add("s", track, codec, _MADE_BY.get(codec, codec))
-        elif track.kind == "attachment" and container.attachments:
+        elif track.kind == "attachment" and "attachments" in container.holds:
             add("t", track, "copy", track.codec)
-        elif track.cover and container.covers and track.codec in _COVERS:
-            if container.attachments:
+        elif track.kind == "cover" and "covers" in container.holds and track.codec in _COVERS:
+            if "attachments" in container.holds:
                 covers.append(track)
                 tracks.append(track)
             else:
@@ -355,7 +339,7 @@ def mux_command(
         words += [*media.options, "-i", media.source, "-max_muxing_queue_size", "100000"]
     words += ["-map", "0:v:0", *encoding.tracks]
     words += ["-map_metadata", "1" if beside else "-1"]
-    words += ["-map_chapters", "1" if beside and container.chapters else "-1"]
+    words += ["-map_chapters", "1" if beside and "chapters" in container.holds else "-1"]
     words += picture
     if (encoding.times or media.start) and container.muxer in ("mp4", "mov") and media.ticks > 1:
         words += ["-video_track_timescale", str(media.ticks)]

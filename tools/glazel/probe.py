@@ -15,8 +15,6 @@ from .failure import Failure
 from .names import Pattern, ffmpeg_name, extension
 
 _UNKNOWN = ("", "unknown", "reserved", "unspecified", "N/A")
-# How ffprobe spells what the options of ffmpeg spell differently.
-_SPELLING = {"bt470m": "gamma22", "bt470bg": "gamma28"}
 # Codecs whose codes are limited where they say nothing; gray of others is full, as ffmpeg takes it.
 _LIMITED = ("h264", "hevc", "av1", "vp9", "mpeg2video", "mpeg4", "prores")
 # Tags that say how the file was made, not what is in it.
@@ -97,7 +95,6 @@ class Track:
     language: str = ""
     title: str = ""
     name: str = ""  # of an attached file
-    cover: bool = False
     detail: str = ""  # of sound: rate and channels
 
 
@@ -307,8 +304,6 @@ def _colour(stream: dict[str, Any], frame: dict[str, Any], number: PixelFormat) 
     def said(name: str) -> str:
         return _known(frame.get(name)) or _known(stream.get(name))
 
-    transfer = said("color_transfer")
-    place = _known(frame.get("chroma_location")) or _known(stream.get("chroma_location"))
     return Colour(
         matrix="" if number.rgb or said("color_space") == "gbr" else said("color_space"),
         full_range=said("color_range") == "pc"
@@ -316,8 +311,8 @@ def _colour(stream: dict[str, Any], frame: dict[str, Any], number: PixelFormat) 
         or number.rgb
         or (number.gray and not said("color_range") and stream["codec_name"] not in _LIMITED),
         primaries=said("color_primaries"),
-        transfer=_SPELLING.get(transfer, transfer),
-        place=place if number.sub_w or number.sub_h else "",
+        transfer=said("color_transfer"),
+        place=said("chroma_location") if number.sub_w or number.sub_h else "",
         range_said=bool(said("color_range")),
     )
 
@@ -352,7 +347,6 @@ def _track(stream: dict[str, Any]) -> Track:
         language="" if language == "und" else language,
         title=tags.get("title", ""),
         name=tags.get("filename", ""),
-        cover=cover,
         detail=detail if stream.get("codec_type") == "audio" else "",
     )
 
@@ -376,24 +370,19 @@ def with_times(media: Media) -> Media:
     """Counts the frames of a video, and finds out whether they come at an even rate."""
     if media.source == "-" or media.pattern:
         return media
-    entries = ["-show_entries", "packet=pts,duration,flags:stream=time_base,avg_frame_rate"]
-    command = ["ffprobe", "-v", "quiet", "-of", "compact=p=1:nk=0", *media.options]
+    entries = ["-show_entries", "packet=pts,flags:stream=time_base,avg_frame_rate"]
+    command = ["ffprobe", "-v", "quiet", "-of", "json", *media.options]
     command += ["-select_streams", str(media.index), *entries, media.source]
     done = subprocess.run(command, capture_output=True, stdin=subprocess.DEVNULL, check=False)
-    rows = [line.split("|") for line in done.stdout.decode("utf-8", "replace").splitlines()]
-    packets = [
-        dict(w.split("=", 1) for w in row[1:] if "=" in w) for row in rows if row[0] == "packet"
-    ]
-    streams = [
-        dict(w.split("=", 1) for w in row[1:] if "=" in w) for row in rows if row[0] == "stream"
-    ]
-    shown = [packet for packet in packets if "D" not in packet.get("flags", "")]
+    found = json.loads(done.stdout or "{}")
+    streams = found.get("streams", [])
+    shown = [p for p in found.get("packets", []) if "D" not in p.get("flags", "")]
     if not shown or not streams:
         return media
     base = _fraction(streams[-1].get("time_base"))
     average = _fraction(streams[-1].get("avg_frame_rate"))
     media = replace(media, frames=len(shown))
-    times = sorted(int(p["pts"]) for p in shown if p.get("pts", "N/A") != "N/A")
+    times = sorted(p["pts"] for p in shown if "pts" in p)
     if len(times) < len(shown) or len(times) < 2 or not base:
         return media
     if len(set(times)) == len(times):

@@ -7,16 +7,17 @@ import re
 import subprocess
 import tempfile
 import time
+from contextlib import ExitStack
 from dataclasses import replace
 from fractions import Fraction
 from pathlib import Path
 
 from . import kept, prepare
 from .failure import Failure
-from .formats import HOST_PICTURES, PICTURES, RAW_FILES
+from .formats import HOST_PICTURES, RAW_FILES, is_picture
 from .names import Pattern, check_apart, check_target, extension, input_pattern, missing
 from .output import Unfinished
-from .pipeline import Run, run_pipeline
+from .pipeline import Run
 from .plan import Job, Plan, container_of, encode_command, host_words, make_plan, chosen_frames
 from .probe import Colour, Media, PixelFormat, complaints, pixel_formats, probe, with_times
 from .report import Report
@@ -26,33 +27,28 @@ _NO_MEDIA = Media("", "", 0, "", "", 0, 0, _BYTES, Colour(), Fraction(25), Fract
 _LONGEST_HEADER = 1024  # of a Y4M stream
 
 
-def render(job: Job, report: Report, others: dict[str, str], raw: tuple[bool, bool]) -> None:
-    """`others`: files that the output must not be, by what they are. `raw`: whether standard
-    input and standard output carry raw frames, which the host program itself reads and writes."""
+def render(job: Job, report: Report) -> None:
     started = time.monotonic()
-    plan, target, head = planned(job, others, raw)
+    plan = planned(job)
     tell(job, report, plan)
     if not job.part:  # whoever cut the job into pieces has seen to it
         prepare.programs()
     if plan.raw_in or plan.raw_out:
-        _piped(job, report, plan, target, head, started)
+        _piped(job, report, plan, started)
     else:
-        _direct(job, report, plan, target)
+        _direct(job, report, plan, started)
 
 
-def planned(
-    job: Job, others: dict[str, str], raw: tuple[bool, bool]
-) -> tuple[Plan, str | Pattern, bytes]:
-    """What to run, the output's names, and what was read of standard input. Throws Failure for
-    whatever can be known to be wrong before."""
+def planned(job: Job) -> Plan:
+    """Throws Failure for whatever can be known to be wrong before."""
     pattern = input_pattern(job.input) if job.input != "-" else None
     numbers = pattern.numbers() if pattern else []
     if job.input != "-" and not numbers and not os.path.exists(job.input):
         raise missing(job.input)
     if os.path.isdir(job.input):
         raise Failure(job.input, "it is a folder", "name a file, or pictures like shot_%04d.png")
-    decoded = not raw[0] and (job.input == "-" or not _host_reads(job.input))
-    encoded = not raw[1] and (job.output == "-" or not _host_reads(job.output))
+    decoded = not job.raw_in and (job.input == "-" or not _host_reads(job.input))
+    encoded = not job.raw_out and (job.output == "-" or not _host_reads(job.output))
     target = _target(job, pattern)
     if job.output != "-":
         if isinstance(target, Pattern):
@@ -61,12 +57,15 @@ def planned(
             made = [target]
         check_target(made[0], job.overwrite or isinstance(target, Pattern))
         read = [pattern.path(number) for number in numbers] if pattern else [job.input]
-        named = {what: [path] for what, path in others.items()}
-        check_apart(made, {"the input": read if job.input != "-" else []} | named)
+        others = {"the input": read if job.input != "-" else []}
+        for option, path in zip(job.host, job.host[1:]):
+            if option in ("--project", "--save-project"):
+                others[option] = [path]
+        check_apart(made, others)
     if encoded:
         container_of(job.output)
     if not decoded and not encoded:
-        return Plan(None, None, replace(_NO_MEDIA, pattern=pattern)), target, b""
+        return Plan(None, None, replace(_NO_MEDIA, pattern=pattern), target=target)
     head = _header() if job.input == "-" and decoded else b""
     if pattern:
         numbers = wanted(job, pattern, numbers)
@@ -76,7 +75,7 @@ def planned(
         source = replace(source, **part.counted) if part else with_times(source)
     else:
         source = _of_host(job, pattern, numbers)
-    return make_plan(job, source, decoded, encoded), target, head
+    return replace(make_plan(job, source, decoded, encoded), target=target, head=head)
 
 
 def _host_reads(path: str) -> bool:
@@ -85,9 +84,8 @@ def _host_reads(path: str) -> bool:
 
 def _target(job: Job, pattern: Pattern | None) -> str | Pattern:
     """Only pictures are numbered; a video's name may hold what looks like a number."""
-    is_picture = extension(job.output) in HOST_PICTURES | PICTURES
-    found = Pattern.parse(job.output) if is_picture else None
-    is_many = pattern is not None or extension(job.input) not in HOST_PICTURES | PICTURES
+    found = Pattern.parse(job.output) if is_picture(job.output) else None
+    is_many = pattern is not None or not is_picture(job.input)
     return found if found and (is_many or job.input == "-") else job.output
 
 
@@ -161,98 +159,71 @@ def tell(job: Job, report: Report, plan: Plan) -> None:
         raise Failure(job.output, f"not everything can be kept: {first}{rest}", remedy)
 
 
-def _direct(job: Job, report: Report, plan: Plan, target: str | Pattern) -> None:
+def _direct(job: Job, report: Report, plan: Plan, started: float) -> None:
     """The host program alone does it."""
-    place = target.for_host() if isinstance(target, Pattern) else target
-    words = host_words(job, plan, place)
-    words += ["--overwrite"] if job.overwrite else []
-    places = {"standard input": job.input} if job.input != "-" else {}
-    started = time.monotonic()
+    place = plan.target.for_host() if isinstance(plan.target, Pattern) else plan.target
+    words = host_words(job, plan, place) + (["--overwrite"] if job.overwrite else [])
 
-    def make() -> Run:
-        return Run(words, report, job.input, job.output, places=places)
+    def told(text: str) -> str:
+        return text.replace("standard input", job.input) if job.input != "-" else text
 
-    frames, _ = run_pipeline(make)
+    frames = Run(job, report, words, told=told).run()
     output = "standard output" if job.output == "-" else job.output
     report.done(output, frames, time.monotonic() - started)
 
 
-def _piped(
-    job: Job, report: Report, plan: Plan, target: str | Pattern, head: bytes, started: float
-) -> None:
-    in_folder = isinstance(target, Pattern) or plan.raw_out is None
-    unfinished = None
-    if job.output != "-":
-        unfinished = Unfinished(target, "." + extension(job.output), job.overwrite, in_folder)
-    try:
-        with tempfile.TemporaryDirectory(prefix="glazel-") as work:
-            frames, run = _run(job, report, plan, unfinished, head, Path(work), target)
+def _piped(job: Job, report: Report, plan: Plan, started: float) -> None:
+    in_folder = isinstance(plan.target, Pattern) or plan.raw_out is None
+    with ExitStack() as held:
+        unfinished = None
+        if job.output != "-":
+            unfinished = held.enter_context(Unfinished(plan.target, job.overwrite, in_folder))
+        work = held.enter_context(tempfile.TemporaryDirectory(prefix="glazel-"))
+        run = _run(job, report, plan, unfinished, Path(work))
+        frames = run.run()
         if unfinished:
-            names = check(job, report, plan, unfinished, target, frames)
-            unfinished.commit(names)
-    finally:
-        if unfinished:
-            unfinished.discard()
+            unfinished.commit(check(job, report, plan, unfinished, frames))
     report.done(job.output, frames, time.monotonic() - started)
-    bad = [
-        line for child in run.children if child.stage == "decoder" for line in child.complaints()
-    ]
-    if bad:
-        why = f"not all of it could be decoded: {bad[0]}"
+    bad = [child.complaints() for child in run.children if child.stage == "decoder"]
+    if bad and bad[0]:
+        why = f"not all of it could be decoded: {bad[0][0]}"
         raise Failure(job.input, why, "the rest was rendered; check the file")
 
 
-def _run(
-    job: Job,
-    report: Report,
-    plan: Plan,
-    unfinished: Unfinished | None,
-    head: bytes,
-    work: Path,
-    target: str | Pattern,
-) -> tuple[int, Run]:
+def _run(job: Job, report: Report, plan: Plan, unfinished: Unfinished | None, work: Path) -> Run:
     place = unfinished.path if unfinished else "-"
     if unfinished and os.path.isdir(place):
-        name = "%08d" if isinstance(target, Pattern) else "picture"
+        name = "%08d" if isinstance(plan.target, Pattern) else "picture"
         inside = place if plan.raw_out is None else place.replace("%", "%%")
         place = os.path.join(inside, f"{name}.{extension(job.output)}")
-    decoder = list(plan.decode) or None
-    if decoder and job.skip_bad_frames:
-        decoder.remove("-xerror")
+    decoder = [word for word in plan.decode if word != "-xerror" or not job.skip_bad_frames]
     encoding = plan.encoding
     covers: list[str] = []
     if encoding:
         (work / "filters").write_text(encoding.script(), encoding="utf-8")
         covers = [extracted(plan.source, cover.index, work) for cover in encoding.covers]
-    words = host_words(job, plan, place)
-    places = {place: job.output}
-    places |= {"standard input": job.input} if job.input != "-" else {}
-    places |= {"standard output": job.output} if job.output != "-" else {}
     media = plan.source.upright()
-    size = (media.width, media.height) if plan.raw_in else None
 
-    def encoder(found: tuple[int, int]) -> list[str]:
+    def encoder(size: tuple[int, int]) -> list[str]:
         assert encoding
-        return encode_command(encoding, found, place, str(work / "filters"), covers)
+        return encode_command(encoding, size, place, str(work / "filters"), covers)
 
-    def make() -> Run:
-        return Run(
-            words,
-            report,
-            job.input,
-            job.output,
-            decoder,
-            encoder if encoding else None,
-            size,
-            head,
-            part=job.frames is not None,
-            sought="-ss" in plan.decode,
-            tolerant=job.skip_bad_frames,
-            places=places,
-            named=lambda text: with_final_names(text, os.path.dirname(place), target, plan.first),
-        )
+    def told(text: str) -> str:
+        text = text.replace(place, job.output) if unfinished else text
+        text = text.replace("standard input", job.input) if job.input != "-" else text
+        text = text.replace("standard output", job.output) if job.output != "-" else text
+        return with_final_names(text, os.path.dirname(place), plan.target, plan.first)
 
-    return run_pipeline(make)
+    return Run(
+        job,
+        report,
+        host_words(job, plan, place),
+        decoder or None,
+        encoder if encoding else None,
+        (media.width, media.height) if plan.raw_in else None,
+        plan.head,
+        told,
+    )
 
 
 def with_final_names(text: str, folder: str, target: str | Pattern, first: int) -> str:
@@ -272,10 +243,9 @@ def extracted(media: Media, index: int, work: Path) -> str:
     return path
 
 
-def check(
-    job: Job, report: Report, plan: Plan, unfinished: Unfinished, target: str | Pattern, frames: int
-) -> list[str]:
+def check(job: Job, report: Report, plan: Plan, unfinished: Unfinished, frames: int) -> list[str]:
     """The output's names. Throws Failure when it is not what was to be made."""
+    target = plan.target
     if not frames:
         raise Failure(job.input, "no frame came out of it", "check the file")
     _check_count(job, plan, frames)
@@ -288,11 +258,10 @@ def check(
         if plan.raw_out is None:  # the host program has left the numbers of other frames free
             return [target.path(int(Path(file).stem) + plan.first - 1) for file in files]
         first = plan.source.numbers[0] if plan.source.numbers else 1
-        last = first + (plan.source.frames or frames) - 1
-        numbers = chosen_frames(job.frames, first, max(frames, last - first + 1))
+        numbers = chosen_frames(job.frames, first, max(frames, plan.source.frames or 0))
         return [target.path(number) for number in numbers[: len(files)]]
     assert plan.encoding and isinstance(target, str)
-    if extension(job.output) in PICTURES:
+    if is_picture(job.output):
         if frames > 1 and plan.encoding.container.muxer == "image2":
             why = f"{frames} frames do not fit into one picture"
             remedy = "name a sequence like out_%04d.exr, or choose one with --frames"

@@ -118,7 +118,7 @@ def test_a_pattern_is_one_number_in_the_name(tmp_path):
 
 
 def test_names_that_ffprobe_and_ffmpeg_spell_differently_are_understood():
-    tagged = media(colour=probe.Colour("bt470bg", False, "bt470bg", "gamma28", "left", True))
+    tagged = media(colour=probe.Colour("bt470bg", False, "bt470bg", "bt470bg", "left", True))
     made = planned(tagged)
     assert "color_trc=bt470bg" in made.encoding.script()
     words = made.encoding.colour_words
