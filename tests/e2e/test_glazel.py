@@ -186,6 +186,8 @@ def test_chosen_frames_go_without_sound(folder, clip):
     ("my 'clip'.mp4", "deeper/out.mp4", (), ("deeper", "does not exist")),
     ("my 'clip'.mp4", "old.mp4", (), ("old.mp4", "--overwrite")),
     ("my 'clip'.mp4", "out.mp4", ("--look", "nowhere.cube"), ("nowhere.cube",)),
+    ("my 'clip'.mp4", "out.exr", (), ("24 frames do not fit",)),
+    ("my 'clip'.mp4", "out.avif", (), ("24 frames do not fit",)),
     ("my 'clip'.mp4", "out.nonsense", (), (".nonsense", "not written")),
 ])
 def test_bad_input_is_told_once_and_leaves_nothing(source, target, options, parts, folder, clip):

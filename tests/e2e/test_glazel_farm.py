@@ -440,15 +440,18 @@ def test_a_cluster_makes_what_an_unbroken_render_makes(cluster, clip, tmp_path):
 def test_a_cluster_survives_a_killed_task_and_the_end_of_who_submitted(cluster, long_clip, tmp_path):
     folder = tmp_path / "out.mkv.farm"
     process = begin(long_clip, tmp_path / "out.mkv", how="slurm", env=cluster)
-    wait_until(lambda: begun(folder, 1))
+    wait_until(lambda: begun(folder, 1) and b'"join"' in (folder / "state.json").read_bytes())
     process.kill()
     end(process)
+    ids = json.loads((folder / "state.json").read_bytes())["slurm"].values()
     os.kill(task(folder, 1), signal.SIGKILL)
     refused = begin(long_clip, tmp_path / "out.mkv", env=cluster)
     code, said = end(refused)
     assert code == 1 and "Slurm jobs" in said[-1], said
     code, said = end(begin(long_clip, tmp_path / "out.mkv", how="slurm", env=cluster))
     assert code == 0, said
+    assert sum(f"Slurm jobs {' '.join(ids)} " in line for line in said) == 1, "the same jobs"
+    assert sum("Slurm jobs" in line for line in said) == 1, "and no others"
     assert os.listdir(tmp_path) == ["out.mkv"]
     assert len(decoded(tmp_path / "out.mkv")) == 48
 

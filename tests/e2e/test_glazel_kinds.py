@@ -70,6 +70,8 @@ KINDS = [
     yuv("utvideo.avi", "o.avi", "yuv422p", "-c:v", "utvideo", most=1000),
     yuv("v210.mov", "o.mov", "yuv422p10le", "-c:v", "v210", most=600),
     yuv("vp9.webm", "o.webm", "yuv420p", "-c:v", "libvpx-vp9", "-lossless", 1, most=9000),
+    yuv("vp9_alpha.webm", "o.webm", "yuva420p", "-c:v", "libvpx-vp9", "-lossless", 1,
+        "-auto-alt-ref", 0, most=9000, filters=f"lutyuv=a=100,{TAGS}"),
     yuv("mpeg2.ts", "o.ts", "yuv420p", "-c:v", "mpeg2video", "-q:v", 2, most=9000),
     yuv("interlaced.mkv", "o.mkv", "yuv420p", *X264, "-flags", "+ilme+ildct", most=3500,
         filters=f"{TAGS},setfield=tff"),
@@ -113,16 +115,18 @@ def deep_pixels(path):
     stream = json.loads(subprocess.run(
         ["ffprobe", "-v", "error", "-select_streams", "v:0", "-show_streams", "-of", "json", first],
         capture_output=True, check=True, timeout=DEADLINE).stdout)["streams"][0]
+    # Alone that decoder reads alpha.
+    decoder = ("-c:v", "libvpx-vp9") if stream["codec_name"] == "vp9" else ()
     chain = "format=gbrap16le"
     if stream["pix_fmt"].startswith("yuv"):
         matrix = "2020_ncl" if stream.get("color_space") == "bt2020nc" else "709"
         full = "full" if stream.get("color_range") == "pc" else "limited"
-        alpha = "a" if stream["pix_fmt"].startswith("yuva") else ""
+        alpha = "a" if stream["pix_fmt"].startswith("yuva") or decoder else ""
         wide = f"scale=flags=accurate_rnd+full_chroma_int,format=yuv{alpha}444p16le"
         chain = f"{wide},zscale=min={matrix}:rin={full}:m=gbr:r=full,format=gbrap16le"
     if "f32" in stream["pix_fmt"]:
         chain = "zscale=min=gbr:rin=full:m=gbr:r=full,format=gbrap16le"
-    raw = ffmpeg("-i", path, "-fps_mode", "passthrough", "-vf", f"{chain},format=rgba64le",
+    raw = ffmpeg(*decoder, "-i", path, "-fps_mode", "passthrough", "-vf", f"{chain},format=rgba64le",
                  "-f", "rawvideo", "-")
     return np.frombuffer(raw, "<u2").astype(np.int64)
 

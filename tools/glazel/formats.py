@@ -33,6 +33,7 @@ class Container:
     sound: frozenset[str]  # copied; empty: it has none
     subtitles: frozenset[str]
     sound_codec: str = "aac"
+    sound_rate: int = 0  # the only one that it takes; 0: any
     text_codec: str = ""  # what texts become
     tags: frozenset[str] | None = frozenset()  # None: any
     options: tuple[str, ...] = ()
@@ -139,6 +140,7 @@ CONTAINERS = {
         "colours timecode",
         "pcm_s16le pcm_s24le",
         sound_codec="pcm_s24le",
+        sound_rate=48000,
     ),
     "nut": _kind(
         "nut",
@@ -290,7 +292,8 @@ def choose(media: Media, name: str, container: Container, codec: str | None) -> 
     if not formats:
         why = f"this ffmpeg has no encoder {encoder}"
         raise Failure(name, why, "choose another kind of file, or another --codec")
-    if encoder == "libsvtav1" and (wanted.depth > 10 or wanted.alpha):
+    too_much = wanted.depth > 10 or wanted.alpha or min(size) < _LEAST_SVT
+    if encoder == "libsvtav1" and too_much:
         encoder, formats = "libaom-av1", encoder_formats("libaom-av1")
     return Choice(codec, encoder, nearest(wanted, formats, size))
 
@@ -300,6 +303,7 @@ _NAMES |= {"mpeg2": "mpeg2video", "raw": "rawvideo"}
 _PRORES = {"Proxy": "proxy", "LT": "lt", "Standard": "standard", "HQ": "hq", "4444": "4444"}
 _CRF = {"libx264": 16, "libx264rgb": 16, "libx265": 16, "libvpx-vp9": 20, "libvpx": 10}
 _CRF |= {"libaom-av1": 20, "libsvtav1": 20}
+_LEAST_SVT = 64  # columns and rows
 _SLICED = 16  # rows; ffmpeg 5.1 writes zeros into four slices of two
 _SCALE = {"libx264": 51, "libx264rgb": 51, "libx265": 51}
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 import shlex
 from dataclasses import dataclass, field, replace
 from fractions import Fraction
@@ -229,7 +230,16 @@ def _decode_words(
     else:  # raw frames need no times, but rising ones
         filters = [*filters, "settb=1/1000", "setpts=N"]
         rate = ["-fps_mode", "passthrough", "-enc_time_base", "1:1000"]
-    words = ["ffmpeg", "-nostdin", "-v", "error", "-xerror", *seek, *source.options]
+    words = [
+        "ffmpeg",
+        "-nostdin",
+        "-v",
+        "error",
+        "-xerror",
+        *seek,
+        *source.options,
+        *source.decoder,
+    ]
     words += ["-i", source.source, "-map", f"0:{source.index}", *rate]
     return words + ["-vf", ",".join(filters), "-f", "rawvideo", "pipe:1"]
 
@@ -254,7 +264,8 @@ def _encoding(job: Job, media: Media, read: Colour, raw: Raw) -> Encoding:
         said = replace(colour, matrix="")  # what nobody said is not said now
     words, tracks, covers = _tracks(job, media, container)
     expected = replace(kept.predicted(media, container, choice, said), tracks=tracks)
-    filters = encode_filters(expected, colour, raw, choice.format)
+    read_as = replace(expected, format=media.format)
+    filters = encode_filters(read_as, colour, raw, choice.format)
     if not is_picture(job.output):
         filters += [tag_filter(said, choice.format), f"setsar={media.aspect}"]
     filters += [f"setfield={expected.fields}"] if expected.fields else []
@@ -290,11 +301,16 @@ def _tracks(
     whole = job.frames is None and job.fps is None
     for track in media.tracks if whole and media.source != "-" and not media.pattern else ():
         if track.kind == "audio" and container.sound:
-            copied = track.codec in container.sound
+            rate = container.sound_rate
+            fits = not rate or track.detail.startswith(f"{rate} Hz")
+            copied = track.codec in container.sound and fits
             codec = "copy" if copied else container.sound_codec
-            add("a", track, codec, track.codec if copied else _MADE_BY.get(codec, codec))
+            if not fits:
+                words += [f"-ar:a:{counts['a']}", str(rate)]
+                track = replace(track, detail=re.sub(r"^\d+", str(rate), track.detail))
             if not copied and not codec.startswith("pcm"):
-                words += [f"-b:a:{counts['a'] - 1}", "256k"]
+                words += [f"-b:a:{counts['a']}", "256k"]
+            add("a", track, codec, track.codec if copied else _MADE_BY.get(codec, codec))
         elif track.kind == "subtitle" and track.codec in container.subtitles:
             add("s", track, "copy", track.codec)
         elif track.kind == "subtitle" and container.text_codec and track.codec in _TEXTS:

@@ -135,6 +135,7 @@ class Media:
     numbers: tuple[int, ...] = ()  # of the pictures of a sequence
     half: bool = False  # floats of 16 bits
     options: tuple[str, ...] = ()  # that ffmpeg needs before -i
+    decoder: tuple[str, ...] = ()  # the same, when the picture is wanted
     source: str = ""  # what it needs behind -i
 
     def of(self, kind: str) -> list[Track]:
@@ -173,7 +174,7 @@ def complaints(data: bytes) -> list[str]:
     text = re.sub(r"\[([^\]@]*?) @ 0x[0-9a-f]+\] ?", "", text)
     text = re.sub(r"\bfile:(?=\S)|^av_interleaved_write_frame\(\): ", "", text, flags=re.MULTILINE)
     follows = re.compile(
-        r"Broken pipe|^Conversion failed|Error (writing trailer|closing file|muxing a packet)|"
+        r"Broken pipe|^Conversion failed|^Svt\[\w+\]: |Error (writing trailer|closing file|muxing a packet)|"
         r"^Error while (processing|filtering)|Last message repeated|"
         r"Referenced QT chapter track not found|Could not find codec parameters for stream \d+ "
         r"\(Attachment|Consider increasing the value|mastering display|^\s*$"
@@ -209,16 +210,17 @@ def probe(
     if stream is None:
         why = "it holds no picture" + (", only sound" if report.get("streams") else "")
         raise Failure(path, why, "give a picture or a video")
-    if stream["codec_name"] in ("vp9", "vp8") and _tags(stream).get("alpha_mode") == "1":
-        options = ["-c:v", f"libvpx{'-vp9' if stream['codec_name'] == 'vp9' else ''}"]
-        literal = options
     frame: dict[str, Any] = {}
     if not y4m:
         chosen = ["-select_streams", str(stream["index"]), "-read_intervals", "%+#1"]
         command = ["ffprobe", "-v", "quiet", "-of", "json", *literal, *chosen, "-show_frames"]
         frame = (run_json([*command, first], path).get("frames") or [{}])[0]
+    decoder: tuple[str, ...] = ()
+    if stream["codec_name"] in _WITH_ALPHA and _tags(stream).get("alpha_mode") == "1":
+        decoder = ("-c:v", _WITH_ALPHA[stream["codec_name"]])
+        frame["pix_fmt"] = "yuva420p"  # ffprobe's own decoder leaves alpha out
     media = _media(path, report, stream, frame)
-    media = replace(media, options=tuple(options), source=source)
+    media = replace(media, options=tuple(options), decoder=decoder, source=source)
     if pattern and numbers:
         return replace(media, pattern=pattern, numbers=tuple(numbers), frames=len(numbers))
     return media
@@ -234,6 +236,7 @@ def _source(path: str, pattern: Pattern | None, numbers: list[int]) -> tuple[lis
     return [], ffmpeg_name(path)
 
 
+_WITH_ALPHA = {"vp8": "libvpx", "vp9": "libvpx-vp9"}
 STILL = tuple("exr dpx ppm pgm pam pfm phm tga webp jp2 j2k qoi jxl png jpg jpeg tif bmp".split())
 
 

@@ -75,7 +75,16 @@ def planned(job: Job) -> Plan:
         source = replace(source, **part.counted) if part else with_times(source)
     else:
         source = _of_host(job, pattern, numbers)
-    return replace(make_plan(job, source, decoded, encoded), target=target, head=head)
+    plan = replace(make_plan(job, source, decoded, encoded), target=target, head=head)
+    if encoded:
+        _check_picture(job, plan, plan.expected or 1)
+    return plan
+
+
+def _check_picture(job: Job, plan: Plan, frames: int) -> None:
+    if frames > 1 and is_picture(job.output) and not isinstance(plan.target, Pattern):
+        remedy = "name a sequence like out_%04d.exr, or choose one with --frames"
+        raise Failure(job.output, f"{frames} frames do not fit into one picture", remedy)
 
 
 def _host_reads(path: str) -> bool:
@@ -262,10 +271,7 @@ def check(job: Job, report: Report, plan: Plan, unfinished: Unfinished, frames: 
         return [target.path(number) for number in numbers[: len(files)]]
     assert plan.encoding and isinstance(target, str)
     if is_picture(job.output):
-        if frames > 1 and plan.encoding.container.muxer == "image2":
-            why = f"{frames} frames do not fit into one picture"
-            remedy = "name a sequence like out_%04d.exr, or choose one with --frames"
-            raise Failure(job.output, why, remedy)
+        _check_picture(job, plan, frames)
         return [target]
     made = with_times(probe(unfinished.path))
     if made.frames != frames:
@@ -295,8 +301,17 @@ def _check_count(job: Job, plan: Plan, frames: int) -> None:
 
 
 def _decodable(media: Media) -> int:
-    command = ["ffmpeg", "-nostdin", "-v", "error", *media.options, "-i", media.source]
-    command += ["-map", f"0:{media.index}", "-fps_mode", "passthrough", "-progress", "pipe:1"]
+    command = ["ffmpeg", "-nostdin", "-v", "error", *media.options, *media.decoder]
+    command += [
+        "-i",
+        media.source,
+        "-map",
+        f"0:{media.index}",
+        "-fps_mode",
+        "passthrough",
+        "-progress",
+        "pipe:1",
+    ]
     done = subprocess.run([*command, "-f", "null", "-"], capture_output=True, check=False)
     counts = re.findall(rb"^frame=\s*(\d+)", done.stdout, re.MULTILINE)
     return int(counts[-1]) if counts and not complaints(done.stderr) else -1

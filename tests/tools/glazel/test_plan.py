@@ -47,6 +47,12 @@ def test_chroma_of_fields_is_converted_field_by_field():
     assert "separatefields" not in " ".join(planned(media("yuv422p", fields="bff")).decode)
 
 
+@pytest.mark.parametrize("codec, dither", [("mpeg2video", "error_diffusion"), ("ffv1", "none")])
+def test_rounding_is_spread_where_the_output_has_fewer_bits(codec, dither):
+    made = planned(media("yuv420p10le"), codec=codec)
+    assert f"dither={dither}" in made.encoding.script()
+
+
 def test_a_size_that_chroma_does_not_divide_goes_through_full_chroma():
     made = planned(media(width=63))
     assert "format=yuv444p16le,zscale" in " ".join(made.decode)
@@ -66,6 +72,12 @@ def test_a_size_that_chroma_does_not_divide_goes_through_full_chroma():
 def test_the_codec_and_the_samples_stay_or_are_the_nearest(codec, pixels, output, expected):
     choice = planned(media(pixels, codec=codec), output).encoding.choice
     assert (choice.codec, choice.format.name) == expected
+
+
+@pytest.mark.parametrize("height, encoder", [(48, "libaom-av1"), (64, "libsvtav1")])
+def test_small_pictures_go_to_the_encoder_that_takes_them(height, encoder):
+    made = planned(media(codec="av1", height=height))
+    assert made.encoding.choice.encoder == encoder
 
 
 def test_what_is_lost_is_named_and_what_is_gained_is_not():
@@ -125,6 +137,19 @@ def test_names_that_ffprobe_and_ffmpeg_spell_differently_are_understood():
     assert words[words.index("-color_trc") + 1] == "5"
 
 
+def test_words_for_other_programs_may_begin_like_options():
+    words = ["--sbatch", "--account=film", "--encoder-options", "-an", "--look", "", "in", "out"]
+    options = command_line.parse("farm", ["local", *words])
+    assert (options.sbatch, options.encoder_options) == ("--account=film", "-an")
+
+
+def test_sound_in_mxf_is_of_48_kilohertz():
+    sound = probe.Track(1, "audio", "pcm_s16le", detail="44100 Hz, 2 channels")
+    made = planned(media(tracks=(sound,)), "out.mxf", codec="mpeg2video")
+    assert "-ar:a:0 48000" in " ".join(made.encoding.tracks)
+    assert "becomes pcm_s24le, 48000 Hz" in made.losses["sound 1"]
+
+
 @pytest.mark.parametrize("command", sorted(set(command_line.commands()) - {"render", "install"}))
 def test_options_are_close_to_what_was_meant(command):
     with pytest.raises(Failure) as failure:
@@ -142,6 +167,12 @@ def test_mastering_display_is_written_in_the_units_of_the_encoder():
     assert "G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50)" in words
     assert "max-cll=1000,400" in words
     assert "mastering display" in planned(source, codec="ffv1").losses
+
+
+def test_of_what_ffmpeg_says_only_the_cause_is_told():
+    said = (b"Svt[info]: -----\n[libx264 @ 0x5581] file:a.mp4: full\nConversion failed!\n"
+            b"av_interleaved_write_frame(): Broken pipe\n")
+    assert probe.complaints(said) == ["a.mp4: full"]
 
 
 def test_every_kind_of_file_names_encoders_that_there_are():
