@@ -12,7 +12,7 @@ from fractions import Fraction
 from typing import Any, NoReturn
 
 from .failure import Failure, WRONG_USAGE
-from .names import check_target, input_pattern, missing, suggestion
+from .names import check_target, input_pattern, look_files, missing, suggestion
 from .plan import Job, parse_frames
 
 # A line for each option: its words, then its help. A|B|C are all the words that it takes.
@@ -217,10 +217,8 @@ def parse(command: str, words: list[str]) -> argparse.Namespace:
 
 
 def _look(word: str) -> None:
-    """The files of FILE, FILE#ID or CDL|LUT are there."""
-    for part in [word] if os.path.exists(word) else word.split("|"):
-        file = part if os.path.exists(part) else part.rpartition("#")[0] or part
-        if file and not os.path.exists(file):
+    for file in look_files(word):
+        if not os.path.exists(file):
             raise missing(file)
 
 

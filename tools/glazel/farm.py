@@ -27,7 +27,8 @@ from . import prepare, system
 from .command_line import parse, render_job
 from .failure import Failure, Interrupted, WRONG_USAGE
 from .formats import RAW_FILES, is_picture
-from .names import Pattern, check_target, extension, ffmpeg_name, input_pattern, suggestion
+from .names import Pattern, check_target, extension, ffmpeg_name, input_pattern, look_files
+from .names import suggestion
 from .output import Unfinished
 from .pipeline import Child, parts
 from .plan import MILLISECONDS, Job, Part, Plan, chosen_frames, container_of, mux_command, runs
@@ -155,11 +156,8 @@ def _identity(job: Job) -> dict[str, str]:
     found = {job.input: hashlib.sha256(text.encode()).hexdigest()}
     for option, word in zip(job.host, job.host[1:]):
         if option in ("--look", "--key", "--project"):
-            look = word.partition("=")[2] if option == "--key" else word
-            for part in [look] if os.path.exists(look) else look.split("|"):
-                file = part if os.path.exists(part) else part.rpartition("#")[0]
-                if file:
-                    found[file] = _hash(Path(file))
+            for file in look_files(word.partition("=")[2] if option == "--key" else word):
+                found[file] = _hash(Path(file))
     return found
 
 

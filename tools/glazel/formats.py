@@ -352,44 +352,37 @@ def encoder_options(
     return words + more
 
 
-def _decimal(value: str, unit: int) -> int:
-    return round(Fraction(value) * unit)
+# Encoders that can say mastering display and light level: the option, the two words in it, and
+# the units of chromaticity and luminance; 0: as decimals.
+HDR_ENCODERS = {
+    "libx264": ("-x264-params", "mastering-display", "cll", 50000, 10000),
+    "libx265": ("-x265-params", "master-display", "max-cll", 50000, 10000),
+    "libsvtav1": ("-svtav1-params", "mastering-display", "content-light", 0, 0),
+}
 
 
 def _colour_options(encoder: str, media: Media) -> list[str]:
-    """Mastering display and light level, for encoders that can say them."""
-    shown, light = media.mastering, media.light
-    parts: list[str] = ["log-level=error"] if encoder == "libx265" else []
-    if encoder == "libx265" and (shown or light):
+    if encoder not in HDR_ENCODERS:
+        return []
+    option, display, level, chroma, luminance = HDR_ENCODERS[encoder]
+    parts = ["log-level=error"] if encoder == "libx265" else []
+    if encoder == "libx265" and (media.mastering or media.light):
         parts += ["hdr10=1", "repeat-headers=1"]
-        parts += ["master-display=" + _display(shown, 50000, 10000)] if shown else []
-        parts += [f"max-cll={light[0]},{light[1]}"] if light else []
-    elif encoder == "libx264" and (shown or light):
-        parts += ["mastering-display=" + _display(shown, 50000, 10000)] if shown else []
-        parts += [f"cll={light[0]},{light[1]}"] if light else []
-    elif encoder == "libsvtav1" and (shown or light):
-        parts += ["mastering-display=" + _display(shown, 0, 0)] if shown else []
-        parts += [f"content-light={light[0]},{light[1]}"] if light else []
-    names = {"libx264": "-x264-params", "libx265": "-x265-params", "libsvtav1": "-svtav1-params"}
-    return [names[encoder], ":".join(parts)] if parts else []
-
-
-HDR_ENCODERS = frozenset(("libx264", "libx265", "libsvtav1"))
+    parts += (
+        [f"{display}={_display(media.mastering, chroma, luminance)}"] if media.mastering else []
+    )
+    parts += ["{}={},{}".format(level, *media.light)] if media.light else []
+    return [option, ":".join(parts)] if parts else []
 
 
 def _display(shown: dict[str, str], chroma: int, luminance: int) -> str:
-    def number(key: str, unit: int) -> str:
-        return str(_decimal(shown[key], unit)) if unit else f"{float(Fraction(shown[key])):.6g}"
+    def numbers(first: str, second: str, unit: int) -> str:
+        values = Fraction(shown[first]), Fraction(shown[second])
+        return ",".join(str(round(v * unit)) if unit else f"{float(v):.6g}" for v in values)
 
-    def pair(name: str) -> str:
-        return f"({number(name + '_x', chroma)},{number(name + '_y', chroma)})"
-
-    points = "".join(
-        letters + pair(name)
-        for letters, name in (("G", "green"), ("B", "blue"), ("R", "red"), ("WP", "white_point"))
-    )
-    largest, least = (number(key, luminance) for key in ("max_luminance", "min_luminance"))
-    return f"{points}L({largest},{least})"
+    points = {"G": "green", "B": "blue", "R": "red", "WP": "white_point"}
+    text = "".join(f"{key}({numbers(f'{n}_x', f'{n}_y', chroma)})" for key, n in points.items())
+    return f"{text}L({numbers('max_luminance', 'min_luminance', luminance)})"
 
 
 def _field_options(encoder: str, media: Media) -> list[str]:

@@ -40,23 +40,21 @@ class Pattern:
             return None
         number = found[0]
         digits = len(number[2]) if number[2] else int(number[1] or 1)
-        plain = [name[: number.start()], name[number.end() :]]
-        return Pattern(folder, plain[0].replace("%%", "%"), digits, plain[1].replace("%%", "%"))
+        before, after = name[: number.start()], name[number.end() :]
+        return Pattern(folder, before.replace("%%", "%"), digits, after.replace("%%", "%"))
 
     def path(self, number: int) -> str:
         return os.path.join(self.folder, f"{self.before}{number:0{self.digits}}{self.after}")
 
     def for_ffmpeg(self) -> str:
         """It expands folders too."""
-        return os.path.join(_escaped(self.folder), self._name())
+        return os.path.join(self.folder.replace("%", "%%"), os.path.basename(self.for_host()))
 
     def for_host(self) -> str:
         """It expands the file name alone."""
-        return os.path.join(self.folder, self._name())
-
-    def _name(self) -> str:
         number = f"%0{self.digits}d" if self.digits > 1 else "%d"
-        return _escaped(self.before) + number + _escaped(self.after)
+        ends = (text.replace("%", "%%") for text in (self.before, self.after))
+        return os.path.join(self.folder, number.join(ends))
 
     def numbers(self) -> list[int]:
         """Of the files that there are, in order."""
@@ -66,13 +64,16 @@ class Pattern:
         return sorted(n for n in numbers if os.path.exists(self.path(n)))
 
 
-def _escaped(text: str) -> str:
-    return text.replace("%", "%%")
-
-
 def input_pattern(path: str) -> Pattern | None:
     """A name is a pattern only when there is no file of that very name."""
     return None if os.path.exists(path) else Pattern.parse(path)
+
+
+def look_files(word: str) -> list[str]:
+    """The files of FILE, FILE#ID or CDL|LUT."""
+    parts = [word] if os.path.exists(word) else word.split("|")
+    files = [p if os.path.exists(p) else p.rpartition("#")[0] or p for p in parts]
+    return [file for file in files if file]
 
 
 def suggestion(word: str, known: list[str]) -> str:
@@ -122,6 +123,5 @@ def check_target(path: str, overwrite: bool) -> None:
 
 
 def exists_already(path: str) -> Failure:
-    return Failure(
-        path, "it exists already", "give --overwrite to replace it, or choose another name"
-    )
+    remedy = "give --overwrite to replace it, or choose another name"
+    return Failure(path, "it exists already", remedy)

@@ -46,16 +46,12 @@ class Child:
         self._reader.start()
 
     def _read(self) -> None:
-        assert self.process.stderr
-        for line in self.process.stderr:
+        for line in self.process.stderr or ():
             self.hear(line)
 
     def hear(self, line: bytes) -> None:
         """On the reader's thread."""
         self.words = (self.words + line)[-_TAIL:]
-
-    def poll(self) -> int | None:
-        return self.process.poll()
 
     def kill(self) -> None:
         if self.process.poll() is None:
@@ -179,7 +175,7 @@ class Run:
                 os.close(end)
         if self.encoder:
             try:
-                while not (size := self.size or host.size) and host.poll() is None:
+                while not (size := self.size or host.size) and host.process.poll() is None:
                     time.sleep(_POLL)
                 if size:
                     last = sys.stdout.buffer if self.job.output == "-" else subprocess.DEVNULL
@@ -214,14 +210,13 @@ class Run:
 
     def _wait(self, host: Host) -> None:
         while True:
-            codes = [child.poll() for child in self.children]
-            if any(code and not self._may(child) for child, code in zip(self.children, codes)):
-                break
-            if all(code is not None for code in codes):
+            codes = [child.process.poll() for child in self.children]
+            failed = any(code and not self._may(child) for child, code in zip(self.children, codes))
+            if failed or None not in codes:
                 break
             time.sleep(_POLL)
         time.sleep(_POLL)  # those behind a failure fail too, those before it have failed by now
-        ended = [child for child in self.children if child.poll() is not None]
+        ended = [child for child in self.children if child.process.poll() is not None]
         self._end()
         self._judge(host, [child for child in ended if not child.killed])
 

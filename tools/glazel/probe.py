@@ -158,14 +158,10 @@ def run_json(command: list[str], what: str, data: bytes | None = None) -> dict[s
     except FileNotFoundError as error:
         raise Failure(command[0], "it is not installed", "install ffmpeg") from error
     if done.returncode != 0:
-        raise Failure(what, f"ffmpeg cannot read it: {first_complaint(done.stderr)}", "check it")
+        reason = (complaints(done.stderr) or ["it gives no reason"])[0]
+        raise Failure(what, f"ffmpeg cannot read it: {reason}", "check it")
     result: dict[str, Any] = json.loads(done.stdout.decode("utf-8", "replace") or "{}")
     return result
-
-
-def first_complaint(data: bytes) -> str:
-    found = complaints(data)
-    return found[0] if found else "it gives no reason"
 
 
 def complaints(data: bytes) -> list[str]:
@@ -174,8 +170,8 @@ def complaints(data: bytes) -> list[str]:
     text = re.sub(r"\[([^\]@]*?) @ 0x[0-9a-f]+\] ?", "", text)
     text = re.sub(r"\bfile:(?=\S)|^av_interleaved_write_frame\(\): ", "", text, flags=re.MULTILINE)
     follows = re.compile(
-        r"Broken pipe|^Conversion failed|^Svt\[\w+\]: |Error (writing trailer|closing file|muxing a packet)|"
-        r"^Error while (processing|filtering)|Last message repeated|"
+        r"Broken pipe|^Conversion failed|Error (writing trailer|closing file|muxing a packet)|"
+        r"^Error while (processing|filtering)|Last message repeated|^Svt\[\w+\]: |"
         r"Referenced QT chapter track not found|Could not find codec parameters for stream \d+ "
         r"\(Attachment|Consider increasing the value|mastering display|^\s*$"
     )

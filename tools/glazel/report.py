@@ -28,41 +28,38 @@ class Report:
         self._say("warning", text, "warning: ")
 
     def fail(self, text: str) -> None:
-        if self.style == "json":
-            self._write(json.dumps({"event": "error", "text": text}) + "\n")
-        else:
-            self._line(text)
+        self._say("error", text)
 
     def progress(self, event: dict[str, Any]) -> None:
         now = time.monotonic()
         if self.style == "json":
-            self._write(json.dumps(event) + "\n")
-        if self.style == "bar" or (self.style == "plain" and now - self._shown > _BETWEEN_LINES):
-            self._shown = now
-            text = _progress_text(event)
-            if self.style == "plain":
-                self._line(text)
-                return
-            text = text[: shutil.get_terminal_size().columns - 1]
+            self._event(event)
+        elif self.style == "bar":
+            text = _progress_text(event)[: shutil.get_terminal_size().columns - 1]
             self._write("\r" + text.ljust(self._bar))
             self._bar = len(text)
+        elif self.style == "plain" and now - self._shown > _BETWEEN_LINES:
+            self._shown = now
+            self._line(_progress_text(event))
 
     def done(self, output: str, frames: int, seconds: float) -> None:
+        rate = frames / max(seconds, 0.001)
         if self.style == "json":
-            rate = round(frames / seconds, 3) if seconds > 0 else None
             event = {"event": "done", "output": output, "frames": frames}
-            event |= {"seconds": round(seconds, 3), "framesPerSecond": rate}
-            self._write(json.dumps(event) + "\n")
+            self._event(event | {"seconds": round(seconds, 3), "framesPerSecond": round(rate, 3)})
             return
-        rate_text = f", {frames / seconds:.1f} frames/s" if seconds > 0 and frames > 1 else ""
         count = "1 frame" if frames == 1 else f"{frames} frames"
+        rate_text = f", {rate:.1f} frames/s" if frames > 1 else ""
         self.note(f"{output}: {count} in {seconds:.1f} s{rate_text}")
 
     def _say(self, event: str, text: str, before: str = "") -> None:
         if self.style == "json":
-            self._write(json.dumps({"event": event, "text": text}) + "\n")
-        elif self.style != "none":
+            self._event({"event": event, "text": text})
+        elif self.style != "none" or event == "error":
             self._line(before + text)
+
+    def _event(self, event: dict[str, Any]) -> None:
+        self._write(json.dumps(event) + "\n")
 
     def _line(self, text: str) -> None:
         blank = "\r" + " " * self._bar + "\r" if self._bar else ""
