@@ -193,10 +193,10 @@ def _piped(job: Job, report: Report, plan: Plan, started: float) -> None:
         if unfinished:
             unfinished.commit(check(job, report, plan, unfinished, frames))
     report.done(job.output, frames, time.monotonic() - started)
-    bad = [child.complaints() for child in run.children if child.stage == "decoder"]
-    if bad and bad[0]:
-        why = f"not all of it could be decoded: {bad[0][0]}"
-        raise Failure(job.input, why, "the rest was rendered; check the file")
+    for child in run.children if job.skip_bad_frames else ():
+        if child.stage == "decoder" and child.complaints():
+            why = f"not all of it could be decoded: {child.complaints()[0]}"
+            raise Failure(job.input, why, "the rest was rendered; check the file")
 
 
 def _run(job: Job, report: Report, plan: Plan, unfinished: Unfinished | None, work: Path) -> Run:
