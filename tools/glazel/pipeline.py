@@ -244,7 +244,7 @@ class Run:
             said["decoder"] = [text for text in said.get("decoder", []) if _MMCO not in text]
         if said.get("decoder") and not job.skip_bad_frames:
             why = f"decoding failed: {said['decoder'][0]}"
-            remedy = "check the file, or give --skip-bad-frames to render what can be read"
+            remedy = "check it; glazel render --skip-bad-frames renders what can be read"
             raise Failure(job.input, why, remedy)
         code = codes.get("host program", 0)
         if code:

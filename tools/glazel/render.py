@@ -297,7 +297,9 @@ def _check_count(job: Job, plan: Plan, frames: int) -> None:
         expected = _decodable(plan.source)
     if frames != expected:
         why = f"{frames} frames came out of {expected}"
-        raise Failure(job.input, why, "run it again, or give --skip-bad-frames")
+        raise Failure(
+            job.input, why, "run it again; glazel render --skip-bad-frames takes what comes"
+        )
 
 
 def _decodable(media: Media) -> int:
