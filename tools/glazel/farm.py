@@ -26,9 +26,9 @@ from typing import Any
 from . import prepare, system
 from .command_line import parse, render_job
 from .failure import Failure, Interrupted, WRONG_USAGE
-from .formats import RAW_FILES, is_picture
-from .names import Pattern, check_target, extension, ffmpeg_name, input_pattern, look_files
-from .names import suggestion
+from .formats import RAW_FILES
+from .names import Pattern, check_target, extension, ffmpeg_name, input_pattern, is_picture
+from .names import look_files, suggestion
 from .output import Unfinished
 from .pipeline import Child, parts
 from .plan import MILLISECONDS, Job, Part, Plan, chosen_frames, container_of, mux_command, runs
@@ -109,12 +109,11 @@ def _check_kinds(job: Job) -> None:
             raise Failure(path, "raw frames and pipes are not split", remedy, WRONG_USAGE)
     if is_picture(job.input) and not input_pattern(job.input) and os.path.exists(job.input):
         raise Failure(job.input, "it is one picture", remedy, WRONG_USAGE)
-    container_of(job.output)
     if is_picture(job.output):
         if not Pattern.parse(job.output):
             why, remedy = "it is one picture", "name a sequence like out_%04d.png"
             raise Failure(job.output, why, remedy, WRONG_USAGE)
-    elif extension(job.output) not in _JOINED:
+    elif container_of(job.output) and extension(job.output) not in _JOINED:
         why = "pieces of such files are not joined"
         remedy = f"name one like .mkv, .mov or .mp4, or {remedy}"
         raise Failure(job.output, why, remedy, WRONG_USAGE)

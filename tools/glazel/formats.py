@@ -10,11 +10,10 @@ from fractions import Fraction
 from typing import Any
 
 from .failure import Failure
-from .names import extension
+from .names import HOST_PICTURES, PICTURES
 from .probe import Media, PixelFormat, pixel_formats
 
 _FRAMES = "wrapped_avframe"
-HOST_PICTURES = frozenset("png jpg jpeg tif tiff bmp".split())
 RAW_FILES = frozenset(("bgra", "raw"))
 
 
@@ -155,16 +154,10 @@ CONTAINERS = {
     "y4m": _kind("yuv4mpegpipe", _FRAMES, _FRAMES, "", options=("-strict", "-1")),
     "avif": _kind("avif", "av1", "av1", "colours moments"),
 }
-_STILLS = "exr dpx ppm pgm pam pfm phm qoi webp tga=targa jp2=jpeg2000 j2k=jpeg2000 jxl=jpegxl"
-for _word in _STILLS.split():
-    _ending, _, _codec = _word.partition("=")
-    CONTAINERS[_ending] = _kind("image2", _codec or _ending, _codec or _ending, "moments")
-PICTURES = HOST_PICTURES.union(n for n, c in CONTAINERS.items() if c.muxer in ("image2", "avif"))
-
-
-def is_picture(path: str) -> bool:
-    return extension(path) in PICTURES
-
+_CODECS = {"tga": "targa", "jp2": "jpeg2000", "j2k": "jpeg2000", "jxl": "jpegxl"}
+for _ending in PICTURES - HOST_PICTURES - {"avif"}:
+    _codec = _CODECS.get(_ending, _ending)
+    CONTAINERS[_ending] = _kind("image2", _codec, _codec, "moments")
 
 ENCODERS = {
     "h264": "libx264",

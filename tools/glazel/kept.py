@@ -24,7 +24,7 @@ def facts(media: Media) -> Facts:
         "alpha": "yes" if number.alpha else "",
         "pixel aspect": str(media.aspect) if media.aspect != 1 else "",
         "fields": media.fields,
-        "rotation": f"{media.rotation} degrees" if media.rotation or media.mirrored else "",
+        "rotation": media.turned,
         "times of single frames": "variable rate" if media.times else "",
         "colour range": ("full" if colour.full_range else "limited") if _says_range(media) else "",
         "colour primaries": colour.primaries,

@@ -14,6 +14,11 @@ from .failure import Failure, WRONG_USAGE
 _NUMBER = re.compile(r"%(?:0(\d{1,2}))?d|(#+)")
 
 
+# The host program reads and writes the first of these itself.
+HOST_PICTURES = frozenset("png jpg jpeg tif tiff bmp".split())
+PICTURES = HOST_PICTURES.union("exr dpx ppm pgm pam pfm phm qoi webp tga jp2 j2k jxl avif".split())
+
+
 def ffmpeg_name(path: str) -> str:
     """Nothing in such a name is a protocol or an option."""
     return "file:" + path
@@ -21,6 +26,10 @@ def ffmpeg_name(path: str) -> str:
 
 def extension(path: str) -> str:
     return os.path.splitext(path)[1][1:].lower()
+
+
+def is_picture(path: str) -> bool:
+    return extension(path) in PICTURES
 
 
 @dataclass(frozen=True)

@@ -13,8 +13,8 @@ from . import kept
 from .colour import Raw, decode_filters, encode_filters, output_colour, raw_for
 from .colour import tag_filter, tag_options, understood
 from .failure import Failure, WRONG_USAGE
-from .formats import CONTAINERS, Choice, Container, choose, encoder_options, is_picture
-from .names import Pattern, extension, ffmpeg_name
+from .formats import CONTAINERS, Choice, Container, choose, encoder_options
+from .names import Pattern, extension, ffmpeg_name, is_picture
 from .probe import Colour, Media, Track
 
 _TEXTS = ("subrip", "ass", "ssa", "mov_text", "webvtt", "text")
@@ -134,8 +134,8 @@ def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
     if job.fps:
         media = replace(media, rate=job.fps, times=(), start=Fraction(0))
     notes = []
-    if decoded and (source.rotation or source.mirrored):
-        notes.append(f"rotation: {source.rotation} degrees, applied: the picture is stored upright")
+    if decoded and source.turned:
+        notes.append(f"rotation: {source.turned}, applied: the picture is stored upright")
     colour = understood(media, job.matrix, job.range)
     guessed = colour.matrix != media.colour.matrix and not job.matrix and not media.format.gray
     if decoded and guessed:
@@ -149,7 +149,7 @@ def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
     if decoded:
         filters = decode_filters(media, colour, raw)
         seek: list[str] = []
-        first = source.numbers[0] if source.numbers else 1
+        first = source.begin
         if job.part:
             first, seek, filters = _cut_out(job, job.part, source, filters)
         decode = _decode_words(source, media, seek, filters, even)
@@ -173,7 +173,7 @@ def _choose_frames(job: Job, media: Media) -> tuple[int | None, Media]:
     """How many frames to expect, and the media with those frames alone."""
     if media.frames is None:
         return None, media
-    first = media.numbers[0] if media.numbers else 1
+    first = media.begin
     numbers = chosen_frames(job.frames, first, media.frames)
     if not numbers:
         last = first + media.frames - 1
@@ -412,8 +412,7 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
     if job.frames is not None:
         chosen: list[int] = []
         if plan.raw_in and (media.numbers or job.part):  # these count from 1 in a pipe
-            begin = media.numbers[0] if media.numbers else 1
-            chosen = chosen_frames(job.frames, begin, media.frames or 0)
+            chosen = chosen_frames(job.frames, media.begin, media.frames or 0)
         words += ["--frames", runs([n - plan.first + 1 for n in chosen]) or job.frames]
     if plan.expected and plan.raw_in:
         words += ["--expect", str(plan.source.frames or plan.expected)]

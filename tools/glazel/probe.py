@@ -12,7 +12,7 @@ from fractions import Fraction
 from typing import Any
 
 from .failure import Failure
-from .names import Pattern, ffmpeg_name, extension
+from .names import Pattern, extension, ffmpeg_name, is_picture
 
 _UNKNOWN = ("", "unknown", "reserved", "unspecified", "N/A")
 # Codecs whose codes are limited where they say nothing; gray of others is full, as ffmpeg takes it.
@@ -115,7 +115,7 @@ class Media:
     aspect: Fraction  # of a pixel
     fields: str = ""  # tff, bff or progressive (empty)
     rotation: int = 0  # degrees clockwise to turn the picture upright
-    mirrored: bool = False
+    turned: str = ""  # what ffmpeg does to that end, in words
     mastering: dict[str, str] = field(default_factory=dict)
     light: tuple[int, int] | None = None  # largest and average content light level
     timecode: str = ""
@@ -141,13 +141,18 @@ class Media:
     def of(self, kind: str) -> list[Track]:
         return [track for track in self.tracks if track.kind == kind]
 
+    @property
+    def begin(self) -> int:
+        """The number of the first frame."""
+        return self.numbers[0] if self.numbers else 1
+
     def upright(self) -> Media:
         """As it is once ffmpeg has turned it."""
         if self.rotation not in (90, 270):
-            return replace(self, rotation=0, mirrored=False)
+            return replace(self, rotation=0, turned="")
         aspect = 1 / self.aspect if self.aspect else self.aspect
         size = {"width": self.height, "height": self.width}
-        return replace(self, rotation=0, mirrored=False, aspect=aspect, **size)
+        return replace(self, rotation=0, turned="", aspect=aspect, **size)
 
 
 def run_json(command: list[str], what: str, data: bytes | None = None) -> dict[str, Any]:
@@ -227,13 +232,14 @@ def _source(path: str, pattern: Pattern | None, numbers: list[int]) -> tuple[lis
     if pattern:
         start = ["-f", "image2", "-start_number", str(numbers[0])]
         return start, ffmpeg_name(pattern.for_ffmpeg())
-    if "%" in path and extension(path) in STILL:  # ffmpeg would look for a sequence
+    if (
+        "%" in path and is_picture(path) and extension(path) != "avif"
+    ):  # ffmpeg would look for a sequence
         return ["-f", "image2", "-pattern_type", "none"], ffmpeg_name(path)
     return [], ffmpeg_name(path)
 
 
 _WITH_ALPHA = {"vp8": "libvpx", "vp9": "libvpx-vp9"}
-STILL = tuple("exr dpx ppm pgm pam pfm phm tga webp jp2 j2k qoi jxl png jpg jpeg tif bmp".split())
 
 
 def _is_picture(stream: dict[str, Any]) -> bool:
@@ -257,7 +263,8 @@ def _media(
         raise Failure(path, "its picture cannot be decoded", "check the file")
     container = report["format"]
     sides = {row.get("side_data_type"): row for row in frame.get("side_data_list", [])}
-    turned = [row for row in stream.get("side_data_list", []) if "displaymatrix" in row]
+    matrices = [row for row in stream.get("side_data_list", []) if "displaymatrix" in row]
+    rotation = -int(matrices[0]["rotation"]) % 360 if matrices else 0
     light = sides.get("Content light level metadata")
     mastering = sides.get("Mastering display metadata", {})
     # The timecode and the chapters are facts of their own.
@@ -282,8 +289,8 @@ def _media(
         aspect=_fraction(frame.get("sample_aspect_ratio") or stream.get("sample_aspect_ratio"))
         or Fraction(1),
         fields=_fields(stream, frame),
-        rotation=-int(turned[0]["rotation"]) % 360 if turned else 0,
-        mirrored=bool(turned) and _is_mirrored(turned[0]["displaymatrix"]),
+        rotation=rotation,
+        turned=f"{rotation} degrees" if rotation else "mirrored" if matrices else "",
         mastering={k: v for k, v in mastering.items() if k != "side_data_type"},
         light=(light["max_content"], light["max_average"]) if light else None,
         timecode=next((code for code in codes if code), ""),
@@ -324,14 +331,6 @@ def _fields(stream: dict[str, Any], frame: dict[str, Any]) -> str:
     return {"tt": "tff", "tb": "tff", "bb": "bff", "bt": "bff"}.get(
         stream.get("field_order", ""), ""
     )
-
-
-def _is_mirrored(matrix: str) -> bool:
-    numbers = [int(word) for word in re.findall(r"-?\d+(?!\d*:)", matrix.replace(":", ": "))]
-    rows = [numbers[at : at + 4] for at in range(0, len(numbers), 4)]
-    if len(rows) < 2 or len(rows[1]) < 3:
-        return False
-    return rows[0][1] * rows[1][2] - rows[0][2] * rows[1][1] < 0
 
 
 def _track(stream: dict[str, Any]) -> Track:

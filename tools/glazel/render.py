@@ -14,8 +14,9 @@ from pathlib import Path
 
 from . import kept, prepare
 from .failure import Failure
-from .formats import HOST_PICTURES, RAW_FILES, is_picture
-from .names import Pattern, check_apart, check_target, extension, input_pattern, missing
+from .formats import RAW_FILES
+from .names import HOST_PICTURES, Pattern, check_apart, check_target, extension, input_pattern
+from .names import is_picture, missing
 from .output import Unfinished
 from .pipeline import Run
 from .plan import Job, Plan, container_of, encode_command, host_words, make_plan, chosen_frames
@@ -266,8 +267,8 @@ def check(job: Job, report: Report, plan: Plan, unfinished: Unfinished, frames: 
             raise _cut(job, len(files), frames)
         if plan.raw_out is None:  # the host program has left the numbers of other frames free
             return [target.path(int(Path(file).stem) + plan.first - 1) for file in files]
-        first = plan.source.numbers[0] if plan.source.numbers else 1
-        numbers = chosen_frames(job.frames, first, max(frames, plan.source.frames or 0))
+        most = max(frames, plan.source.frames or 0)
+        numbers = chosen_frames(job.frames, plan.source.begin, most)
         return [target.path(number) for number in numbers[: len(files)]]
     assert plan.encoding and isinstance(target, str)
     if is_picture(job.output):
