@@ -199,16 +199,16 @@ def parse(command: str, words: list[str]) -> argparse.Namespace:
     known = [name for action in parser._actions for name in action.option_strings]
     given: list[str] = []
     for at, word in enumerate(words):
-        near = suggestion(word.partition("=")[0], known)
+        name = word.partition("=")[0]
         if word == "--":
             given += words[at:]
             break
-        if word.startswith("--") and word.partition("=")[0] not in known and near:
-            raise Failure(word, "there is no such option", near, WRONG_USAGE)
         if given and given[-1] in ("--sbatch", "--encoder-options"):
             given[-1] += f"={word}"  # argparse would take "-an" for an option of ours
-        else:
-            given.append(word)
+            continue
+        if name.startswith("--") and name not in known and (near := suggestion(name, known)):
+            raise Failure(word, "there is no such option", near, WRONG_USAGE)
+        given.append(word)
     options, unknown = parser.parse_known_args(given)
     for word in unknown:
         why = "there is no such option" if word.startswith("-") else "it is one word too many"
