@@ -33,11 +33,13 @@ target_compile_options(gtest PRIVATE $<$<CONFIG:Release>:-O0>)
 include(GoogleTest)
 
 # A test program: glazel_add_test(NAME label SOURCES ... LIBS ...). `label` is one of
-# unit component ui registration install fuzz bench. A program is one CTest test; with EACH_ALONE
-# every TEST of it runs in a process of its own, for code that keeps one state per process. FOLDER
-# names a folder below bin/ for programs that must not find the other programs' DLLs around them.
+# unit component ui registration install fuzz bench. A program is one CTest test, or SHARDS of them,
+# for long ones, which run at the same time. ALONE names tests, as --gtest_filter does, that run in a
+# process of their own each: those that need one in which a state of the process is as it starts.
+# FOLDER names a folder below bin/ for programs that must not find the other programs' DLLs around
+# them.
 function(glazel_add_test name label)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "EACH_ALONE" "FOLDER" "SOURCES;LIBS;PROPERTIES")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "FOLDER;SHARDS" "ALONE;SOURCES;LIBS;PROPERTIES")
   set(folder ${CMAKE_BINARY_DIR}/bin)
   if(arg_FOLDER)
     string(APPEND folder /${arg_FOLDER})
@@ -50,13 +52,32 @@ function(glazel_add_test name label)
     set_target_properties(${name} PROPERTIES
       CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/wine-test.sh)
   endif()
-  if(arg_EACH_ALONE)
+  set(command ${name} --gtest_brief=1)
+  if(arg_ALONE)
+    list(JOIN arg_ALONE ":" alone)
     gtest_discover_tests(${name}
+      TEST_FILTER ${alone}
       DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
       WORKING_DIRECTORY ${folder}
       PROPERTIES LABELS ${label} TIMEOUT 120 ${arg_PROPERTIES})
-    return()
+    if(alone STREQUAL "*")
+      return()
+    endif()
+    list(APPEND command --gtest_filter=-${alone})
   endif()
-  add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 WORKING_DIRECTORY ${folder})
-  set_tests_properties(${name} PROPERTIES LABELS ${label} TIMEOUT 300 ${arg_PROPERTIES})
+  if(NOT arg_SHARDS)
+    set(arg_SHARDS 1)
+  endif()
+  foreach(shard RANGE 1 ${arg_SHARDS})
+    set(test ${name})
+    if(arg_SHARDS GREATER 1)
+      string(APPEND test .${shard})
+    endif()
+    math(EXPR index "${shard} - 1")
+    add_test(NAME ${test} COMMAND ${command} WORKING_DIRECTORY ${folder})
+    set_tests_properties(${test} PROPERTIES
+      LABELS ${label} TIMEOUT 300
+      ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}"
+      ${arg_PROPERTIES})
+  endforeach()
 endfunction()

@@ -84,6 +84,7 @@ std::vector<MSG> PostBox::Take() const
 
 EffectTest::EffectTest()
 {
+    recording.Reset();
     CComObject<OpenPlugin>* object = nullptr;
     const HRESULT result = CComObject<OpenPlugin>::CreateInstance(&object);
     if (FAILED(result))
