@@ -198,46 +198,16 @@ ExitCode Run(const Command& command, Reporter& reporter)
 {
     return ResultOf(reporter, [&] {
         const ComScope com(std::holds_alternative<PageCommand>(command));
-        if (const auto* render = std::get_if<RenderCommand>(&command))
-        {
-            RunRender(*render, reporter);
-        }
-        else if (const auto* page = std::get_if<PageCommand>(&command))
-        {
-            RunPage(*page, reporter);
-        }
-        else if (const auto* look = std::get_if<LookCommand>(&command))
-        {
-            RunLook(*look);
-        }
-        else if (const auto* blend = std::get_if<BlendCommand>(&command))
-        {
-            RunBlend(*blend);
-        }
-        else if (const auto* compare = std::get_if<CompareCommand>(&command))
-        {
-            RunCompare(*compare);
-        }
-        else if (const auto* explain = std::get_if<ExplainCommand>(&command))
-        {
-            RunExplain(*explain, reporter);
-        }
-        else if (const auto* presets = std::get_if<PresetsCommand>(&command))
-        {
-            RunPresets(*presets);
-        }
-        else if (const auto* info = std::get_if<InfoCommand>(&command))
-        {
-            RunInfo(*info);
-        }
-        else if (const auto* text = std::get_if<TextCommand>(&command))
-        {
-            WriteStandardOutput(text->text);
-        }
+        std::visit([&](const auto& chosen) { RunCommand(chosen, reporter); }, command);
     });
 }
 
 } // namespace
+
+void RunCommand(const TextCommand& command, Reporter& /*reporter*/)
+{
+    WriteStandardOutput(command.text);
+}
 
 int main()
 {

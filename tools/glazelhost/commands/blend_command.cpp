@@ -7,7 +7,7 @@
 #include "tools/glazelhost/plugin/renderer_library.h"
 #include "tools/glazelhost/project/look_formats.h"
 
-void RunBlend(const BlendCommand& command)
+void RunCommand(const BlendCommand& command, Reporter& /*reporter*/)
 {
     CheckIsRecordName(command.output);
     CheckOutputTarget(command.output, command.overwrite);

@@ -7,20 +7,22 @@
 class Reporter;
 
 // Notes, progress and warnings go to `reporter`.
-void RunRender(const RenderCommand& command, Reporter& reporter);
+void RunCommand(const RenderCommand& command, Reporter& reporter);
 // Returns when the user has closed the window. Warnings about the look go to `reporter`.
-void RunPage(const PageCommand& command, Reporter& reporter);
+void RunCommand(const PageCommand& command, Reporter& reporter);
 // What the look holds goes to standard output.
-void RunLook(const LookCommand& command);
+void RunCommand(const LookCommand& command, Reporter& reporter);
 // The record between two looks, as the effect blends keyframes.
-void RunBlend(const BlendCommand& command);
+void RunCommand(const BlendCommand& command, Reporter& reporter);
 // What differs goes to standard output. Throws HostError (OverWarning, OverLimit) behind that when
 // it is more than the command allows.
-void RunCompare(const CompareCommand& command);
+void RunCommand(const CompareCommand& command, Reporter& reporter);
 // What the look does to the pixel goes to standard output. Throws HostError behind that when the
 // plug-in did something else. Warnings about the look go to `reporter`.
-void RunExplain(const ExplainCommand& command, Reporter& reporter);
+void RunCommand(const ExplainCommand& command, Reporter& reporter);
 // The effect's presets go to standard output.
-void RunPresets(const PresetsCommand& command);
+void RunCommand(const PresetsCommand& command, Reporter& reporter);
 // Everything goes to standard output; that something is missing is an answer, not a failure.
-void RunInfo(const InfoCommand& command);
+void RunCommand(const InfoCommand& command, Reporter& reporter);
+// The text goes to standard output.
+void RunCommand(const TextCommand& command, Reporter& reporter);

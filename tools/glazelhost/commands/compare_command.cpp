@@ -197,7 +197,7 @@ void CheckLimit(const CompareCommand& command, const PictureDifference& differen
 
 } // namespace
 
-void RunCompare(const CompareCommand& command)
+void RunCommand(const CompareCommand& command, Reporter& /*reporter*/)
 {
     const PictureDifference difference = Compare(command);
     WriteStandardOutput(command.json ? JsonOf(command, difference) : TextOf(command, difference));

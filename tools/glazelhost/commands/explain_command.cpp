@@ -94,7 +94,7 @@ void TellSteps(const std::vector<std::byte>& record, const PreparedLook& look, P
 
 } // namespace
 
-void RunExplain(const ExplainCommand& command, Reporter& reporter)
+void RunCommand(const ExplainCommand& command, Reporter& reporter)
 {
     const Source source = command.colour ? ColourOf(command) : PictureOf(command);
     RendererLibrary renderer(command.render.tools.rendererFolder);

@@ -186,7 +186,7 @@ std::string PluginText(const Json& plugin)
 
 } // namespace
 
-void RunInfo(const InfoCommand& command)
+void RunCommand(const InfoCommand& command, Reporter& /*reporter*/)
 {
     const RendererLibrary renderer(command.tools.rendererFolder);
     const Json report{

@@ -89,7 +89,7 @@ std::string TextOf(const LookCommand& command, const LookFormat& format, const R
 
 } // namespace
 
-void RunLook(const LookCommand& command)
+void RunCommand(const LookCommand& command, Reporter& /*reporter*/)
 {
     const LookFormat& format = LookFormatOf(command.output);
     CheckOptions(command, format);

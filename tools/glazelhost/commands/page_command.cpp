@@ -105,7 +105,7 @@ PageWindow::Options WindowOptions(const PageCommand& command, const Still& still
 
 } // namespace
 
-void RunPage(const PageCommand& command, Reporter& reporter)
+void RunCommand(const PageCommand& command, Reporter& reporter)
 {
     if (command.savedLook)
     {

@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-void RunPresets(const PresetsCommand& command)
+void RunCommand(const PresetsCommand& command, Reporter& /*reporter*/)
 {
     const RendererLibrary renderer(command.tools.rendererFolder);
     renderer.Require();

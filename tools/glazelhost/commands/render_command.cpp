@@ -183,7 +183,7 @@ private:
 
 } // namespace
 
-void RunRender(const RenderCommand& command, Reporter& reporter)
+void RunCommand(const RenderCommand& command, Reporter& reporter)
 {
     const std::unique_ptr<FrameSource> source = OpenSource(command.source);
     const StreamInfo& info = source->Info();

@@ -209,7 +209,7 @@ private:
                            [] { return 0.0; }, [] { return 80; }});
         try
         {
-            RunPage(page->m_command, reporter);
+            RunCommand(page->m_command, reporter);
         }
         catch (const HostError& error)
         {
