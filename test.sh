@@ -36,7 +36,9 @@ xvfb=$!
 # A Wine server of its own for as long as the tests run: programs that start while none is running
 # wait for one, and two that start one at once can fail.
 export WINEPREFIX=$PWD/build/wineprefix
+others=
 cleanup() {
+  [ -z "$others" ] || kill -- -"$others" 2>/dev/null || true
   wineserver -k 2>/dev/null || true
   kill "$xvfb" 2>/dev/null || true
   rm -f "$display_file"
@@ -55,9 +57,34 @@ wineserver -p
 # One window that stays open: without any, Wine starts its desktop anew for every test.
 cmake/wine-run.sh notepad >/dev/null 2>&1 &
 
-status=0
+# The tests of each preset, one preset after the other.
+run_tests() {
+  local preset status=0
+  for preset in $1; do
+    echo "== test-$preset"
+    ctest --preset "$preset" -j "$jobs" --no-tests=error "${@:2}" || status=1
+  done
+  return $status
+}
+
+# Windows tests wait a good deal, native ones never: these run in what time those leave.
+native=() windows=()
 for preset in "${presets[@]}"; do
-  echo "== test-$preset"
-  ctest --preset "$preset" -j "$jobs" --no-tests=error "$@" || status=1
+  case $preset in
+    native | fuzz) native+=("$preset") ;;
+    *) windows+=("$preset") ;;
+  esac
 done
+status=0
+set -m # a process group of their own
+(
+  renice -n 10 "$BASHPID" >/dev/null
+  run_tests "${native[*]}" "$@"
+) >"$log/test-native.txt" 2>&1 </dev/null &
+others=$!
+set +m
+run_tests "${windows[*]}" "$@" || status=1
+wait "$others" || status=1
+others=
+cat "$log/test-native.txt"
 exit $status
