@@ -7,7 +7,7 @@ endif()
 
 # ON for test code, which is not optimised and has no symbols: it only costs time to compile.
 define_property(TARGET PROPERTY GLAZEL_TEST INITIALIZE_FROM_VARIABLE GLAZEL_TEST)
-set(is_release_test $<AND:$<CONFIG:Release>,$<BOOL:$<TARGET_PROPERTY:GLAZEL_TEST>>>)
+set(is_test $<BOOL:$<TARGET_PROPERTY:GLAZEL_TEST>>)
 
 add_library(glazel_options INTERFACE)
 target_compile_features(glazel_options INTERFACE cxx_std_20)
@@ -16,6 +16,7 @@ target_compile_options(glazel_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
   -Woverloaded-virtual -Wformat=2 -Werror
   -fno-strict-aliasing # records and pixels are read through the types that binary interfaces fix
+  $<${is_test}:-O0>
 )
 if(WIN32)
   target_compile_definitions(glazel_options INTERFACE
@@ -24,8 +25,7 @@ if(WIN32)
     -fstack-protector-strong
     # Functions and lines, for traces; they end up in files of their own, see shipped_image.cmake.
     # Variables, most of which are optimised away, would take a third of the time to compile.
-    $<$<AND:$<CONFIG:Release>,$<NOT:${is_release_test}>>:-g1>
-    $<${is_release_test}:-O0>
+    $<$<AND:$<CONFIG:Release>,$<NOT:${is_test}>>:-g1>
     # The same sources give the same bytes wherever they stand. The last rule that fits is taken.
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
     -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
