@@ -1,5 +1,6 @@
 #include "reference_renderer/core/look_record.h"
 
+#include "tests/doubles/under_sanitizers.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 
 #include <gtest/gtest.h>
@@ -217,7 +218,7 @@ TEST(LookRecord, RandomDamageNeverMakesARecordThatCannotBeRead)
     const Bytes record = RecordOf(FullLook());
     std::mt19937 random(3);
     StoredLook look;
-    for (int i = 0; i < 3000; ++i)
+    for (int i = 0; i < UnderSanitizers(400, 3000); ++i)
     {
         Bytes damaged = record;
         for (int flips = 0; flips < 3; ++flips)
@@ -233,7 +234,8 @@ TEST(LookRecord, RandomDamageNeverMakesARecordThatCannotBeRead)
 TEST(LookRecord, DamageAnywhereBehindTheOptionIsSeen)
 {
     const Bytes record = RecordOf(FullLook());
-    for (std::size_t offset = kOptionChunkEnd; offset < kRecordSize; offset += 97)
+    const std::size_t step = UnderSanitizers(997, 97);
+    for (std::size_t offset = kOptionChunkEnd; offset < kRecordSize; offset += step)
     {
         ASSERT_EQ(StateOf(With(record, offset, static_cast<std::uint8_t>(record[offset] ^ 0x10))),
                   RecordState::Damaged)
