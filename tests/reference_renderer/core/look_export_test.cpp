@@ -3,11 +3,13 @@
 #include "reference_renderer/core/cube_writer.h"
 #include "reference_renderer/core/lut_fitting.h"
 #include "reference_renderer/core/lut_sampling.h"
+#include "tests/doubles/under_sanitizers.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 #include "tests/reference_renderer/core/lut_set.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <random>
 
@@ -70,8 +72,10 @@ bool Tells(const CubeExport& exported, const std::string& words)
 TEST(LookExport, TheNodesOfACubeAreThoseOfTheLook)
 {
     const Domain video{Interval{-0.073F, 1.095F}, Interval{-0.073F, 1.095F}, Interval{0.0F, 0.7F}};
-    for (const std::uint32_t size : {2U, 26U, 33U, 65U})
+    constexpr std::array kSizes{2U, 26U, 33U, 65U};
+    for (std::size_t i = 0; i < UnderSanitizers<std::size_t>(2, kSizes.size()); ++i)
     {
+        const std::uint32_t size = kSizes[i];
         const Look look = CubeLook(CubeOf(size, Swirled, video));
         const auto stored = Prepared(look);
         for (const auto& points : {std::optional<std::uint32_t>(), std::optional(size)})
@@ -146,8 +150,9 @@ TEST(LookExport, ACorrectionThatNoCubeFollowsIsCarriedByCurves)
          {{10.0F, 3.0F, 0.9F}, {-5.0F, 0.3F, 0.05F}, {0.9F, 1.1F, 2.2F}, 0.9F},
          {{1.2F, 1.0F, 0.9F}, {-0.1F, 0.02F, 0.1F}, {1.5F, 1.4F, 0.65F}, 1.0F},
          {{0.9F, 1.0F, 1.3F}, {0.1F, -0.02F, 0.0F}, {1.2F, 0.8F, 1.0F}, 1.0F}}};
-    for (const Cdl& cdl : corrections)
+    for (std::size_t i = 0; i < corrections.size(); i += UnderSanitizers(5U, 1U))
     {
+        const Cdl& cdl = corrections[i];
         const Look look = CdlLook(cdl);
         const CubeExport exported = Export(look);
         ASSERT_TRUE(exported.tables.curves);
