@@ -136,7 +136,8 @@ inline constexpr EntryPointName kEntryPoints[]{RENDERER_ENTRY_POINTS(RENDERER_NA
 // Where a loaded library has them; null where it has not. In the order of the rows.
 struct EntryPoints
 {
-#define RENDERER_POINTER(pointer, name, required) name##Function* pointer;
+#define RENDERER_POINTER(pointer, name, required)                                                  \
+    name##Function* pointer; // NOLINT(bugprone-macro-parentheses): a declaration
     RENDERER_ENTRY_POINTS(RENDERER_POINTER)
 #undef RENDERER_POINTER
 };
