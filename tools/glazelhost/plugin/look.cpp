@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <array>
+#include <cstdint>
+#include <cstring>
 
 namespace
 {
