@@ -76,8 +76,8 @@ public:
     HRESULT STDMETHODCALLTYPE InterpolateProps(SessionData* output, SessionData* from,
                                                SessionData* to, double fraction) noexcept override;
 
-    // CDXBaseNTo1. Renders the whole frame whatever band it is given: the band limit is 1. Render
-    // thread; two calls at once, on one effect or on two, are not supported.
+    // CDXBaseNTo1. Renders the whole frame whatever part of it is asked for. Render thread; two
+    // calls at once, on one effect or on two, are not supported.
     HRESULT WorkProc(const CDXTWorkInfoNTo1& workInfo, BOOL* continueProcessing) noexcept override;
 
     CComPtr<IUnknown> m_pUnkMarshaler; // free-threaded, made by FinalConstruct

@@ -50,19 +50,9 @@ HRESULT CDXBaseNTo1::OnSetup(DWORD)
     return S_OK;
 }
 
-HRESULT CDXBaseNTo1::OnInitInstData(CDXTWorkInfoNTo1&, ULONG&)
-{
-    return S_OK;
-}
-
 HRESULT CDXBaseNTo1::WorkProc(const CDXTWorkInfoNTo1&, BOOL*)
 {
     return E_NOTIMPL;
-}
-
-HRESULT CDXBaseNTo1::OnFreeInstData(CDXTWorkInfoNTo1&)
-{
-    return S_OK;
 }
 
 HRESULT CDXBaseNTo1::DetermineBnds(CDXDBnds&)
@@ -250,13 +240,11 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::SetSite(IUnknown* pUnkSite) noexcept
     const CComQIPtr<IServiceProvider> provider(pUnkSite);
     auto transformFactory = ServiceOf<IDXTransformFactory>(provider, SID_SDXTransformFactory);
     auto surfaceFactory = ServiceOf<IDXSurfaceFactory>(provider, SID_SDXSurfaceFactory);
-    auto taskManager = ServiceOf<IDXTaskManager>(provider, SID_SDXTaskManager);
 
     const ObjectLock lock(this);
     std::swap(m_site, site);
     std::swap(m_cpTransFact, transformFactory);
     std::swap(m_cpSurfFact, surfaceFactory);
-    std::swap(m_cpTaskMgr, taskManager);
     if (pUnkSite == nullptr)
     {
         DropObjects();

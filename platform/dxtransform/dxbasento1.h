@@ -1,11 +1,9 @@
 // CDXBaseNTo1: the base of transforms that make one image from any number of images. Stands in for
 // the platform's dxbasento1.h. Left out: mesh inputs and outputs, the DirectDraw and 3D members,
-// registration helpers. Different from the platform: m_ulMaxImageBands starts at 1, so that a frame
-// is a single call of WorkProc on the thread that executes unless a transform asks for more.
+// registration helpers, and bands with the task manager that runs them: a frame is a single call of
+// WorkProc on the thread that executes, as with the platform's m_ulMaxImageBands at 1.
 //
-// The object lock is held during Setup, Execute, picking and every setter; it is recursive. Code
-// that a task manager runs on other threads must not take it: it may read what other threads cannot
-// change during Execute (the surfaces, the members that setters change).
+// The object lock is held during Setup, Execute, picking and every setter; it is recursive.
 // What a surface, a site or a service throws becomes E_OUTOFMEMORY or E_UNEXPECTED, as for a
 // transform's own code; where a failed answer changes nothing, neither does an exception.
 // Tests: tests/platform/dxtransform/.
@@ -22,16 +20,11 @@
 
 #include <vector>
 
-class CDXBaseNTo1;
-
-// What a band of one execution is told.
+// What one execution is told.
 struct CDXTWorkInfoNTo1
 {
-    CDXBaseNTo1* pvThis = nullptr; // the transform
-    HRESULT hr = S_OK;             // result of the band, or of all for OnFreeInstData
-    CDXDBnds DoBnds;               // what to make, in the transform's output space
-    CDXDBnds OutputBnds;           // where that goes on the output surface: same width and height
-    void* pvInstData = nullptr;    // for OnInitInstData to share with the bands
+    CDXDBnds DoBnds;     // what to make, in the transform's output space
+    CDXDBnds OutputBnds; // where that goes on the output surface: same width and height
 };
 
 // Bits of m_dwOptionFlags. The fourth one restricts several inputs in a way that is not enforced.
@@ -77,7 +70,6 @@ public:
     HRESULT STDMETHODCALLTYPE MapBoundsIn2Out(const DXBNDS* pInBounds, ULONG ulNumInBnds,
                                               ULONG ulOutIndex,
                                               DXBNDS* pOutBounds) noexcept override;
-    // Takes no lock, so that bands can ask it on any thread.
     HRESULT STDMETHODCALLTYPE MapBoundsOut2In(ULONG ulOutIndex, const DXBNDS* pOutBounds,
                                               ULONG ulInIndex, DXBNDS* pInBounds) noexcept override;
     // Takes the two options from the word and ignores what describes the transform; an unknown or
@@ -113,22 +105,14 @@ public:
 protected:
     ~CDXBaseNTo1();
 
-    // What a transform overrides: at least WorkProc or OnExecute. Called under the object lock but
-    // for WorkProc, which may be on other threads. An exception that one lets out becomes
-    // E_OUTOFMEMORY or E_UNEXPECTED.
+    // What a transform overrides: at least WorkProc. Called under the object lock. An exception
+    // that one lets out becomes E_OUTOFMEMORY or E_UNEXPECTED.
 
     // After new surfaces are in place, and before the execution of a transform that changed.
     virtual HRESULT OnSetup(DWORD dwFlags);
-    // Makes the output. The body here runs WorkProc over the bands; E_NOTIMPL when
-    // m_ulMaxImageBands is 0.
-    virtual HRESULT OnExecute(const GUID* pRequestID, const DXBNDS* pClipBnds,
-                              const DXVEC* pPlacement);
-    // Once before the bands of an execution; may change their number. A failure ends the execution.
-    virtual HRESULT OnInitInstData(CDXTWorkInfoNTo1& WorkInfo, ULONG& ulNumBandsToDo);
-    // Makes one band; leaves when *pbContinueProcessing becomes FALSE.
+    // Makes the output. Setting *pbContinueProcessing, which comes as TRUE, to FALSE ends the
+    // execution with E_ABORT.
     virtual HRESULT WorkProc(const CDXTWorkInfoNTo1& WorkInfo, BOOL* pbContinueProcessing);
-    // After all bands, even if one failed.
-    virtual HRESULT OnFreeInstData(CDXTWorkInfoNTo1& WorkInfo);
     // In: around all inputs. Out: size of the output space.
     virtual HRESULT DetermineBnds(CDXDBnds& Bnds);
     // Both arrays have m_ulMaxInputs elements; topmost input first, its share of the result as
@@ -177,7 +161,6 @@ protected:
     // From the site; null where it does not offer them.
     CComPtr<IDXTransformFactory> m_cpTransFact;
     CComPtr<IDXSurfaceFactory> m_cpSurfFact;
-    CComPtr<IDXTaskManager> m_cpTaskMgr;
 
     float m_Duration = 1.0F; // seconds
     float m_Progress = 0.0F; // 0 to 1
@@ -189,14 +172,11 @@ protected:
     DWORD m_dwGenerationId = 1;
     DWORD m_dwCleanGenId = 0;
     ULONG m_ulLockTimeOut = 10000; // ms, for LockSurface
-    ULONG m_ulMaxImageBands = 1;   // 1: WorkProc is not re-entrant; 0: OnExecute is overridden
     ULONG m_ulMaxInputs = 1;
     ULONG m_ulNumInRequired = 1;
     ULONG m_ulNumInputs = 0;
 
 private:
-    friend class CDXTBandBatch;
-
     struct Object
     {
         CComPtr<IDXSurface> surface;
@@ -234,10 +214,7 @@ private:
     HRESULT CurrentInputBounds(CDXDBnds& bounds) const;
     HRESULT ComputeBounds(const DXBNDS* clip, const DXVEC* placement, CDXDBnds& doBounds,
                           CDXDBnds& outputBounds);
-    ULONG BandsToStartWith(ULONG rows) const noexcept;
-    HRESULT ExecuteBands(const GUID* requestId, CDXTWorkInfoNTo1& work) noexcept;
-    HRESULT RunBands(const GUID* requestId, const CDXTWorkInfoNTo1& work, ULONG bands) noexcept;
-    HRESULT RunBand(const CDXTWorkInfoNTo1& work, BOOL* continueProcessing) noexcept;
+    HRESULT Work(const DXBNDS* clip, const DXVEC* placement);
 
     HRESULT PickInOrder(const CDXDBnds& outPoint, ULONG& index, CDXDVec& inPoint);
     HRESULT AlphaUnder(const CDXDBnds& outPoint, ULONG index, CDXDVec& inPoint, BYTE& alpha);

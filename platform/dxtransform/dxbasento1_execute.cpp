@@ -1,9 +1,6 @@
-// CDXBaseNTo1: one execution, from its bounds to its bands.
-#include "platform/dxtransform/band_batch.h"
+// CDXBaseNTo1: one execution and its bounds.
 #include "platform/dxtransform/dxbasento1.h"
 #include "platform/runtime/hook_guard.h"
-
-#include <algorithm>
 
 namespace
 {
@@ -24,7 +21,7 @@ CDXDVec ImageDistance(const DXVEC& vector) noexcept
 
 } // namespace
 
-HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Execute(const GUID* pRequestID, const DXBNDS* pClipBnds,
+HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Execute(const GUID*, const DXBNDS* pClipBnds,
                                                const DXVEC* pPlacement) noexcept
 {
     const ObjectLock lock(this);
@@ -47,27 +44,23 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Execute(const GUID* pRequestID, const DXB
     }
     if (SUCCEEDED(hr))
     {
-        hr = CallHook([&] { return OnExecute(pRequestID, pClipBnds, pPlacement); });
+        hr = CallHook([&] { return Work(pClipBnds, pPlacement); });
     }
     NoteGenerationId(kOutputSlot); // its own writing is no change of the transform
     return hr;
 }
 
-HRESULT CDXBaseNTo1::OnExecute(const GUID* pRequestID, const DXBNDS* pClipBnds,
-                               const DXVEC* pPlacement)
+HRESULT CDXBaseNTo1::Work(const DXBNDS* clip, const DXVEC* placement)
 {
-    if (m_ulMaxImageBands == 0)
-    {
-        return E_NOTIMPL;
-    }
     CDXTWorkInfoNTo1 work;
-    work.pvThis = this;
-    const HRESULT hr = ComputeBounds(pClipBnds, pPlacement, work.DoBnds, work.OutputBnds);
-    if (FAILED(hr))
+    const HRESULT hr = ComputeBounds(clip, placement, work.DoBnds, work.OutputBnds);
+    if (FAILED(hr) || work.DoBnds.BoundsAreEmpty() != FALSE)
     {
         return hr;
     }
-    return work.DoBnds.BoundsAreEmpty() != FALSE ? S_OK : ExecuteBands(pRequestID, work);
+    BOOL continueProcessing = TRUE;
+    const HRESULT worked = WorkProc(work, &continueProcessing);
+    return SUCCEEDED(worked) && continueProcessing == FALSE ? E_ABORT : worked;
 }
 
 // What is to be made and where it goes: the output space cut by the clip, moved by the placement,
@@ -105,65 +98,4 @@ HRESULT CDXBaseNTo1::ComputeBounds(const DXBNDS* clip, const DXVEC* placement, C
         doBounds.Offset(CDXDVec() - distance);
     }
     return S_OK;
-}
-
-ULONG CDXBaseNTo1::BandsToStartWith(ULONG rows) const noexcept
-{
-    const ULONG limit = std::min(m_ulMaxImageBands, rows);
-    if (limit == 1)
-    {
-        return 1;
-    }
-    ULONG processors = 0;
-    const CComPtr<IDXTaskManager> taskManager(m_cpTaskMgr);
-    if (taskManager == nullptr ||
-        FAILED(ForeignResult([&] { return taskManager->QueryNumProcessors(&processors); })))
-    {
-        SYSTEM_INFO system{};
-        ::GetSystemInfo(&system);
-        processors = system.dwNumberOfProcessors;
-    }
-    return std::clamp(processors, 1UL, limit);
-}
-
-HRESULT CDXBaseNTo1::ExecuteBands(const GUID* requestId, CDXTWorkInfoNTo1& work) noexcept
-{
-    const auto rows = static_cast<ULONG>(work.DoBnds.Height());
-    ULONG bands = BandsToStartWith(rows);
-    HRESULT hr = CallHook([&] { return OnInitInstData(work, bands); });
-    if (FAILED(hr))
-    {
-        return hr;
-    }
-    bands = std::clamp(bands, 1UL, std::min(m_ulMaxImageBands, rows));
-    hr = bands == 1 ? CallHook([&] {
-        BOOL continueProcessing = TRUE;
-        return RunBand(work, &continueProcessing);
-    })
-                    : RunBands(requestId, work, bands);
-    work.hr = hr;
-    const HRESULT freed = CallHook([&] { return OnFreeInstData(work); });
-    return FAILED(hr) ? hr : freed;
-}
-
-HRESULT CDXBaseNTo1::RunBands(const GUID* requestId, const CDXTWorkInfoNTo1& work,
-                              ULONG bands) noexcept
-{
-    return CallHook([&] {
-        CDXTBandBatch batch(*this, work, bands);
-        const CComPtr<IDXTaskManager> taskManager(m_cpTaskMgr);
-        return taskManager != nullptr ? batch.RunByTaskManager(taskManager, requestId)
-                                      : batch.RunInOrder();
-    });
-}
-
-// E_ABORT when the execution was cancelled before or while the band was made. Any thread.
-HRESULT CDXBaseNTo1::RunBand(const CDXTWorkInfoNTo1& work, BOOL* continueProcessing) noexcept
-{
-    if (*continueProcessing == FALSE)
-    {
-        return E_ABORT;
-    }
-    const HRESULT hr = CallHook([&] { return WorkProc(work, continueProcessing); });
-    return SUCCEEDED(hr) && *continueProcessing == FALSE ? E_ABORT : hr;
 }

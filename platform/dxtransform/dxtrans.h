@@ -1,6 +1,6 @@
 // DirectX Transform: identifiers, structures, constants and interfaces, which the toolchain has
-// not. Stands in for the platform's dxtrans.h; the task manager, factories and surfaces are
-// declared whole, the DirectDraw parameters stay opaque.
+// not. Stands in for the platform's dxtrans.h; factories and surfaces are declared whole, the
+// DirectDraw parameters stay opaque, the task manager is left out.
 #pragma once
 
 #include <windows.h>
@@ -27,16 +27,13 @@ inline constexpr IID IID_IDXSurface{0xB39FD73F, 0xE139, 0x11D1, {0x90, 0x65, 0x0
 inline constexpr IID IID_IDXSurfaceInit{0x9EA3B639, 0xC37D, 0x11D1, {0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXSurfaceFactory{0x144946F5, 0xC4D4, 0x11D1, {0x81, 0xD1, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
 inline constexpr IID IID_IDXTransformFactory{0x6A950B2B, 0xA971, 0x11D1, {0x81, 0xC8, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
-inline constexpr IID IID_IDXTaskManager{0x254DBBC1, 0xF922, 0x11D0, {0x88, 0x3A, 0x3C, 0x8B, 0x00, 0xC1, 0x00, 0x00}};
 inline constexpr IID IID_IDXARGBReadPtr{0xEAAAC2D6, 0xC290, 0x11D1, {0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXARGBReadWritePtr{0xEAAAC2D7, 0xC290, 0x11D1, {0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXDCLock{0x0F619456, 0xCF39, 0x11D1, {0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXEffect{0xE31FB81B, 0x1335, 0x11D1, {0x81, 0x89, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
 
 inline constexpr CLSID CLSID_DXTransformFactory{0xD1FE6762, 0xFC48, 0x11D0, {0x88, 0x3A, 0x3C, 0x8B, 0x00, 0xC1, 0x00, 0x00}};
-inline constexpr CLSID CLSID_DXTaskManager{0x4CB26C03, 0xFF93, 0x11D0, {0x81, 0x7E, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
 inline constexpr CLSID CLSID_DXSurface{0x0E890F83, 0x5F79, 0x11D1, {0x90, 0x43, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
-inline constexpr GUID SID_SDXTaskManager = CLSID_DXTaskManager;
 inline constexpr GUID SID_SDXSurfaceFactory = IID_IDXSurfaceFactory;
 inline constexpr GUID SID_SDXTransformFactory = IID_IDXTransformFactory;
 
@@ -186,18 +183,6 @@ struct DXRUNINFO
     ULONG Count : 30;
 };
 
-using PFNDXTASKPROC = void(__stdcall*)(void* pTaskData, BOOL* pbContinueProcessing);
-using PFNDXAPCPROC = void(__stdcall*)(DWORD dwData);
-
-struct DXTMTASKINFO
-{
-    PFNDXTASKPROC pfnTaskProc;
-    PVOID pTaskData;
-    PFNDXAPCPROC pfnCompletionAPC;
-    DWORD dwCompletionData;
-    const GUID* pRequestID;
-};
-
 static_assert(sizeof(DXDBND) == 8 && sizeof(DXCBND) == 8);
 static_assert(sizeof(DXDBND64) == 16 && sizeof(DXCBND64) == 16);
 static_assert(sizeof(DXBNDS) == 72 && offsetof(DXBNDS, u) == 8);
@@ -206,7 +191,6 @@ static_assert(sizeof(DXBASESAMPLE) == 4 && sizeof(DXSAMPLE) == 4 && sizeof(DXPMS
 static_assert(sizeof(DXNATIVETYPEINFO) == 24 && offsetof(DXNATIVETYPEINFO, lPitch) == 16);
 static_assert(sizeof(DXPACKEDRECTDESC) == 32 && offsetof(DXPACKEDRECTDESC, lRowPadding) == 28);
 static_assert(sizeof(DXOVERSAMPLEDESC) == 12 && sizeof(DXRUNINFO) == 4);
-static_assert(sizeof(DXTMTASKINFO) == 40 && offsetof(DXTMTASKINFO, pRequestID) == 32);
 // Three surface methods take samples by value: only a trivially copyable class travels in a
 // register.
 static_assert(std::is_trivially_copyable_v<DXSAMPLE> && std::is_trivially_copyable_v<DXPMSAMPLE>);
@@ -407,21 +391,6 @@ struct IDXTransformFactory : IServiceProvider
         ULONG ulNumOutputs, IPropertyBag* pInitProps, IErrorLog* pErrLog) = 0;
 };
 
-struct IDXTaskManager : IUnknown
-{
-    virtual HRESULT STDMETHODCALLTYPE QueryNumProcessors(ULONG* pulNumProc) = 0;
-    virtual HRESULT STDMETHODCALLTYPE SetThreadPoolSize(ULONG ulNumThreads) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetThreadPoolSize(ULONG* pulNumThreads) = 0;
-    virtual HRESULT STDMETHODCALLTYPE SetConcurrencyLimit(ULONG ulNumThreads) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetConcurrencyLimit(ULONG* pulNumThreads) = 0;
-    virtual HRESULT STDMETHODCALLTYPE ScheduleTasks(DXTMTASKINFO TaskInfo[], HANDLE Events[],
-                                                    DWORD TaskIDs[], ULONG ulNumTasks,
-                                                    ULONG ulWaitPeriod) = 0;
-    virtual HRESULT STDMETHODCALLTYPE TerminateTasks(DWORD TaskIDs[], ULONG ulCount,
-                                                     ULONG ulTimeOut) = 0;
-    virtual HRESULT STDMETHODCALLTYPE TerminateRequest(REFIID RequestID, ULONG ulTimeOut) = 0;
-};
-
 struct IDXARGBReadPtr : IUnknown
 {
     virtual HRESULT STDMETHODCALLTYPE GetSurface(REFIID riid, void** ppSurface) = 0;
@@ -485,7 +454,6 @@ __CRT_UUID_DECL(IDXSurface, 0xB39FD73F, 0xE139, 0x11D1, 0x90, 0x65, 0x00, 0xC0, 
 __CRT_UUID_DECL(IDXSurfaceInit, 0x9EA3B639, 0xC37D, 0x11D1, 0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXSurfaceFactory, 0x144946F5, 0xC4D4, 0x11D1, 0x81, 0xD1, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB)
 __CRT_UUID_DECL(IDXTransformFactory, 0x6A950B2B, 0xA971, 0x11D1, 0x81, 0xC8, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB)
-__CRT_UUID_DECL(IDXTaskManager, 0x254DBBC1, 0xF922, 0x11D0, 0x88, 0x3A, 0x3C, 0x8B, 0x00, 0xC1, 0x00, 0x00)
 __CRT_UUID_DECL(IDXARGBReadPtr, 0xEAAAC2D6, 0xC290, 0x11D1, 0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXARGBReadWritePtr, 0xEAAAC2D7, 0xC290, 0x11D1, 0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXDCLock, 0x0F619456, 0xCF39, 0x11D1, 0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)

@@ -36,7 +36,6 @@ TEST_F(BaseObject, StartsWithTheDefaultsOfOneImageToOneImage)
     EXPECT_EQ(m_transform->m_dwGenerationId, 1U);
     EXPECT_EQ(m_transform->m_dwCleanGenId, 0U);
     EXPECT_EQ(m_transform->m_ulLockTimeOut, 10000U);
-    EXPECT_EQ(m_transform->m_ulMaxImageBands, 1U);
     EXPECT_EQ(m_transform->m_ulMaxInputs, 1U);
     EXPECT_EQ(m_transform->m_ulNumInRequired, 1U);
     EXPECT_EQ(m_transform->GetNumInputs(), 0U);
@@ -231,11 +230,9 @@ TEST_F(BaseObject, AsksItsSiteForTheServices)
     EXPECT_EQ(m_transform->SetSite(&site), S_OK);
     EXPECT_NE(m_transform->m_cpTransFact, nullptr);
     EXPECT_NE(m_transform->m_cpSurfFact, nullptr);
-    EXPECT_NE(m_transform->m_cpTaskMgr, nullptr);
-    ASSERT_EQ(site.asked.size(), 3U);
+    ASSERT_EQ(site.asked.size(), 2U);
     EXPECT_TRUE(::IsEqualGUID(site.asked[0], IID_IDXTransformFactory));
     EXPECT_TRUE(::IsEqualGUID(site.asked[1], IID_IDXSurfaceFactory));
-    EXPECT_TRUE(::IsEqualGUID(site.asked[2], CLSID_DXTaskManager));
     EXPECT_EQ(m_transform->SetSite(nullptr), S_OK);
     EXPECT_EQ(site.references, 1U);
 }
@@ -243,10 +240,10 @@ TEST_F(BaseObject, AsksItsSiteForTheServices)
 TEST_F(BaseObject, DoesWithoutAServiceThatTheSiteLacks)
 {
     FakeSite site;
-    site.missing = CLSID_DXTaskManager;
+    site.missing = IID_IDXTransformFactory;
     EXPECT_EQ(m_transform->SetSite(&site), S_OK);
     EXPECT_NE(m_transform->m_cpSurfFact, nullptr);
-    EXPECT_EQ(m_transform->m_cpTaskMgr, nullptr);
+    EXPECT_EQ(m_transform->m_cpTransFact, nullptr);
     FakeSite plain;
     plain.isProvider = false;
     EXPECT_EQ(m_transform->SetSite(&plain), S_OK);

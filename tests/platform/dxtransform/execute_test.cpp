@@ -50,21 +50,20 @@ TEST_F(ExecuteTest, RefusesAClipOrAPlacementThatIsNotSupported)
     EXPECT_EQ(m_transform->Execute(nullptr, &clip, nullptr), S_OK);
 }
 
-TEST_F(ExecuteTest, CallsTheHooksInOrderAroundOneWorkProc)
+TEST_F(ExecuteTest, CallsWorkProcOnce)
 {
     SetupQuietly();
     EXPECT_EQ(Execute(), S_OK);
-    EXPECT_EQ(m_hooks.Calls(), (Calls{"OnInitInstData", "WorkProc", "OnFreeInstData"}));
+    EXPECT_EQ(m_hooks.Calls(), Calls{"WorkProc"});
 }
 
 TEST_F(ExecuteTest, WorksOnTheCallingThreadWithAFlagThatSaysGoOn)
 {
     SetupQuietly();
     DWORD thread = 0;
-    m_transform->workProc = [&](const CDXTWorkInfoNTo1& work, BOOL* continueProcessing) {
+    m_transform->workProc = [&](const CDXTWorkInfoNTo1&, BOOL* continueProcessing) {
         thread = ::GetCurrentThreadId();
         EXPECT_EQ(*continueProcessing, TRUE);
-        EXPECT_EQ(work.pvThis, m_transform.p);
         return S_OK;
     };
     EXPECT_EQ(Execute(), S_OK);
@@ -78,12 +77,21 @@ TEST_F(ExecuteTest, TheBaseWorkProcIsNotImplemented)
     EXPECT_EQ(Execute(), E_NOTIMPL);
 }
 
-TEST_F(ExecuteTest, TheBaseOnExecuteIsNotImplementedWithoutBands)
+TEST_F(ExecuteTest, WorkThatStopsAbortsIt)
 {
     SetupQuietly();
-    m_transform->m_ulMaxImageBands = 0;
-    EXPECT_EQ(Execute(), E_NOTIMPL);
-    EXPECT_TRUE(m_hooks.Calls().empty());
+    m_transform->workProc = [](const CDXTWorkInfoNTo1&, BOOL* continueProcessing) {
+        *continueProcessing = FALSE;
+        return S_OK;
+    };
+    EXPECT_EQ(Execute(), E_ABORT);
+}
+
+TEST_F(ExecuteTest, AnExceptionOfTheWorkBecomesAResult)
+{
+    SetupQuietly();
+    m_transform->workProc = [](const CDXTWorkInfoNTo1&, BOOL*) -> HRESULT { throw 1; };
+    EXPECT_EQ(Execute(), E_UNEXPECTED);
 }
 
 TEST_F(ExecuteTest, GetsReadyAgainWhenTheTransformOrASurfaceChanged)
@@ -94,7 +102,7 @@ TEST_F(ExecuteTest, GetsReadyAgainWhenTheTransformOrASurfaceChanged)
     EXPECT_EQ(m_hooks.Calls().front(), "OnSetup");
     m_hooks.Clear();
     EXPECT_EQ(Execute(), S_OK);
-    EXPECT_EQ(m_hooks.Calls().front(), "OnInitInstData");
+    EXPECT_EQ(m_hooks.Calls().front(), "WorkProc");
     m_input->Touch();
     m_hooks.Clear();
     EXPECT_EQ(Execute(), S_OK);
@@ -129,42 +137,6 @@ TEST_F(ExecuteTest, ItsOwnWritingIsNoChange)
     m_transform->GetGenerationId(&after);
     EXPECT_EQ(before, after);
     EXPECT_FALSE(m_transform->IsTransformDirty());
-}
-
-TEST_F(ExecuteTest, AFailingOnInitInstDataEndsTheExecution)
-{
-    SetupQuietly();
-    m_transform->onInitInstData = [](CDXTWorkInfoNTo1&, ULONG&) { return E_OUTOFMEMORY; };
-    EXPECT_EQ(Execute(), E_OUTOFMEMORY);
-    EXPECT_EQ(m_hooks.Calls(), Calls{"OnInitInstData"});
-}
-
-TEST_F(ExecuteTest, FreesWhatWasSharedEvenWhenTheWorkFails)
-{
-    SetupQuietly();
-    int shared = 0;
-    m_transform->onInitInstData = [&](CDXTWorkInfoNTo1& work, ULONG&) {
-        work.pvInstData = &shared;
-        return S_OK;
-    };
-    m_transform->workProc = [&](const CDXTWorkInfoNTo1& work, BOOL*) -> HRESULT {
-        EXPECT_EQ(work.pvInstData, &shared);
-        throw 1;
-    };
-    m_transform->onFreeInstData = [&](CDXTWorkInfoNTo1& work) {
-        EXPECT_EQ(work.pvInstData, &shared);
-        EXPECT_EQ(work.hr, E_UNEXPECTED);
-        return E_ACCESSDENIED;
-    };
-    EXPECT_EQ(Execute(), E_UNEXPECTED);
-    EXPECT_EQ(m_hooks.Calls().back(), "OnFreeInstData");
-}
-
-TEST_F(ExecuteTest, AFailureToFreeIsReportedWhenTheWorkSucceeded)
-{
-    SetupQuietly();
-    m_transform->onFreeInstData = [](CDXTWorkInfoNTo1&) { return E_ACCESSDENIED; };
-    EXPECT_EQ(Execute(), E_ACCESSDENIED);
 }
 
 TEST_F(ExecuteTest, MakesTheWholeOutputByDefault)

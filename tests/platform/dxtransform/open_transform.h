@@ -27,7 +27,6 @@ public:
     using CDXBaseNTo1::IsInputDirty;
     using CDXBaseNTo1::IsTransformDirty;
     using CDXBaseNTo1::m_cpSurfFact;
-    using CDXBaseNTo1::m_cpTaskMgr;
     using CDXBaseNTo1::m_cpTransFact;
     using CDXBaseNTo1::m_Duration;
     using CDXBaseNTo1::m_dwBltFlags;
@@ -39,7 +38,6 @@ public:
     using CDXBaseNTo1::m_Progress;
     using CDXBaseNTo1::m_StepResolution;
     using CDXBaseNTo1::m_ulLockTimeOut;
-    using CDXBaseNTo1::m_ulMaxImageBands;
     using CDXBaseNTo1::m_ulMaxInputs;
     using CDXBaseNTo1::m_ulNumInputs;
     using CDXBaseNTo1::m_ulNumInRequired;
@@ -49,9 +47,7 @@ public:
 
     // What each hook is to do; those left empty do what the base class does (WorkProc: S_OK).
     std::function<HRESULT(DWORD)> onSetup;
-    std::function<HRESULT(CDXTWorkInfoNTo1&, ULONG&)> onInitInstData;
     std::function<HRESULT(const CDXTWorkInfoNTo1&, BOOL*)> workProc;
-    std::function<HRESULT(CDXTWorkInfoNTo1&)> onFreeInstData;
     std::function<HRESULT(CDXDBnds&)> determineBnds;
     std::function<void(ULONG&, ULONG*, BYTE*)> pickOrder;
     std::function<HRESULT(const CDXDBnds&, ULONG&, CDXDVec&)> onSurfacePick;
@@ -64,23 +60,12 @@ protected:
         Note("OnSetup");
         return onSetup ? onSetup(flags) : CDXBaseNTo1::OnSetup(flags);
     }
-    HRESULT OnInitInstData(CDXTWorkInfoNTo1& work, ULONG& bands) override
-    {
-        Note("OnInitInstData");
-        return onInitInstData ? onInitInstData(work, bands)
-                              : CDXBaseNTo1::OnInitInstData(work, bands);
-    }
     HRESULT WorkProc(const CDXTWorkInfoNTo1& work, BOOL* continueProcessing) override
     {
         Note("WorkProc");
         return workProc          ? workProc(work, continueProcessing)
                : useBaseWorkProc ? CDXBaseNTo1::WorkProc(work, continueProcessing)
                                  : S_OK;
-    }
-    HRESULT OnFreeInstData(CDXTWorkInfoNTo1& work) override
-    {
-        Note("OnFreeInstData");
-        return onFreeInstData ? onFreeInstData(work) : CDXBaseNTo1::OnFreeInstData(work);
     }
     HRESULT DetermineBnds(CDXDBnds& bounds) override
     {
