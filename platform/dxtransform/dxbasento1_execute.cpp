@@ -16,7 +16,7 @@ CDXDBnds ImageBounds(const DXBNDS& bounds) noexcept
 CDXDVec ImageDistance(const DXVEC& vector) noexcept
 {
     const CDXDVec distance(vector);
-    return {distance[DXB_X], distance[DXB_Y]};
+    return CDXDVec(distance[DXB_X], distance[DXB_Y]);
 }
 
 } // namespace
@@ -95,7 +95,7 @@ HRESULT CDXBaseNTo1::ComputeBounds(const DXBNDS* clip, const DXVEC* placement, C
     doBounds = outputBounds;
     if (outputBounds.BoundsAreEmpty() == FALSE)
     {
-        doBounds.Offset(CDXDVec() - distance);
+        doBounds.Offset(-distance);
     }
     return S_OK;
 }

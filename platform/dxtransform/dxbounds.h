@@ -1,244 +1,228 @@
-// Bounds in four dimensions. Stands in for the platform's dxbounds.h; scaling is left out. Results
-// that a type cannot hold are limited to its range: bounds come from outside.
-// Tests: tests/platform/dxtransform/bounds_test.cpp.
+// Bounds and vectors of whole numbers in four dimensions. Stands in for the platform's dxbounds.h
+// and dxvector.h; scaling, matrices and the 64-bit and continuous kinds are left out, but every
+// kind that a caller may hand over is converted. Results that a LONG cannot hold are limited to its
+// range: bounds come from outside. Tests: tests/platform/dxtransform/bounds_test.cpp.
 #pragma once
 
-#include "platform/dxtransform/dxvector.h"
+#include "platform/dxtransform/dxtrans.h"
 #include "platform/runtime/foreign_call.h"
 
+#include <windows.h>
+
 #include <algorithm>
-#include <array>
-#include <utility>
+#include <limits>
+#include <type_traits>
+
+inline constexpr ULONG kDXDimensions = 4;
+
+// Cut towards zero, limited to the range, and 0 for no number.
+template <typename Value>
+constexpr LONG DXLongOf(Value value) noexcept
+{
+    using Wide = std::conditional_t<std::is_floating_point_v<Value>, double, LONGLONG>;
+    const Wide wide = value;
+    if constexpr (std::is_floating_point_v<Value>)
+    {
+        if (wide != wide)
+        {
+            return 0;
+        }
+    }
+    return static_cast<LONG>(
+        std::clamp<Wide>(wide, std::numeric_limits<LONG>::min(), std::numeric_limits<LONG>::max()));
+}
+
+// A position or a distance.
+class CDXDVec : public DXVEC
+{
+public:
+    explicit CDXDVec(LONG x = 0, LONG y = 0, LONG z = 0, LONG t = 0) noexcept
+        : DXVEC{DXBT_DISCRETE, {.D = {x, y, z, t}}}
+    {
+    }
+    // The origin for a kind of vector that does not exist.
+    explicit CDXDVec(const DXVEC& other) noexcept : CDXDVec()
+    {
+        for (ULONG i = 0; i < kDXDimensions; ++i)
+        {
+            switch (other.eType)
+            {
+            case DXBT_DISCRETE:
+                u.D[i] = other.u.D[i];
+                break;
+            case DXBT_DISCRETE64:
+                u.D[i] = DXLongOf(other.u.LD[i]);
+                break;
+            case DXBT_CONTINUOUS:
+                u.D[i] = DXLongOf(other.u.C[i]);
+                break;
+            case DXBT_CONTINUOUS64:
+                u.D[i] = DXLongOf(other.u.LC[i]);
+                break;
+            }
+        }
+    }
+
+    LONG operator[](ULONG dimension) const noexcept { return u.D[dimension]; }
+    CDXDVec operator-() const noexcept
+    {
+        CDXDVec negative;
+        for (ULONG i = 0; i < kDXDimensions; ++i)
+        {
+            negative.u.D[i] = DXLongOf(-LONGLONG{u.D[i]});
+        }
+        return negative;
+    }
+    friend bool operator==(const CDXDVec& a, const CDXDVec& b) noexcept
+    {
+        return std::equal(a.u.D, a.u.D + kDXDimensions, b.u.D);
+    }
+};
 
 // From Min up to, but without, Max in each dimension. What an image does not use, z and t, is 0
 // to 1. An image's surface is {0..width, 0..height, 0..1, 0..1}.
-template <typename TYPE, typename BOUND, DXBNDTYPE eBndType>
-class CDXBnds : public DXBNDS
+class CDXDBnds : public DXBNDS
 {
 public:
-    using Vector = CDXV<TYPE, eBndType>;
-
-    CDXBnds() noexcept { SetEmpty(); }
-    // FALSE leaves the values as they are, for bounds that are about to be filled.
-    explicit CDXBnds(BOOL init) noexcept
+    CDXDBnds() noexcept { SetEmpty(); }
+    // Empty for a kind of bounds that does not exist.
+    explicit CDXDBnds(const DXBNDS& other) noexcept { Copy(other); }
+    explicit CDXDBnds(const RECT& rect) noexcept
+        : DXBNDS{DXBT_DISCRETE,
+                 {.D = {{rect.left, rect.right}, {rect.top, rect.bottom}, {0, 1}, {0, 1}}}}
     {
-        eType = eBndType;
-        if (init != FALSE)
-        {
-            SetEmpty();
-        }
     }
-    // Converted to TYPE; empty for a kind of bounds that does not exist.
-    explicit CDXBnds(const DXBNDS& other) noexcept { Copy(other); }
-    explicit CDXBnds(const RECT& rect) noexcept : CDXBnds() { SetXYRect(rect); }
-    CDXBnds(TYPE width, TYPE height) noexcept : CDXBnds() { SetXYSize(width, height); }
+    CDXDBnds(LONG width, LONG height) noexcept : CDXDBnds(RECT{0, 0, width, height}) {}
     // The whole surface; `hr` is its answer, and a failed one leaves the bounds empty. What the
     // surface throws comes out.
-    CDXBnds(IDXSurface* surface, HRESULT& hr)
+    CDXDBnds(IDXSurface* surface, HRESULT& hr)
     {
         DXBNDS bounds{};
         hr = CallForeign([&] { return surface->GetBounds(&bounds); });
         SUCCEEDED(hr) ? Copy(bounds) : SetEmpty();
     }
     // The one sample at a point.
-    explicit CDXBnds(const Vector& point) noexcept { Copy(point); }
-
-    void Copy(const DXBNDS& other) noexcept
+    explicit CDXDBnds(const CDXDVec& point) noexcept
     {
-        eType = eBndType;
-        switch (other.eType)
-        {
-        case DXBT_DISCRETE:
-            return CopyValues(std::to_array(other.u.D));
-        case DXBT_DISCRETE64:
-            return CopyValues(std::to_array(other.u.LD));
-        case DXBT_CONTINUOUS:
-            return CopyValues(std::to_array(other.u.C));
-        case DXBT_CONTINUOUS64:
-            return CopyValues(std::to_array(other.u.LC));
-        default:
-            return SetEmpty();
-        }
-    }
-    void Copy(const Vector& point) noexcept
-    {
-        eType = eBndType;
+        eType = DXBT_DISCRETE;
         for (ULONG i = 0; i < kDXDimensions; ++i)
         {
-            (*this)[i] = {point[i], DXLimitedSum(point[i], TYPE{1})};
+            u.D[i] = {point[i], DXLongOf(LONGLONG{point[i]} + 1)};
         }
     }
 
     // Nothing in x and y.
     void SetEmpty() noexcept
     {
-        eType = eBndType;
-        (*this)[DXB_X] = {0, 0};
-        (*this)[DXB_Y] = {0, 0};
+        eType = DXBT_DISCRETE;
+        u.D[DXB_X] = {0, 0};
+        u.D[DXB_Y] = {0, 0};
         SetImageLayer();
     }
     // Gives z and t the values that an image has.
     void SetImageLayer() noexcept
     {
-        (*this)[DXB_Z] = {0, 1};
-        (*this)[DXB_T] = {0, 1};
-    }
-    void SetXYSize(TYPE width, TYPE height) noexcept
-    {
-        (*this)[DXB_X] = {0, width};
-        (*this)[DXB_Y] = {0, height};
-    }
-    void SetXYRect(const RECT& rect) noexcept
-    {
-        (*this)[DXB_X] = {DXConvertValue<TYPE>(rect.left), DXConvertValue<TYPE>(rect.right)};
-        (*this)[DXB_Y] = {DXConvertValue<TYPE>(rect.top), DXConvertValue<TYPE>(rect.bottom)};
-    }
-    void GetXYRect(RECT& rect) const noexcept
-    {
-        rect = {DXConvertValue<LONG>(Left()), DXConvertValue<LONG>(Top()),
-                DXConvertValue<LONG>(Right()), DXConvertValue<LONG>(Bottom())};
+        u.D[DXB_Z] = {0, 1};
+        u.D[DXB_T] = {0, 1};
     }
 
-    BOUND& operator[](ULONG dimension) noexcept { return Values(*this)[dimension]; }
-    const BOUND& operator[](ULONG dimension) const noexcept { return Values(*this)[dimension]; }
+    DXDBND& operator[](ULONG dimension) noexcept { return u.D[dimension]; }
+    const DXDBND& operator[](ULONG dimension) const noexcept { return u.D[dimension]; }
 
-    TYPE Left() const noexcept { return (*this)[DXB_X].Min; }
-    TYPE Right() const noexcept { return (*this)[DXB_X].Max; }
-    TYPE Top() const noexcept { return (*this)[DXB_Y].Min; }
-    TYPE Bottom() const noexcept { return (*this)[DXB_Y].Max; }
-    TYPE Width() const noexcept { return DXLimitedDifference(Right(), Left()); }
-    TYPE Height() const noexcept { return DXLimitedDifference(Bottom(), Top()); }
+    LONG Left() const noexcept { return u.D[DXB_X].Min; }
+    LONG Right() const noexcept { return u.D[DXB_X].Max; }
+    LONG Top() const noexcept { return u.D[DXB_Y].Min; }
+    LONG Bottom() const noexcept { return u.D[DXB_Y].Max; }
+    LONG Width() const noexcept { return DXLongOf(LONGLONG{Right()} - Left()); }
+    LONG Height() const noexcept { return DXLongOf(LONGLONG{Bottom()} - Top()); }
 
     // Whether there is nothing between Min and Max in some dimension.
     BOOL BoundsAreEmpty() const noexcept
     {
-        return AnyOf([this](ULONG i) { return (*this)[i].Max <= (*this)[i].Min; });
+        return std::any_of(u.D, u.D + kDXDimensions,
+                           [](const DXDBND& bound) { return bound.Max <= bound.Min; });
     }
-    // Whether every value is 0.
-    BOOL BoundsAreNull() const noexcept
-    {
-        return !AnyOf([this](ULONG i) { return (*this)[i].Min != 0 || (*this)[i].Max != 0; });
-    }
-    void NormalizeBounds() noexcept
-    {
-        for (ULONG i = 0; i < kDXDimensions; ++i)
-        {
-            if ((*this)[i].Max < (*this)[i].Min)
-            {
-                std::swap((*this)[i].Min, (*this)[i].Max);
-            }
-        }
-    }
-
     // Whether these and `other` have something in common.
-    BOOL TestIntersect(const CDXBnds& other) const noexcept
+    BOOL TestIntersect(const CDXDBnds& other) const noexcept
     {
-        return !AnyOf([&](ULONG i) {
-            return std::min((*this)[i].Max, other[i].Max) <= std::max((*this)[i].Min, other[i].Min);
-        });
+        return Shared(*this, other).BoundsAreEmpty() == FALSE;
     }
     // Keeps what these and `other` have in common and tells whether there is anything; otherwise
     // empty.
-    BOOL IntersectBounds(const CDXBnds& other) noexcept
+    BOOL IntersectBounds(const CDXDBnds& other) noexcept { return IntersectBounds(*this, other); }
+    BOOL IntersectBounds(const CDXDBnds& a, const CDXDBnds& b) noexcept
     {
-        return IntersectBounds(CDXBnds(*this), other);
-    }
-    BOOL IntersectBounds(const CDXBnds& a, const CDXBnds& b) noexcept
-    {
-        if (a.TestIntersect(b) == FALSE)
+        *this = Shared(a, b);
+        const BOOL empty = BoundsAreEmpty();
+        if (empty != FALSE)
         {
             SetEmpty();
-            return FALSE;
         }
-        for (ULONG i = 0; i < kDXDimensions; ++i)
-        {
-            (*this)[i] = {std::max(a[i].Min, b[i].Min), std::min(a[i].Max, b[i].Max)};
-        }
-        return TRUE;
+        return empty == FALSE;
     }
-    // The smallest bounds around both; empty ones take no room.
-    void UnionBounds(const CDXBnds& other) noexcept { UnionBounds(CDXBnds(*this), other); }
-    void UnionBounds(const CDXBnds& a, const CDXBnds& b) noexcept
+    // The smallest bounds around these and `other`; empty ones take no room.
+    void UnionBounds(const CDXDBnds& other) noexcept
     {
-        if (a.BoundsAreEmpty() != FALSE || b.BoundsAreEmpty() != FALSE)
+        if (BoundsAreEmpty() != FALSE)
         {
-            *this = a.BoundsAreEmpty() != FALSE ? CDXBnds(b) : CDXBnds(a);
-            return;
+            *this = other;
         }
+        else if (other.BoundsAreEmpty() == FALSE)
+        {
+            for (ULONG i = 0; i < kDXDimensions; ++i)
+            {
+                u.D[i] = {std::min(u.D[i].Min, other[i].Min), std::max(u.D[i].Max, other[i].Max)};
+            }
+        }
+    }
+    void Offset(const CDXDVec& distance) noexcept
+    {
         for (ULONG i = 0; i < kDXDimensions; ++i)
         {
-            (*this)[i] = {std::min(a[i].Min, b[i].Min), std::max(a[i].Max, b[i].Max)};
+            u.D[i] = {DXLongOf(LONGLONG{u.D[i].Min} + distance[i]),
+                      DXLongOf(LONGLONG{u.D[i].Max} + distance[i])};
         }
     }
 
-    void Offset(const Vector& distance) noexcept
+    friend bool operator==(const CDXDBnds& a, const CDXDBnds& b) noexcept
     {
-        for (ULONG i = 0; i < kDXDimensions; ++i)
-        {
-            (*this)[i] = {DXLimitedSum((*this)[i].Min, distance[i]),
-                          DXLimitedSum((*this)[i].Max, distance[i])};
-        }
-    }
-    // Moves the minimum corner there.
-    void SetToPosition(const Vector& position) noexcept
-    {
-        Vector distance = position;
-        distance -=
-            Vector((*this)[DXB_X].Min, (*this)[DXB_Y].Min, (*this)[DXB_Z].Min, (*this)[DXB_T].Min);
-        Offset(distance);
-    }
-
-    friend bool operator==(const CDXBnds& a, const CDXBnds& b) noexcept
-    {
-        return !a.AnyOf([&](ULONG i) { return a[i].Min != b[i].Min || a[i].Max != b[i].Max; });
+        return std::equal(a.u.D, a.u.D + kDXDimensions, b.u.D, [](DXDBND one, DXDBND other) {
+            return one.Min == other.Min && one.Max == other.Max;
+        });
     }
 
 private:
-    // The member of the union that eBndType stands for.
-    template <typename Self>
-    static auto Values(Self& self) noexcept
+    void Copy(const DXBNDS& other) noexcept
     {
-        if constexpr (eBndType == DXBT_DISCRETE)
+        switch (other.eType)
         {
-            return self.u.D;
+        case DXBT_DISCRETE:
+            return CopyFrom(other.u.D);
+        case DXBT_DISCRETE64:
+            return CopyFrom(other.u.LD);
+        case DXBT_CONTINUOUS:
+            return CopyFrom(other.u.C);
+        case DXBT_CONTINUOUS64:
+            return CopyFrom(other.u.LC);
         }
-        else if constexpr (eBndType == DXBT_DISCRETE64)
-        {
-            return self.u.LD;
-        }
-        else if constexpr (eBndType == DXBT_CONTINUOUS)
-        {
-            return self.u.C;
-        }
-        else
-        {
-            return self.u.LC;
-        }
+        SetEmpty();
     }
-    // By value, since the source may be these bounds themselves.
-    template <typename OtherBounds>
-    void CopyValues(const OtherBounds other) noexcept
+    template <typename Bound>
+    void CopyFrom(const Bound (&bounds)[kDXDimensions]) noexcept
     {
+        eType = DXBT_DISCRETE;
         for (ULONG i = 0; i < kDXDimensions; ++i)
         {
-            (*this)[i] = {DXConvertValue<TYPE>(other[i].Min), DXConvertValue<TYPE>(other[i].Max)};
+            u.D[i] = {DXLongOf(bounds[i].Min), DXLongOf(bounds[i].Max)};
         }
     }
-    template <typename Condition>
-    static BOOL AnyOf(Condition&& condition) noexcept
+    static CDXDBnds Shared(const CDXDBnds& a, const CDXDBnds& b) noexcept
     {
+        CDXDBnds shared;
         for (ULONG i = 0; i < kDXDimensions; ++i)
         {
-            if (condition(i))
-            {
-                return TRUE;
-            }
+            shared[i] = {std::max(a[i].Min, b[i].Min), std::min(a[i].Max, b[i].Max)};
         }
-        return FALSE;
+        return shared;
     }
 };
-
-using CDXDBnds = CDXBnds<LONG, DXDBND, DXBT_DISCRETE>;
-using CDXDBnds64 = CDXBnds<LONGLONG, DXDBND64, DXBT_DISCRETE64>;
-using CDXCBnds = CDXBnds<float, DXCBND, DXBT_CONTINUOUS>;
-using CDXCBnds64 = CDXBnds<double, DXCBND64, DXBT_CONTINUOUS64>;

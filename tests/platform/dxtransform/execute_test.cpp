@@ -204,8 +204,8 @@ TEST_F(ExecuteTest, WhatAClipSaysOfLayersAndTimeIsNotLookedAt)
 TEST_F(ExecuteTest, TakesClipsAndPlacementsOfEveryKind)
 {
     SetupQuietly();
-    const CDXCBnds64 clip(2.0, 2.0);
-    const CDXCVec placement(1.0F, 1.0F);
+    const DXBNDS clip{DXBT_CONTINUOUS64, {.LC = {{0.0, 2.0}, {0.0, 2.0}, {}, {}}}};
+    const DXVEC placement{DXBT_CONTINUOUS, {.C = {1.0F, 1.0F, 0.0F, 0.0F}}};
     const auto work = Work(&clip, &placement);
     ASSERT_TRUE(work);
     EXPECT_TRUE(work->OutputBnds == Rectangle(1, 1, 3, 3));

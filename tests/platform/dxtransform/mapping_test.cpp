@@ -73,7 +73,8 @@ TEST_F(Mapping, OfGivenBoundsNeedsNoSetupAndLetsTheTransformDecide)
         bounds[DXB_X].Max += 10;
         return S_FALSE;
     };
-    const std::array<DXBNDS, 2> in{CDXDBnds(2, 2), CDXCBnds(1.0F, 7.0F)};
+    const DXBNDS tall{DXBT_CONTINUOUS, {.C = {{0.0F, 1.0F}, {0.0F, 7.0F}, {}, {}}}};
+    const std::array<DXBNDS, 2> in{CDXDBnds(2, 2), tall};
     DXBNDS out{};
     EXPECT_EQ(m_transform->MapBoundsIn2Out(in.data(), 2, 0, &out), S_FALSE);
     EXPECT_TRUE(CDXDBnds(out) == CDXDBnds(12, 7));
