@@ -14,21 +14,13 @@ constexpr DWORD kDefaultMiscFlags = DXTMF_BLEND_SUPPORTED | DXTMF_DITHER_SUPPORT
 constexpr DWORD kSafetyOptions =
     INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
 
-DWORD BltFlagsOf(DWORD miscFlags) noexcept
+// Null when the site does not offer one.
+CComPtr<IDXSurfaceFactory> SurfaceFactoryOf(IServiceProvider* provider) noexcept
 {
-    DWORD flags = 0;
-    flags |= (miscFlags & DXTMF_BLEND_WITH_OUTPUT) != 0 ? DXBOF_DO_OVER : 0U;
-    flags |= (miscFlags & DXTMF_DITHER_OUTPUT) != 0 ? DXBOF_DITHER : 0U;
-    return flags;
-}
-
-// Null when the site does not offer the service.
-template <typename Service>
-CComPtr<Service> ServiceOf(IServiceProvider* provider, REFGUID service) noexcept
-{
-    CComPtr<Service> found;
+    CComPtr<IDXSurfaceFactory> found;
     const auto ask = [&] {
-        return provider->QueryService(service, __uuidof(Service), reinterpret_cast<void**>(&found));
+        return provider->QueryService(SID_SDXSurfaceFactory, IID_IDXSurfaceFactory,
+                                      reinterpret_cast<void**>(&found));
     };
     if (provider != nullptr && FAILED(ForeignResult(ask)))
     {
@@ -55,36 +47,6 @@ HRESULT CDXBaseNTo1::WorkProc(const CDXTWorkInfoNTo1&, BOOL*)
     return E_NOTIMPL;
 }
 
-HRESULT CDXBaseNTo1::DetermineBnds(CDXDBnds&)
-{
-    return S_OK;
-}
-
-ULONG CDXBaseNTo1::OnGetObjectSize()
-{
-    return sizeof(*this);
-}
-
-HRESULT CDXBaseNTo1::OnReleaseObjects()
-{
-    return S_OK;
-}
-
-void CDXBaseNTo1::OnUpdateGenerationId()
-{
-    for (ULONG slot = 0; slot < m_inputs.size(); ++slot)
-    {
-        if (NoteGenerationId(slot))
-        {
-            SetDirty();
-        }
-    }
-    if (NoteGenerationId(kOutputSlot))
-    {
-        SetDirty();
-    }
-}
-
 // IDXBaseObject
 
 HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetGenerationId(ULONG* pID) noexcept
@@ -94,15 +56,9 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetGenerationId(ULONG* pID) noexcept
         return E_POINTER;
     }
     const ObjectLock lock(this);
-    const HRESULT hr = CallHook([this] {
-        OnUpdateGenerationId();
-        return S_OK;
-    });
-    if (SUCCEEDED(hr))
-    {
-        *pID = m_dwGenerationId;
-    }
-    return hr;
+    UpdateGenerationId();
+    *pID = m_dwGenerationId;
+    return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE CDXBaseNTo1::IncrementGenerationId(BOOL bRefresh) noexcept
@@ -122,11 +78,8 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetObjectSize(ULONG* pcbSize) noexcept
     {
         return E_POINTER;
     }
-    const ObjectLock lock(this);
-    return CallHook([&] {
-        *pcbSize = OnGetObjectSize();
-        return S_OK;
-    });
+    *pcbSize = sizeof(*this);
+    return S_OK;
 }
 
 // IDXTransform: flags, quality, what goes in and out
@@ -145,7 +98,6 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::SetMiscFlags(DWORD dwMiscFlags) noexcept
         return E_INVALIDARG;
     }
     const DWORD flags = (m_dwMiscFlags & ~DWORD{DXTMF_OPTION_MASK}) | options;
-    m_dwBltFlags = BltFlagsOf(flags);
     if (flags != m_dwMiscFlags)
     {
         m_dwMiscFlags = flags;
@@ -234,20 +186,18 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetQuality(float* fQuality) noexcept
 
 HRESULT STDMETHODCALLTYPE CDXBaseNTo1::SetSite(IUnknown* pUnkSite) noexcept
 {
-    // The services are fetched before the lock is taken, and what they replace is released by these
-    // locals after it is given back: a site may wait for another thread that is in this object.
+    // The factory is fetched before the lock is taken, and what these replace is released by them
+    // after it is given back: a site may wait for another thread that is in this object.
     CComPtr<IUnknown> site(pUnkSite);
     const CComQIPtr<IServiceProvider> provider(pUnkSite);
-    auto transformFactory = ServiceOf<IDXTransformFactory>(provider, SID_SDXTransformFactory);
-    auto surfaceFactory = ServiceOf<IDXSurfaceFactory>(provider, SID_SDXSurfaceFactory);
+    auto surfaceFactory = SurfaceFactoryOf(provider);
 
     const ObjectLock lock(this);
     std::swap(m_site, site);
-    std::swap(m_cpTransFact, transformFactory);
     std::swap(m_cpSurfFact, surfaceFactory);
     if (pUnkSite == nullptr)
     {
-        DropObjects();
+        ForgetObjects();
     }
     return S_OK;
 }

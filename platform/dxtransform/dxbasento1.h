@@ -1,7 +1,8 @@
 // CDXBaseNTo1: the base of transforms that make one image from any number of images. Stands in for
 // the platform's dxbasento1.h. Left out: mesh inputs and outputs, the DirectDraw and 3D members,
-// registration helpers, and bands with the task manager that runs them: a frame is a single call of
-// WorkProc on the thread that executes, as with the platform's m_ulMaxImageBands at 1.
+// registration helpers, most hooks, and bands with the task manager that runs them: a frame is a
+// single call of WorkProc on the thread that executes, as with the platform's m_ulMaxImageBands
+// at 1.
 //
 // The object lock is held during Setup, Execute, picking and every setter; it is recursive.
 // What a surface, a site or a service throws becomes E_OUTOFMEMORY or E_UNEXPECTED, as for a
@@ -26,9 +27,6 @@ struct CDXTWorkInfoNTo1
     CDXDBnds DoBnds;     // what to make, in the transform's output space
     CDXDBnds OutputBnds; // where that goes on the output surface: same width and height
 };
-
-// Bits of m_dwOptionFlags. The fourth one restricts several inputs in a way that is not enforced.
-inline constexpr DWORD kDXBaseSameSizeInputs = 4; // widths and heights of all inputs are equal
 
 class CDXBaseNTo1 : public CComObjectRootEx<CComMultiThreadModel>,
                     public IDXTransform,
@@ -85,14 +83,14 @@ public:
     HRESULT STDMETHODCALLTYPE GetQuality(float* fQuality) noexcept override;
 
     // IDXSurfacePick
-    // S_FALSE when the point is not on the output or everything there is transparent,
-    // DXT_S_HITOUTPUT when no input has a sample under it.
+    // Only the first input is looked at. S_FALSE when the point is not on the output or the input
+    // is transparent there, DXT_S_HITOUTPUT when it has no sample there.
     HRESULT STDMETHODCALLTYPE PointPick(const DXVEC* pPoint, ULONG* pulInputSurfaceIndex,
                                         DXVEC* pInputPoint) noexcept override;
 
     // IObjectWithSite
-    // The site is also asked for the services below; one that it has not stays null. Null releases
-    // everything that is held, surfaces included.
+    // The site is also asked for a surface factory. Null releases everything that is held, surfaces
+    // included.
     HRESULT STDMETHODCALLTYPE SetSite(IUnknown* pUnkSite) noexcept override;
     HRESULT STDMETHODCALLTYPE GetSite(REFIID riid, void** ppvSite) noexcept override;
 
@@ -113,76 +111,37 @@ protected:
     // Makes the output. Setting *pbContinueProcessing, which comes as TRUE, to FALSE ends the
     // execution with E_ABORT.
     virtual HRESULT WorkProc(const CDXTWorkInfoNTo1& WorkInfo, BOOL* pbContinueProcessing);
-    // In: around all inputs. Out: size of the output space.
-    virtual HRESULT DetermineBnds(CDXDBnds& Bnds);
-    // Both arrays have m_ulMaxInputs elements; topmost input first, its share of the result as
-    // weight.
-    virtual void OnGetSurfacePickOrder(const CDXDBnds& OutPoint, ULONG& ulInToTest,
-                                       ULONG aInIndex[], BYTE aWeight[]);
-    // Full control over picking; E_NOTIMPL leaves it to the order above.
-    virtual HRESULT OnSurfacePick(const CDXDBnds& OutPoint, ULONG& ulInputIndex, CDXDVec& InVec);
-    // Raises the transform's own id for each surface that changed since the last look.
-    virtual void OnUpdateGenerationId();
-    virtual ULONG OnGetObjectSize(); // bytes
-    // The surfaces are gone: drop what was made for them.
-    virtual HRESULT OnReleaseObjects();
 
-    // Slots given to Setup, of which optional ones may be empty.
-    ULONG GetNumInputs() const noexcept { return m_ulNumInputs; }
-    bool HaveInput(ULONG index = 0) const noexcept { return InputSurface(index) != nullptr; }
-    bool HaveOutput() const noexcept { return m_output.surface != nullptr; }
     // Borrowed; null for an empty slot.
     IDXSurface* InputSurface(ULONG index = 0) const noexcept
     {
         return index < m_inputs.size() ? m_inputs[index].surface.p : nullptr;
     }
     IDXSurface* OutputSurface() const noexcept { return m_output.surface; }
-    // DXPF_NONSTANDARD for a surface that is not there or does not say.
-    DXSAMPLEFORMATENUM InputSampleFormat(ULONG index = 0) const noexcept
-    {
-        return SampleFormatOf(InputSurface(index));
-    }
-    DXSAMPLEFORMATENUM OutputSampleFormat() const noexcept
-    {
-        return SampleFormatOf(OutputSurface());
-    }
-    bool DoOver() const noexcept { return (m_dwBltFlags & DXBOF_DO_OVER) != 0; }
-    // Only where the output loses precision by its format.
-    bool DoDither() const noexcept;
-    float GetEffectProgress() const noexcept { return m_Progress; }
 
-    // Whether the input changed since this was last asked; a new one has.
-    bool IsInputDirty(ULONG index = 0) noexcept;
     bool IsTransformDirty() const noexcept { return m_dwGenerationId != m_dwCleanGenId; }
     // After every change that affects the result: callers skip the execution of a clean transform.
     void SetDirty() noexcept { ++m_dwGenerationId; }
     void ClearDirty() noexcept { m_dwCleanGenId = m_dwGenerationId; }
 
-    // From the site; null where it does not offer them.
-    CComPtr<IDXTransformFactory> m_cpTransFact;
-    CComPtr<IDXSurfaceFactory> m_cpSurfFact;
+    CComPtr<IDXSurfaceFactory> m_cpSurfFact; // from the site; null where it does not offer one
 
     float m_Duration = 1.0F; // seconds
     float m_Progress = 0.0F; // 0 to 1
     float m_StepResolution = 0.0F;
-    float m_fQuality = 0.5F; // 0 to 1
-    DWORD m_dwMiscFlags;     // DXTMISCFLAGS; a transform clears what it does not honour
-    DWORD m_dwBltFlags = 0;  // DXBLTOPTIONS, following the options in m_dwMiscFlags
-    DWORD m_dwOptionFlags = 0;
+    float m_fQuality = 0.5F;   // 0 to 1
+    DWORD m_dwMiscFlags;       // DXTMISCFLAGS; a transform clears what it does not honour
+    DWORD m_dwOptionFlags = 0; // restricts several inputs; not enforced
     DWORD m_dwGenerationId = 1;
     DWORD m_dwCleanGenId = 0;
-    ULONG m_ulLockTimeOut = 10000; // ms, for LockSurface
     ULONG m_ulMaxInputs = 1;
     ULONG m_ulNumInRequired = 1;
-    ULONG m_ulNumInputs = 0;
 
 private:
     struct Object
     {
         CComPtr<IDXSurface> surface;
-        ULONG seenId = 0;      // its generation id when the transform last looked
-        ULONG askedId = 0;     // its generation id when IsInputDirty last looked
-        bool wasAsked = false; // whether askedId means anything
+        ULONG seenId = 0; // its generation id when the transform last looked
     };
 
     // What one Setup gathers.
@@ -194,19 +153,17 @@ private:
 
     static constexpr ULONG kOutputSlot = ~ULONG{0}; // beside the inputs' indices
 
-    static DXSAMPLEFORMATENUM SampleFormatOf(IDXSurface* surface) noexcept;
     Object* ObjectAt(ULONG slot) noexcept;
     // Looks at the surface there; whether it changed since the last look.
     bool NoteGenerationId(ULONG slot) noexcept;
+    void UpdateGenerationId() noexcept;
 
     HRESULT CheckCounts(IUnknown* const* inputs, ULONG numInputs, IUnknown* const* outputs,
                         ULONG numOutputs) const noexcept;
     HRESULT FetchSurfaces(IUnknown* const* inputs, ULONG numInputs, IUnknown* output,
                           Fetched& fetched);
     HRESULT FetchSurface(IUnknown* object, CComPtr<IDXSurface>& surface) const noexcept;
-    HRESULT CheckSizes(const std::vector<Object>& inputs) const;
     void ForgetObjects() noexcept;
-    void DropObjects() noexcept;
     HRESULT Prepare() noexcept;
     HRESULT RunOnSetup() noexcept;
 
@@ -215,9 +172,6 @@ private:
     HRESULT ComputeBounds(const DXBNDS* clip, const DXVEC* placement, CDXDBnds& doBounds,
                           CDXDBnds& outputBounds);
     HRESULT Work(const DXBNDS* clip, const DXVEC* placement);
-
-    HRESULT PickInOrder(const CDXDBnds& outPoint, ULONG& index, CDXDVec& inPoint);
-    HRESULT AlphaUnder(const CDXDBnds& outPoint, ULONG index, CDXDVec& inPoint, BYTE& alpha);
 
     // All guarded by the object lock. A surface that handles messages while it is asked may let the
     // thread that holds the lock in again: whoever calls one holds a reference of its own and looks

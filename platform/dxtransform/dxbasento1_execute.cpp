@@ -34,14 +34,8 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Execute(const GUID*, const DXBNDS* pClipB
     {
         return E_INVALIDARG;
     }
-    HRESULT hr = CallHook([this] {
-        OnUpdateGenerationId();
-        return S_OK;
-    });
-    if (SUCCEEDED(hr) && IsTransformDirty())
-    {
-        hr = RunOnSetup();
-    }
+    UpdateGenerationId();
+    HRESULT hr = IsTransformDirty() ? RunOnSetup() : S_OK;
     if (SUCCEEDED(hr))
     {
         hr = CallHook([&] { return Work(pClipBnds, pPlacement); });

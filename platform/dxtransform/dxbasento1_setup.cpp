@@ -17,7 +17,7 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Setup(IUnknown* const* punkInputs, ULONG 
     }
     if (ulNumInputs == 0 && ulNumOutputs == 0)
     {
-        DropObjects();
+        ForgetObjects();
         SetDirty();
         return S_OK;
     }
@@ -33,7 +33,6 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::Setup(IUnknown* const* punkInputs, ULONG 
         // From here on nothing of the old set-up is needed; it goes once the new one is whole.
         std::swap(m_inputs, fetched.inputs);
         std::swap(m_output, fetched.output);
-        m_ulNumInputs = ulNumInputs;
         m_setUp = true;
     }
     fetched.inputs.clear();
@@ -80,8 +79,7 @@ HRESULT CDXBaseNTo1::FetchSurfaces(IUnknown* const* inputs, ULONG numInputs, IUn
             return hr;
         }
     }
-    const HRESULT hr = FetchSurface(output, fetched.output.surface);
-    return FAILED(hr) ? hr : CheckSizes(fetched.inputs);
+    return FetchSurface(output, fetched.output.surface);
 }
 
 // Something else than a surface is wrapped in one, by the surface factory if there is one.
@@ -105,51 +103,13 @@ HRESULT CDXBaseNTo1::FetchSurface(IUnknown* object, CComPtr<IDXSurface>& surface
     });
 }
 
-HRESULT CDXBaseNTo1::CheckSizes(const std::vector<Object>& inputs) const
-{
-    if ((m_dwOptionFlags & kDXBaseSameSizeInputs) == 0)
-    {
-        return S_OK;
-    }
-    CDXDBnds first;
-    bool haveFirst = false;
-    for (const Object& input : inputs)
-    {
-        if (input.surface == nullptr)
-        {
-            continue;
-        }
-        HRESULT hr = S_OK;
-        const CDXDBnds bounds(input.surface, hr);
-        if (FAILED(hr))
-        {
-            return hr;
-        }
-        if (haveFirst && (bounds.Width() != first.Width() || bounds.Height() != first.Height()))
-        {
-            return E_INVALIDARG;
-        }
-        first = bounds;
-        haveFirst = true;
-    }
-    return S_OK;
-}
-
 // Caller holds the object lock. The surfaces go last: that may run their own code, which finds
 // everything in order.
 void CDXBaseNTo1::ForgetObjects() noexcept
 {
     const std::vector<Object> inputs = std::exchange(m_inputs, {});
     const Object output = std::exchange(m_output, {});
-    m_ulNumInputs = 0;
     m_setUp = false;
-}
-
-// Caller holds the object lock.
-void CDXBaseNTo1::DropObjects() noexcept
-{
-    ForgetObjects();
-    std::ignore = CallHook([this] { return OnReleaseObjects(); }); // nobody can keep the objects
 }
 
 // Gets ready for the surfaces that are in place; without success there are none any more.
@@ -191,6 +151,22 @@ CDXBaseNTo1::Object* CDXBaseNTo1::ObjectAt(ULONG slot) noexcept
     return slot < m_inputs.size() ? &m_inputs[slot] : nullptr;
 }
 
+// Raises the transform's own id for each surface that changed since the last look.
+void CDXBaseNTo1::UpdateGenerationId() noexcept
+{
+    for (ULONG slot = 0; slot < m_inputs.size(); ++slot)
+    {
+        if (NoteGenerationId(slot))
+        {
+            SetDirty();
+        }
+    }
+    if (NoteGenerationId(kOutputSlot))
+    {
+        SetDirty();
+    }
+}
+
 bool CDXBaseNTo1::NoteGenerationId(ULONG slot) noexcept
 {
     const Object* const asked = ObjectAt(slot);
@@ -203,38 +179,4 @@ bool CDXBaseNTo1::NoteGenerationId(ULONG slot) noexcept
     Object* const object = ObjectAt(slot);
     return object != nullptr && object->surface.p == surface.p &&
            std::exchange(object->seenId, id) != id;
-}
-
-bool CDXBaseNTo1::IsInputDirty(ULONG index) noexcept
-{
-    const ObjectLock lock(this);
-    ULONG id = 0;
-    const CComPtr<IDXSurface> surface(InputSurface(index));
-    if (surface == nullptr ||
-        FAILED(ForeignResult([&] { return surface->GetGenerationId(&id); })) ||
-        InputSurface(index) != surface.p)
-    {
-        return false;
-    }
-    Object& input = m_inputs[index];
-    const bool dirty = !input.wasAsked || id != input.askedId;
-    input.askedId = id;
-    input.wasAsked = true;
-    return dirty;
-}
-
-DXSAMPLEFORMATENUM CDXBaseNTo1::SampleFormatOf(IDXSurface* surface) noexcept
-{
-    DXSAMPLEFORMATENUM format = DXPF_NONSTANDARD;
-    if (surface != nullptr &&
-        FAILED(ForeignResult([&] { return surface->GetPixelFormat(nullptr, &format); })))
-    {
-        format = DXPF_NONSTANDARD;
-    }
-    return format;
-}
-
-bool CDXBaseNTo1::DoDither() const noexcept
-{
-    return (m_dwBltFlags & DXBOF_DITHER) != 0 && (OutputSampleFormat() & DXPF_ERRORMASK) != 0;
 }

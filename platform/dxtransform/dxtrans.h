@@ -1,6 +1,6 @@
 // DirectX Transform: identifiers, structures, constants and interfaces, which the toolchain has
-// not. Stands in for the platform's dxtrans.h; factories and surfaces are declared whole, the
-// DirectDraw parameters stay opaque, the task manager is left out.
+// not. Stands in for the platform's dxtrans.h; the surface factory and surfaces are declared whole,
+// the DirectDraw parameters stay opaque, the transform factory and the task manager are left out.
 #pragma once
 
 #include <windows.h>
@@ -26,16 +26,13 @@ inline constexpr IID IID_IDXSurfacePick{0x30A5FB79, 0xE11F, 0x11D1, {0x90, 0x64,
 inline constexpr IID IID_IDXSurface{0xB39FD73F, 0xE139, 0x11D1, {0x90, 0x65, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXSurfaceInit{0x9EA3B639, 0xC37D, 0x11D1, {0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXSurfaceFactory{0x144946F5, 0xC4D4, 0x11D1, {0x81, 0xD1, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
-inline constexpr IID IID_IDXTransformFactory{0x6A950B2B, 0xA971, 0x11D1, {0x81, 0xC8, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
 inline constexpr IID IID_IDXARGBReadPtr{0xEAAAC2D6, 0xC290, 0x11D1, {0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXARGBReadWritePtr{0xEAAAC2D7, 0xC290, 0x11D1, {0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXDCLock{0x0F619456, 0xCF39, 0x11D1, {0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXEffect{0xE31FB81B, 0x1335, 0x11D1, {0x81, 0x89, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
 
-inline constexpr CLSID CLSID_DXTransformFactory{0xD1FE6762, 0xFC48, 0x11D0, {0x88, 0x3A, 0x3C, 0x8B, 0x00, 0xC1, 0x00, 0x00}};
 inline constexpr CLSID CLSID_DXSurface{0x0E890F83, 0x5F79, 0x11D1, {0x90, 0x43, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr GUID SID_SDXSurfaceFactory = IID_IDXSurfaceFactory;
-inline constexpr GUID SID_SDXTransformFactory = IID_IDXTransformFactory;
 
 inline constexpr HRESULT DXTERR_UNINITIALIZED = static_cast<HRESULT>(0x887A0001U);
 inline constexpr HRESULT DXTERR_ALREADY_INITIALIZED = static_cast<HRESULT>(0x887A0002U);
@@ -377,20 +374,6 @@ struct IDXSurfaceFactory : IUnknown
                                              DWORD dwFlags) = 0;
 };
 
-struct IDXTransformFactory : IServiceProvider
-{
-    virtual HRESULT STDMETHODCALLTYPE SetService(REFGUID guidService, IUnknown* pUnkService,
-                                                 BOOL bWeakReference) = 0;
-    virtual HRESULT STDMETHODCALLTYPE CreateTransform(IUnknown** punkInputs, ULONG ulNumInputs,
-                                                      IUnknown** punkOutputs, ULONG ulNumOutputs,
-                                                      IPropertyBag* pInitProps, IErrorLog* pErrLog,
-                                                      REFCLSID TransCLSID, REFIID TransIID,
-                                                      void** ppTransform) = 0;
-    virtual HRESULT STDMETHODCALLTYPE InitializeTransform(
-        IDXTransform* pTransform, IUnknown** punkInputs, ULONG ulNumInputs, IUnknown** punkOutputs,
-        ULONG ulNumOutputs, IPropertyBag* pInitProps, IErrorLog* pErrLog) = 0;
-};
-
 struct IDXARGBReadPtr : IUnknown
 {
     virtual HRESULT STDMETHODCALLTYPE GetSurface(REFIID riid, void** ppSurface) = 0;
@@ -453,7 +436,6 @@ __CRT_UUID_DECL(IDXSurfacePick, 0x30A5FB79, 0xE11F, 0x11D1, 0x90, 0x64, 0x00, 0x
 __CRT_UUID_DECL(IDXSurface, 0xB39FD73F, 0xE139, 0x11D1, 0x90, 0x65, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXSurfaceInit, 0x9EA3B639, 0xC37D, 0x11D1, 0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXSurfaceFactory, 0x144946F5, 0xC4D4, 0x11D1, 0x81, 0xD1, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB)
-__CRT_UUID_DECL(IDXTransformFactory, 0x6A950B2B, 0xA971, 0x11D1, 0x81, 0xC8, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB)
 __CRT_UUID_DECL(IDXARGBReadPtr, 0xEAAAC2D6, 0xC290, 0x11D1, 0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXARGBReadWritePtr, 0xEAAAC2D7, 0xC290, 0x11D1, 0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXDCLock, 0x0F619456, 0xCF39, 0x11D1, 0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)

@@ -27,20 +27,16 @@ TEST_F(BaseObject, StartsWithTheDefaultsOfOneImageToOneImage)
 {
     EXPECT_FLOAT_EQ(m_transform->m_Duration, 1.0F);
     EXPECT_FLOAT_EQ(m_transform->m_Progress, 0.0F);
-    EXPECT_FLOAT_EQ(m_transform->GetEffectProgress(), 0.0F);
     EXPECT_FLOAT_EQ(m_transform->m_StepResolution, 0.0F);
     EXPECT_FLOAT_EQ(m_transform->m_fQuality, 0.5F);
     EXPECT_EQ(m_transform->m_dwMiscFlags, 0x06030000U);
-    EXPECT_EQ(m_transform->m_dwBltFlags, 0U);
     EXPECT_EQ(m_transform->m_dwOptionFlags, 0U);
     EXPECT_EQ(m_transform->m_dwGenerationId, 1U);
     EXPECT_EQ(m_transform->m_dwCleanGenId, 0U);
-    EXPECT_EQ(m_transform->m_ulLockTimeOut, 10000U);
     EXPECT_EQ(m_transform->m_ulMaxInputs, 1U);
     EXPECT_EQ(m_transform->m_ulNumInRequired, 1U);
-    EXPECT_EQ(m_transform->GetNumInputs(), 0U);
-    EXPECT_FALSE(m_transform->HaveInput());
-    EXPECT_FALSE(m_transform->HaveOutput());
+    EXPECT_EQ(m_transform->InputSurface(), nullptr);
+    EXPECT_EQ(m_transform->OutputSurface(), nullptr);
     EXPECT_TRUE(m_transform->IsTransformDirty());
 }
 
@@ -60,8 +56,6 @@ TEST_F(BaseObject, TakesOptionsAndIgnoresTheBitsThatDescribeIt)
     DWORD flags = 0;
     EXPECT_EQ(m_transform->GetMiscFlags(&flags), S_OK);
     EXPECT_EQ(flags, 0x06030003U);
-    EXPECT_EQ(m_transform->m_dwBltFlags, DWORD{DXBOF_DO_OVER | DXBOF_DITHER});
-    EXPECT_TRUE(m_transform->DoOver());
     EXPECT_TRUE(m_transform->IsTransformDirty());
     m_transform->ClearDirty();
     EXPECT_EQ(m_transform->SetMiscFlags(3), S_OK);
@@ -78,19 +72,6 @@ TEST_F(BaseObject, RefusesUnknownOptionsAndThoseItDoesNotSupport)
     m_transform->m_dwMiscFlags = DXTMF_DITHER_SUPPORTED;
     EXPECT_EQ(m_transform->SetMiscFlags(DXTMF_BLEND_WITH_OUTPUT), E_INVALIDARG);
     EXPECT_EQ(m_transform->m_dwMiscFlags, DWORD{DXTMF_DITHER_SUPPORTED});
-    EXPECT_EQ(m_transform->m_dwBltFlags, 0U);
-}
-
-TEST_F(BaseObject, DithersOnlyForAnOutputThatLosesPrecision)
-{
-    m_transform->SetMiscFlags(DXTMF_DITHER_OUTPUT);
-    ASSERT_EQ(SetupBoth(), S_OK);
-    EXPECT_FALSE(m_transform->DoDither());
-    const auto coarse = FakeSurface::Make({.format = DXPF_ARGB4444});
-    ASSERT_EQ(SetupWith({m_input}, coarse), S_OK);
-    EXPECT_TRUE(m_transform->DoDither());
-    m_transform->SetMiscFlags(0);
-    EXPECT_FALSE(m_transform->DoDither());
 }
 
 TEST_F(BaseObject, QualityNeedsSupportAndARangeFromZeroToOne)
@@ -187,7 +168,7 @@ TEST_F(BaseObject, SafetyHasBothScriptOptionsAndRefusesOthers)
     EXPECT_EQ(m_transform->SetInterfaceSafetyOptions(IID_IDXEffect, 1, 1), E_NOINTERFACE);
 }
 
-// A site with whatever services a test puts in; it is on the test's stack.
+// A site, with a surface factory or without; it is on the test's stack.
 class FakeSite : public IServiceProvider
 {
 public:
@@ -208,42 +189,35 @@ public:
     HRESULT STDMETHODCALLTYPE QueryService(REFGUID service, REFIID, void** ppv) override
     {
         *ppv = nullptr;
-        if (::IsEqualGUID(service, missing))
+        if (!hasFactory || !::IsEqualGUID(service, IID_IDXSurfaceFactory))
         {
             return E_NOINTERFACE;
         }
-        asked.push_back(service);
         *ppv = this; // never called, only held
         AddRef();
         return S_OK;
     }
 
     bool isProvider = true;
-    GUID missing{};
-    std::vector<GUID> asked;
+    bool hasFactory = true;
     ULONG references = 1;
 };
 
-TEST_F(BaseObject, AsksItsSiteForTheServices)
+TEST_F(BaseObject, AsksItsSiteForASurfaceFactory)
 {
     FakeSite site;
     EXPECT_EQ(m_transform->SetSite(&site), S_OK);
-    EXPECT_NE(m_transform->m_cpTransFact, nullptr);
     EXPECT_NE(m_transform->m_cpSurfFact, nullptr);
-    ASSERT_EQ(site.asked.size(), 2U);
-    EXPECT_TRUE(::IsEqualGUID(site.asked[0], IID_IDXTransformFactory));
-    EXPECT_TRUE(::IsEqualGUID(site.asked[1], IID_IDXSurfaceFactory));
     EXPECT_EQ(m_transform->SetSite(nullptr), S_OK);
     EXPECT_EQ(site.references, 1U);
 }
 
-TEST_F(BaseObject, DoesWithoutAServiceThatTheSiteLacks)
+TEST_F(BaseObject, DoesWithoutAFactoryThatTheSiteLacks)
 {
     FakeSite site;
-    site.missing = IID_IDXTransformFactory;
+    site.hasFactory = false;
     EXPECT_EQ(m_transform->SetSite(&site), S_OK);
-    EXPECT_NE(m_transform->m_cpSurfFact, nullptr);
-    EXPECT_EQ(m_transform->m_cpTransFact, nullptr);
+    EXPECT_EQ(m_transform->m_cpSurfFact, nullptr);
     FakeSite plain;
     plain.isProvider = false;
     EXPECT_EQ(m_transform->SetSite(&plain), S_OK);
@@ -276,7 +250,6 @@ TEST_F(BaseObject, LosingItsSiteReleasesTheSurfaces)
     EXPECT_EQ(m_input->References(), 1);
     EXPECT_EQ(m_output->References(), 1);
     EXPECT_EQ(Execute(), DXTERR_UNINITIALIZED);
-    EXPECT_EQ(m_hooks.Calls(), Calls{"OnReleaseObjects"});
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 #include "tests/platform/dxtransform/open_transform.h"
 
 #include <array>
-#include <new>
 
 namespace
 {
@@ -19,19 +18,6 @@ protected:
         const HRESULT hr = m_transform->PointPick(&point, &m_index, &input);
         m_point = CDXDVec(input);
         return hr;
-    }
-    // Two inputs, the first above the second, with these shares.
-    void SetupTwo(FakeSurface* upper, FakeSurface* lower, BYTE upperShare, BYTE lowerShare)
-    {
-        m_transform->m_ulMaxInputs = 2;
-        m_transform->pickOrder = [=](ULONG& count, ULONG* indices, BYTE* weights) {
-            count = 2;
-            indices[0] = 0;
-            weights[0] = upperShare;
-            indices[1] = 1;
-            weights[1] = lowerShare;
-        };
-        ASSERT_EQ(SetupWith({upper, lower}, m_output), S_OK);
     }
 
     ULONG m_index = 0;
@@ -66,18 +52,14 @@ TEST_F(Mapping, WithoutInputsStartsFromTheOutput)
     EXPECT_TRUE(CDXDBnds(out) == CDXDBnds(4, 3));
 }
 
-TEST_F(Mapping, OfGivenBoundsNeedsNoSetupAndLetsTheTransformDecide)
+TEST_F(Mapping, OfGivenBoundsNeedsNoSetup)
 {
     m_transform->m_ulMaxInputs = 2;
-    m_transform->determineBnds = [](CDXDBnds& bounds) {
-        bounds[DXB_X].Max += 10;
-        return S_FALSE;
-    };
     const DXBNDS tall{DXBT_CONTINUOUS, {.C = {{0.0F, 1.0F}, {0.0F, 7.0F}, {}, {}}}};
     const std::array<DXBNDS, 2> in{CDXDBnds(2, 2), tall};
     DXBNDS out{};
-    EXPECT_EQ(m_transform->MapBoundsIn2Out(in.data(), 2, 0, &out), S_FALSE);
-    EXPECT_TRUE(CDXDBnds(out) == CDXDBnds(12, 7));
+    EXPECT_EQ(m_transform->MapBoundsIn2Out(in.data(), 2, 0, &out), S_OK);
+    EXPECT_TRUE(CDXDBnds(out) == CDXDBnds(2, 7));
 }
 
 TEST_F(Mapping, ToTheOutputChecksItsArguments)
@@ -87,8 +69,6 @@ TEST_F(Mapping, ToTheOutputChecksItsArguments)
     EXPECT_EQ(m_transform->MapBoundsIn2Out(&in, 1, 0, nullptr), E_POINTER);
     EXPECT_EQ(m_transform->MapBoundsIn2Out(&in, 1, 1, &out), E_INVALIDARG);
     EXPECT_EQ(m_transform->MapBoundsIn2Out(&in, 2, 0, &out), E_INVALIDARG);
-    m_transform->determineBnds = [](CDXDBnds&) -> HRESULT { throw std::bad_alloc(); };
-    EXPECT_EQ(m_transform->MapBoundsIn2Out(&in, 1, 0, &out), E_OUTOFMEMORY);
     EXPECT_TRUE(CDXDBnds(out) == CDXDBnds(5, 5));
 }
 
@@ -134,15 +114,12 @@ TEST_F(Mapping, PicksNothingBesideTheOutputOrWhereAllIsTransparent)
     EXPECT_EQ(m_index, 99U);
 }
 
-TEST_F(Mapping, PicksTheOutputWhereNoInputHasASample)
+TEST_F(Mapping, PicksTheOutputWhereTheFirstInputHasNoSample)
 {
-    m_transform->determineBnds = [](CDXDBnds& bounds) {
-        bounds = CDXDBnds(4, 3);
-        return S_OK;
-    };
+    m_transform->m_ulMaxInputs = 2;
     const auto small = FakeSurface::Make({.width = 2, .height = 2});
     small->Fill(DXSAMPLE(0xFFFFFFFFU));
-    ASSERT_EQ(SetupWith({small}, m_output), S_OK);
+    ASSERT_EQ(SetupWith({small, m_input}, m_output), S_OK);
     EXPECT_EQ(Pick(1, 1), S_OK);
     EXPECT_EQ(Pick(3, 2), DXT_S_HITOUTPUT);
     m_transform->m_ulNumInRequired = 0;
@@ -150,55 +127,11 @@ TEST_F(Mapping, PicksTheOutputWhereNoInputHasASample)
     EXPECT_EQ(Pick(1, 1), DXT_S_HITOUTPUT);
 }
 
-TEST_F(Mapping, PicksTheInputWithTheLargestShareAndTheEarlierOfEquals)
-{
-    const auto lower = FakeSurface::Make();
-    m_input->Fill(DXSAMPLE(100, 0, 0, 0));
-    lower->Fill(DXSAMPLE(200, 0, 0, 0));
-    SetupTwo(m_input, lower, 153, 102); // 15300 against 20400
-    EXPECT_EQ(Pick(0, 0), S_OK);
-    EXPECT_EQ(m_index, 1U);
-    SetupTwo(m_input, lower, 200, 100);
-    EXPECT_EQ(Pick(0, 0), S_OK);
-    EXPECT_EQ(m_index, 0U);
-    SetupTwo(m_input, lower, 0, 0);
-    EXPECT_EQ(Pick(0, 0), S_FALSE);
-}
-
-TEST_F(Mapping, LeavesPickingToTheTransformThatWantsIt)
-{
-    SetupQuietly();
-    m_transform->onSurfacePick = [](const CDXDBnds& point, ULONG& index, CDXDVec& in) {
-        EXPECT_EQ(point.Left(), 3);
-        EXPECT_EQ(point.Width(), 1);
-        index = 5;
-        in = CDXDVec(7, 8);
-        return S_OK;
-    };
-    EXPECT_EQ(Pick(3, 2), S_OK);
-    EXPECT_EQ(m_index, 5U);
-    EXPECT_TRUE(m_point == CDXDVec(7, 8));
-    m_transform->onSurfacePick = [](const CDXDBnds&, ULONG&, CDXDVec&) -> HRESULT { throw 1; };
-    EXPECT_EQ(Pick(3, 2), E_UNEXPECTED);
-}
-
 TEST_F(Mapping, AnInputThatCannotBeLockedFailsThePick)
 {
     SetupQuietly();
     m_input->FailCall("LockSurface", E_ABORT);
     EXPECT_EQ(Pick(0, 0), E_ABORT);
-}
-
-TEST_F(Mapping, AnOrderThatNamesTooMuchIsCutToWhatThereIs)
-{
-    m_input->Fill(DXSAMPLE(0xFFFFFFFFU));
-    SetupQuietly();
-    m_transform->pickOrder = [](ULONG& count, ULONG* indices, BYTE* weights) {
-        count = 50;
-        indices[0] = 7;
-        weights[0] = 255;
-    };
-    EXPECT_EQ(Pick(0, 0), DXT_S_HITOUTPUT);
 }
 
 } // namespace

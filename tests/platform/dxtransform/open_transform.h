@@ -16,20 +16,10 @@ class OpenTransform : public CDXBaseNTo1
 {
 public:
     using CDXBaseNTo1::ClearDirty;
-    using CDXBaseNTo1::DoDither;
-    using CDXBaseNTo1::DoOver;
-    using CDXBaseNTo1::GetEffectProgress;
-    using CDXBaseNTo1::GetNumInputs;
-    using CDXBaseNTo1::HaveInput;
-    using CDXBaseNTo1::HaveOutput;
-    using CDXBaseNTo1::InputSampleFormat;
     using CDXBaseNTo1::InputSurface;
-    using CDXBaseNTo1::IsInputDirty;
     using CDXBaseNTo1::IsTransformDirty;
     using CDXBaseNTo1::m_cpSurfFact;
-    using CDXBaseNTo1::m_cpTransFact;
     using CDXBaseNTo1::m_Duration;
-    using CDXBaseNTo1::m_dwBltFlags;
     using CDXBaseNTo1::m_dwCleanGenId;
     using CDXBaseNTo1::m_dwGenerationId;
     using CDXBaseNTo1::m_dwMiscFlags;
@@ -37,20 +27,14 @@ public:
     using CDXBaseNTo1::m_fQuality;
     using CDXBaseNTo1::m_Progress;
     using CDXBaseNTo1::m_StepResolution;
-    using CDXBaseNTo1::m_ulLockTimeOut;
     using CDXBaseNTo1::m_ulMaxInputs;
-    using CDXBaseNTo1::m_ulNumInputs;
     using CDXBaseNTo1::m_ulNumInRequired;
-    using CDXBaseNTo1::OutputSampleFormat;
     using CDXBaseNTo1::OutputSurface;
     using CDXBaseNTo1::SetDirty;
 
     // What each hook is to do; those left empty do what the base class does (WorkProc: S_OK).
     std::function<HRESULT(DWORD)> onSetup;
     std::function<HRESULT(const CDXTWorkInfoNTo1&, BOOL*)> workProc;
-    std::function<HRESULT(CDXDBnds&)> determineBnds;
-    std::function<void(ULONG&, ULONG*, BYTE*)> pickOrder;
-    std::function<HRESULT(const CDXDBnds&, ULONG&, CDXDVec&)> onSurfacePick;
     bool useBaseWorkProc = false;
     CallLog* log = nullptr;
 
@@ -66,26 +50,6 @@ protected:
         return workProc          ? workProc(work, continueProcessing)
                : useBaseWorkProc ? CDXBaseNTo1::WorkProc(work, continueProcessing)
                                  : S_OK;
-    }
-    HRESULT DetermineBnds(CDXDBnds& bounds) override
-    {
-        return determineBnds ? determineBnds(bounds) : CDXBaseNTo1::DetermineBnds(bounds);
-    }
-    void OnGetSurfacePickOrder(const CDXDBnds& point, ULONG& count, ULONG indices[],
-                               BYTE weights[]) override
-    {
-        pickOrder ? pickOrder(count, indices, weights)
-                  : CDXBaseNTo1::OnGetSurfacePickOrder(point, count, indices, weights);
-    }
-    HRESULT OnSurfacePick(const CDXDBnds& point, ULONG& index, CDXDVec& inPoint) override
-    {
-        return onSurfacePick ? onSurfacePick(point, index, inPoint)
-                             : CDXBaseNTo1::OnSurfacePick(point, index, inPoint);
-    }
-    HRESULT OnReleaseObjects() override
-    {
-        Note("OnReleaseObjects");
-        return CDXBaseNTo1::OnReleaseObjects();
     }
 
 private:
