@@ -24,14 +24,11 @@ inline constexpr IID IID_IDXBaseObject{0x17B59B2B, 0x9CC8, 0x11D1, {0x90, 0x53, 
 inline constexpr IID IID_IDXTransform{0x30A5FB78, 0xE11F, 0x11D1, {0x90, 0x64, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXSurfacePick{0x30A5FB79, 0xE11F, 0x11D1, {0x90, 0x64, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXSurface{0xB39FD73F, 0xE139, 0x11D1, {0x90, 0x65, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
-inline constexpr IID IID_IDXSurfaceInit{0x9EA3B639, 0xC37D, 0x11D1, {0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXSurfaceFactory{0x144946F5, 0xC4D4, 0x11D1, {0x81, 0xD1, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
 inline constexpr IID IID_IDXARGBReadPtr{0xEAAAC2D6, 0xC290, 0x11D1, {0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXARGBReadWritePtr{0xEAAAC2D7, 0xC290, 0x11D1, {0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
-inline constexpr IID IID_IDXDCLock{0x0F619456, 0xCF39, 0x11D1, {0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr IID IID_IDXEffect{0xE31FB81B, 0x1335, 0x11D1, {0x81, 0x89, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB}};
 
-inline constexpr CLSID CLSID_DXSurface{0x0E890F83, 0x5F79, 0x11D1, {0x90, 0x43, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D}};
 inline constexpr GUID SID_SDXSurfaceFactory = IID_IDXSurfaceFactory;
 
 inline constexpr HRESULT DXTERR_UNINITIALIZED = static_cast<HRESULT>(0x887A0001U);
@@ -80,10 +77,6 @@ struct DXCBND64
     double Min;
     double Max;
 };
-using DXDBNDS = DXDBND[4];
-using DXDBNDS64 = DXDBND64[4];
-using DXCBNDS = DXCBND[4];
-using DXCBNDS64 = DXCBND64[4];
 
 struct DXBNDS
 {
@@ -96,11 +89,6 @@ struct DXBNDS
         DXCBND64 LC[4];
     } u;
 };
-
-using DXDVEC = LONG[4];
-using DXDVEC64 = LONGLONG[4];
-using DXCVEC = float[4];
-using DXCVEC64 = double[4];
 
 struct DXVEC
 {
@@ -197,12 +185,6 @@ enum DXINOUTINFOFLAGS : unsigned
     DXINOUTF_OPTIONAL = 1
 };
 
-enum DXEFFECTTYPE : unsigned
-{
-    DXTET_PERIODIC = 1,
-    DXTET_MORPH = 2
-};
-
 enum DXLOCKSURF : unsigned
 {
     DXLOCKF_READ = 0,
@@ -218,12 +200,6 @@ enum DXSURFSTATUS : unsigned
     DXSURF_TRANSIENT = 1,
     DXSURF_READONLY = 2,
     DXSURF_VALIDFLAGS = 3
-};
-
-enum DXBLTOPTIONS : unsigned
-{
-    DXBOF_DO_OVER = 1,
-    DXBOF_DITHER = 2
 };
 
 enum DXRUNTYPE : unsigned
@@ -310,13 +286,6 @@ struct IDXSurfacePick : IUnknown
 {
     virtual HRESULT STDMETHODCALLTYPE PointPick(const DXVEC* pPoint, ULONG* pulInputSurfaceIndex,
                                                 DXVEC* pInputPoint) = 0;
-};
-
-struct IDXSurfaceInit : IUnknown
-{
-    virtual HRESULT STDMETHODCALLTYPE InitSurface(IUnknown* pDirectDraw, const DDSURFACEDESC* pDesc,
-                                                  const GUID* pFormatID, const DXBNDS* pBounds,
-                                                  DWORD dwFlags) = 0;
 };
 
 struct IDXDCLock : IUnknown
@@ -409,15 +378,6 @@ struct IDXARGBReadWritePtr : IDXARGBReadPtr
                                                     const DXPMSAMPLE* pSrc, ULONG cSamples) = 0;
 };
 
-enum : DISPID
-{
-    DISPID_DXECAPABILITIES = 10000,
-    DISPID_DXEPROGRESS = 10001,
-    DISPID_DXESTEP = 10002,
-    DISPID_DXEDURATION = 10003,
-    DISPID_DXE_NEXT_ID = 10004
-};
-
 struct IDXEffect : IDispatch
 {
     virtual HRESULT STDMETHODCALLTYPE get_Capabilities(LONG* pVal) = 0;
@@ -434,10 +394,8 @@ __CRT_UUID_DECL(IDXBaseObject, 0x17B59B2B, 0x9CC8, 0x11D1, 0x90, 0x53, 0x00, 0xC
 __CRT_UUID_DECL(IDXTransform, 0x30A5FB78, 0xE11F, 0x11D1, 0x90, 0x64, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXSurfacePick, 0x30A5FB79, 0xE11F, 0x11D1, 0x90, 0x64, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXSurface, 0xB39FD73F, 0xE139, 0x11D1, 0x90, 0x65, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
-__CRT_UUID_DECL(IDXSurfaceInit, 0x9EA3B639, 0xC37D, 0x11D1, 0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXSurfaceFactory, 0x144946F5, 0xC4D4, 0x11D1, 0x81, 0xD1, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB)
 __CRT_UUID_DECL(IDXARGBReadPtr, 0xEAAAC2D6, 0xC290, 0x11D1, 0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXARGBReadWritePtr, 0xEAAAC2D7, 0xC290, 0x11D1, 0x90, 0x5D, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
-__CRT_UUID_DECL(IDXDCLock, 0x0F619456, 0xCF39, 0x11D1, 0x90, 0x5E, 0x00, 0xC0, 0x4F, 0xD9, 0x18, 0x9D)
 __CRT_UUID_DECL(IDXEffect, 0xE31FB81B, 0x1335, 0x11D1, 0x81, 0x89, 0x00, 0x00, 0xF8, 0x75, 0x57, 0xDB)
 // clang-format on
