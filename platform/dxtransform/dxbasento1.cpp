@@ -11,9 +11,6 @@ namespace
 constexpr DWORD kDefaultMiscFlags = DXTMF_BLEND_SUPPORTED | DXTMF_DITHER_SUPPORTED |
                                     DXTMF_BOUNDS_SUPPORTED | DXTMF_PLACEMENT_SUPPORTED;
 
-constexpr DWORD kSafetyOptions =
-    INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
-
 // Null when the site does not offer one.
 CComPtr<IDXSurfaceFactory> SurfaceFactoryOf(IServiceProvider* provider) noexcept
 {
@@ -219,46 +216,4 @@ HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetSite(REFIID riid, void** ppvSite) noex
         return E_FAIL;
     }
     return ForeignResult([&] { return site->QueryInterface(riid, ppvSite); });
-}
-
-// IObjectSafety
-
-HRESULT STDMETHODCALLTYPE CDXBaseNTo1::GetInterfaceSafetyOptions(REFIID riid,
-                                                                 DWORD* pdwSupportedOptions,
-                                                                 DWORD* pdwEnabledOptions) noexcept
-{
-    if (pdwSupportedOptions == nullptr || pdwEnabledOptions == nullptr)
-    {
-        return E_POINTER;
-    }
-    *pdwSupportedOptions = 0;
-    *pdwEnabledOptions = 0;
-    CComPtr<IUnknown> asked;
-    const HRESULT hr = QueryInterface(riid, reinterpret_cast<void**>(&asked));
-    if (FAILED(hr))
-    {
-        return hr;
-    }
-    const ObjectLock lock(this);
-    *pdwSupportedOptions = kSafetyOptions;
-    *pdwEnabledOptions = m_safetyOptions;
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE CDXBaseNTo1::SetInterfaceSafetyOptions(REFIID riid, DWORD dwOptionSetMask,
-                                                                 DWORD dwEnabledOptions) noexcept
-{
-    CComPtr<IUnknown> asked;
-    const HRESULT hr = QueryInterface(riid, reinterpret_cast<void**>(&asked));
-    if (FAILED(hr))
-    {
-        return hr;
-    }
-    if ((dwOptionSetMask & ~kSafetyOptions) != 0)
-    {
-        return E_FAIL;
-    }
-    const ObjectLock lock(this);
-    m_safetyOptions = (m_safetyOptions & ~dwOptionSetMask) | (dwEnabledOptions & dwOptionSetMask);
-    return S_OK;
 }

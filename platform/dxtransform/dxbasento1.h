@@ -1,8 +1,8 @@
 // CDXBaseNTo1: the base of transforms that make one image from any number of images. Stands in for
 // the platform's dxbasento1.h. Left out: mesh inputs and outputs, the DirectDraw and 3D members,
-// registration helpers, most hooks, and bands with the task manager that runs them: a frame is a
-// single call of WorkProc on the thread that executes, as with the platform's m_ulMaxImageBands
-// at 1.
+// registration helpers, object safety, most hooks, and bands with the task manager that runs them:
+// a frame is a single call of WorkProc on the thread that executes, as with the platform's
+// m_ulMaxImageBands at 1.
 //
 // The object lock is held during Setup, Execute, picking and every setter; it is recursive.
 // What a surface, a site or a service throws becomes E_OUTOFMEMORY or E_UNEXPECTED, as for a
@@ -16,7 +16,6 @@
 
 #include <windows.h>
 
-#include <objsafe.h>
 #include <ocidl.h>
 
 #include <vector>
@@ -31,8 +30,7 @@ struct CDXTWorkInfoNTo1
 class CDXBaseNTo1 : public CComObjectRootEx<CComMultiThreadModel>,
                     public IDXTransform,
                     public IDXSurfacePick,
-                    public IObjectWithSite,
-                    public IObjectSafety
+                    public IObjectWithSite
 {
 public:
     CDXBaseNTo1() noexcept;
@@ -44,7 +42,6 @@ public:
     COM_INTERFACE_ENTRY(IDXBaseObject)
     COM_INTERFACE_ENTRY(IDXSurfacePick)
     COM_INTERFACE_ENTRY(IObjectWithSite)
-    COM_INTERFACE_ENTRY_IID(IID_IObjectSafety, IObjectSafety)
     END_COM_MAP()
 
     // IDXBaseObject. A null place is E_POINTER.
@@ -93,12 +90,6 @@ public:
     // included.
     HRESULT STDMETHODCALLTYPE SetSite(IUnknown* pUnkSite) noexcept override;
     HRESULT STDMETHODCALLTYPE GetSite(REFIID riid, void** ppvSite) noexcept override;
-
-    // IObjectSafety. One word for all interfaces of the object.
-    HRESULT STDMETHODCALLTYPE GetInterfaceSafetyOptions(REFIID riid, DWORD* pdwSupportedOptions,
-                                                        DWORD* pdwEnabledOptions) noexcept override;
-    HRESULT STDMETHODCALLTYPE SetInterfaceSafetyOptions(REFIID riid, DWORD dwOptionSetMask,
-                                                        DWORD dwEnabledOptions) noexcept override;
 
 protected:
     ~CDXBaseNTo1();
@@ -181,5 +172,4 @@ private:
     bool m_setUp = false;
     std::vector<Object> m_spareInputs; // empty: its memory is for the next Setup's
     CComPtr<IUnknown> m_site;
-    DWORD m_safetyOptions = 0;
 };

@@ -13,7 +13,7 @@ using BaseObject = TransformTest;
 TEST_F(BaseObject, AnswersTheInterfacesOfAnImageTransform)
 {
     for (const IID* iid : {&IID_IUnknown, &IID_IDXTransform, &IID_IDXBaseObject,
-                           &IID_IDXSurfacePick, &IID_IObjectWithSite, &IID_IObjectSafety})
+                           &IID_IDXSurfacePick, &IID_IObjectWithSite})
     {
         CComPtr<IUnknown> found;
         EXPECT_EQ(m_transform->QueryInterface(*iid, reinterpret_cast<void**>(&found)), S_OK);
@@ -146,26 +146,6 @@ TEST_F(BaseObject, TellsItsSize)
     EXPECT_EQ(m_transform->GetObjectSize(&size), S_OK);
     EXPECT_GE(size, sizeof(CDXBaseNTo1));
     EXPECT_EQ(m_transform->GetObjectSize(nullptr), E_POINTER);
-}
-
-TEST_F(BaseObject, SafetyHasBothScriptOptionsAndRefusesOthers)
-{
-    DWORD supported = 0;
-    DWORD enabled = 9;
-    EXPECT_EQ(m_transform->GetInterfaceSafetyOptions(IID_IDXTransform, &supported, &enabled), S_OK);
-    EXPECT_EQ(supported, 3U);
-    EXPECT_EQ(enabled, 0U);
-    EXPECT_EQ(m_transform->SetInterfaceSafetyOptions(IID_IDXTransform, 3, 2), S_OK);
-    EXPECT_EQ(m_transform->SetInterfaceSafetyOptions(IID_IDXTransform, 1, 1), S_OK);
-    EXPECT_EQ(m_transform->SetInterfaceSafetyOptions(IID_IDXTransform, 4, 4), E_FAIL);
-    m_transform->GetInterfaceSafetyOptions(IID_IDXTransform, &supported, &enabled);
-    EXPECT_EQ(enabled, 3U);
-    EXPECT_EQ(m_transform->GetInterfaceSafetyOptions(IID_IDXTransform, nullptr, &enabled),
-              E_POINTER);
-    EXPECT_EQ(m_transform->GetInterfaceSafetyOptions(IID_IDXEffect, &supported, &enabled),
-              E_NOINTERFACE);
-    EXPECT_EQ(supported, 0U);
-    EXPECT_EQ(m_transform->SetInterfaceSafetyOptions(IID_IDXEffect, 1, 1), E_NOINTERFACE);
 }
 
 // A site, with a surface factory or without; it is on the test's stack.
