@@ -13,12 +13,11 @@
 #include "platform/atl/atlcom.h"
 #include "platform/dxtransform/dxbounds.h"
 #include "platform/dxtransform/dxtrans.h"
+#include "platform/dxtransform/surface_set.h"
 
 #include <windows.h>
 
 #include <ocidl.h>
-
-#include <vector>
 
 // What one execution is told.
 struct CDXTWorkInfoNTo1
@@ -104,11 +103,8 @@ protected:
     virtual HRESULT WorkProc(const CDXTWorkInfoNTo1& WorkInfo, BOOL* pbContinueProcessing);
 
     // Borrowed; null for an empty slot.
-    IDXSurface* InputSurface(ULONG index = 0) const noexcept
-    {
-        return index < m_inputs.size() ? m_inputs[index].surface.p : nullptr;
-    }
-    IDXSurface* OutputSurface() const noexcept { return m_output.surface; }
+    IDXSurface* InputSurface(ULONG index = 0) const noexcept { return m_surfaces.Input(index); }
+    IDXSurface* OutputSurface() const noexcept { return m_surfaces.Output(); }
 
     bool IsTransformDirty() const noexcept { return m_dwGenerationId != m_dwCleanGenId; }
     // After every change that affects the result: callers skip the execution of a clean transform.
@@ -129,47 +125,16 @@ protected:
     ULONG m_ulNumInRequired = 1;
 
 private:
-    struct Object
-    {
-        CComPtr<IDXSurface> surface;
-        ULONG seenId = 0; // its generation id when the transform last looked
-    };
-
-    // What one Setup gathers.
-    struct Fetched
-    {
-        std::vector<Object> inputs;
-        Object output;
-    };
-
-    static constexpr ULONG kOutputSlot = ~ULONG{0}; // beside the inputs' indices
-
-    Object* ObjectAt(ULONG slot) noexcept;
-    // Looks at the surface there; whether it changed since the last look.
-    bool NoteGenerationId(ULONG slot) noexcept;
-    void UpdateGenerationId() noexcept;
-
     HRESULT CheckCounts(IUnknown* const* inputs, ULONG numInputs, IUnknown* const* outputs,
                         ULONG numOutputs) const noexcept;
-    HRESULT FetchSurfaces(IUnknown* const* inputs, ULONG numInputs, IUnknown* output,
-                          Fetched& fetched);
-    HRESULT FetchSurface(IUnknown* object, CComPtr<IDXSurface>& surface) const noexcept;
-    void ForgetObjects() noexcept;
     HRESULT Prepare() noexcept;
     HRESULT RunOnSetup() noexcept;
 
-    // Surfaces are asked: these two throw what those throw.
+    // Surfaces are asked: these throw what those throw.
     HRESULT CurrentInputBounds(CDXDBnds& bounds) const;
-    HRESULT ComputeBounds(const DXBNDS* clip, const DXVEC* placement, CDXDBnds& doBounds,
-                          CDXDBnds& outputBounds);
+    HRESULT ComputeBounds(const DXBNDS* clip, const DXVEC* placement, CDXTWorkInfoNTo1& work);
     HRESULT Work(const DXBNDS* clip, const DXVEC* placement);
 
-    // All guarded by the object lock. A surface that handles messages while it is asked may let the
-    // thread that holds the lock in again: whoever calls one holds a reference of its own and looks
-    // at these anew afterwards.
-    std::vector<Object> m_inputs;
-    Object m_output;
-    bool m_setUp = false;
-    std::vector<Object> m_spareInputs; // empty: its memory is for the next Setup's
+    CDXTSurfaceSet m_surfaces; // as the site, guarded by the object lock
     CComPtr<IUnknown> m_site;
 };

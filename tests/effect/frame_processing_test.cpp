@@ -7,15 +7,19 @@
 namespace
 {
 
-// The base's slots, which nothing but a set-up fills: the one way to an output that is missing
-// while the input is there.
-template <auto kMember>
-struct SlotOf
+// Says that it is a surface and hands none out: the one way to an output that is missing while the
+// input is there.
+class HollowSurface : public IUnknown
 {
-    friend auto& OutputSlot(CDXBaseNTo1& transform) { return transform.*kMember; }
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
+    {
+        *object = nullptr;
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
 };
-template struct SlotOf<&CDXBaseNTo1::m_output>;
-auto& OutputSlot(CDXBaseNTo1& transform);
 
 using Calls = std::vector<std::string>;
 
@@ -452,7 +456,11 @@ TEST_F(FrameProcessing, AFalseContinueFlagSucceedsAndTouchesNeitherSurface)
 TEST_F(FrameProcessing, AMissingOutputIsReportedBeforeTheInputIsLookedAt)
 {
     SetUp(DXPF_ARGB32, DXPF_ARGB32);
-    OutputSlot(*effect).surface.Release();
+    IUnknown* const inputs[] = {static_cast<IDXSurface*>(input.p)};
+    HollowSurface hollow;
+    IUnknown* const outputs[] = {&hollow};
+    ASSERT_EQ(effect->Setup(inputs, 1, outputs, 1, 0), S_OK);
+    log.Clear();
     BOOL goOn = TRUE;
     EXPECT_EQ(effect->WorkProc({}, &goOn), E_OUTOFMEMORY);
     EXPECT_EQ(log.Calls(), Calls{}) << "the input is not touched";
