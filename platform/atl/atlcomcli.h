@@ -92,25 +92,6 @@ public:
         return ForeignResult(
             [&] { return p->QueryInterface(__uuidof(Q), reinterpret_cast<void**>(place)); });
     }
-    HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer = nullptr,
-                             DWORD context = CLSCTX_ALL) noexcept
-    {
-        assert(p == nullptr);
-        return ::CoCreateInstance(clsid, outer, context, __uuidof(T), reinterpret_cast<void**>(&p));
-    }
-    // Whether both belong to the same object: by their IUnknown, as COM defines it.
-    bool IsEqualObject(IUnknown* other) const noexcept
-    {
-        if (p == nullptr || other == nullptr)
-        {
-            return p == nullptr && other == nullptr;
-        }
-        CComPtr<IUnknown> mine;
-        CComPtr<IUnknown> theirs;
-        std::ignore = QueryInterface(&mine.p);
-        std::ignore = CComPtr<IUnknown>(other).QueryInterface(&theirs.p);
-        return mine.p == theirs.p;
-    }
 
     T* p = nullptr;
 

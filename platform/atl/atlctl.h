@@ -21,11 +21,9 @@ struct ATL_PROPMAP_ENTRY
 };
 
 // clang-format off
-#define BEGIN_PROP_MAP(theClass) public: static const ATL_PROPMAP_ENTRY* GetPropertyMap() noexcept { static const ATL_PROPMAP_ENTRY entries[] = {
+#define BEGIN_PROPERTY_MAP(theClass) public: static const ATL_PROPMAP_ENTRY* GetPropertyMap() noexcept { static const ATL_PROPMAP_ENTRY entries[] = {
 #define PROP_PAGE(clsid) {&clsid},
-#define END_PROP_MAP() {nullptr}}; return entries; }
-#define BEGIN_PROPERTY_MAP(theClass) BEGIN_PROP_MAP(theClass)
-#define END_PROPERTY_MAP() END_PROP_MAP()
+#define END_PROPERTY_MAP() {nullptr}}; return entries; }
 // clang-format on
 
 // GetClassID of every persistence interface.

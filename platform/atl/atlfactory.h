@@ -52,7 +52,6 @@ public:
 #define DECLARE_CLASSFACTORY_EX(cf) public: using _ClassFactoryCreatorClass = CComCreator<CComObjectCached<cf>>;
 #define DECLARE_CLASSFACTORY() DECLARE_CLASSFACTORY_EX(CComClassFactory)
 #define DECLARE_AGGREGATABLE(x) public: using _CreatorClass = CComCreator2<CComCreator<CComObject<x>>, CComCreator<CComAggObject<x>>>;
-#define DECLARE_NOT_AGGREGATABLE(x) public: using _CreatorClass = CComCreator2<CComCreator<CComObject<x>>, CComFailCreator<CLASS_E_NOAGGREGATION>>;
 #define DECLARE_POLY_AGGREGATABLE(x) public: using _CreatorClass = CComCreator<CComPolyObject<x>>;
 // clang-format on
 
@@ -66,17 +65,6 @@ public:
     DECLARE_AGGREGATABLE(T)
 
     static const CLSID& WINAPI GetObjectCLSID() noexcept { return *pclsid; }
-
-    template <typename Q>
-    static HRESULT CreateInstance(IUnknown* outer, Q** pp) noexcept
-    {
-        return T::_CreatorClass::CreateInstance(outer, __uuidof(Q), reinterpret_cast<void**>(pp));
-    }
-    template <typename Q>
-    static HRESULT CreateInstance(Q** pp) noexcept
-    {
-        return CreateInstance<Q>(nullptr, pp);
-    }
 
 protected:
     ~CComCoClass() = default;

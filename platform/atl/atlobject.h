@@ -86,21 +86,6 @@ public:
     }
 };
 
-template <HRESULT hr>
-class CComFailCreator
-{
-public:
-    static HRESULT WINAPI CreateInstance(void*, REFIID, void** ppv) noexcept
-    {
-        if (ppv == nullptr)
-        {
-            return E_POINTER;
-        }
-        *ppv = nullptr;
-        return hr;
-    }
-};
-
 // The part of an aggregate that does the work: its three methods are the outer's.
 template <typename Base>
 class CComContainedObject : public Base

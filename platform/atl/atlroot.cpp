@@ -38,19 +38,3 @@ HRESULT WINAPI CComObjectRootBase::InternalQueryInterface(void* pThis,
     }
     return E_NOINTERFACE;
 }
-
-HRESULT AtlAutoAggregate(IUnknown* controlling, REFCLSID clsid, IUnknown** member, REFIID riid,
-                         void** ppv) noexcept
-{
-    if (*member == nullptr)
-    {
-        const HRESULT made = ::CoCreateInstance(clsid, controlling, CLSCTX_INPROC_SERVER,
-                                                IID_IUnknown, reinterpret_cast<void**>(member));
-        if (FAILED(made))
-        {
-            *member = nullptr;
-            return made;
-        }
-    }
-    return ForeignResult([&] { return (*member)->QueryInterface(riid, ppv); });
-}

@@ -109,7 +109,7 @@ public:
     ULONG InternalAddRef() noexcept { return ThreadModel::Increment(&m_dwRef); }
     ULONG InternalRelease() noexcept { return ThreadModel::Decrement(&m_dwRef); }
 
-    // Around FinalConstruct: always raised, so DECLARE_PROTECT_FINAL_CONSTRUCT has nothing to add.
+    // Around FinalConstruct.
     void InternalFinalConstructAddRef() noexcept { InternalAddRef(); }
     void InternalFinalConstructRelease() noexcept { InternalRelease(); }
 
@@ -122,13 +122,6 @@ protected:
 private:
     _CritSec m_critsec;
 };
-
-// Gives the object that `member` of this object holds a query, making it first when there is none:
-// an instance of `clsid` with `controlling` as its outer. Caller holds the object's lock.
-HRESULT AtlAutoAggregate(IUnknown* controlling, REFCLSID clsid, IUnknown** member, REFIID riid,
-                         void** ppv) noexcept;
-
-#define DECLARE_PROTECT_FINAL_CONSTRUCT()
 
 // The macros are laid out by hand: they hold halves of functions.
 // clang-format off
@@ -165,15 +158,6 @@ public: \
      nullptr, 0},
 #define COM_INTERFACE_ENTRY(x) COM_INTERFACE_ENTRY_IID(__uuidof(x), x)
 
-// An interface that the class has more than once, by way of the base x2.
-#define COM_INTERFACE_ENTRY2_IID(iid, x, x2) \
-    {&iid, \
-     [](void* pv) -> IUnknown* { \
-         return static_cast<x*>(static_cast<x2*>(static_cast<_ComMapClass*>(pv))); \
-     }, \
-     nullptr, 0},
-#define COM_INTERFACE_ENTRY2(x, x2) COM_INTERFACE_ENTRY2_IID(__uuidof(x), x, x2)
-
 // Whatever the map of a base class gives.
 #define COM_INTERFACE_ENTRY_CHAIN(base) \
     {nullptr, nullptr, \
@@ -191,16 +175,6 @@ public: \
          return inner == nullptr \
                     ? E_NOINTERFACE \
                     : ForeignResult([&] { return inner->QueryInterface(riid, ppv); }); \
-     }, \
-     0},
-
-// The same, where the first query makes the inner object. Needs DECLARE_GET_CONTROLLING_UNKNOWN.
-#define COM_INTERFACE_ENTRY_AUTOAGGREGATE(iid, punk, clsid) \
-    {&iid, nullptr, \
-     [](void* pv, REFIID riid, void** ppv, DWORD_PTR) -> HRESULT { \
-         auto* const self = static_cast<_ComMapClass*>(pv); \
-         const ObjectLock lock(self); \
-         return AtlAutoAggregate(self->GetControllingUnknown(), clsid, &self->punk, riid, ppv); \
      }, \
      0},
 // clang-format on

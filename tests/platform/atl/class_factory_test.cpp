@@ -35,15 +35,6 @@ TEST_F(ClassFactoryTest, GivesAnOuterNothingButTheInnerUnknown)
               S_OK);
 }
 
-TEST_F(ClassFactoryTest, AClassThatIsNotAggregatableRefusesAnOuter)
-{
-    Outer outer;
-    void* place = this;
-    EXPECT_EQ(FactoryOf<CLonelySample>()->CreateInstance(&outer, IID_IUnknown, &place),
-              CLASS_E_NOAGGREGATION);
-    EXPECT_EQ(place, nullptr);
-}
-
 TEST_F(ClassFactoryTest, AnInterfaceThatTheClassLacksLeavesNoObject)
 {
     void* place = this;
@@ -71,14 +62,6 @@ TEST_F(ClassFactoryTest, LockServerMovesTheModulesLockCount)
     EXPECT_EQ(factory->LockServer(FALSE), S_OK);
     EXPECT_EQ(factory->LockServer(FALSE), S_OK);
     EXPECT_EQ(m_module.GetLockCount(), 0);
-}
-
-TEST_F(ClassFactoryTest, ACoClassCreatesByType)
-{
-    CComPtr<ISecond> second;
-    EXPECT_EQ(CPolySample::CreateInstance(&second.p), S_OK);
-    EXPECT_EQ(second->Second(), 2);
-    EXPECT_TRUE(::IsEqualCLSID(CPolySample::GetObjectCLSID(), CLSID_Sample));
 }
 
 } // namespace

@@ -41,7 +41,7 @@ public:
 
 BEGIN_OBJECT_MAP(g_objectMap)
 OBJECT_ENTRY(CLSID_Sample, CCountedSample)
-OBJECT_ENTRY(CLSID_Other, CThird)
+OBJECT_ENTRY(CLSID_Other, COther)
 END_OBJECT_MAP()
 
 class ModuleTest : public AtlTest

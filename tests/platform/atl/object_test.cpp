@@ -35,8 +35,8 @@ template <typename Holder>
 class EveryObject : public AtlTest
 {
 };
-using Holders = ::testing::Types<Alone<CSample>, Alone<CPolySample>, Alone<CLonelySample>,
-                                 Inside<CSample>, Inside<CPolySample>>;
+using Holders =
+    ::testing::Types<Alone<CSample>, Alone<CPolySample>, Inside<CSample>, Inside<CPolySample>>;
 TYPED_TEST_SUITE(EveryObject, Holders);
 
 TYPED_TEST(EveryObject, HasOneIdentityWhicheverInterfaceIsAsked)
@@ -221,63 +221,6 @@ TEST_F(ObjectTest, ObjectsWorkWithoutAnyModule)
         EXPECT_EQ(holder.hr, S_OK);
     }
     _pModule = module;
-}
-
-// CThird as CLSID_Other for this process.
-class AutoAggregateTest : public AtlTest
-{
-protected:
-    void Register()
-    {
-        CThird::_ClassFactoryCreatorClass::CreateInstance(
-            reinterpret_cast<void*>(&CThird::_CreatorClass::CreateInstance), IID_IUnknown,
-            reinterpret_cast<void**>(&m_factory));
-        ASSERT_EQ(::CoRegisterClassObject(CLSID_Other, m_factory, CLSCTX_INPROC_SERVER,
-                                          REGCLS_MULTIPLEUSE, &m_cookie),
-                  S_OK);
-    }
-    void TearDown() override
-    {
-        if (m_cookie != 0)
-        {
-            ::CoRevokeClassObject(m_cookie);
-        }
-        m_factory.Release();
-        AtlTest::TearDown();
-    }
-
-    CComPtr<IUnknown> m_factory;
-    DWORD m_cookie = 0;
-};
-
-TEST_F(AutoAggregateTest, TheFirstQueryMakesTheInnerObjectAndLaterOnesReuseIt)
-{
-    Register();
-    const LONG before = m_module.GetLockCount();
-    Alone<CSample> holder;
-    EXPECT_EQ(m_module.GetLockCount(), before + 1);
-    const auto third = Query<IThird>(holder.identity);
-    ASSERT_NE(third, nullptr);
-    EXPECT_EQ(third->Third(), 3);
-    EXPECT_EQ(Query<IThird>(holder.identity).p, third.p);
-    EXPECT_EQ(m_module.GetLockCount(), before + 2);
-}
-
-TEST_F(AutoAggregateTest, TheInnerObjectSharesTheIdentityOfTheWhole)
-{
-    Register();
-    Alone<CPolySample> alone;
-    EXPECT_EQ(Query<IUnknown>(Query<IThird>(alone.identity)).p, alone.identity.p);
-    Inside<CPolySample> inside;
-    EXPECT_EQ(Query<IUnknown>(Query<IThird>(inside.identity)).p, inside.identity.p);
-}
-
-TEST_F(AutoAggregateTest, AClassThatCannotBeMadeIsAFailedQuery)
-{
-    Alone<CSample> holder;
-    void* place = this;
-    EXPECT_EQ(holder.identity->QueryInterface(IID_IThird, &place), REGDB_E_CLASSNOTREG);
-    EXPECT_EQ(place, nullptr);
 }
 
 } // namespace

@@ -98,18 +98,6 @@ TEST(InterfacePointer, AttachesDetachesAndCopiesOut)
     EXPECT_EQ(object.references, 1U);
 }
 
-TEST(InterfacePointer, KnowsWhetherTwoInterfacesAreOneObject)
-{
-    Counted one;
-    Counted other;
-    const CComPtr<ISecond> pointer(&one);
-    EXPECT_TRUE(pointer.IsEqualObject(&one));
-    EXPECT_FALSE(pointer.IsEqualObject(&other));
-    EXPECT_FALSE(pointer.IsEqualObject(nullptr));
-    EXPECT_TRUE(CComPtr<ISecond>().IsEqualObject(nullptr));
-    EXPECT_EQ(one.references, 1U);
-}
-
 TEST(InterfacePointer, QueriesForItsInterfaceOrIsNull)
 {
     Counted object;

@@ -13,7 +13,6 @@
 // clang-format off
 inline constexpr IID IID_IFirst{0x51A0F8A1, 0x0001, 0x4C0E, {0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01}};
 inline constexpr IID IID_ISecond{0x51A0F8A1, 0x0002, 0x4C0E, {0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01}};
-inline constexpr IID IID_IThird{0x51A0F8A1, 0x0003, 0x4C0E, {0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01}};
 inline constexpr IID IID_INobody{0x51A0F8A1, 0x0004, 0x4C0E, {0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01}};
 inline constexpr CLSID CLSID_Sample{0x51A0F8A1, 0x0101, 0x4C0E, {0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01}};
 inline constexpr CLSID CLSID_Other{0x51A0F8A1, 0x0102, 0x4C0E, {0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01}};
@@ -27,14 +26,9 @@ struct ISecond : IUnknown
 {
     virtual int STDMETHODCALLTYPE Second() = 0;
 };
-struct IThird : ISecond
-{
-    virtual int STDMETHODCALLTYPE Third() = 0;
-};
 // clang-format off
 __CRT_UUID_DECL(IFirst, 0x51A0F8A1, 0x0001, 0x4C0E, 0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01)
 __CRT_UUID_DECL(ISecond, 0x51A0F8A1, 0x0002, 0x4C0E, 0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01)
-__CRT_UUID_DECL(IThird, 0x51A0F8A1, 0x0003, 0x4C0E, 0x9A, 0x11, 0x5B, 0x2C, 0x7D, 0x1E, 0x40, 0x01)
 // clang-format on
 
 // What CSample is to do, and what it did.
@@ -85,12 +79,10 @@ public:
     CSample& operator=(const CSample&) = delete;
 
     DECLARE_GET_CONTROLLING_UNKNOWN()
-    DECLARE_PROTECT_FINAL_CONSTRUCT()
 
     BEGIN_COM_MAP(CSample)
     COM_INTERFACE_ENTRY(IFirst)
     COM_INTERFACE_ENTRY_AGGREGATE(IID_IMarshal, m_marshaler.p)
-    COM_INTERFACE_ENTRY_AUTOAGGREGATE(IID_IThird, m_third.p, CLSID_Other)
     COM_INTERFACE_ENTRY_CHAIN(CSampleBase)
     END_COM_MAP()
 
@@ -115,7 +107,6 @@ public:
     int STDMETHODCALLTYPE First() override { return 1; }
 
     CComPtr<IUnknown> m_marshaler;
-    CComPtr<IUnknown> m_third;
 
 private:
     void Query() noexcept
@@ -131,25 +122,9 @@ public:
     DECLARE_POLY_AGGREGATABLE(CPolySample)
 };
 
-class CLonelySample : public CSample
+// ISecond alone.
+class COther : public CSampleBase, public CComCoClass<COther, &CLSID_Other>
 {
-public:
-    DECLARE_NOT_AGGREGATABLE(CLonelySample)
-};
-
-// What CLSID_Other makes.
-class CThird : public CComObjectRootEx<CComMultiThreadModel>,
-               public CComCoClass<CThird, &CLSID_Other>,
-               public IThird
-{
-public:
-    BEGIN_COM_MAP(CThird)
-    COM_INTERFACE_ENTRY(IThird)
-    COM_INTERFACE_ENTRY2(ISecond, IThird)
-    END_COM_MAP()
-
-    int STDMETHODCALLTYPE Second() override { return -2; }
-    int STDMETHODCALLTYPE Third() override { return 3; }
 };
 
 // An outer object that knows nothing but its inner one.
