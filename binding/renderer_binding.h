@@ -3,7 +3,6 @@
 // tests/binding/renderer_binding_test.cpp.
 #pragma once
 
-#include "binding/critical_section.h"
 #include "contract/entry_points.h"
 
 #include <windows.h>
@@ -17,6 +16,19 @@ namespace RendererAPI
 // Results of Start and Load besides InitRenderer's own.
 inline constexpr std::int32_t kLibraryMissing = -1;
 inline constexpr std::int32_t kEntryPointMissing = -2;
+
+// A Win32 critical section with a name of its own inside the binding.
+class CriticalSection
+{
+public:
+    CriticalSection() noexcept { ::InitializeCriticalSection(&m_section); }
+    virtual ~CriticalSection() { ::DeleteCriticalSection(&m_section); }
+    CriticalSection(const CriticalSection&) = delete;
+    CriticalSection& operator=(const CriticalSection&) = delete;
+
+private:
+    CRITICAL_SECTION m_section;
+};
 
 // Any thread. Takes no lock: calls into the renderer are serialised by the callers, and two effects
 // that start at once load the same module twice, which is harmless. Each forwarder answers a fixed

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "contract/host_interfaces.h"
+#include "platform/atl/atlbase.h"
 #include "platform/atl/atlcomcli.h"
-#include "platform/atl/atlcore.h"
 #include "platform/dxtransform/dxtrans.h"
 #include "tests/doubles/foreign_exception.h"
 

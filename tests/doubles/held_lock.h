@@ -2,7 +2,7 @@
 // or slow, so a lock that is missing shows every time.
 #pragma once
 
-#include "platform/atl/atlcore.h"
+#include "platform/atl/atlbase.h"
 #include "tests/doubles/test_thread.h"
 
 // Whether another thread would have to wait for the lock now.
