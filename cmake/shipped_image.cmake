@@ -14,6 +14,12 @@ function(glazel_ship target)
     VERBATIM)
 endfunction()
 
+# glazel_optimise(target level): for code of the plug-in that a frame does not wait for. What copies
+# pixels stays at the preset's own level.
+function(glazel_optimise target level)
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:${level}>)
+endfunction()
+
 # glazel_version_info(target file description): what the system shows of a file's origin, for images
 # that have no resources of their own.
 function(glazel_version_info target file description)
