@@ -1,5 +1,4 @@
-// What the user does in the editor's window, and what follows from it.
-#include "reference_renderer/editor/editor_window.h"
+#include "reference_renderer/editor/editor_actions.h"
 
 #include "reference_renderer/core/look_import.h"
 #include "reference_renderer/editor/look_files.h"
@@ -16,6 +15,21 @@ namespace ReferenceRenderer
 
 namespace
 {
+
+const wchar_t* OriginText(RecordState origin) noexcept
+{
+    switch (origin)
+    {
+    case RecordState::Usable:
+    case RecordState::Empty:
+        break;
+    case RecordState::Foreign:
+        return L"The look is not one of this renderer, or of a newer version: starting neutral";
+    case RecordState::Damaged:
+        return L"The look is damaged: starting neutral";
+    }
+    return L"";
+}
 
 std::optional<std::size_t> IndexIn(int id, int first) noexcept
 {
@@ -45,7 +59,86 @@ private:
 
 } // namespace
 
-void EditorWindow::OnCommand(int id, int what, HWND from)
+bool IsChosen(int what, HWND from) noexcept
+{
+    return from == nullptr || what == BN_CLICKED || what == BN_DOUBLECLICKED;
+}
+
+EditorActions::EditorActions(const FrameBufferDesc* preview, std::span<const std::uint8_t> record,
+                             bool linear, RowRunner& runner)
+    : m_preview(preview, linear), m_draft(record), m_record(kRecordSize),
+      m_picture(m_preview, m_look, runner)
+{
+    PrepareLook();
+}
+
+bool EditorActions::Create(HWND window, const EditorTheme& theme)
+{
+    m_window = window;
+    return m_controls.Create(window, theme) && m_picture.Create(window, theme, IDC_PICTURE);
+}
+
+void EditorActions::ShowLook()
+{
+    m_controls.Show(m_draft);
+    Say(OriginText(m_draft.Origin()));
+    Changed();
+}
+
+void EditorActions::SetTheme(const EditorTheme& theme) noexcept
+{
+    m_controls.SetTheme(theme);
+    m_picture.SetTheme(theme);
+}
+
+void EditorActions::Place(const EditorLayout& layout)
+{
+    m_layout = layout;
+    m_controls.Place(layout);
+    const Box& picture = layout.picture;
+    ::SetWindowPos(m_picture.Window(), nullptr, picture.left, picture.top, picture.width,
+                   picture.height, SWP_NOZORDER | SWP_NOACTIVATE);
+    TellPicture();
+}
+
+bool EditorActions::OnKey(HWND child, WPARAM key)
+{
+    const std::optional<std::size_t> number = m_controls.NumberOf(child);
+    return (number && OnNumberKey(*number, key)) || (key == VK_ESCAPE && m_controls.CancelDrag());
+}
+
+bool EditorActions::OnNumberKey(std::size_t index, WPARAM key)
+{
+    const float small = ::GetKeyState(VK_SHIFT) < 0 ? kFineStep : kKeyStep;
+    float amount = 0.0F;
+    switch (key)
+    {
+    case VK_UP:
+        amount = small;
+        break;
+    case VK_DOWN:
+        amount = -small;
+        break;
+    case VK_PRIOR:
+        amount = kPageStep;
+        break;
+    case VK_NEXT:
+        amount = -kPageStep;
+        break;
+    default:
+        return false;
+    }
+    const ControlFacts& facts = kControls[index];
+    if (m_draft.Set(facts.control, Nudged(facts, m_draft.Value(facts.control), amount)))
+    {
+        m_controls.ShowText(facts.control, m_draft.Value(facts.control));
+        ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
+        OnNumberTyped(index); // it may have been wrong before
+    }
+    return true;
+}
+
+void EditorActions::OnCommand(int id, int what, HWND from)
 {
     if (const auto slider = IndexIn(id, IDC_SLIDER))
     {
@@ -57,8 +150,7 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
         OnNumber(*number, what);
         return;
     }
-    // A button that paints itself says the second of two quick clicks in its own way.
-    if (from != nullptr && what != BN_CLICKED && what != BN_DOUBLECLICKED)
+    if (!IsChosen(what, from))
     {
         return;
     }
@@ -69,12 +161,6 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
     }
     switch (id)
     {
-    case IDOK:
-        Accept();
-        break;
-    case IDCANCEL:
-        End(false);
-        break;
     case IDC_SHOW_GRADED:
         SetCompare(Compare::Graded);
         break;
@@ -98,19 +184,25 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
     }
 }
 
-void EditorWindow::Accept()
+void EditorActions::OnDrop(HDROP files)
+{
+    Import(TakeDroppedFiles(files));
+    ::SetForegroundWindow(m_window);
+}
+
+bool EditorActions::CanAccept()
 {
     if (m_texts.wrongNumber)
     {
         const std::size_t index = *m_texts.wrongNumber;
         Say(RangeText(kControls[index]), true);
         ::SetFocus(m_controls.Number(index));
-        return;
+        return false;
     }
-    End(true);
+    return true;
 }
 
-void EditorWindow::OnSlider(std::size_t index, int what)
+void EditorActions::OnSlider(std::size_t index, int what)
 {
     const ControlFacts& facts = kControls[index];
     switch (what)
@@ -133,7 +225,7 @@ void EditorWindow::OnSlider(std::size_t index, int what)
     }
 }
 
-void EditorWindow::OnSliderMoved(std::size_t index)
+void EditorActions::OnSliderMoved(std::size_t index)
 {
     const ControlFacts& facts = kControls[index];
     const float value = m_controls.SliderValue(index);
@@ -147,7 +239,7 @@ void EditorWindow::OnSliderMoved(std::size_t index)
     }
 }
 
-void EditorWindow::OnNumber(std::size_t index, int what)
+void EditorActions::OnNumber(std::size_t index, int what)
 {
     switch (what)
     {
@@ -161,7 +253,7 @@ void EditorWindow::OnNumber(std::size_t index, int what)
         MarkNumbers(index, m_texts.wrongNumber);
         break;
     case EN_KILLFOCUS:
-        if (m_texts.wrongNumber && ::GetFocus() == ::GetDlgItem(Window(), IDOK))
+        if (m_texts.wrongNumber && ::GetFocus() == ::GetDlgItem(m_window, IDOK))
         {
             break; // it must not be taken back and the rest accepted in one click
         }
@@ -173,7 +265,7 @@ void EditorWindow::OnNumber(std::size_t index, int what)
     }
 }
 
-void EditorWindow::OnNumberTyped(std::size_t index)
+void EditorActions::OnNumberTyped(std::size_t index)
 {
     const ControlFacts& facts = kControls[index];
     const std::string typed = m_controls.NumberTyped(index);
@@ -200,13 +292,7 @@ void EditorWindow::OnNumberTyped(std::size_t index)
     Changed();
 }
 
-void EditorWindow::OnDrop(WPARAM drop)
-{
-    Import(TakeDroppedFiles(reinterpret_cast<HDROP>(drop)));
-    ::SetForegroundWindow(Window());
-}
-
-void EditorWindow::Reset(Control control)
+void EditorActions::Reset(Control control)
 {
     m_draft.Reset(control);
     m_controls.ShowText(control, m_draft.Value(control)); // it may have the focus
@@ -214,28 +300,24 @@ void EditorWindow::Reset(Control control)
     Changed();
 }
 
-void EditorWindow::ResetAll()
+void EditorActions::ResetAll()
 {
     m_draft.ResetAll();
-    for (const ControlFacts& facts : kControls)
-    {
-        m_controls.ShowText(facts.control, m_draft.Value(facts.control));
-    }
-    MarkNumbers(m_texts.focusedNumber, {});
+    ShowNumbers();
     Say(L"All numbers are neutral");
     Changed();
 }
 
-void EditorWindow::RemoveTables()
+void EditorActions::RemoveTables()
 {
     m_draft.RemoveTables();
     Say(L"The LUT is removed");
     Changed();
 }
 
-void EditorWindow::AskWhatToImport()
+void EditorActions::AskWhatToImport()
 {
-    const LookFileAnswer answer = AskForLookFile(Window());
+    const LookFileAnswer answer = AskForLookFile(m_window);
     if (answer.error != 0)
     {
         Say(L"The dialog for files cannot be shown (error " + std::to_wstring(answer.error) +
@@ -248,7 +330,7 @@ void EditorWindow::AskWhatToImport()
     }
 }
 
-void EditorWindow::Import(const std::vector<std::wstring>& files)
+void EditorActions::Import(const std::vector<std::wstring>& files)
 {
     const WaitCursor waiting;
     std::wstring said;
@@ -269,15 +351,11 @@ void EditorWindow::Import(const std::vector<std::wstring>& files)
         }
     }
     Say(failed.empty() ? said : failed, !failed.empty());
-    for (const ControlFacts& facts : kControls)
-    {
-        m_controls.ShowText(facts.control, m_draft.Value(facts.control));
-    }
-    MarkNumbers(m_texts.focusedNumber, {});
+    ShowNumbers();
     Changed();
 }
 
-std::wstring EditorWindow::ImportOne(const std::wstring& file)
+std::wstring EditorActions::ImportOne(const std::wstring& file)
 {
     const std::string path = Utf8(file);
     const ImportedLook imported = ImportLook(path, RendererAPI::kImportRecord, WindowsFiles());
@@ -295,16 +373,16 @@ std::wstring EditorWindow::ImportOne(const std::wstring& file)
     return said;
 }
 
-void EditorWindow::SetCompare(Compare compare) noexcept
+void EditorActions::SetCompare(Compare compare) noexcept
 {
     m_picture.SetCompare(compare);
     for (const int button : {IDC_SHOW_GRADED, IDC_SHOW_SPLIT, IDC_SHOW_ORIGINAL})
     {
-        ::InvalidateRect(::GetDlgItem(Window(), button), nullptr, FALSE);
+        ::InvalidateRect(::GetDlgItem(m_window, button), nullptr, FALSE);
     }
 }
 
-void EditorWindow::Changed()
+void EditorActions::Changed()
 {
     PrepareLook();
     m_picture.Regrade(); // first: what the eye waits for
@@ -324,17 +402,17 @@ void EditorWindow::Changed()
     {
         m_texts.tables = tables;
         const RECT area = RectOf(m_layout.tables);
-        ::InvalidateRect(Window(), &area, FALSE);
+        ::InvalidateRect(m_window, &area, FALSE);
     }
 }
 
-void EditorWindow::PrepareLook()
+void EditorActions::PrepareLook()
 {
     m_draft.Write(RecordBytes(m_record.data(), kRecordSize));
     m_look.Read(m_record);
 }
 
-void EditorWindow::TellPicture()
+void EditorActions::TellPicture()
 {
     m_texts.picture.clear();
     if (!m_preview.IsEmpty())
@@ -347,15 +425,25 @@ void EditorWindow::TellPicture()
     }
 }
 
-void EditorWindow::MarkNumbers(std::optional<std::size_t> focused,
-                               std::optional<std::size_t> wrong) noexcept
+// All as text, even the one that has the focus.
+void EditorActions::ShowNumbers()
+{
+    for (const ControlFacts& facts : kControls)
+    {
+        m_controls.ShowText(facts.control, m_draft.Value(facts.control));
+    }
+    MarkNumbers(m_texts.focusedNumber, {});
+}
+
+void EditorActions::MarkNumbers(std::optional<std::size_t> focused,
+                                std::optional<std::size_t> wrong) noexcept
 {
     for (const auto& number : {m_texts.focusedNumber, m_texts.wrongNumber, focused, wrong})
     {
         if (number)
         {
             const RECT frame = RectOf(m_layout.controls[*number].frame);
-            ::InvalidateRect(Window(), &frame, FALSE);
+            ::InvalidateRect(m_window, &frame, FALSE);
             ::InvalidateRect(m_controls.Number(*number), nullptr, FALSE);
         }
     }
@@ -363,7 +451,7 @@ void EditorWindow::MarkNumbers(std::optional<std::size_t> focused,
     m_texts.wrongNumber = wrong;
 }
 
-void EditorWindow::Say(const std::wstring& text, bool wrong) noexcept
+void EditorActions::Say(const std::wstring& text, bool wrong) noexcept
 {
     m_statusIsWrong = wrong;
     m_controls.Say(text);

@@ -4,7 +4,6 @@
 #include "reference_renderer/editor/resource.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace ReferenceRenderer
 {
@@ -14,29 +13,12 @@ namespace
 
 constexpr DWORD kStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
 
-const wchar_t* OriginText(RecordState origin) noexcept
-{
-    switch (origin)
-    {
-    case RecordState::Usable:
-    case RecordState::Empty:
-        break;
-    case RecordState::Foreign:
-        return L"The look is not one of this renderer, or of a newer version: starting neutral";
-    case RecordState::Damaged:
-        return L"The look is damaged: starting neutral";
-    }
-    return L"";
-}
-
 } // namespace
 
 EditorWindow::EditorWindow(const FrameBufferDesc* preview, std::span<const std::uint8_t> record,
                            bool linear, RowRunner& runner)
-    : m_preview(preview, linear), m_draft(record), m_record(kRecordSize),
-      m_picture(m_preview, m_look, runner)
+    : m_actions(preview, record, linear, runner)
 {
-    PrepareLook();
 }
 
 bool EditorWindow::Open(HWND host)
@@ -49,15 +31,12 @@ bool EditorWindow::Open(HWND host)
     }
     PlaceOn(host);
     m_theme.emplace(DpiOf(Window()));
-    if (!m_controls.Create(Window(), *m_theme) ||
-        !m_picture.Create(Window(), *m_theme, IDC_PICTURE))
+    if (!m_actions.Create(Window(), *m_theme))
     {
         return false;
     }
     DarkenTitle(Window());
-    m_controls.Show(m_draft);
-    Say(OriginText(m_draft.Origin()));
-    Changed();
+    m_actions.ShowLook();
     Lay();
     return true;
 }
@@ -65,7 +44,7 @@ bool EditorWindow::Open(HWND host)
 bool EditorWindow::RunModal() noexcept
 {
     ::ShowWindow(Window(), SW_SHOWNORMAL);
-    ::SetFocus(m_controls.Slider(0));
+    ::SetFocus(m_actions.Controls().Slider(0));
     MSG message{};
     while (!m_done)
     {
@@ -100,16 +79,11 @@ bool EditorWindow::Translate(MSG& message)
 {
     if (message.message == WM_KEYDOWN)
     {
-        const std::optional<std::size_t> number = m_controls.NumberOf(message.hwnd);
-        if (number && TranslateNumberKey(*number, message.wParam))
+        if (m_actions.OnKey(message.hwnd, message.wParam))
         {
             return true;
         }
-        if (message.wParam == VK_ESCAPE && m_controls.CancelDrag())
-        {
-            return true;
-        }
-        if (message.wParam == VK_RETURN && m_controls.IsButton(message.hwnd))
+        if (message.wParam == VK_RETURN && m_actions.Controls().IsButton(message.hwnd))
         {
             ::SendMessageW(message.hwnd, BM_CLICK, 0, 0); // and not the default button
             return true;
@@ -118,35 +92,17 @@ bool EditorWindow::Translate(MSG& message)
     return ::IsDialogMessageW(Window(), &message) != FALSE;
 }
 
-bool EditorWindow::TranslateNumberKey(std::size_t index, WPARAM key)
+// The two that end it are the window's, the others the look's.
+void EditorWindow::OnCommand(int id, int what, HWND from)
 {
-    const float small = ::GetKeyState(VK_SHIFT) < 0 ? kFineStep : kKeyStep;
-    float amount = 0.0F;
-    switch (key)
+    if (id != IDOK && id != IDCANCEL)
     {
-    case VK_UP:
-        amount = small;
-        break;
-    case VK_DOWN:
-        amount = -small;
-        break;
-    case VK_PRIOR:
-        amount = kPageStep;
-        break;
-    case VK_NEXT:
-        amount = -kPageStep;
-        break;
-    default:
-        return false;
+        m_actions.OnCommand(id, what, from);
     }
-    const ControlFacts& facts = kControls[index];
-    if (m_draft.Set(facts.control, Nudged(facts, m_draft.Value(facts.control), amount)))
+    else if (IsChosen(what, from) && (id == IDCANCEL || m_actions.CanAccept()))
     {
-        m_controls.ShowText(facts.control, m_draft.Value(facts.control));
-        ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
-        OnNumberTyped(index); // it may have been wrong before
+        End(id == IDOK);
     }
-    return true;
 }
 
 void EditorWindow::End(bool accepted) noexcept
@@ -169,7 +125,7 @@ LRESULT EditorWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         OnCommand(LOWORD(wParam), HIWORD(wParam), reinterpret_cast<HWND>(lParam));
         return 0;
     case WM_DROPFILES:
-        OnDrop(wParam);
+        m_actions.OnDrop(reinterpret_cast<HDROP>(wParam));
         return 0;
     case WM_CLOSE:
         End(false);
@@ -205,7 +161,7 @@ LRESULT EditorWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
     }
 }
 
-void EditorWindow::Lay() noexcept
+void EditorWindow::Lay()
 {
     if (!m_theme || ::IsIconic(Window()))
     {
@@ -214,11 +170,7 @@ void EditorWindow::Lay() noexcept
     RECT client{};
     ::GetClientRect(Window(), &client);
     m_layout = LayoutOf({client.right, client.bottom}, m_theme->Dpi());
-    m_controls.Place(m_layout);
-    const Box& picture = m_layout.picture;
-    ::SetWindowPos(m_picture.Window(), nullptr, picture.left, picture.top, picture.width,
-                   picture.height, SWP_NOZORDER | SWP_NOACTIVATE);
-    TellPicture();
+    m_actions.Place(m_layout);
     ::InvalidateRect(Window(), nullptr, FALSE);
 }
 
@@ -237,10 +189,9 @@ void EditorWindow::OnDpiChanged(int dpi, const RECT& place)
         return; // on its way to the display on which it is to open: the controls are made for that
     }
     EditorTheme theme(dpi);
-    m_controls.SetTheme(theme); // before the fonts of the old one go
+    m_actions.SetTheme(theme); // before the fonts of the old one go
     m_theme = std::move(theme);
-    m_controls.SetTheme(*m_theme);
-    m_picture.SetTheme(*m_theme);
+    m_actions.SetTheme(*m_theme);
     ::SetWindowPos(Window(), nullptr, place.left, place.top, place.right - place.left,
                    place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
     Lay();
@@ -290,7 +241,7 @@ void EditorWindow::PlaceOn(HWND host) noexcept
 void EditorWindow::PaintGroundOf() const
 {
     const BufferedPaint paint(Window());
-    PaintGround(paint.Dc(), paint.Size(), m_layout, *m_theme, m_texts);
+    PaintGround(paint.Dc(), paint.Size(), m_layout, *m_theme, m_actions.Texts());
 }
 
 void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) const
@@ -303,26 +254,27 @@ void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) const
     }
     if (id == IDC_STATUS)
     {
-        PaintStatus(item, *m_theme, m_statusIsWrong);
+        PaintStatus(item, *m_theme, m_actions.StatusIsWrong());
         return;
     }
-    const bool chosen = (id == IDC_SHOW_GRADED && m_picture.Shown() == Compare::Graded) ||
-                        (id == IDC_SHOW_SPLIT && m_picture.Shown() == Compare::Split) ||
-                        (id == IDC_SHOW_ORIGINAL && m_picture.Shown() == Compare::Original);
+    const bool chosen = (id == IDC_SHOW_GRADED && m_actions.Shown() == Compare::Graded) ||
+                        (id == IDC_SHOW_SPLIT && m_actions.Shown() == Compare::Split) ||
+                        (id == IDC_SHOW_ORIGINAL && m_actions.Shown() == Compare::Original);
     PaintButton(item, *m_theme, chosen || id == IDOK);
 }
 
 LRESULT EditorWindow::ColoursOf(HDC dc, HWND child) const noexcept
 {
-    if (m_controls.IsHeading(child))
+    const EditorControls& controls = m_actions.Controls();
+    if (controls.IsHeading(child))
     {
         ::SetTextColor(dc, kText);
         ::SetBkColor(dc, kPanelGround);
         ::SetDCBrushColor(dc, kPanelGround);
         return reinterpret_cast<LRESULT>(::GetStockObject(DC_BRUSH));
     }
-    const std::optional<std::size_t> number = m_controls.NumberOf(child);
-    const bool wrong = number && m_texts.wrongNumber == number;
+    const std::optional<std::size_t> number = controls.NumberOf(child);
+    const bool wrong = number && m_actions.Texts().wrongNumber == number;
     // A disabled box asks with WM_CTLCOLORSTATIC.
     const bool enabled = ::IsWindowEnabled(child) != FALSE;
     ::SetTextColor(dc, wrong ? kWrong : enabled ? kText : kFaintText);

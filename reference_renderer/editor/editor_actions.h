@@ -1,0 +1,95 @@
+// What the user does in the editor's window, and what follows from it: the look changes and shows
+// at once.
+#pragma once
+
+#include "reference_renderer/core/row_runner.h"
+#include "reference_renderer/editor/editor_controls.h"
+#include "reference_renderer/editor/editor_painting.h"
+#include "reference_renderer/editor/editor_theme.h"
+#include "reference_renderer/editor/look_draft.h"
+#include "reference_renderer/editor/picture_window.h"
+#include "reference_renderer/editor/preview_picture.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <shellapi.h>
+#include <windows.h>
+
+namespace ReferenceRenderer
+{
+
+// Whether a WM_COMMAND asks for what it names: a key's does, and a click's. A button that paints
+// itself says the second of two quick clicks in its own way.
+bool IsChosen(int what, HWND from) noexcept;
+
+// Window thread, all of it. The window that it works in outlives it and owns its child windows.
+class EditorActions
+{
+public:
+    // Copies what it is given but `runner`, which is borrowed. Throws std::bad_alloc.
+    EditorActions(const FrameBufferDesc* preview, std::span<const std::uint8_t> record, bool linear,
+                  RowRunner& runner);
+    EditorActions(const EditorActions&) = delete;
+    EditorActions& operator=(const EditorActions&) = delete;
+
+    // Makes the child windows. False when the system refuses one.
+    bool Create(HWND window, const EditorTheme& theme);
+    void ShowLook(); // as it was given
+    void SetTheme(const EditorTheme& theme) noexcept;
+    void Place(const EditorLayout& layout);
+
+    void OnCommand(int id, int what, HWND from);
+    void OnDrop(HDROP files);
+    // A key that goes to a child window. True when it is done with.
+    bool OnKey(HWND child, WPARAM key);
+    // Whether the look can be accepted; says why not.
+    bool CanAccept();
+
+    // The record of the look as it is.
+    const std::vector<std::uint8_t>& Record() const noexcept { return m_record; }
+    const EditorControls& Controls() const noexcept { return m_controls; }
+    const GroundTexts& Texts() const noexcept { return m_texts; }
+    Compare Shown() const noexcept { return m_picture.Shown(); }
+    bool StatusIsWrong() const noexcept { return m_statusIsWrong; }
+
+private:
+    bool OnNumberKey(std::size_t index, WPARAM key);
+    void OnSlider(std::size_t index, int what);
+    void OnSliderMoved(std::size_t index);
+    void OnNumber(std::size_t index, int what);
+    void OnNumberTyped(std::size_t index);
+    void Reset(Control control);
+    void ResetAll();
+    void RemoveTables();
+    void AskWhatToImport();
+    void Import(const std::vector<std::wstring>& files);
+    std::wstring ImportOne(const std::wstring& file); // what there is to say about it
+    void SetCompare(Compare compare) noexcept;
+
+    // What follows from it.
+    void Changed();
+    void PrepareLook();
+    void TellPicture();
+    void ShowNumbers();
+    void MarkNumbers(std::optional<std::size_t> focused, std::optional<std::size_t> wrong) noexcept;
+    void Say(const std::wstring& text, bool wrong = false) noexcept;
+
+    HWND m_window = nullptr;
+    PreviewPicture m_preview;
+    LookDraft m_draft;
+    std::vector<std::uint8_t> m_record;
+    PreparedLook m_look;
+    EditorControls m_controls;
+    PictureWindow m_picture;
+    EditorLayout m_layout;
+    GroundTexts m_texts;
+    StepNumbers m_beforeDrag{}; // of the slider that was dragged last
+    bool m_statusIsWrong = false;
+};
+
+} // namespace ReferenceRenderer
