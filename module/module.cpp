@@ -1,6 +1,8 @@
 // The library's face to the system: its four exports, the object map and the module object.
 #include "effect/plugin.h"
+#include "effect/preset_table.h"
 #include "module/registration.h"
+#include "module/resource.h"
 #include "platform/atl/atlcom.h"
 #include "platform/runtime/exception_state.h"
 #include "propertypage/plugin_pp.h"
@@ -8,6 +10,10 @@
 #include <windows.h>
 
 #include <olectl.h>
+
+// The folders below cannot see the resources that they name.
+static_assert(CPluginPP::IDD == IDD_PLUGINPP);
+static_assert(kPresetNameBase == IDS_PRESET_DEFAULT);
 
 CComModule _Module;
 

@@ -191,11 +191,11 @@ TEST(Module, TheDefaultPresetsNameComesFromItsStringTable)
 TEST(Module, HoldsTheTextsOfThePageAndTheProject)
 {
     const PluginModule module;
-    const std::array<std::pair<UINT, const char*>, 5> texts{{{100, "GlazelDX_x64"},
-                                                             {102, "Brellin Glazel"},
-                                                             {103, "Brellin Glazel Help"},
-                                                             {104, "Brellin Glazel Doc"},
-                                                             {10000, "(Default)"}}};
+    const std::array<std::pair<UINT, const char*>, 5> texts{{{IDS_PROJNAME, "GlazelDX_x64"},
+                                                             {IDS_PAGE_TITLE, "Brellin Glazel"},
+                                                             {IDS_PAGE_HELP, "Brellin Glazel Help"},
+                                                             {IDS_PAGE_DOC, "Brellin Glazel Doc"},
+                                                             {IDS_PRESET_DEFAULT, "(Default)"}}};
     for (const auto& [id, expected] : texts)
     {
         char text[64] = "";
@@ -208,7 +208,7 @@ TEST(Module, HoldsTheTextsOfThePageAndTheProject)
 TEST(Module, TheScriptsTakeProgrammableOutWhole)
 {
     const PluginModule module;
-    for (const WORD id : {WORD{101}, WORD{105}})
+    for (const WORD id : {WORD{IDR_PLUGIN}, WORD{IDR_PLUGINPP}})
     {
         auto* const script = ::FindResourceW(module.Handle(), MAKEINTRESOURCEW(id), L"REGISTRY");
         ASSERT_NE(script, nullptr) << id;
@@ -228,7 +228,7 @@ TEST(Module, CarriesItsScriptsTypeLibraryDialogAndVersion)
         LPCWSTR type;
     };
     for (const Place& place :
-         {Place{101, L"REGISTRY"}, Place{105, L"REGISTRY"}, Place{1, L"TYPELIB"},
+         {Place{IDR_PLUGIN, L"REGISTRY"}, Place{IDR_PLUGINPP, L"REGISTRY"}, Place{1, L"TYPELIB"},
           Place{IDD_PLUGINPP, reinterpret_cast<LPCWSTR>(RT_DIALOG)},
           Place{VS_VERSION_INFO, reinterpret_cast<LPCWSTR>(RT_VERSION)}})
     {

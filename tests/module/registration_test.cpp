@@ -1,6 +1,7 @@
 // Self-registration with a registrar in the system's place: what it is asked for, and in which
 // order, and that its failures come back as they are. What the real one writes:
 // tests/registration/.
+#include "module/resource.h"
 #include "tests/module/plugin_module.h"
 
 #include <gtest/gtest.h>
@@ -186,16 +187,17 @@ protected:
         ::GetModuleFileNameW(m_module.Handle(), path, static_cast<DWORD>(std::size(path)));
         return path;
     }
-    // What the registrar is asked for when the scripts 101 and so on are run.
-    std::vector<std::wstring> Scripts(const wchar_t* deed, const std::vector<const wchar_t*>& ids)
+    // What the registrar is asked for when these scripts are run.
+    std::vector<std::wstring> Scripts(const wchar_t* deed, const std::vector<int>& ids)
     {
         const std::wstring path = ModulePath();
         std::vector<std::wstring> expected;
-        for (const wchar_t* id : ids)
+        for (const int id : ids)
         {
             expected.push_back(L"Module=" + path);
             expected.push_back(L"Module_Raw=" + path);
-            expected.push_back(std::wstring(deed) + L" " + id + L" REGISTRY of " + path);
+            expected.push_back(std::wstring(deed) + L" " + std::to_wstring(id) + L" REGISTRY of " +
+                               path);
         }
         return expected;
     }
@@ -213,7 +215,7 @@ TEST_F(Registration, EndsWithTheFirstScriptsFailure)
 {
     m_registrar.results = {kFirstFailure};
     EXPECT_EQ(m_module.RegisterServer(), kFirstFailure);
-    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {L"101"}));
+    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {IDR_PLUGIN}));
     EXPECT_FALSE(m_classes.HasTypeLibrary());
 }
 
@@ -221,7 +223,7 @@ TEST_F(Registration, RunsTheEffectsScriptAndThenThePages)
 {
     m_registrar.results = {S_OK, kSecondFailure};
     EXPECT_EQ(m_module.RegisterServer(), kSecondFailure);
-    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {L"101", L"105"}));
+    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {IDR_PLUGIN, IDR_PLUGINPP}));
     EXPECT_FALSE(m_classes.HasTypeLibrary());
 }
 
@@ -229,7 +231,7 @@ TEST_F(Registration, RegistersTheTypeLibraryAfterTheScripts)
 {
     m_registrar.results = {S_OK, S_OK};
     EXPECT_EQ(m_module.RegisterServer(), S_OK);
-    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {L"101", L"105"}));
+    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {IDR_PLUGIN, IDR_PLUGINPP}));
     EXPECT_TRUE(m_classes.HasTypeLibrary());
 }
 
@@ -243,7 +245,7 @@ TEST_F(Registration, ReturnsTheFailureOfTheTypeLibrary)
     const HRESULT failure = ::RegisterTypeLib(library, path.data(), nullptr);
     ASSERT_TRUE(FAILED(failure));
     EXPECT_EQ(m_module.RegisterServer(), failure);
-    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {L"101", L"105"}));
+    EXPECT_EQ(m_registrar.asked, Scripts(L"register", {IDR_PLUGIN, IDR_PLUGINPP}));
 }
 
 TEST_F(Registration, TakesOutWhatItCanAndReturnsTheFirstFailure)
@@ -252,7 +254,7 @@ TEST_F(Registration, TakesOutWhatItCanAndReturnsTheFirstFailure)
     ASSERT_EQ(m_module.RegisterServer(), S_OK);
     m_registrar.asked.clear();
     EXPECT_EQ(m_module.UnregisterServer(), kFirstFailure);
-    EXPECT_EQ(m_registrar.asked, Scripts(L"unregister", {L"101", L"105"}));
+    EXPECT_EQ(m_registrar.asked, Scripts(L"unregister", {IDR_PLUGIN, IDR_PLUGINPP}));
     EXPECT_FALSE(m_classes.HasTypeLibrary());
 }
 

@@ -226,7 +226,7 @@ TEST_F(PageObject, TheDialogTemplateHasNoControlsAndAnEightPointFont)
     };
     const Head expected;
     constexpr std::size_t bytes = offsetof(Head, face) + sizeof expected.face;
-    const HRSRC resource = ::FindResourceW(nullptr, MAKEINTRESOURCEW(106), RT_DIALOG);
+    const HRSRC resource = ::FindResourceW(nullptr, MAKEINTRESOURCEW(CPluginPP::IDD), RT_DIALOG);
     ASSERT_NE(resource, nullptr);
     ASSERT_GE(::SizeofResource(nullptr, resource), bytes);
     const void* const actual = ::LockResource(::LoadResource(nullptr, resource));
