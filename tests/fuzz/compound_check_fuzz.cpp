@@ -4,6 +4,8 @@
 #include "tests/fuzz/fuzz_input.h"
 #include "tests/tools/glazelhost/project/compound_sample.h"
 
+using namespace GlazelHost;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);

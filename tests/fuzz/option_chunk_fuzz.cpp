@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <vector>
 
+using namespace GlazelHost;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);

@@ -7,6 +7,8 @@
 
 #include "tests/fuzz/fuzz_input.h"
 
+using namespace GlazelHost;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const auto file = std::as_bytes(std::span(data, size));

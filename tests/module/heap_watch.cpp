@@ -12,6 +12,8 @@
 #include <stdexcept>
 #include <string>
 
+using namespace GlazelHost;
+
 namespace
 {
 

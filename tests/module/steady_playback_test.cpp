@@ -14,6 +14,8 @@
 
 #include <vector>
 
+using namespace GlazelHost;
+
 namespace
 {
 

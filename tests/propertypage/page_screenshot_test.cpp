@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <set>
 
+using namespace GlazelHost;
+
 namespace
 {
 

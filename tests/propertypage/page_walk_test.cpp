@@ -16,6 +16,7 @@
 #include <atomic>
 #include <memory>
 
+using namespace GlazelHost;
 using namespace ReferenceRenderer;
 
 namespace

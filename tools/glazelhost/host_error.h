@@ -5,6 +5,9 @@
 #include <stdexcept>
 #include <string>
 
+namespace GlazelHost
+{
+
 enum class ExitCode
 {
     Done = 0,
@@ -34,3 +37,5 @@ public:
 private:
     ExitCode m_code;
 };
+
+} // namespace GlazelHost

@@ -27,6 +27,9 @@
 #include <variant>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -209,7 +212,8 @@ void RunCommand(const TextCommand& command, Reporter& /*reporter*/)
     WriteStandardOutput(command.text);
 }
 
-int main()
+// All of the program behind main.
+ExitCode RunProgram()
 {
     ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     ::SetUnhandledExceptionFilter(OnCrash);
@@ -220,7 +224,7 @@ int main()
     const ExitCode parsed = ResultOf(plain, [&] { command = ParseCommandLine(Arguments()); });
     if (parsed != ExitCode::Done)
     {
-        return static_cast<int>(parsed);
+        return parsed;
     }
     const auto* render = std::get_if<RenderCommand>(&command);
     if (render != nullptr)
@@ -228,5 +232,12 @@ int main()
         currentStyle = StyleOf(render->progress);
     }
     Reporter reporter = MakeReporter(currentStyle);
-    return static_cast<int>(Run(command, reporter));
+    return Run(command, reporter);
+}
+
+} // namespace GlazelHost
+
+int main()
+{
+    return static_cast<int>(GlazelHost::RunProgram());
 }

@@ -1,5 +1,8 @@
 #include "tools/glazelhost/one_line.h"
 
+namespace GlazelHost
+{
+
 std::string OneLine(std::string_view text)
 {
     std::string line;
@@ -21,3 +24,5 @@ std::string OneLine(std::string_view text)
     }
     return line;
 }
+
+} // namespace GlazelHost

@@ -5,5 +5,10 @@
 #include <string>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 // `text` with every run of control characters and spaces as one space, none at either end.
 std::string OneLine(std::string_view text);
+
+} // namespace GlazelHost

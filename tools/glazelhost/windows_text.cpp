@@ -6,6 +6,9 @@
 #include <array>
 #include <cstdio>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -54,3 +57,5 @@ std::string ResultText(HRESULT result)
     return words.empty() ? "result " + Hexadecimal(result)
                          : words + " (" + Hexadecimal(result) + ")";
 }
+
+} // namespace GlazelHost

@@ -11,6 +11,8 @@
 #include <iterator>
 #include <set>
 
+using namespace GlazelHost;
+
 namespace ReferenceRenderer
 {
 

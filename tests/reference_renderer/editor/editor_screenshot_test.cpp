@@ -9,6 +9,8 @@
 
 #include <objbase.h>
 
+using namespace GlazelHost;
+
 namespace ReferenceRenderer
 {
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 TEST(OneLine, RunsOfControlCharactersAndSpacesBecomeOneSpace)
 {
     EXPECT_EQ(OneLine("a\r\n\tb  c\x7F\x01"
@@ -19,3 +22,5 @@ TEST(OneLine, OtherScriptsStayAsTheyAre)
 {
     EXPECT_EQ(OneLine("Gr\xC3\xBC\xC3\x9F"), "Gr\xC3\xBC\xC3\x9F");
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include "tools/glazelhost/plugin/renderer_library.h"
 #include "tools/glazelhost/project/look_formats.h"
 
+namespace GlazelHost
+{
+
 void RunCommand(const BlendCommand& command, Reporter& /*reporter*/)
 {
     CheckIsRecordName(command.output);
@@ -34,3 +37,5 @@ void RunCommand(const BlendCommand& command, Reporter& /*reporter*/)
     output->Write(blend.data(), blend.size());
     output->Commit();
 }
+
+} // namespace GlazelHost

@@ -17,6 +17,9 @@
 #include <string_view>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -248,3 +251,5 @@ Command ParseCommandLine(const std::vector<std::string>& arguments)
     }
     return info;
 }
+
+} // namespace GlazelHost

@@ -14,6 +14,9 @@
 #include <variant>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // Texts are UTF-8; an empty path means the default.
 
 enum class ProgressChoice
@@ -133,3 +136,5 @@ using Command = std::variant<RenderCommand, PageCommand, LookCommand, BlendComma
 
 // `arguments` without the program's name. Throws HostError (WrongUsage) with one line.
 Command ParseCommandLine(const std::vector<std::string>& arguments);
+
+} // namespace GlazelHost

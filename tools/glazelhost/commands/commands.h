@@ -4,6 +4,9 @@
 
 #include "tools/glazelhost/commands/command_line.h"
 
+namespace GlazelHost
+{
+
 class Reporter;
 
 // Notes, progress and warnings go to `reporter`.
@@ -26,3 +29,5 @@ void RunCommand(const PresetsCommand& command, Reporter& reporter);
 void RunCommand(const InfoCommand& command, Reporter& reporter);
 // The text goes to standard output.
 void RunCommand(const TextCommand& command, Reporter& reporter);
+
+} // namespace GlazelHost

@@ -12,6 +12,9 @@
 #include <cstdio>
 #include <memory>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -204,3 +207,5 @@ void RunCommand(const CompareCommand& command, Reporter& /*reporter*/)
     CheckLimit(command, difference, command.failOver, "--fail-over", ExitCode::OverLimit);
     CheckLimit(command, difference, command.warnOver, "--warn-over", ExitCode::OverWarning);
 }
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 #include <tuple>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -93,3 +96,5 @@ CompareCommand FinishCompare(CompareCommand compare, const CompareWords& words)
     }
     return compare;
 }
+
+} // namespace GlazelHost

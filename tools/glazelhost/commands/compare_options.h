@@ -11,6 +11,9 @@ namespace CLI
 class App;
 }
 
+namespace GlazelHost
+{
+
 // What CLI11 fills before it becomes a command.
 struct CompareWords
 {
@@ -25,3 +28,5 @@ void AddCompareOptions(CLI::App& command, CompareCommand& compare, CompareWords&
 
 // Throws HostError (WrongUsage) when the options do not make sense together.
 CompareCommand FinishCompare(CompareCommand compare, const CompareWords& words);
+
+} // namespace GlazelHost

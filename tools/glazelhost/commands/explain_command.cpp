@@ -11,6 +11,9 @@
 #include <cstring>
 #include <memory>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -134,3 +137,5 @@ void RunCommand(const ExplainCommand& command, Reporter& reporter)
                         "their makers if they are");
     }
 }
+
+} // namespace GlazelHost

@@ -12,6 +12,9 @@
 #include <tuple>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -123,3 +126,5 @@ ExplainCommand FinishExplain(ExplainCommand explain, const ExplainWords& words)
     explain.render.depth = SampleTypeOf(words.depth);
     return explain;
 }
+
+} // namespace GlazelHost

@@ -11,6 +11,9 @@ namespace CLI
 class App;
 }
 
+namespace GlazelHost
+{
+
 // What CLI11 fills before it becomes a command.
 struct ExplainWords
 {
@@ -26,3 +29,5 @@ void AddExplainOptions(CLI::App& command, ExplainCommand& explain, ExplainWords&
 
 // Throws HostError (WrongUsage) when the options do not make sense together.
 ExplainCommand FinishExplain(ExplainCommand explain, const ExplainWords& words);
+
+} // namespace GlazelHost

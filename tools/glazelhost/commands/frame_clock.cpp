@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+namespace GlazelHost
+{
+
 std::int64_t FrameTime(std::int64_t index, double framesPerSecond) noexcept
 {
     constexpr double kUnitsPerSecond = 1e7;
@@ -11,3 +14,5 @@ std::int64_t FrameTime(std::int64_t index, double framesPerSecond) noexcept
     }
     return std::llround(static_cast<double>(index) * kUnitsPerSecond / framesPerSecond);
 }
+
+} // namespace GlazelHost

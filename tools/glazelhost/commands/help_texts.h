@@ -1,6 +1,9 @@
 // What "--help" says beside the options. Pure: no windows.h.
 #pragma once
 
+namespace GlazelHost
+{
+
 inline constexpr char kProgramHelp[] =
     "Renders pictures and video through the Glazel DX plug-in, as an editor would.";
 
@@ -141,3 +144,5 @@ inline constexpr char kInfoFooter[] = R"text(
 Examples:
   glazelhost info
   glazelhost info --json --renderer D:\renderer)text";
+
+} // namespace GlazelHost

@@ -15,6 +15,9 @@
 
 #include <array>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -212,3 +215,5 @@ void RunCommand(const InfoCommand& command, Reporter& /*reporter*/)
         throw HostError("the plug-in", "it makes no effect", "do what is told above about it");
     }
 }
+
+} // namespace GlazelHost

@@ -10,6 +10,9 @@
 #include <array>
 #include <cstdio>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -110,3 +113,5 @@ void RunCommand(const LookCommand& command, Reporter& /*reporter*/)
     output->Commit();
     WriteStandardOutput(TextOf(command, format, look, file));
 }
+
+} // namespace GlazelHost

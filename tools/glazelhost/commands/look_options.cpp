@@ -7,6 +7,9 @@
 
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -110,3 +113,5 @@ void FinishRenderLook(RenderCommand& render, const LookWords& words)
         render.ease = words.ease == "smooth" ? Ease::Smooth : Ease::Linear;
     }
 }
+
+} // namespace GlazelHost

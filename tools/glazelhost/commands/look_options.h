@@ -12,6 +12,9 @@ namespace CLI
 class App;
 }
 
+namespace GlazelHost
+{
+
 // What CLI11 fills before it becomes part of a command.
 struct LookWords
 {
@@ -24,3 +27,5 @@ void AddRenderLook(CLI::App& command, RenderCommand& render, LookWords& words);
 
 // Throws HostError (WrongUsage) when the options do not make sense together.
 void FinishRenderLook(RenderCommand& render, const LookWords& words);
+
+} // namespace GlazelHost

@@ -5,6 +5,9 @@
 
 #include <utility>
 
+namespace GlazelHost
+{
+
 std::vector<std::byte> ImportRecord(const RendererLibrary& renderer, const std::string& path,
                                     bool unclamped, std::optional<bool> linear, Reporter& reporter)
 {
@@ -25,3 +28,5 @@ void SetLinear(std::span<std::byte> record, std::optional<bool> linear, const st
         throw HostError(look, "the renderer's record has no linear option", "leave --linear out");
     }
 }
+
+} // namespace GlazelHost

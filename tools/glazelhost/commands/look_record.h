@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 class Reporter;
 
 // The record of the look at `path`, with the option "assume linear gamma" as `linear` says (none:
@@ -18,3 +21,5 @@ std::vector<std::byte> ImportRecord(const RendererLibrary& renderer, const std::
 
 // Throws HostError, which names `look`, when the record has no such option.
 void SetLinear(std::span<std::byte> record, std::optional<bool> linear, const std::string& look);
+
+} // namespace GlazelHost

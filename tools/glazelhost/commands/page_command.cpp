@@ -17,6 +17,9 @@
 #include <optional>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -150,3 +153,5 @@ void RunCommand(const PageCommand& command, Reporter& reporter)
                             : "press Edit... on the page and make one, or start with --look FILE");
     }
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <cstring>
 #include <limits>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -105,3 +108,5 @@ void DrawDifference(const Image& first, const Image& second, double factor, Imag
                 : static_cast<std::byte>(ByteOf(static_cast<float>(distance * factor)));
     }
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <optional>
 
+namespace GlazelHost
+{
+
 // Differences are of channels from 0.0 to 1.0, whatever the depth. A value that is no number, or an
 // infinity, differs without limit from everything but itself.
 class PictureDifference
@@ -60,3 +63,5 @@ bool IsOver(double distance, double limit) noexcept;
 
 // A picture of bytes of the distances, times `factor`; opaque. `target`'s memory is reused.
 void DrawDifference(const Image& first, const Image& second, double factor, Image& target);
+
+} // namespace GlazelHost

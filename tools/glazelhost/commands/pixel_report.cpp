@@ -13,6 +13,9 @@
 #include <span>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -374,3 +377,5 @@ std::string PixelJson(const PixelReport& report)
     json["agrees"] = report.steps ? Json(Agrees(report)) : Json();
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
+
+} // namespace GlazelHost

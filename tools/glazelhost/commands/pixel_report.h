@@ -11,6 +11,9 @@
 #include <optional>
 #include <string>
 
+namespace GlazelHost
+{
+
 // Red, green, blue and alpha; codes of 8 bits divided by 255.
 struct Pixel
 {
@@ -53,3 +56,5 @@ bool Agrees(const PixelReport& report) noexcept;
 
 std::string PixelText(const PixelReport& report);
 std::string PixelJson(const PixelReport& report);
+
+} // namespace GlazelHost

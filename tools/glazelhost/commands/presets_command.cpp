@@ -7,6 +7,9 @@
 
 #include <nlohmann/json.hpp>
 
+namespace GlazelHost
+{
+
 void RunCommand(const PresetsCommand& command, Reporter& /*reporter*/)
 {
     const RendererLibrary renderer(command.tools.rendererFolder);
@@ -26,3 +29,5 @@ void RunCommand(const PresetsCommand& command, Reporter& /*reporter*/)
                             ? nlohmann::ordered_json{{"presets", std::move(presets)}}.dump(2) + "\n"
                             : text);
 }
+
+} // namespace GlazelHost

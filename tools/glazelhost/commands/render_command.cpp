@@ -9,6 +9,9 @@
 
 #include <memory>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -233,3 +236,5 @@ void RunCommand(const RenderCommand& command, Reporter& reporter)
                         "render the missing ones again from good files");
     }
 }
+
+} // namespace GlazelHost

@@ -11,6 +11,9 @@
 #include <map>
 #include <utility>
 
+namespace GlazelHost
+{
+
 ShownLook::ShownLook(const RenderCommand& command, const StreamInfo& info, SampleType depth,
                      const RendererLibrary& renderer, EffectSession& session, Reporter& reporter)
     : m_command(command), m_renderer(renderer), m_session(session),
@@ -194,3 +197,5 @@ void ShownLook::UsePreset()
 {
     m_controls.ApplyPreset(PresetIndex(m_controls.PresetNames(), *m_command.preset));
 }
+
+} // namespace GlazelHost

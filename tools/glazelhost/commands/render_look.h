@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 class Reporter;
 
 // On the session's thread; everything it is made of outlives it.
@@ -53,3 +56,5 @@ private:
     std::string m_manner;
     std::optional<KeyframePlayer> m_player; // none: the effect's own look holds throughout
 };
+
+} // namespace GlazelHost

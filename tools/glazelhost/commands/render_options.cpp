@@ -12,6 +12,9 @@
 #include <tuple>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -198,3 +201,5 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
     }
     return render;
 }
+
+} // namespace GlazelHost

@@ -14,6 +14,9 @@ namespace CLI
 class App;
 }
 
+namespace GlazelHost
+{
+
 // What CLI11 fills before it becomes a command.
 struct RenderWords
 {
@@ -40,3 +43,5 @@ void AddRenderOptions(CLI::App& command, RenderCommand& render, RenderWords& wor
 
 // Throws HostError (WrongUsage) when the options do not make sense together.
 RenderCommand FinishRender(RenderCommand render, const RenderWords& words);
+
+} // namespace GlazelHost

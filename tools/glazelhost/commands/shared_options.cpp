@@ -6,6 +6,9 @@
 #include <cmath>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -130,3 +133,5 @@ std::pair<int, int> SizeOf(const std::string& word, const char* command)
     }
     return {width, height};
 }
+
+} // namespace GlazelHost

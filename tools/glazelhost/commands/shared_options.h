@@ -12,6 +12,9 @@
 #include <utility>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // What the options fill lives as long as `command`.
 
 // Throws HostError (WrongUsage) that names the help of `command`.
@@ -39,3 +42,5 @@ std::optional<double> FractionOf(std::string_view word);
 
 // "1920x1080" as width and height. Throws like ThrowUsage.
 std::pair<int, int> SizeOf(const std::string& word, const char* command);
+
+} // namespace GlazelHost

@@ -5,6 +5,9 @@
 #include <cstddef>
 #include <random>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -130,3 +133,5 @@ std::vector<std::uint16_t> BlueNoiseRanks(std::uint32_t seed)
     }
     return ranks;
 }
+
+} // namespace GlazelHost

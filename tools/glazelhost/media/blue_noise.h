@@ -6,8 +6,13 @@
 #include <cstdint>
 #include <vector>
 
+namespace GlazelHost
+{
+
 inline constexpr int kBlueNoiseSide = 64; // pixels; the tile repeats seamlessly
 
 // The ranks 0 to side * side - 1, each once, row by row: however many of the lowest are lit, they
 // lie evenly apart. One seed always gives the same tile. Takes some hundredths of a second.
 std::vector<std::uint16_t> BlueNoiseRanks(std::uint32_t seed);
+
+} // namespace GlazelHost

@@ -1,5 +1,8 @@
 #include "tools/glazelhost/media/byte_stream.h"
 
+namespace GlazelHost
+{
+
 std::size_t ReadFully(ByteReader& reader, std::byte* target, std::size_t size)
 {
     std::size_t done = 0;
@@ -14,3 +17,5 @@ std::size_t ReadFully(ByteReader& reader, std::byte* target, std::size_t size)
     }
     return done;
 }
+
+} // namespace GlazelHost

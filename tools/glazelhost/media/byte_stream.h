@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <optional>
 
+namespace GlazelHost
+{
+
 // Not thread-safe.
 class ByteReader
 {
@@ -41,3 +44,5 @@ public:
     // Everything was written: gives a file its final name. Throws HostError.
     virtual void Commit() = 0;
 };
+
+} // namespace GlazelHost

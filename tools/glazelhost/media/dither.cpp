@@ -8,6 +8,9 @@
 #include <cstring>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -104,3 +107,5 @@ void DitheredSink::Pass()
     m_sink->Pass();
     ++m_frame;
 }
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 class Dither
 {
 public:
@@ -48,3 +51,5 @@ private:
     std::int64_t m_frame = 0;
     Image m_bytes;
 };
+
+} // namespace GlazelHost

@@ -14,6 +14,9 @@
 #include <span>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -400,3 +403,5 @@ std::vector<std::string> LeftOut(FileKind kind, const PictureFacts& facts)
         "the shape of its pixels");
     return clauses;
 }
+
+} // namespace GlazelHost

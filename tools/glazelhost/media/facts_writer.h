@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // `file` is a whole PNG, JPEG or little-endian TIFF, or a BMP; what it said before of the same is
 // replaced. The facts that its kind cannot hold are left out. Throws HostError, which names `name`,
 // for a file that does not look as its kind does, or grows past what its kind can hold.
@@ -31,3 +34,5 @@ PixelsPerMetre ByMetre(const PictureFacts& facts);
 // What a picture of this kind cannot say of the facts, as clauses: "its colour profile, which a BMP
 // does not hold".
 std::vector<std::string> LeftOut(FileKind kind, const PictureFacts& facts);
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 #include <optional>
 #include <set>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -65,3 +68,5 @@ void CheckApart(const std::vector<std::string>& outputs, const std::vector<std::
         }
     }
 }
+
+} // namespace GlazelHost

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -84,3 +87,5 @@ std::string_view DescribeKind(FileKind kind) noexcept
 {
     return kDescriptions[static_cast<std::size_t>(kind)];
 }
+
+} // namespace GlazelHost

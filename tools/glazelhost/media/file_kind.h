@@ -7,6 +7,9 @@
 #include <span>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 enum class FileKind
 {
     Png,
@@ -33,3 +36,5 @@ std::string_view DescribeKind(FileKind kind) noexcept;
 
 // All kinds, for messages.
 inline constexpr char kKnownKinds[] = ".png, .jpg, .tif, .bmp or .bgra";
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <limits>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -222,3 +225,5 @@ std::vector<std::byte> ReadWholeFile(const std::string& path)
     }
     return ReadAtMost(*reader, static_cast<std::size_t>(size));
 }
+
+} // namespace GlazelHost

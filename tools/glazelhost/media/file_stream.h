@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // `path` is UTF-8. Others may read, replace or delete the file meanwhile, not write to it. Throws
 // HostError for what is not there, is a folder or must not be read.
 std::unique_ptr<ByteReader> OpenFileReader(const std::string& path);
@@ -21,3 +24,5 @@ std::unique_ptr<ByteWriter> OpenStandardOutput();
 std::vector<std::byte> ReadFirstBytes(const std::string& path, std::size_t longest);
 // A whole file of less than 4 GB.
 std::vector<std::byte> ReadWholeFile(const std::string& path);
+
+} // namespace GlazelHost

@@ -12,6 +12,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // How a channel is held in memory.
 enum class SampleType
 {
@@ -115,3 +118,5 @@ inline void CheckNotEmpty(const std::string& outputName, bool anyFrame)
                         "check the input and the list of frames");
     }
 }
+
+} // namespace GlazelHost

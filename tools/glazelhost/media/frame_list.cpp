@@ -7,6 +7,9 @@
 #include <limits>
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -160,3 +163,5 @@ std::int64_t FrameList::CountWithin(std::int64_t first, std::int64_t last) const
     }
     return count;
 }
+
+} // namespace GlazelHost

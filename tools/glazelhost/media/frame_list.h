@@ -8,6 +8,9 @@
 #include <string_view>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // A set of frame numbers: each counts once and in ascending order, however it was written.
 class FrameList
 {
@@ -41,3 +44,5 @@ private:
 
     std::vector<Range> m_ranges; // sorted by first, never empty
 };
+
+} // namespace GlazelHost

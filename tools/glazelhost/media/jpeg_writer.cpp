@@ -10,6 +10,9 @@
 #define STBI_WRITE_NO_STDIO
 #include <stb/stb_image_write.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -58,3 +61,5 @@ std::vector<std::byte> JpegOf(const Image& image, int quality, const std::string
     }
     return std::move(collected.bytes);
 }
+
+} // namespace GlazelHost

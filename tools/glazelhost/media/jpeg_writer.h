@@ -8,7 +8,12 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // A whole file: baseline JPEG of 8 bits, its first segment JFIF's; `quality` is 1 to 100, above 90
 // with chroma of full resolution. Alpha and facts are left out. Throws HostError, which names
 // `name`.
 std::vector<std::byte> JpegOf(const Image& image, int quality, const std::string& name);
+
+} // namespace GlazelHost

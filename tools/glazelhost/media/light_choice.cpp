@@ -1,5 +1,8 @@
 #include "tools/glazelhost/media/light_choice.h"
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -73,3 +76,5 @@ std::string CheckBoxText(SampleType depth, const Light& light, std::optional<boo
            (light.isLinear ? ", which this picture is: " + light.why + "."
                            : ": " + light.why + ".");
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <optional>
 #include <string>
 
+namespace GlazelHost
+{
+
 // What the options "assume linear gamma" of everything that is rendered say.
 enum class LookOptions
 {
@@ -32,3 +35,5 @@ std::string RenderText(SampleType depth, std::optional<bool> asked, const Light&
 // What the check box "Assume Linear Gamma" does for a picture on the screen; none: there is no look
 // with that option.
 std::string CheckBoxText(SampleType depth, const Light& light, std::optional<bool> option);
+
+} // namespace GlazelHost

@@ -4,6 +4,9 @@
 #include <cstring>
 #include <new>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -148,3 +151,5 @@ HRESULT STDMETHODCALLTYPE CMemoryStream::Clone(IStream** clone) noexcept
     }
     return E_NOTIMPL;
 }
+
+} // namespace GlazelHost

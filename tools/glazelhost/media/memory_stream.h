@@ -11,6 +11,9 @@
 #include <utility>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // Counted from one: `CComPtr<CMemoryStream> stream; stream.Attach(new CMemoryStream);`. One thread
 // at a time. Locks, clones, transactions and copies are not supported: E_NOTIMPL or
 // STG_E_INVALIDFUNCTION.
@@ -61,3 +64,5 @@ private:
     std::uint64_t m_position = 0; // may lie behind the end
     std::atomic<ULONG> m_references = 1;
 };
+
+} // namespace GlazelHost

@@ -13,6 +13,9 @@
 #include <iterator>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -190,3 +193,5 @@ std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo
     }
     return sink;
 }
+
+} // namespace GlazelHost

@@ -18,6 +18,9 @@
 #include <optional>
 #include <string>
 
+namespace GlazelHost
+{
+
 // The path that means standard input or standard output.
 inline constexpr char kStandardStream[] = "-";
 
@@ -53,3 +56,5 @@ std::unique_ptr<FrameSource> OpenSource(const SourceOptions& options);
 // target (folder, existing output, a file of the source, options) before anything is created;
 // throws HostError.
 std::unique_ptr<FrameSink> OpenSink(const SinkOptions& options, const StreamInfo& info);
+
+} // namespace GlazelHost

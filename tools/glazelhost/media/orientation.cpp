@@ -8,6 +8,9 @@
 #include <cstring>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -73,3 +76,5 @@ void MakeUpright(int orientation, Image& image)
     }
     image = std::move(upright);
 }
+
+} // namespace GlazelHost

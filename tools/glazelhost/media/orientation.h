@@ -7,6 +7,9 @@
 #include <cstddef>
 #include <span>
 
+namespace GlazelHost
+{
+
 // As EXIF numbers it, 1 to 8; 1 is upright. Of a TIFF by its own tag, of a JPEG or PNG by that of
 // its EXIF block. 1 for what does not say, or makes no sense.
 int OrientationOf(std::span<const std::byte> file) noexcept;
@@ -19,3 +22,5 @@ constexpr bool SwapsSides(int orientation) noexcept
 
 // Makes a stored picture of this orientation upright. Throws std::bad_alloc.
 void MakeUpright(int orientation, Image& image);
+
+} // namespace GlazelHost

@@ -4,6 +4,9 @@
 
 #include <cstring>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -113,3 +116,5 @@ Bytes DirectoryBytes(Bytes file) noexcept
         return {};
     }
 }
+
+} // namespace GlazelHost

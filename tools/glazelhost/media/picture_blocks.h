@@ -8,6 +8,9 @@
 #include <span>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 // Looks into the file, which outlives it.
 struct PictureBlock
 {
@@ -44,3 +47,5 @@ bool BeginsWith(std::span<const std::byte> bytes, std::string_view text) noexcep
 // The EXIF block of a PNG or JPEG, which is a TIFF without pixels, or the whole of a TIFF. Empty
 // for what has none.
 std::span<const std::byte> DirectoryBytes(std::span<const std::byte> file) noexcept;
+
+} // namespace GlazelHost

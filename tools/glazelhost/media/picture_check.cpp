@@ -10,6 +10,9 @@
 #include <cstdint>
 #include <iterator>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -192,3 +195,5 @@ void CheckPixelKind(Bytes file, const std::string& name)
         CheckTiff(file, name);
     }
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,11 @@
 #include <span>
 #include <string>
 
+namespace GlazelHost
+{
+
 // Throws HostError, which names `name`, the kind of its pixels, and what to do. Passes everything
 // that is no JPEG or TIFF, or too damaged to tell.
 void CheckPixelKind(std::span<const std::byte> file, const std::string& name);
+
+} // namespace GlazelHost

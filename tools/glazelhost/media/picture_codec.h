@@ -20,6 +20,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // One picture of a file that is held in memory.
 class PictureDecoder
 {
@@ -79,3 +82,5 @@ struct PictureFormat
 // HostError.
 void EncodePicture(const Image& image, const PictureFormat& format, ByteWriter& target,
                    const std::string& name);
+
+} // namespace GlazelHost

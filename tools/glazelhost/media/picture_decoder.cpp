@@ -14,6 +14,9 @@
 #include <span>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -279,3 +282,5 @@ void PictureDecoder::Decode(Image& image, SampleType type)
     MakeUpright(m_orientation, image);
     image.facts = m_facts;
 }
+
+} // namespace GlazelHost

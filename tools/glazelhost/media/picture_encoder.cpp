@@ -11,6 +11,9 @@
 #include <cstring>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -183,3 +186,5 @@ void EncodePicture(const Image& image, const PictureFormat& format, ByteWriter& 
     }
     target.Write(file.data(), file.size());
 }
+
+} // namespace GlazelHost

@@ -11,6 +11,9 @@
 #include <map>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -314,3 +317,5 @@ PictureFacts FactsOf(Bytes file)
     ReadDirectory(facts, DirectoryBytes(file));
     return facts;
 }
+
+} // namespace GlazelHost

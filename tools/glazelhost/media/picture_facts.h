@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 enum class LengthUnit
 {
     None, // the numbers tell the shape of a pixel alone
@@ -46,3 +49,5 @@ struct PictureFacts
 // Of a PNG, JPEG, TIFF or BMP; what makes no sense is passed over. As it is stored, whichever way
 // it is to be turned. Throws std::bad_alloc.
 PictureFacts FactsOf(std::span<const std::byte> file);
+
+} // namespace GlazelHost

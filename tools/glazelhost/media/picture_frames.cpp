@@ -13,6 +13,9 @@
 #include <algorithm>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -222,3 +225,5 @@ void PictureSink::Finish()
         m_single.reset();
     }
 }
+
+} // namespace GlazelHost

@@ -14,6 +14,9 @@
 #include <utility>
 #include <vector>
 
+namespace GlazelHost
+{
+
 class PictureSource final : public FrameSource
 {
 public:
@@ -69,3 +72,5 @@ private:
     std::vector<std::string> m_remarks;
     std::unique_ptr<ByteWriter> m_single; // the single picture, written and not yet named
 };
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -112,3 +115,5 @@ Light LightOf(std::span<const std::byte> file, bool isFloat)
     }
     return {false, "its colour profile is not linear"};
 }
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 #include <optional>
 #include <span>
 
+namespace GlazelHost
+{
+
 // What a TIFF of floats that are not linear light has as its description, for want of a tag.
 inline constexpr char kDisplayEncodedNote[] = "glazelhost: display-encoded";
 
@@ -18,3 +21,5 @@ Light LightOf(std::span<const std::byte> file, bool isFloat);
 // Whether the curves of an ICC profile leave values as they are; none when the bytes are no profile
 // with curves.
 std::optional<bool> ProfileIsLinear(std::span<const std::byte> profile) noexcept;
+
+} // namespace GlazelHost

@@ -4,6 +4,9 @@
 
 #include <cstdlib>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -121,3 +124,5 @@ std::optional<PictureSize> SizeFromHeader(std::span<const std::byte> file) noexc
     }
     return kind == FileKind::Bmp ? SizeOfBmp(bytes) : std::nullopt;
 }
+
+} // namespace GlazelHost

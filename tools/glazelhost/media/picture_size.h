@@ -8,6 +8,9 @@
 #include <optional>
 #include <span>
 
+namespace GlazelHost
+{
+
 struct PictureSize
 {
     std::int64_t width;
@@ -19,3 +22,5 @@ struct PictureSize
 // Of a PNG, JPEG or BMP. None where the header does not say it, or is of another kind (the codecs
 // of TIFF look at the header alone).
 std::optional<PictureSize> SizeFromHeader(std::span<const std::byte> file) noexcept;
+
+} // namespace GlazelHost

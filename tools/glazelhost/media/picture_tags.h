@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 // Of TIFF directories and EXIF blocks.
 inline constexpr std::uint16_t kTagAcross = 282; // pixels for each unit
 inline constexpr std::uint16_t kTagDown = 283;
@@ -32,3 +35,5 @@ inline constexpr std::uint32_t kJpegExif = 0xE1;
 inline constexpr std::uint32_t kJpegProfile = 0xE2;
 inline constexpr std::string_view kJpegExifMark{"Exif\0\0", 6};
 inline constexpr std::string_view kJpegProfileMark{"ICC_PROFILE\0", 12};
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <type_traits>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -286,3 +289,5 @@ void CheckSize(const std::string& what, std::int64_t width, std::int64_t height)
                         "use pictures of 1 x 1 to " + largest + " x " + largest + " pixels");
     }
 }
+
+} // namespace GlazelHost

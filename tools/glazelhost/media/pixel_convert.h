@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <span>
 
+namespace GlazelHost
+{
+
 // The nearest code, halves upwards; values outside 0 to 1 become the nearest end, NaN becomes 0.
 // Exact: the product of a float and 255 or 65535 fits a double.
 inline std::uint8_t ByteOf(float value) noexcept
@@ -87,3 +90,5 @@ void Reshape(Image& image, int width, int height, SampleType type, bool hasAlpha
 
 // Throws HostError, which names `what`, unless both sides are 1 to kLargestSide.
 void CheckSize(const std::string& what, std::int64_t width, std::int64_t height);
+
+} // namespace GlazelHost

@@ -13,6 +13,9 @@
 #include <string_view>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -176,3 +179,5 @@ void WriteAlphaBmp(const Image& image, ByteWriter& target, const std::string& na
         WriteRow(image, y, PixelLayout{}, row, target);
     }
 }
+
+} // namespace GlazelHost

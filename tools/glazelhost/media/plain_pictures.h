@@ -9,6 +9,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 // RGB, or RGBA with straight alpha, in strips; little-endian. Any image; Byte images are divided
 // by 255. Readers take floats for linear light: where that is not so, a note in the file says it.
 // Throws HostError, which names `name`, when the file would pass the 4 GB of the format.
@@ -18,3 +21,5 @@ void WriteFloatTiff(const Image& image, ByteWriter& target, const std::string& n
 // 32 bits a pixel with a mask for straight alpha (bitmap header version 4), rows bottom-up. Throws
 // like WriteFloatTiff.
 void WriteAlphaBmp(const Image& image, ByteWriter& target, const std::string& name);
+
+} // namespace GlazelHost

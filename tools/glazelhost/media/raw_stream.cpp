@@ -6,6 +6,9 @@
 #include <cstring>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -233,3 +236,5 @@ int RawSink::BitsPerChannel(SampleType) const noexcept
 {
     return LayoutOf(m_format).BitsPerChannel();
 }
+
+} // namespace GlazelHost

@@ -12,6 +12,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 class RawSource final : public FrameSource
 {
 public:
@@ -59,3 +62,5 @@ private:
     int m_height = 0;
     std::vector<std::byte> m_bytes; // a frame as the stream has it, unless the Image has it so, too
 };
+
+} // namespace GlazelHost

@@ -10,6 +10,9 @@
 #include <utility>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -265,3 +268,5 @@ void DiscardUnfinishedOutputs() noexcept
 {
     Unfinished().Discard();
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <memory>
 #include <string>
 
+namespace GlazelHost
+{
+
 // Throws HostError when the folder of `path` does not exist, when `path` is a folder, a device or a
 // pipe, or when a file is there and `overwrite` is false. Creates nothing.
 void CheckOutputTarget(const std::string& path, bool overwrite);
@@ -19,3 +22,5 @@ std::unique_ptr<ByteWriter> OpenSafeOutput(const std::string& path, bool overwri
 // Removes the temporary files of all writers and makes every later Commit fail: for a handler that
 // runs when the user breaks the program off. Any thread, also while others write.
 void DiscardUnfinishedOutputs() noexcept;
+
+} // namespace GlazelHost

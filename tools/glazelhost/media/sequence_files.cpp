@@ -8,6 +8,9 @@
 
 #include <algorithm>
 
+namespace GlazelHost
+{
+
 std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
 {
     std::vector<std::int64_t> numbers;
@@ -34,3 +37,5 @@ std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
     std::ranges::sort(numbers);
     return numbers;
 }
+
+} // namespace GlazelHost

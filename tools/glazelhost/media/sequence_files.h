@@ -6,6 +6,11 @@
 #include <cstdint>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // The numbers of the files, ascending; none where the folder does not exist. Throws HostError when
 // the folder cannot be listed.
 std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern);
+
+} // namespace GlazelHost

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <charconv>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -156,3 +159,5 @@ std::optional<std::int64_t> SequencePattern::NumberOf(std::string_view fileName)
     // for %04d.
     return EqualWithoutCase(FileNameOf(number), fileName) ? std::optional(number) : std::nullopt;
 }
+
+} // namespace GlazelHost

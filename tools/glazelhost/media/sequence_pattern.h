@@ -7,6 +7,9 @@
 #include <string>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 // %d is the number, %0Nd or N times # the number with zeros in front up to N digits, %% a per cent
 // sign; the number is in the file's name, not in a folder's.
 class SequencePattern
@@ -36,3 +39,5 @@ private:
     std::string m_after;
     std::size_t m_digits = 1; // at least so many
 };
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <optional>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 enum class StreamFormat
 {
     Bgra8,     // blue, green, red, alpha; 8 bits each
@@ -47,3 +50,5 @@ constexpr std::optional<StreamFormat> StreamFormatFromName(std::string_view word
     }
     return std::nullopt;
 }
+
+} // namespace GlazelHost

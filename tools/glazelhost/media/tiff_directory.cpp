@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -148,3 +151,5 @@ std::uint32_t TiffDirectory::NumberKind() const noexcept
     constexpr std::uint16_t kSampleFormat = 339;
     return Number(kSampleFormat).value_or(1U);
 }
+
+} // namespace GlazelHost

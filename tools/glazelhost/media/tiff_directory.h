@@ -7,6 +7,9 @@
 #include <optional>
 #include <span>
 
+namespace GlazelHost
+{
+
 // One tag's values as they stand in the file.
 struct TiffValues
 {
@@ -58,3 +61,5 @@ private:
     std::size_t m_entries = 0; // place of the first one
     std::size_t m_count = 0;
 };
+
+} // namespace GlazelHost

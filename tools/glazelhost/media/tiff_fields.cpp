@@ -4,6 +4,9 @@
 #include <cmath>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -137,3 +140,5 @@ void TiffFields::AddTo(LittleEndianBlock& block, std::uint32_t place) const
     block.Add32(0); // no further directory
     block.AddBytes(behind.Bytes());
 }
+
+} // namespace GlazelHost

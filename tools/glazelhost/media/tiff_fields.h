@@ -9,6 +9,9 @@
 #include <string_view>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // Appends little-endian numbers to a block of bytes.
 class LittleEndianBlock
 {
@@ -76,3 +79,5 @@ private:
 
     std::vector<Field> m_fields; // in ascending order of tags, as directories must be
 };
+
+} // namespace GlazelHost

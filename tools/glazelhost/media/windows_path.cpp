@@ -6,6 +6,9 @@
 
 #include <utility>
 
+namespace GlazelHost
+{
+
 std::wstring WindowsPath(const std::string& path)
 {
     std::wstring wide = Wide(path, MB_ERR_INVALID_CHARS);
@@ -27,3 +30,5 @@ std::string FolderOf(const std::string& path)
     const bool onDrive = path.size() > 1 && path[1] == ':'; // "D:a.png"
     return onDrive ? path.substr(0, 2) : ".";
 }
+
+} // namespace GlazelHost

@@ -3,9 +3,14 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 // Also for paths of more than 260 characters. Throws HostError for an empty path, one that is not
 // UTF-8, and one with a zero character.
 std::wstring WindowsPath(const std::string& path);
 
 // The folder that holds `path`, with its separator; "." when the path names none.
 std::string FolderOf(const std::string& path);
+
+} // namespace GlazelHost

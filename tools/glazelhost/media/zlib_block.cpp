@@ -15,6 +15,9 @@
 #define STBI_WRITE_NO_STDIO
 #include <stb/stb_image_write.h>
 
+namespace GlazelHost
+{
+
 std::optional<std::vector<std::byte>> Unpacked(std::span<const std::byte> block)
 {
     constexpr std::size_t kFirstTry = std::size_t{1} << 16;
@@ -54,3 +57,5 @@ std::vector<std::byte> Packed(std::span<const std::byte> bytes)
     const auto* const first = reinterpret_cast<const std::byte*>(packed.get());
     return {first, first + count};
 }
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 #include <cstring>
 #include <memory>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -56,3 +59,5 @@ void PutOnClipboard(HWND owner, const std::wstring& text)
     }
     [[maybe_unused]] void* const taken = memory.release(); // the clipboard's now
 }
+
+} // namespace GlazelHost

@@ -5,5 +5,10 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 // Replaces what the clipboard holds. `owner` is a window of this thread. Throws HostError.
 void PutOnClipboard(HWND owner, const std::wstring& text);
+
+} // namespace GlazelHost

@@ -5,6 +5,9 @@
 #include <cctype>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -112,3 +115,5 @@ std::string GradedNameOf(const std::string& image,
     }
     return name;
 }
+
+} // namespace GlazelHost

@@ -10,6 +10,9 @@
 #include <optional>
 #include <string>
 
+namespace GlazelHost
+{
+
 // A file that a look is read from, and how.
 struct LookFile
 {
@@ -39,3 +42,5 @@ std::string CommandText(const RepeatedRender& render);
 // "photo_graded_2.png" and so on. An extension that a render cannot write becomes ".png".
 std::string GradedNameOf(const std::string& image,
                          const std::function<bool(const std::string&)>& exists);
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <cmath>
 #include <cstring>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -133,3 +136,5 @@ Image TestChart(SampleType type)
     }
     return chart;
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <vector>
 
+namespace GlazelHost
+{
+
 struct Extent
 {
     int width = 0; // pixels
@@ -36,3 +39,5 @@ std::vector<std::uint32_t> DisplayPixels(const Image& image);
 // A picture to see looks on when there is no other: hues at every brightness, and steps of grey.
 // Throws std::bad_alloc.
 Image TestChart(SampleType type);
+
+} // namespace GlazelHost

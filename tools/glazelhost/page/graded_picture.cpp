@@ -2,6 +2,9 @@
 
 #include <utility>
 
+namespace GlazelHost
+{
+
 GradedPicture::GradedPicture(EffectSession& session, Image source,
                              const FrameInformation& information)
     : m_session(session), m_source(std::move(source)), m_information(information)
@@ -13,3 +16,5 @@ void GradedPicture::Render()
     m_session.Render(m_source, m_graded, m_information);
     m_pixels = DisplayPixels(m_graded);
 }
+
+} // namespace GlazelHost

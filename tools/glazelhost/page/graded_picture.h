@@ -9,6 +9,9 @@
 #include <span>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // On the session's thread; the session outlives it.
 class GradedPicture
 {
@@ -32,3 +35,5 @@ private:
     Image m_graded;
     std::vector<std::uint32_t> m_pixels;
 };
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -118,3 +121,5 @@ void LookKeeper::Save(const std::string& path, bool overwrite)
                   [&path](const Held& written) { return IsSamePath(path, written.file.path); });
     m_written.push_back(*m_saved);
 }
+
+} // namespace GlazelHost

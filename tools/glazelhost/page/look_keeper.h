@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // On the effect's thread; the controls outlive it. All calls throw HostError when the effect fails.
 class LookKeeper
 {
@@ -48,3 +51,5 @@ private:
     std::optional<Held> m_saved;
     std::vector<Held> m_written; // one for each file
 };
+
+} // namespace GlazelHost

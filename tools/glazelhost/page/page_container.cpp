@@ -9,6 +9,9 @@
 #include <new>
 #include <tuple>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -112,3 +115,5 @@ bool PageContainer::Translate(MSG& message) noexcept
 {
     return m_isActive && m_page->TranslateAccelerator(&message) == S_OK;
 }
+
+} // namespace GlazelHost

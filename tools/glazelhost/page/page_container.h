@@ -11,6 +11,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 // On the thread of the window; the module outlives it. Every failure of the page throws HostError.
 class PageContainer
 {
@@ -42,3 +45,5 @@ private:
     SIZE m_size{};
     bool m_isActive = false;
 };
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 
 #include <atomic>
 
+namespace GlazelHost
+{
+
 // A COM object with one interface besides IUnknown. Counted from zero: the first CComPtr owns it.
 template <typename Interface, const IID* InterfaceId = nullptr>
 class CCallback : public Interface
@@ -92,3 +95,5 @@ private:
     HWND m_window;
     UINT m_message;
 };
+
+} // namespace GlazelHost

@@ -16,6 +16,9 @@
 #include <new>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -555,3 +558,5 @@ void PageWindow::Tell(const std::string& text) const
 {
     ::SetDlgItemTextW(m_window, kStatusId, Wide(text).c_str());
 }
+
+} // namespace GlazelHost

@@ -11,6 +11,9 @@
 #include <optional>
 #include <string>
 
+namespace GlazelHost
+{
+
 inline constexpr wchar_t kPageWindowClass[] = L"GlazelHostPage";
 
 // Identifiers of its controls.
@@ -85,3 +88,5 @@ private:
     HWND m_focus = nullptr;  // the control that gets the keyboard back
     bool m_isOpen = false;   // the page is in it
 };
+
+} // namespace GlazelHost

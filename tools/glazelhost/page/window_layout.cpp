@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -43,3 +46,5 @@ Extent ClientFor(Extent picture, int pageHeight, Extent most) noexcept
                        std::max(picture.height + pageHeight + kBar, least.height)};
     return {std::min(whole.width, most.width), std::min(whole.height, most.height)};
 }
+
+} // namespace GlazelHost

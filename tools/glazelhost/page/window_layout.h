@@ -5,6 +5,9 @@
 
 #include "tools/glazelhost/page/display_picture.h"
 
+namespace GlazelHost
+{
+
 struct WindowLayout
 {
     Placement picture;
@@ -23,3 +26,5 @@ Extent LeastClient(int pageHeight) noexcept;
 
 // The client area that shows all of the picture, or as much as `most` allows.
 Extent ClientFor(Extent picture, int pageHeight, Extent most) noexcept;
+
+} // namespace GlazelHost

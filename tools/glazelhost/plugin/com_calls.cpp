@@ -4,6 +4,9 @@
 #include "tools/glazelhost/plugin/message_boxes.h"
 #include "tools/glazelhost/windows_text.h"
 
+namespace GlazelHost
+{
+
 void CheckEffectCall(HRESULT result, const std::string& path, const char* what)
 {
     ThrowRecordedMessageBoxes(path);
@@ -22,3 +25,5 @@ void CheckEffectInterface(HRESULT result, const std::string& path, const char* n
                         "install the plug-in again");
     }
 }
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 // Throws HostError for a failure of the effect in the plug-in at `path`, or for a message box that
 // it wanted to show; `what` failed, in words.
 void CheckEffectCall(HRESULT result, const std::string& path, const char* what);
@@ -26,3 +29,5 @@ CComPtr<Interface> QueryEffect(IUnknown& effect, REFIID iid, const char* name,
     CheckEffectInterface(SUCCEEDED(result) && !found ? E_NOINTERFACE : result, path, name);
     return found;
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <array>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -161,3 +164,5 @@ void EffectControls::ApplyPreset(std::size_t index)
 {
     Check(Presets().ApplyPreset(static_cast<LONG>(index)), "the effect did not apply the preset");
 }
+
+} // namespace GlazelHost

@@ -16,6 +16,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // On the thread that renders with the effect. Every call throws HostError when the effect lacks the
 // interface, fails, or wants to show a message box.
 class EffectControls
@@ -68,3 +71,5 @@ private:
     CComPtr<IDXTSfAutomation> m_automation;
     CComPtr<IStaticFilterPreset> m_presets;
 };
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <new>
 #include <tuple>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -166,3 +169,5 @@ void EffectSession::Render(const Image& input, Image& output, const FrameInforma
     output.pixels.resize(input.pixels.size());
     TakePicture(m_output->Pixels(), output);
 }
+
+} // namespace GlazelHost

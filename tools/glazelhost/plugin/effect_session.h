@@ -12,6 +12,9 @@
 #include <cstddef>
 #include <span>
 
+namespace GlazelHost
+{
+
 // How the surfaces are kept in memory. Both surfaces alike: the effect tells the renderer the
 // orientation of one of them only.
 struct SurfaceOptions
@@ -53,3 +56,5 @@ private:
     CComPtr<CHostSurface> m_input;  // null until the first frame, and while a set-up has failed
     CComPtr<CHostSurface> m_output; // of the input's layout
 };
+
+} // namespace GlazelHost

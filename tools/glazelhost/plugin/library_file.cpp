@@ -12,6 +12,9 @@
 #include <sstream>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -307,3 +310,5 @@ std::string FileVersion(const std::string& path)
     }
     return version;
 }
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // UTF-8 paths throughout.
 
 // Frees the library at its end.
@@ -64,3 +67,5 @@ std::string FullPath(const std::string& path);
 std::string PathOfModule(HMODULE module);
 // "1.2.3.4" from the file's version resource; empty without one.
 std::string FileVersion(const std::string& path);
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <cstring>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -69,3 +72,5 @@ std::optional<DescriptionText> ParseDescription(std::string_view json)
     }
     return text;
 }
+
+} // namespace GlazelHost

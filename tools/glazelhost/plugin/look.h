@@ -10,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // All texts are UTF-8; those that the renderer did not give are empty.
 struct LookDescription
 {
@@ -41,3 +44,5 @@ struct DescriptionText
     std::string error; // empty on success
 };
 std::optional<DescriptionText> ParseDescription(std::string_view json);
+
+} // namespace GlazelHost

@@ -19,6 +19,9 @@
 #include <type_traits>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -251,3 +254,5 @@ void ThrowRecordedMessageBoxes(const std::string& what)
     throw HostError(what, "it wanted to show a message box: " + list,
                     "run \"glazelhost info\" to see what the plug-in and the renderer lack");
 }
+
+} // namespace GlazelHost

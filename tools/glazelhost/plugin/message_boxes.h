@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // For a program with windows: from now on nothing is redirected, boxes appear. Called before
 // modules are loaded.
 void LetMessageBoxesAppear() noexcept;
@@ -26,3 +29,5 @@ std::vector<std::string> TakeMessageBoxes();
 // Throws HostError with the texts when message boxes were recorded since the last call. `what` is
 // the file whose code wanted to show them.
 void ThrowRecordedMessageBoxes(const std::string& what);
+
+} // namespace GlazelHost

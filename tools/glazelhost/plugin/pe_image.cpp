@@ -5,6 +5,9 @@
 #include <cstdio>
 #include <cstring>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -239,3 +242,5 @@ std::string MachineName(std::uint16_t machine)
     std::snprintf(text.data(), text.size(), "for machine 0x%04X", unsigned{machine});
     return text.data();
 }
+
+} // namespace GlazelHost

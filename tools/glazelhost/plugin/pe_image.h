@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 inline constexpr std::uint16_t kMachineX64 = 0x8664;
 inline constexpr std::uint16_t kMachineX86 = 0x014C;
 inline constexpr std::uint16_t kMachineArm64 = 0xAA64;
@@ -47,3 +50,5 @@ std::optional<PeImage> ReadPeImage(std::span<const std::byte> bytes, PeLayout la
 
 // "32-bit (x86)", "64-bit (x64)", ...
 std::string MachineName(std::uint16_t machine);
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 
 #include <bit>
 
+namespace GlazelHost
+{
+
 PluginModule::PluginModule(const std::string& path)
     : m_path(path.empty() ? ProgramFolder() + "\\" + kPluginFileName : FullPath(path))
 {
@@ -66,3 +69,5 @@ CComPtr<IUnknown> PluginModule::CreateEffect() const
     }
     return effect;
 }
+
+} // namespace GlazelHost

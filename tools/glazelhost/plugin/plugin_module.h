@@ -7,6 +7,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 inline constexpr char kPluginFileName[] = "GlazelDX_x64.dll";
 
 // On one thread, which has initialised COM.
@@ -35,3 +38,5 @@ private:
     GetClassObjectFunction* m_getClassObject = nullptr;
     CanUnloadNowFunction* m_canUnloadNow = nullptr;
 };
+
+} // namespace GlazelHost

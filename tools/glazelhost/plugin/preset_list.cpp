@@ -4,6 +4,9 @@
 
 #include <algorithm>
 
+namespace GlazelHost
+{
+
 std::size_t PresetIndex(const std::vector<std::string>& names, const std::string& name)
 {
     const auto found = std::ranges::find(names, name);
@@ -20,3 +23,5 @@ std::size_t PresetIndex(const std::vector<std::string>& names, const std::string
                     list.empty() ? "leave --preset out: it has no presets at all"
                                  : "use one of " + list);
 }
+
+} // namespace GlazelHost

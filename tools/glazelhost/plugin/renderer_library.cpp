@@ -14,6 +14,9 @@
 #include <string_view>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -218,3 +221,5 @@ void RendererLibrary::Grade(std::span<const std::byte> record,
         colours[i] = {red, green, blue};
     }
 }
+
+} // namespace GlazelHost

@@ -17,6 +17,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 struct RendererState
 {
     LibraryState library;
@@ -70,3 +73,5 @@ private:
     RendererState m_state;
     LoadedLibrary m_library;
 };
+
+} // namespace GlazelHost

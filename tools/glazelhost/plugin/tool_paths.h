@@ -3,9 +3,14 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 // UTF-8; empty means the default.
 struct ToolPaths
 {
     std::string rendererFolder;
     std::string plugin;
 };
+
+} // namespace GlazelHost

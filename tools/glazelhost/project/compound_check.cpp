@@ -7,6 +7,9 @@
 #include <optional>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -311,3 +314,5 @@ bool IsSoundCompound(std::span<const std::byte> bytes)
 {
     return Check(bytes).Run();
 }
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <span>
 
+namespace GlazelHost
+{
+
 // Whether the bytes begin as a compound document does, be it sound or not.
 bool LooksCompound(std::span<const std::byte> bytes) noexcept;
 
@@ -13,3 +16,5 @@ bool LooksCompound(std::span<const std::byte> bytes) noexcept;
 // every stream is as long as it says, and the folders form a tree. Says nothing about contents.
 // Throws std::bad_alloc alone.
 bool IsSoundCompound(std::span<const std::byte> bytes);
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 #include <new>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -118,3 +121,5 @@ std::optional<std::vector<std::byte>> ReadStream(IStorage& storage, const std::w
     return SUCCEEDED(result) && done == bytes.size() ? std::optional(std::move(bytes))
                                                      : std::nullopt;
 }
+
+} // namespace GlazelHost

@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // Throws std::bad_alloc: in memory nothing else fails.
 void CheckStorageCall(HRESULT result);
 
@@ -43,3 +46,5 @@ CComPtr<IStorage> OpenStorage(IStorage& parent, const std::wstring& name);
 // None when there is no such stream, it cannot be read whole, or it is longer than `largest`.
 std::optional<std::vector<std::byte>> ReadStream(IStorage& storage, const std::wstring& name,
                                                  std::size_t largest);
+
+} // namespace GlazelHost

@@ -3,6 +3,9 @@
 #include <charconv>
 #include <cmath>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -109,3 +112,5 @@ double FramePosition(const KeyTime& time, double framesPerSecond) noexcept
     const double frame = std::round(position);
     return std::abs(position - frame) <= kHalfMillisecond * framesPerSecond ? frame : position;
 }
+
+} // namespace GlazelHost

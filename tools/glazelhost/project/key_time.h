@@ -7,6 +7,9 @@
 #include <string>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 // Counted from the source's first frame, which is at 0. Kept in its own unit, so that a time stays
 // exact and means the same moment at every frame rate.
 struct KeyTime
@@ -35,3 +38,5 @@ std::string TextOf(const KeyTime& time);
 // milliseconds, so a time up to half of one away from a frame's is that frame's. The rate is
 // positive; it does not matter for frames.
 double FramePosition(const KeyTime& time, double framesPerSecond) noexcept;
+
+} // namespace GlazelHost

@@ -5,6 +5,9 @@
 
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -58,3 +61,5 @@ void KeyframePlayer::Render(std::int64_t frame, const Image& input, Image& outpu
         m_frameOption = option;
     }
 }
+
+} // namespace GlazelHost

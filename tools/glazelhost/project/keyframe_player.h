@@ -9,6 +9,9 @@
 #include <optional>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // On the session's thread. A frame at a keyframe shows that look exactly as a render with it alone
 // does. A frame between two shows the blend, with the earlier one's option "assume linear gamma";
 // which frames were rendered before makes no difference.
@@ -34,3 +37,5 @@ private:
     std::optional<KeyPlace> m_pair;    // that the effect holds
     std::optional<bool> m_frameOption; // that the effect's frame record has; none: not known
 };
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 #include <cassert>
 #include <limits>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -74,3 +77,5 @@ KeyPlace KeyframeTrack::PlaceOf(std::int64_t frame) const noexcept
     const double fraction = Eased(m_ease, (at - *earlier) / (*later - *earlier));
     return {index, index + 1, std::clamp(fraction, kLeast, kMost)};
 }
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // As many as a project can hold; their records then take some 130 MB.
 inline constexpr std::size_t kMostKeyframes = 1000;
 
@@ -51,3 +54,5 @@ private:
     std::vector<double> m_positions; // in frames, rising
     Ease m_ease;
 };
+
+} // namespace GlazelHost

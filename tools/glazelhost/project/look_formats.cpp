@@ -9,6 +9,9 @@
 #include <memory>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -139,3 +142,5 @@ void CheckIsRecordName(const std::string& path)
 {
     FormatOf(path, true);
 }
+
+} // namespace GlazelHost

@@ -12,6 +12,9 @@
 #include <string_view>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // What a file is made of.
 struct LookToWrite
 {
@@ -44,3 +47,5 @@ const LookFormat& LookFormatOf(const std::string& path);
 
 // Throws HostError (WrongUsage) unless a file of that name holds a whole record.
 void CheckIsRecordName(const std::string& path);
+
+} // namespace GlazelHost

@@ -5,6 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -123,3 +126,5 @@ ProjectDescription ParseProjectDescription(std::string_view text, const std::str
         ThrowDamagedProject(path, "its description");
     }
 }
+
+} // namespace GlazelHost

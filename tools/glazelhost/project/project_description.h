@@ -11,6 +11,9 @@
 #include <string_view>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // The newest form that this program reads, and the one that it writes.
 inline constexpr std::int64_t kProjectVersion = 1;
 
@@ -51,3 +54,5 @@ ProjectDescription ParseProjectDescription(std::string_view text, const std::str
 // The lines of everybody who finds these.
 [[noreturn]] void ThrowNoProject(const std::string& path);
 [[noreturn]] void ThrowDamagedProject(const std::string& path, const std::string& what);
+
+} // namespace GlazelHost

@@ -12,6 +12,9 @@
 #include <tuple>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -171,3 +174,5 @@ void SaveProject(const std::string& path, bool overwrite, const Project& project
     output->Write(bytes.data(), bytes.size());
     output->Commit();
 }
+
+} // namespace GlazelHost

@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // What a project holds beside the effect's own look.
 struct Project
 {
@@ -36,3 +39,5 @@ void CheckProjectTarget(const std::string& path, bool overwrite);
 // Stores `project` with the effect's look. The file appears, or is replaced, when it is whole.
 void SaveProject(const std::string& path, bool overwrite, const Project& project,
                  EffectControls& effect);
+
+} // namespace GlazelHost

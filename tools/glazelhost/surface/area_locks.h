@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // Half open: right and bottom lie outside.
 struct Area
 {
@@ -55,3 +58,5 @@ private:
     };
     std::vector<Held> m_held;
 };
+
+} // namespace GlazelHost

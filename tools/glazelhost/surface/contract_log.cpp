@@ -1,5 +1,8 @@
 #include "tools/glazelhost/surface/contract_log.h"
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -43,3 +46,5 @@ void ContractLog::Clear() noexcept
         count.store(0, std::memory_order_relaxed);
     }
 }
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 #include <cstddef>
 #include <string>
 
+namespace GlazelHost
+{
+
 enum class Violation
 {
     OutsideLock,      // samples beyond the locked area were read or written
@@ -37,3 +40,5 @@ public:
 private:
     std::array<std::atomic<unsigned>, static_cast<std::size_t>(Violation::Count)> m_counts{};
 };
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <mutex>
 #include <new>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -344,3 +347,5 @@ HRESULT CHostSurface::GetFrameInformation(FrameInformation* information, ULONG s
     std::memcpy(information, &m_information, size);
     return S_OK;
 }
+
+} // namespace GlazelHost

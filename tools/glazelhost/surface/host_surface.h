@@ -11,6 +11,9 @@
 
 #include <atomic>
 
+namespace GlazelHost
+{
+
 // Counted from zero: the first CComPtr owns it. Any thread for the COM methods; the owner's methods
 // are for times when no lock is held.
 class CHostSurface final : public IDXSurface, public ISfFrameInformation
@@ -83,3 +86,5 @@ private:
     AreaLocks m_locks;                // guarded by m_gate
     FrameInformation m_information{}; // guarded by m_gate
 };
+
+} // namespace GlazelHost

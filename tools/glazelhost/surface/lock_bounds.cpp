@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -64,3 +67,5 @@ std::optional<Area> AreaOfBounds(const DXBNDS* bounds, int width, int height) no
     return Area{static_cast<int>(x.min), static_cast<int>(y.min), static_cast<int>(x.max),
                 static_cast<int>(y.max)};
 }
+
+} // namespace GlazelHost

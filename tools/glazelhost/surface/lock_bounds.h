@@ -7,6 +7,9 @@
 
 #include <optional>
 
+namespace GlazelHost
+{
+
 // All of {0..width, 0..height}, one layer, one moment.
 DXBNDS BoundsOfSurface(int width, int height) noexcept;
 
@@ -14,3 +17,5 @@ DXBNDS BoundsOfSurface(int width, int height) noexcept;
 // ignored, since an image has one of each. None when the area is empty, turned inside out, not a
 // number or not inside width x height.
 std::optional<Area> AreaOfBounds(const DXBNDS* bounds, int width, int height) noexcept;
+
+} // namespace GlazelHost

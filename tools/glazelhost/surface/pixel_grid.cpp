@@ -6,6 +6,9 @@
 #include <cmath>
 #include <cstring>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -148,3 +151,5 @@ void StoreSamples(std::byte* pixels, SurfaceFormat format, bool arePremultiplied
         pixels += PixelBytesOf(format);
     }
 }
+
+} // namespace GlazelHost

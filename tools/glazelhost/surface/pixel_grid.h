@@ -8,6 +8,9 @@
 #include <memory>
 #include <span>
 
+namespace GlazelHost
+{
+
 // Channels are blue, green, red, alpha in all of them.
 enum class SurfaceFormat
 {
@@ -65,3 +68,5 @@ void LoadSamples(const std::byte* pixels, SurfaceFormat format, bool wantPremult
 // The opposite way; `arePremultiplied` says what `samples` holds.
 void StoreSamples(std::byte* pixels, SurfaceFormat format, bool arePremultiplied,
                   std::span<const Sample> samples) noexcept;
+
+} // namespace GlazelHost

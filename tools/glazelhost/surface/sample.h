@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 
+namespace GlazelHost
+{
+
 // In memory order, as 0xAARRGGBB in a little-endian word. Straight or premultiplied: the name of
 // whatever holds it says which.
 struct Sample
@@ -60,3 +63,5 @@ constexpr Sample Over(Sample top, Sample below) noexcept
     return {blend(top.blue, below.blue), blend(top.green, below.green), blend(top.red, below.red),
             blend(top.alpha, below.alpha)};
 }
+
+} // namespace GlazelHost

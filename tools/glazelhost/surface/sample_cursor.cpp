@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <limits>
 
+namespace GlazelHost
+{
+
 std::byte* SampleCursor::CurrentPixel() const noexcept
 {
     const bool inside = m_x >= 0 && m_x < m_area.Width() && m_y >= 0 && m_y < m_area.Height();
@@ -178,3 +181,5 @@ void SampleCursor::FillRect(const Area& rect, Sample premultiplied, bool over) n
         Fill(static_cast<std::size_t>(rect.Width()), premultiplied, over);
     }
 }
+
+} // namespace GlazelHost

@@ -11,6 +11,9 @@
 #include <cstdint>
 #include <span>
 
+namespace GlazelHost
+{
+
 // A rectangle of samples packed into a caller's buffer of
 // (width + rowPadding) * (height - 1) + width samples.
 struct PackedRect
@@ -82,3 +85,5 @@ private:
     std::int64_t m_x = 0;
     std::int64_t m_y = 0;
 };
+
+} // namespace GlazelHost

@@ -4,6 +4,9 @@
 #include <array>
 #include <bit>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -280,3 +283,5 @@ void CSamplePointer::OverArrayAndMove(DXBASESAMPLE*, const DXPMSAMPLE* samples,
     m_cursor.Blend({reinterpret_cast<const Sample*>(samples), count});
     m_cursor.MoveBy(count);
 }
+
+} // namespace GlazelHost

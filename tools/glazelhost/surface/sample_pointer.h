@@ -5,6 +5,9 @@
 #include "tools/glazelhost/surface/host_surface.h"
 #include "tools/glazelhost/surface/sample_cursor.h"
 
+namespace GlazelHost
+{
+
 // What effects call the format.
 DXSAMPLEFORMATENUM FormatNumber(SurfaceFormat format) noexcept;
 
@@ -69,3 +72,5 @@ private:
     SampleCursor m_cursor;
     DXRUNINFO m_wholeRow{}; // what MoveAndGetRunInfo hands out
 };
+
+} // namespace GlazelHost

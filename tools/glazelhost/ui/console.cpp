@@ -9,6 +9,9 @@
 #include <chrono>
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -86,3 +89,5 @@ double SecondsNow() noexcept
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration<double>(now).count();
 }
+
+} // namespace GlazelHost

@@ -3,6 +3,9 @@
 
 #include <string_view>
 
+namespace GlazelHost
+{
+
 // UTF-8, shown right on a console whatever its code page; allocates for a console alone. Nothing
 // can be done about a failure.
 void WriteStandardError(std::string_view text) noexcept;
@@ -16,3 +19,5 @@ int StandardErrorColumns() noexcept;
 
 // A clock that only goes forward.
 double SecondsNow() noexcept;
+
+} // namespace GlazelHost

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -70,3 +73,5 @@ std::string_view ErrorLine::End() noexcept
     std::ranges::copy(end, m_bytes.data() + m_length); // Append has kept room for it
     return {m_bytes.data(), m_length + end.size()};
 }
+
+} // namespace GlazelHost

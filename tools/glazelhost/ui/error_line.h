@@ -9,6 +9,9 @@
 #include <cstddef>
 #include <string_view>
 
+namespace GlazelHost
+{
+
 // Put together from parts, then ended, once.
 class ErrorLine
 {
@@ -34,3 +37,5 @@ private:
     std::size_t m_length = 0;
     std::array<char, kMaxBytes> m_bytes{};
 };
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <cmath>
 #include <cstdio>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -148,3 +151,5 @@ std::string JsonLine(const Progress& progress)
     };
     return line.dump();
 }
+
+} // namespace GlazelHost

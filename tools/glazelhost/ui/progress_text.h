@@ -6,6 +6,9 @@
 #include <optional>
 #include <string>
 
+namespace GlazelHost
+{
+
 struct Progress
 {
     std::int64_t done = 0;             // frames written
@@ -31,3 +34,5 @@ std::string PlainLine(const Progress& progress);
 // {"event":"progress","frame":126,"frames":300,"framesPerSecond":35.2,"secondsLeft":4.9}, with
 // null for what is not known.
 std::string JsonLine(const Progress& progress);
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <utility>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -189,3 +192,5 @@ void Reporter::Event(const char* event, const std::string& text)
 {
     m_outlets.write(Dump({{"event", event}, {"text", text}}) + "\n");
 }
+
+} // namespace GlazelHost

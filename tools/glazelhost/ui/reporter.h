@@ -10,6 +10,9 @@
 #include <optional>
 #include <string>
 
+namespace GlazelHost
+{
+
 enum class ReportStyle
 {
     Bar,
@@ -62,3 +65,5 @@ private:
     double m_lastShown = 0.0;
     std::size_t m_barLength = 0; // characters of the bar that stands on the terminal's line
 };
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 
 #include <cstdlib>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -271,3 +274,5 @@ TEST(CommandLine, EveryHelpEndsItsLastLine)
         EXPECT_NE(text[text.size() - 2], '\n');
     }
 }
+
+} // namespace GlazelHost

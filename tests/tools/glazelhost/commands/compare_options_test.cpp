@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -75,3 +78,5 @@ TEST(CompareOptions, NonsenseIsWrongUsageAndNamed)
     EXPECT_THROW(ParseCommandLine({"compare", "a.png"}), HostError);
     EXPECT_THROW(ParseCommandLine({"compare", "-", "a.png"}), HostError);
 }
+
+} // namespace GlazelHost

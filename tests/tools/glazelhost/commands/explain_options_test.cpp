@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -81,3 +84,5 @@ TEST(ExplainOptions, APixelOrAColourHasToBeThereAndNotBoth)
     EXPECT_NE(Refusal({"1,2", "-", "--look", "b"}).find("standard input"), std::string::npos);
     EXPECT_NE(Refusal({"1,2", "a.png"}).find("--look"), std::string::npos);
 }
+
+} // namespace GlazelHost

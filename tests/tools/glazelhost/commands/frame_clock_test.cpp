@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 TEST(FrameClock, AnEffectFindsTheIndexAgainAtEveryUsualRate)
 {
     for (const double rate : {8.0, 12.5, 24000.0 / 1001.0, 24.0, 25.0, 30000.0 / 1001.0, 30.0, 50.0,
@@ -26,3 +29,5 @@ TEST(FrameClock, WithoutARateEveryFrameIsAtTheStart)
     EXPECT_EQ(FrameTime(7, 0.0), 0);
     EXPECT_EQ(FrameTime(7, -1.0), 0);
 }
+
+} // namespace GlazelHost

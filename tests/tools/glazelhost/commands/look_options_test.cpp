@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -114,3 +117,5 @@ TEST(LookOptions, BlendAndPresetsAreCommandsOfTheirOwn)
         EXPECT_THROW(ParseCommandLine({"blend", "a", "b", fraction, "o"}), HostError) << fraction;
     }
 }
+
+} // namespace GlazelHost

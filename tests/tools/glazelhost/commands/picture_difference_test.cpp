@@ -6,6 +6,9 @@
 
 #include <limits>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -136,3 +139,5 @@ TEST(PictureDifferences, AreDrawnAmplifiedAndOpaque)
     EXPECT_EQ(ByteAt(drawn, 1, 0, 2), 32);
     EXPECT_EQ(ByteAt(drawn, 1, 0, 3), 255);
 }
+
+} // namespace GlazelHost

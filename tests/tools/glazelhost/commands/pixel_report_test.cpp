@@ -7,6 +7,9 @@
 
 #include <cstring>
 
+namespace GlazelHost
+{
+
 using namespace ReferenceRenderer;
 
 namespace
@@ -153,3 +156,5 @@ TEST(PixelReport, OfALookThatNobodyCanReadOnlyTheEndsAreTold)
     EXPECT_EQ(json["rendered"]["codes"][0], 255);
     EXPECT_TRUE(Agrees(report));
 }
+
+} // namespace GlazelHost

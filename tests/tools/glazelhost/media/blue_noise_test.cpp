@@ -8,6 +8,9 @@
 #include <random>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -60,3 +63,5 @@ TEST(BlueNoise, HasFarLessSlowWavesThanWhiteNoiseHoweverManyPlacesAreLit)
             << count;
     }
 }
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 TEST(SafeOutput, DiscardingRemovesWhatIsUnfinishedAndStopsEveryLaterCommit)
 {
     const ScratchFolder folder;
@@ -20,3 +23,5 @@ TEST(SafeOutput, DiscardingRemovesWhatIsUnfinishedAndStopsEveryLaterCommit)
     }
     EXPECT_TRUE(folder.Names().empty());
 }
+
+} // namespace GlazelHost

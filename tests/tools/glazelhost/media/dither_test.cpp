@@ -10,6 +10,9 @@
 #include <random>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -223,3 +226,5 @@ TEST(Dithering, LeavesPicturesOfBytesAsTheyAre)
     EXPECT_EQ(kept.at(0).pixels, image.pixels);
     EXPECT_TRUE(kept.at(0).hasAlpha);
 }
+
+} // namespace GlazelHost

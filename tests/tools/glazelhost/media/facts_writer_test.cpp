@@ -11,6 +11,9 @@
 
 #include <memory>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -188,3 +191,5 @@ TEST(FactsInAFile, ThatIsNoPictureOfItsKindAreAnError)
     }
     EXPECT_THROW(WithFacts(FileKind::Bmp, BytesOfText("BM"), {}, "picture"), HostError);
 }
+
+} // namespace GlazelHost

@@ -4,6 +4,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -48,3 +51,5 @@ TEST(FileKind, NamesWithoutAKnownExtensionHaveNoKind)
         EXPECT_FALSE(KindFromName(name).has_value()) << name;
     }
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -155,3 +158,5 @@ TEST(FileStream, WithoutAStandardStreamTheErrorSaysSo)
     EXPECT_TRUE(Says(ErrorOf([] { OpenStandardInput(); }), "standard input: there is none"));
     ::SetStdHandle(STD_INPUT_HANDLE, before);
 }
+
+} // namespace GlazelHost

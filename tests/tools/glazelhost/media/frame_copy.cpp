@@ -19,6 +19,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -82,7 +85,7 @@ void Copy(const Words& words)
 
 } // namespace
 
-int main()
+int RunProgram()
 {
     int count = 0;
     wchar_t** const arguments = ::CommandLineToArgvW(::GetCommandLineW(), &count);
@@ -104,4 +107,11 @@ int main()
     ::LocalFree(arguments);
     ::CoUninitialize();
     return static_cast<int>(code);
+}
+
+} // namespace GlazelHost
+
+int main()
+{
+    return GlazelHost::RunProgram();
 }

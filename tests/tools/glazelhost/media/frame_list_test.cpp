@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -168,3 +171,5 @@ TEST(FrameList, RandomTextIsParsedOrRefusedAndNeverRunsAway)
         }
     }
 }
+
+} // namespace GlazelHost

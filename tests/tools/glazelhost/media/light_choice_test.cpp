@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -62,3 +65,5 @@ TEST(LightChoice, TheCheckBoxIsToldWhatItDoesForThePicture)
               "\"Assume Linear Gamma\" does nothing here: the picture is rendered in 8 bits.");
     EXPECT_EQ(CheckBoxText(SampleType::Float, kScene, std::nullopt), "");
 }
+
+} // namespace GlazelHost

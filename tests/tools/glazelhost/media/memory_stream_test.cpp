@@ -6,6 +6,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -96,3 +99,5 @@ TEST(MemoryStream, ItIsAStreamAndNothingElse)
     EXPECT_EQ(other, nullptr);
     EXPECT_EQ(stream->QueryInterface(IID_IStream, nullptr), E_POINTER);
 }
+
+} // namespace GlazelHost

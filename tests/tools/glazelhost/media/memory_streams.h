@@ -10,6 +10,9 @@
 #include <memory>
 #include <string>
 
+namespace GlazelHost
+{
+
 // Gives `content` in pieces of at most `pieceBytes`.
 class MemoryReader final : public ByteReader
 {
@@ -81,3 +84,5 @@ inline std::unique_ptr<ByteWriter> WriterTo(WrittenBytes& target)
 {
     return std::make_unique<MemoryWriter>(target);
 }
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -379,3 +382,5 @@ TEST_F(OpenFrames, PathsWithForwardSlashesWork)
     Image image;
     EXPECT_TRUE(OpenSource(options)->Read(image, SampleType::Byte));
 }
+
+} // namespace GlazelHost

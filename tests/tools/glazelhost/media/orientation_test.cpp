@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -130,3 +133,5 @@ TEST(Orientations, TurnPicturesAsExifNumbersThem)
         }
     }
 }
+
+} // namespace GlazelHost

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 TEST(PictureBlocks, OfAPngAreItsChunks)
 {
     const auto file = BytesOfText(SamplePng({{"abCD", "12345"}}));
@@ -60,3 +63,5 @@ TEST(PictureBlocks, FindTheExifBlockOfEachKind)
     EXPECT_TRUE(DirectoryBytes(BytesOfText(SamplePng({}))).empty());
     EXPECT_TRUE(DirectoryBytes(BytesOfText("BM is a BMP")).empty());
 }
+
+} // namespace GlazelHost

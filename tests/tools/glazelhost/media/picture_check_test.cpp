@@ -8,6 +8,9 @@
 
 #include <map>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -134,3 +137,5 @@ TEST(PixelKinds, OfOtherAndOfDamagedFilesAreNotJudged)
     EXPECT_EQ(ErrorOfCheck(SamplePng({})), "");
     EXPECT_EQ(ErrorOfCheck("II*"), "");
 }
+
+} // namespace GlazelHost

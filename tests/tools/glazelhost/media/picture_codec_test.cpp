@@ -11,6 +11,9 @@
 #include <random>
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -226,3 +229,5 @@ TEST_F(PictureCodec, AFailedWriteReachesTheCaller)
                          "the disk is full"));
     }
 }
+
+} // namespace GlazelHost

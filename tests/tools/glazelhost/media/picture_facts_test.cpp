@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -194,3 +197,5 @@ TEST(FactsOfAPicture, AreReadFromFilesThatAreCutAnywhereWithoutHarm)
         }
     }
 }
+
+} // namespace GlazelHost

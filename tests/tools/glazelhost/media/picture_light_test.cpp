@@ -6,6 +6,9 @@
 
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -106,3 +109,5 @@ TEST(PictureLight, WholeNumbersNeverAre)
         LightOfFile(SampleTiff({{34675, 7, Profile({kStraight, kStraight, kStraight})}}), false),
         Light());
 }
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 inline std::string BigEndianText(std::size_t value, int bytes)
 {
     std::string text;
@@ -60,3 +63,5 @@ inline std::vector<std::byte> BytesOfText(const std::string& text)
     const auto bytes = std::as_bytes(std::span(text));
     return {bytes.begin(), bytes.end()};
 }
+
+} // namespace GlazelHost

@@ -5,6 +5,9 @@
 #include <random>
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -84,3 +87,5 @@ TEST(PictureSize, CutAndDamagedHeadersAreNeverReadBeyondTheirEnd)
         }
     }
 }
+
+} // namespace GlazelHost

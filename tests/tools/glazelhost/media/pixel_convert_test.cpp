@@ -9,6 +9,9 @@
 #include <limits>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -202,3 +205,5 @@ TEST(PixelConvert, FloatsOf16BitsBecomeFloatsAndBytes)
     UnpackRow(layout, source, 1, SampleType::Byte, reinterpret_cast<std::byte*>(bytes.data()));
     EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{255, 128, 255, 255}));
 }
+
+} // namespace GlazelHost

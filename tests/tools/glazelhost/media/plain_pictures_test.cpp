@@ -9,6 +9,9 @@
 #include <map>
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -154,3 +157,5 @@ TEST(PlainPictures, ABmpHoldsAlphaAndItsRowsFromTheBottom)
         EXPECT_EQ(static_cast<std::byte>(file[134 + i]), image.pixels[i]);
     }
 }
+
+} // namespace GlazelHost

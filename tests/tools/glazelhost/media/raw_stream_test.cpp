@@ -7,6 +7,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -221,3 +224,5 @@ TEST(RawStream, AFrameOfAnotherSizeAndAnEmptyOutputAreErrors)
     sink.Write(RandomImage(2, 2, SampleType::Byte, true, 1));
     EXPECT_THROW(sink.Write(RandomImage(2, 3, SampleType::Byte, true, 1)), HostError);
 }
+
+} // namespace GlazelHost

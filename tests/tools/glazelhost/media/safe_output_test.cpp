@@ -6,6 +6,9 @@
 
 #include <string>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -124,3 +127,5 @@ TEST(SafeOutput, NamesBeyondTheOldLimitOfPathsWork)
     ASSERT_EQ(folder.Names().size(), 1U);
     EXPECT_EQ(folder.Names().front().size(), 200U);
 }
+
+} // namespace GlazelHost

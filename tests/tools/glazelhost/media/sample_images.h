@@ -7,6 +7,9 @@
 #include <cstring>
 #include <random>
 
+namespace GlazelHost
+{
+
 // Channel 0 is blue, 1 green, 2 red, 3 alpha.
 inline float FloatAt(const Image& image, int x, int y, int channel)
 {
@@ -81,3 +84,5 @@ inline float Distance(const Image& a, const Image& b, int channels = 4)
     }
     return largest;
 }
+
+} // namespace GlazelHost

@@ -12,6 +12,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 class ScratchFolder
 {
 public:
@@ -114,3 +117,5 @@ inline bool Says(const std::string& message, const std::string& part)
 {
     return message.find(part) != std::string::npos;
 }
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <random>
 #include <string>
 
+namespace GlazelHost
+{
+
 TEST(SequencePattern, NumbersGetTheirZeros)
 {
     const auto pattern = SequencePattern::Parse("C:\\shots/a_%04d.png");
@@ -82,3 +85,5 @@ TEST(SequencePattern, EveryPathOfTheSequenceGivesItsNumberBack)
         EXPECT_EQ(plain->NumberOf(plain->PathOf(number)), number);
     }
 }
+
+} // namespace GlazelHost

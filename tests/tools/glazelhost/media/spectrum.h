@@ -6,6 +6,9 @@
 #include <numbers>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // The energy of the waves of less than `cycles` along each side, without the mean. `square` has
 // side * side numbers, row by row.
 inline double SlowEnergy(const std::vector<double>& square, int side, int cycles)
@@ -36,3 +39,5 @@ inline double SlowEnergy(const std::vector<double>& square, int side, int cycles
     }
     return energy;
 }
+
+} // namespace GlazelHost

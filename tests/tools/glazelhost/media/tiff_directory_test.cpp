@@ -6,6 +6,9 @@
 
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -85,3 +88,5 @@ TEST(TiffDirectories, OtherFilesHaveNone)
         EXPECT_FALSE(TiffDirectory::Read(BytesOf(file)));
     }
 }
+
+} // namespace GlazelHost

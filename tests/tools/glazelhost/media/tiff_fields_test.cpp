@@ -6,6 +6,9 @@
 
 #include <array>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -79,3 +82,5 @@ TEST(TiffFieldsOfAFile, PointToADirectoryBelow)
     EXPECT_NEAR(found->Fraction(42240).value_or(0.0), 2.2, 1e-8);
     EXPECT_FALSE(directory->Below(40001));
 }
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 struct SampleTag
 {
     std::uint32_t tag;
@@ -48,3 +51,5 @@ inline std::string SampleTiff(const std::vector<SampleTag>& tags, bool bigEndian
     return (bigEndian ? "MM" : "II") + number(42, 2) + number(8 + values.size(), 4) + values +
            number(tags.size(), 2) + entries + std::string(4, '\0');
 }
+
+} // namespace GlazelHost

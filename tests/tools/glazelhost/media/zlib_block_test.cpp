@@ -4,6 +4,9 @@
 
 #include <random>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -44,3 +47,5 @@ TEST(ZlibBlocks, ThatHoldTooMuchGiveNothing)
 {
     EXPECT_FALSE(Unpacked(Packed(std::vector<std::byte>((std::size_t{1} << 24) + 1))));
 }
+
+} // namespace GlazelHost

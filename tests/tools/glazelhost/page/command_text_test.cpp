@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -103,3 +106,5 @@ TEST(GradedNames, AreNotThoseOfFilesThatExist)
     EXPECT_NE(GradedNameOf("photo.png", [](const std::string&) { return true; }), "")
         << "the search ends";
 }
+
+} // namespace GlazelHost

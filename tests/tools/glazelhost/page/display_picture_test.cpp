@@ -6,6 +6,9 @@
 #include <cstring>
 #include <set>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -86,3 +89,5 @@ TEST(TestCharts, HoldEveryHueAndElevenGreysInEitherType)
         EXPECT_TRUE(greys.contains(0xFFFFFF));
     }
 }
+
+} // namespace GlazelHost

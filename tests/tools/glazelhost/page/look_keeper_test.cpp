@@ -7,6 +7,9 @@
 #include <fstream>
 #include <iterator>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -126,3 +129,5 @@ TEST_F(LookKeepers, SuggestANameAfterTheLooksOwn)
     EXPECT_EQ(LookKeeper(m_controls, LookFile{R"(C:\a.cc|C:\b.cube)", {}, false}).SuggestedName(),
               "a.look");
 }
+
+} // namespace GlazelHost

@@ -16,6 +16,9 @@
 
 #include <filesystem>
 
+namespace GlazelHost
+{
+
 using namespace ReferenceRenderer;
 
 namespace
@@ -527,3 +530,5 @@ TEST_F(PageCommands, FailBeforeAnyWindowWhenTheyCannotSucceed)
     noPlugin.tools.plugin = m_folder / "none.dll";
     EXPECT_NE(errorOf(noPlugin).find("none.dll"), std::string::npos);
 }
+
+} // namespace GlazelHost

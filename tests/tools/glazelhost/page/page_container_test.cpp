@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -247,3 +250,5 @@ TEST(PageSites, AnswerWhatAPageMayAsk)
     CComPtr<IClassFactory> other;
     EXPECT_EQ(site.QueryInterface(&other), E_NOINTERFACE);
 }
+
+} // namespace GlazelHost

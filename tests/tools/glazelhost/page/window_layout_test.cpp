@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -59,3 +62,5 @@ TEST(WindowLayouts, NeverHaveNegativeSizes)
         EXPECT_GE(layout.status.size.width, 0);
     }
 }
+
+} // namespace GlazelHost

@@ -1,5 +1,8 @@
 #include "tests/tools/glazelhost/plugin/real_effect.h"
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -69,3 +72,5 @@ TEST_F(EffectControl, AnObjectThatIsNoEffectLacksTheInterface)
     EXPECT_TRUE(Says(ErrorOf([&] { controls.PresetNames(); }),
                      "other.dll: its effect has no IStaticFilterPreset"));
 }
+
+} // namespace GlazelHost

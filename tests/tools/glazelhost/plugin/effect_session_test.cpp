@@ -10,6 +10,9 @@
 #include <functional>
 #include <optional>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -243,3 +246,5 @@ TEST_F(EffectSessions, AMissingPluginIsNamed)
     EXPECT_TRUE(Says(ErrorOf([] { const PluginModule plugin("nowhere.dll"); }),
                      "nowhere.dll: there is no such file"));
 }
+
+} // namespace GlazelHost

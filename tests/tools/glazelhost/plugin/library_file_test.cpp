@@ -7,6 +7,9 @@
 
 #include <fstream>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -166,3 +169,5 @@ TEST(LibraryFile, TransformResultsHaveTheirOwnWords)
     EXPECT_EQ(ResultText(static_cast<HRESULT>(0x887A0005U)),
               "bounds outside the surface (0x887A0005)");
 }
+
+} // namespace GlazelHost

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <initializer_list>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -98,3 +101,5 @@ TEST(Look, WhatIsNotAJsonObjectIsNoDescription)
         EXPECT_FALSE(ParseDescription(text)) << text;
     }
 }
+
+} // namespace GlazelHost

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -63,3 +66,5 @@ TEST_F(MessageBoxes, RedirectingAgainChangesNothing)
     ::MessageBoxA(nullptr, "still here", nullptr, MB_OK);
     EXPECT_EQ(TakeMessageBoxes(), Texts{"still here"});
 }
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 
 #include <random>
 
+namespace GlazelHost
+{
+
 TEST(PeImage, AFileTellsItsMachineAndItsImports)
 {
     const auto image = ReadPeImage(TinyDll().bytes, PeLayout::File);
@@ -102,3 +105,5 @@ TEST(PeImage, DamagedFilesAreReadWithoutLeavingThem)
         }
     }
 }
+
+} // namespace GlazelHost

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -37,3 +40,5 @@ TEST(PresetLists, AnUnknownNameIsToldWhatThereIs)
               std::string::npos);
     EXPECT_NE(ErrorOf({}, "Day").find("no presets"), std::string::npos);
 }
+
+} // namespace GlazelHost

@@ -12,6 +12,9 @@
 #include <cstring>
 #include <optional>
 
+namespace GlazelHost
+{
+
 using Record = std::vector<std::byte>;
 
 // Bytes that no renderer knows, with an option chunk when there is room for one.
@@ -73,3 +76,5 @@ protected:
     std::optional<EffectSession> m_session{std::in_place, m_plugin};
     EffectControls m_controls{m_session->Effect(), "the effect"};
 };
+
+} // namespace GlazelHost

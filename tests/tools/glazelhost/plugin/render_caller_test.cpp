@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -50,3 +53,5 @@ TEST(RenderCaller, IsThePlugInForEveryFrameOfTheHost)
     }
     EXPECT_EQ(renders, 4);
 }
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 #include <array>
 #include <cstdint>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -115,3 +118,5 @@ TEST(RendererLibrary, ARecordThatTheRendererDoesNotCopyOutIsNoLook)
     recording.Reset();
     ::FreeLibrary(::GetModuleHandleA(RendererAPI::kLibraryName)); // as UseRenderer loaded it
 }
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <string_view>
 #include <vector>
 
+namespace GlazelHost
+{
+
 // The smallest 64-bit DLL that imports two functions of one library and one by number, and one
 // function of a library at its first call. One section: address 0x1000, file offset 0x200.
 class TinyDll
@@ -65,3 +68,5 @@ public:
 
     std::vector<std::byte> bytes;
 };
+
+} // namespace GlazelHost

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <vector>
 
+namespace GlazelHost
+{
+
 using namespace CompoundSample;
 
 TEST(CompoundChecks, AWholeDocumentIsSound)
@@ -102,3 +105,5 @@ TEST(CompoundChecks, AnyNumberAtAnyPlaceIsJudgedAndNothingElseHappens)
     }
     EXPECT_GT(refused, 100U);
 }
+
+} // namespace GlazelHost

@@ -9,6 +9,9 @@
 #include <cstring>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace CompoundSample
 {
 
@@ -131,3 +134,5 @@ private:
 };
 
 } // namespace CompoundSample
+
+} // namespace GlazelHost

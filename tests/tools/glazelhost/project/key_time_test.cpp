@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -118,3 +121,5 @@ TEST(KeyTimes, FramesShorterThanAMillisecondAreAllWithinReach)
 {
     EXPECT_EQ(FramePosition(Seconds(1'040'000), 10'000.0), 10.0);
 }
+
+} // namespace GlazelHost

@@ -2,6 +2,9 @@
 
 #include "tests/tools/glazelhost/plugin/real_effect.h"
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -108,3 +111,5 @@ TEST_F(KeyframePlayers, LooksOfTwoSizesHoldUntilTheNextKeyframe)
     EXPECT_EQ(pictures[1], pictures[0]);
     EXPECT_EQ(pictures[2], Grey().pixels);
 }
+
+} // namespace GlazelHost

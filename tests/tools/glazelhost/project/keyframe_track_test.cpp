@@ -6,6 +6,9 @@
 
 #include <cmath>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -133,3 +136,5 @@ TEST(KeyframeTracks, SecondsNeedARateAndFramesDoNot)
     EXPECT_NE(ErrorOf(KeysAt({"1"}), 0.0).find("--fps"), std::string::npos);
     EXPECT_EQ(ErrorOf(KeysAt({"1f", "2f"}), 0.0), "");
 }
+
+} // namespace GlazelHost

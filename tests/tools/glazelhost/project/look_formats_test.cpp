@@ -7,6 +7,9 @@
 
 #include <array>
 
+namespace GlazelHost
+{
+
 using namespace ReferenceRenderer;
 
 namespace
@@ -154,3 +157,5 @@ TEST(LookFormats, ACorrectionFileOfAnotherRenderersLookIsRefused)
               "a.cc: only R.dll can read the record of this look, and does not say whether it is a "
               "CDL; write a .cube or a .look file");
 }
+
+} // namespace GlazelHost

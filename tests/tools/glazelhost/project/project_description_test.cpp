@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -134,3 +137,5 @@ TEST(ProjectDescriptions, AreDamagedWhenTheyNestWithoutEnd)
         EXPECT_TRUE(Says(ErrorOf(text), "damaged")) << opened;
     }
 }
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 
 #include <span>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -216,3 +219,5 @@ TEST_F(ProjectFiles, ACutFileIsDamagedAndIsKept)
         ExpectKept();
     }
 }
+
+} // namespace GlazelHost

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -53,3 +56,5 @@ TEST(AreaLocks, LeavingGivesBackOneOfSeveralEqualLocks)
     locks.Leave(kAll, false);
     EXPECT_TRUE(locks.CanEnter(kAll, true));
 }
+
+} // namespace GlazelHost

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+namespace GlazelHost
+{
+
 TEST(ContractLog, SaysNothingWhenNothingWasNoted)
 {
     EXPECT_EQ(ContractLog().Summary(), "");
@@ -19,3 +22,5 @@ TEST(ContractLog, CountsEachKindAndForgetsOnClear)
     log.Clear();
     EXPECT_EQ(log.Summary(), "");
 }
+
+} // namespace GlazelHost

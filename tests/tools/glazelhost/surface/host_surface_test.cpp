@@ -8,6 +8,9 @@
 #include <functional>
 #include <memory>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -411,3 +414,5 @@ TEST(HostSurface, AppDataAndColourKeyAreKept)
     ASSERT_EQ(surface->GetColorKey(&key), S_OK);
     EXPECT_EQ(static_cast<DWORD>(key), 0x11223344u);
 }
+
+} // namespace GlazelHost

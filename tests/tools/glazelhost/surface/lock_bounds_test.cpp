@@ -4,6 +4,9 @@
 
 #include <limits>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -75,3 +78,5 @@ TEST(LockBounds, EveryKindOfBoundsIsConverted)
     bounds.eType = static_cast<DXBNDTYPE>(17);
     EXPECT_FALSE(AreaOfBounds(&bounds, 8, 6));
 }
+
+} // namespace GlazelHost

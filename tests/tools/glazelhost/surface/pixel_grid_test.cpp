@@ -8,6 +8,9 @@
 #include <limits>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -105,3 +108,5 @@ TEST(PixelGrid, EachEightBitFormatConvertsToTheOther)
     std::memcpy(&back, pixel.data(), sizeof(back));
     EXPECT_EQ(back, Straight(held));
 }
+
+} // namespace GlazelHost

@@ -6,6 +6,9 @@
 #include <limits>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -234,3 +237,5 @@ TEST(SampleCursor, BlendingAnArrayIsCutAtTheArea)
     EXPECT_TRUE(test.OutsideIsUntouched());
     EXPECT_EQ(test.log.CountOf(Violation::OutsideLock), 1u);
 }
+
+} // namespace GlazelHost

@@ -8,6 +8,9 @@
 #include <array>
 #include <vector>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -324,3 +327,5 @@ TEST(SamplePointer, OverArrayAndMoveBlendsAndAdvances)
     lock->OverArrayAndMove(nullptr, nullptr, 2);
     EXPECT_EQ(surface->Log().CountOf(Violation::NullBuffer), 1u);
 }
+
+} // namespace GlazelHost

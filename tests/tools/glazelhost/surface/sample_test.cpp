@@ -4,6 +4,9 @@
 
 #include <cmath>
 
+namespace GlazelHost
+{
+
 TEST(Sample, PremultiplyingRoundsEveryProductToNearest)
 {
     for (int alpha = 0; alpha < 256; ++alpha)
@@ -63,3 +66,5 @@ TEST(Sample, ASumAboveFullIsLimited)
     EXPECT_EQ(Over(Sample{255, 255, 255, 0}, Sample{255, 255, 255, 255}),
               (Sample{255, 255, 255, 255}));
 }
+
+} // namespace GlazelHost

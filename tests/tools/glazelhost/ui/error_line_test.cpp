@@ -4,6 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -103,3 +106,5 @@ TEST(ErrorLine, WhatDoesNotFitIsLeftOutInWholeCharacters)
         }
     }
 }
+
+} // namespace GlazelHost

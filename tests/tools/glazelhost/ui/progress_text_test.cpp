@@ -4,6 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
+namespace GlazelHost
+{
+
 TEST(ProgressText, DurationsAreRoundedUpToSeconds)
 {
     EXPECT_EQ(DurationText(0.0), "0:00");
@@ -81,3 +84,5 @@ TEST(ProgressText, JsonHasNullForWhatIsNotKnown)
     EXPECT_TRUE(unknown.at("framesPerSecond").is_null());
     EXPECT_TRUE(unknown.at("secondsLeft").is_null());
 }
+
+} // namespace GlazelHost

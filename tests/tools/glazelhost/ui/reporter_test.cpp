@@ -6,6 +6,9 @@
 
 #include <sstream>
 
+namespace GlazelHost
+{
+
 namespace
 {
 
@@ -146,3 +149,5 @@ TEST(Reporter, QuietWritesTheFailureOnly)
     desk.reporter.Fail("a.png: there is no such file; check the path");
     EXPECT_EQ(desk.written, "glazelhost: a.png: there is no such file; check the path\n");
 }
+
+} // namespace GlazelHost
