@@ -23,8 +23,6 @@ test_packages=(
   xvfb xauth
   # end-to-end tests that compare pictures; checks of the Python code
   python3-numpy python3-pytest python3-pytest-rerunfailures black pyflakes3 mypy shellcheck
-  # an independent reader of compound documents
-  python3-olefile
   # the installer
   nsis
   # a cluster of one node

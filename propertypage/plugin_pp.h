@@ -8,7 +8,6 @@
 #include "platform/atl/atlpropertypage.h"
 #include "platform/atl/atlwin.h"
 #include "propertypage/press_tracker.h"
-#include "propertypage/window_context.h"
 
 #include <windows.h>
 

@@ -1,5 +1,5 @@
 // The cyclic redundancy check of PNG and ZIP files (polynomial 0x04C11DB7, reflected).
-// Pure: no windows.h. Tests: tests/tools/glazelhost/project/project_description_test.cpp.
+// Pure: no windows.h. Tests: tests/tools/glazelhost/project/project_text_test.cpp.
 #pragma once
 
 #include <array>

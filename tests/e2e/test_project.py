@@ -1,9 +1,10 @@
 """Projects: kept by one process, rendered by another, read by an independent program."""
 
-import struct
+import base64
+import json
+import zlib
 
 import numpy as np
-import olefile
 import pytest
 
 from conftest import (CLIP, COOL, ROOT, WARM, clip_frames, ffmpeg, host, render, run, succeed,
@@ -51,12 +52,12 @@ def test_the_linear_option_is_kept_with_the_look(linear, tmp_path):
 
 
 def test_an_independent_program_finds_exactly_the_records_bytes(project, tmp_path):
-    record = record_of(WARM, tmp_path / "warm.look")
-    with olefile.OleFileIO(project) as document:
-        assert document.openstream(["Effect", "Contents"]).read() == record
-        assert document.getclsid("Effect") == EFFECT_CLASS
-        assert sorted(document.listdir()) == [["Effect", "Contents"], ["Project"]]
-        assert not document.parsing_issues
+    stored = json.loads(project.read_text())
+    assert base64.b64decode(stored["look"]) == record_of(WARM, tmp_path / "warm.look")
+    assert stored["effect"] == "{" + EFFECT_CLASS + "}"
+    assert stored["keyframes"] == []
+    seal = stored.pop("crc32")
+    assert seal == zlib.crc32(json.dumps(stored, separators=(",", ":")).encode())
 
 
 def test_an_animation_is_kept_with_its_keyframes(clip, tmp_path):
@@ -67,13 +68,11 @@ def test_an_animation_is_kept_with_its_keyframes(clip, tmp_path):
     assert (tmp_path / "again.bgra").read_bytes() == (tmp_path / "out.bgra").read_bytes()
 
     cool = record_of(COOL, tmp_path / "cool.look")
-    with olefile.OleFileIO(path) as document:
-        assert document.openstream(["Effect", "Contents"]).read() == cool, "the first keyframe"
-        assert document.openstream(["Keyframes", "0000"]).read() == cool
-        assert (document.openstream(["Keyframes", "0001"]).read()
-                == record_of(WARM, tmp_path / "warm.look"))
-        text = document.openstream("Project").read().decode()
-        assert '"time":"0.08"' in text and '"time":"8f"' in text and '"smooth"' in text
+    stored = json.loads(path.read_text())
+    looks = [base64.b64decode(holder["look"]) for holder in (stored, *stored["keyframes"])]
+    assert looks == [cool, cool, record_of(WARM, tmp_path / "warm.look")], "the first one first"
+    assert [keyframe["time"] for keyframe in stored["keyframes"]] == ["0.08", "8f"]
+    assert stored["ease"] == "smooth"
 
 
 def test_the_ease_of_a_project_can_be_changed_and_kept(clip, tmp_path):
@@ -102,40 +101,19 @@ def test_a_project_that_exists_is_replaced_only_with_overwrite(project, small, t
     assert (tmp_path / "c.png").read_bytes() == (tmp_path / "b.png").read_bytes()
 
 
-def newer(data):
-    """The same with the next version's number in its description, which is longer than its seal."""
-    assert data.count(b'"version":1') == 1
-    return data.replace(b'"version":1', b'"version":2')
-
-
-def circular(data):
-    """A document whose longest stream leads back to its own beginning."""
-    fat = 512 + 512 * struct.unpack_from("<I", data, 76)[0]
-    links = list(struct.unpack_from("<128I", data, fat))
-    start = next(i for i in range(8, 120) if links[i] == i + 1 and links[i + 1] == i + 2)
-    changed = bytearray(data)
-    struct.pack_into("<I", changed, fat + 4 * (start + 2), start)
-    return bytes(changed)
-
-
 def flipped(data):
-    """One bit of the look is another."""
-    place = data.index(b"GLZK") + 300
-    return data[:place] + bytes([data[place] ^ 4]) + data[place + 1:]
-
-
-def someone_elses(data):
-    return data.replace("Project".encode("utf-16-le"), "Diagram".encode("utf-16-le"))
+    """One character of the look is another."""
+    place = data.index(b'"look"') + 300
+    return data[:place] + (b"B" if data[place : place + 1] == b"A" else b"A") + data[place + 1:]
 
 
 BAD = {
-    "text": (lambda data: b"no compound document at all", "not a project"),
+    "text": (lambda data: b"no project at all", "not a project"),
     "empty": (lambda data: b"", "not a project"),
-    "foreign": (someone_elses, "not a project"),
+    "foreign": (lambda data: data.replace(b"glazelhost", b"glazeghost"), "not a project"),
     "cut": (lambda data: data[:len(data) // 2], "damaged"),
-    "circular": (circular, "damaged"),
     "flipped": (flipped, "damaged"),
-    "newer": (newer, "newer version"),
+    "newer": (lambda data: data.replace(b'"version": 1', b'"version": 2'), "newer version"),
 }
 
 
@@ -148,8 +126,6 @@ def test_a_bad_project_is_one_line_and_stays_as_it_is(kind, project, small, tmp_
     assert used.code == 1
     assert words in used.only_line() and str(project) in used.only_line()
     assert not (tmp_path / "b.png").exists()
-    if kind == "flipped":
-        return  # whether the effect's own part is whole only matters to who loads it
     kept = render(small, tmp_path / "b.png", "--save-project", project, "--overwrite")
     assert kept.code == 1
     assert "it is not replaced" in kept.only_line() and str(project) in kept.only_line()

@@ -6,7 +6,7 @@
 #include "tools/glazelhost/one_line.h"
 #include "tools/glazelhost/plugin/look.h"
 #include "tools/glazelhost/project/key_time.h"
-#include "tools/glazelhost/project/project_description.h"
+#include "tools/glazelhost/project/project_text.h"
 
 #include "tests/fuzz/fuzz_input.h"
 
@@ -49,8 +49,8 @@ void TryPattern(const std::string& text)
 
 void TryProject(const std::string& text)
 {
-    const ProjectDescription description = ParseProjectDescription(text, "project");
-    Require(ParseProjectDescription(TextOf(description), "project") == description);
+    const std::string written = TextOf(ParseProject(text, "project"));
+    Require(TextOf(ParseProject(written, "project")) == written);
 }
 
 } // namespace

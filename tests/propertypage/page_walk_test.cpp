@@ -225,7 +225,7 @@ protected:
         cdl.slope = {0.9F, 1.0F, 1.1F};
         cdl.saturation = 0.8F;
         const std::vector<std::uint8_t> record = RecordOf(CdlLook(cdl));
-        m_effect->LoadLook(std::as_bytes(std::span(record)));
+        EffectControls(m_effect->Effect(), {}).LoadLook(std::as_bytes(std::span(record)));
         EXPECT_EQ(m_effect->Effect().QueryInterface(IID_IDXTSfAutomation,
                                                     reinterpret_cast<void**>(&m_automation)),
                   S_OK);

@@ -134,7 +134,7 @@ void RunCommand(const PageCommand& command, Reporter& reporter)
         const std::vector<std::byte> record =
             ImportRecord(renderer, *command.look, command.unclamped, command.linear, reporter);
         CheckStorable(*command.look, record, controls);
-        session.LoadLook(record);
+        controls.LoadLook(record);
     }
     GradedPicture picture(session, std::move(still.image), still.information);
     picture.Render();

@@ -49,7 +49,7 @@ ShownLook::ShownLook(const RenderCommand& command, const StreamInfo& info, Sampl
     {
         track.emplace(m_project.keyframes, info.framesPerSecond, m_project.ease);
         // What a host shows, and keeps, of an animated effect beside its keyframes.
-        m_session.LoadLook(m_project.keyframes.front().record);
+        m_controls.LoadLook(m_project.keyframes.front().record);
     }
     // In 8 bits no option counts, and the effect need not be asked for its look.
     m_manner = RenderText(depth, command.linear, info.light,
@@ -86,7 +86,7 @@ void ShownLook::SetOption(bool on)
     }
     std::vector<std::byte> record = m_controls.StoredLook();
     set(record, m_command.look.value_or(m_command.project.value_or("the look")));
-    m_session.LoadLook(record); // an empty one changes nothing
+    m_controls.LoadLook(record); // an empty one changes nothing
 }
 
 LookOptions ShownLook::Options()
@@ -156,7 +156,7 @@ void ShownLook::UseLook(Reporter& reporter)
     {
         CheckStorable(*m_command.look, record, m_controls);
     }
-    m_session.LoadLook(record);
+    m_controls.LoadLook(record);
 }
 
 void ShownLook::UseKeys(Reporter& reporter)
@@ -189,7 +189,7 @@ void ShownLook::UseProject()
         }
         std::vector<std::byte> record = m_controls.StoredLook();
         SetLinear(record, m_command.linear, path);
-        m_session.LoadLook(record);
+        m_controls.LoadLook(record);
     }
 }
 

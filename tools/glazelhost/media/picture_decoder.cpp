@@ -93,8 +93,7 @@ bool BigEndianWordsAreSwapped(IWICImagingFactory& factory)
             0, 0, 0, 0};
         // clang-format on
         const auto bytes = std::as_bytes(std::span(kFile));
-        CComPtr<CMemoryStream> stream;
-        stream.Attach(new CMemoryStream({bytes.begin(), bytes.end()}));
+        const CComPtr<CMemoryStream> stream = StreamOf(bytes);
         CComPtr<IWICBitmapDecoder> decoder;
         CComPtr<IWICBitmapFrameDecode> frame;
         std::uint16_t code = kCode;
@@ -141,8 +140,7 @@ PictureDecoder::PictureDecoder(std::vector<std::byte> file, std::string name)
     Check(::CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
                              IID_IWICImagingFactory, reinterpret_cast<void**>(&m_factory)),
           "the system's picture codecs do not start");
-    CComPtr<CMemoryStream> stream;
-    stream.Attach(new CMemoryStream(std::move(file)));
+    const CComPtr<CMemoryStream> stream = StreamOf(std::move(file));
     CComPtr<IWICBitmapDecoder> decoder;
     Check(m_factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnDemand,
                                              &decoder),

@@ -66,8 +66,7 @@ public:
     // The bytes of the file, owned by the stream. `swapWords`: see WordsAreSwapped.
     CComPtr<CMemoryStream> Encode(const Image& image, const PictureFormat& format, bool swapWords)
     {
-        CComPtr<CMemoryStream> stream;
-        stream.Attach(new CMemoryStream);
+        CComPtr<CMemoryStream> stream = StreamOf();
         CComPtr<IWICBitmapEncoder> encoder;
         Check(m_factory->CreateEncoder(ContainerOf(format.kind), nullptr, &encoder),
               "the system has no encoder for this kind of picture");

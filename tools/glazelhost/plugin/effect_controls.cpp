@@ -10,18 +10,6 @@
 namespace GlazelHost
 {
 
-namespace
-{
-
-CComPtr<CMemoryStream> StreamOf(std::span<const std::byte> bytes)
-{
-    CComPtr<CMemoryStream> stream;
-    stream.Attach(new CMemoryStream({bytes.begin(), bytes.end()}));
-    return stream;
-}
-
-} // namespace
-
 EffectControls::EffectControls(IUnknown& effect, std::string path)
     : m_path(std::move(path)), m_effect(&effect)
 {
@@ -40,16 +28,6 @@ IPersistStreamInit& EffectControls::Stream()
                                                    "IPersistStreamInit", m_path);
     }
     return *m_stream;
-}
-
-IPersistStorage& EffectControls::Storage()
-{
-    if (!m_storage)
-    {
-        m_storage =
-            QueryEffect<IPersistStorage>(*m_effect, IID_IPersistStorage, "IPersistStorage", m_path);
-    }
-    return *m_storage;
 }
 
 IDXTSfAutomation& EffectControls::Automation()
@@ -75,13 +53,13 @@ IStaticFilterPreset& EffectControls::Presets()
 CLSID EffectControls::ClassId()
 {
     CLSID classId{};
-    Check(Storage().GetClassID(&classId), "the effect did not tell its class");
+    Check(Stream().GetClassID(&classId), "the effect did not tell its class");
     return classId;
 }
 
 std::vector<std::byte> EffectControls::StoredLook()
 {
-    const CComPtr<CMemoryStream> stream = StreamOf({});
+    const CComPtr<CMemoryStream> stream = StreamOf();
     Check(Automation().SaveProps(stream), "the effect did not give its look");
     return stream->Bytes();
 }
@@ -93,24 +71,9 @@ std::uint64_t EffectControls::LargestStored()
     return size.QuadPart;
 }
 
-void EffectControls::SaveTo(IStorage& storage)
+void EffectControls::LoadLook(std::span<const std::byte> record)
 {
-    // Not the storage that it was loaded from, so the effect stays as dirty as it is.
-    Check(Storage().Save(&storage, FALSE), "the effect did not save its look");
-    Check(Storage().SaveCompleted(nullptr), "the effect did not finish saving");
-}
-
-bool EffectControls::LoadFrom(IStorage& storage)
-{
-    const HRESULT loaded = Storage().Load(&storage);
-    if (FAILED(loaded) && HRESULT_FACILITY(loaded) == FACILITY_STORAGE)
-    {
-        return false;
-    }
-    Check(loaded, "the effect did not load its look");
-    // What was loaded is closed by the host at once.
-    Check(Storage().HandsOffStorage(), "the effect did not let go of its storage");
-    return true;
+    Check(Stream().Load(StreamOf(record)), "the effect did not take the look");
 }
 
 void EffectControls::SetAutomation(bool active)
@@ -131,7 +94,7 @@ void EffectControls::SetFraction(double fraction)
 std::vector<std::byte> EffectControls::Blend(std::span<const std::byte> earlier,
                                              std::span<const std::byte> later, double fraction)
 {
-    const CComPtr<CMemoryStream> blend = StreamOf({});
+    const CComPtr<CMemoryStream> blend = StreamOf();
     const CComPtr<CMemoryStream> from = StreamOf(earlier);
     const CComPtr<CMemoryStream> to = StreamOf(later);
     Check(Automation().InterpolateStreams(blend, from, to, fraction),

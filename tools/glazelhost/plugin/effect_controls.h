@@ -36,9 +36,8 @@ public:
     // larger than LargestStored: the effect then stores nothing and says so to nobody.
     std::vector<std::byte> StoredLook();
     std::uint64_t LargestStored(); // bytes
-    void SaveTo(IStorage& storage);
-    // False when the storage does not hold what the effect looks for in it.
-    bool LoadFrom(IStorage& storage);
+    // The stored form of a look is its record's bytes; an empty one changes nothing.
+    void LoadLook(std::span<const std::byte> record);
 
     // While automation is on, frames show the keyframe pair at the fraction, else the current look.
     // The streams stand at their beginnings and hold one record each.
@@ -58,7 +57,6 @@ public:
 
 private:
     IPersistStreamInit& Stream();
-    IPersistStorage& Storage();
     IDXTSfAutomation& Automation();
     IStaticFilterPreset& Presets();
     void Check(HRESULT result, const char* what) const;
@@ -67,7 +65,6 @@ private:
     CComPtr<IUnknown> m_effect;
     // Asked for when they are first needed: what nobody uses an effect may lack.
     CComPtr<IPersistStreamInit> m_stream;
-    CComPtr<IPersistStorage> m_storage;
     CComPtr<IDXTSfAutomation> m_automation;
     CComPtr<IStaticFilterPreset> m_presets;
 };

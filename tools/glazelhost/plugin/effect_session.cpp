@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstring>
-#include <new>
 #include <tuple>
 
 namespace GlazelHost
@@ -14,24 +13,6 @@ namespace GlazelHost
 
 namespace
 {
-
-// A stream over a copy of the bytes, positioned at its start.
-CComPtr<IStream> StreamOf(std::span<const std::byte> bytes)
-{
-    CComPtr<IStream> stream;
-    if (FAILED(::CreateStreamOnHGlobal(nullptr, TRUE, &stream)))
-    {
-        throw std::bad_alloc();
-    }
-    ULONG written = 0;
-    const auto size = static_cast<ULONG>(bytes.size());
-    if (FAILED(stream->Write(bytes.data(), size, &written)) || written != size ||
-        FAILED(stream->Seek({}, STREAM_SEEK_SET, nullptr)))
-    {
-        throw std::bad_alloc();
-    }
-    return stream;
-}
 
 SurfaceFormat FormatFor(SampleType type, const SurfaceOptions& options) noexcept
 {
@@ -93,14 +74,6 @@ EffectSession::~EffectSession()
 {
     // Lets go of the surfaces before the effect ends; there is nobody left to tell of a failure.
     std::ignore = m_transform->Setup(nullptr, 0, nullptr, 0, 0);
-}
-
-void EffectSession::LoadLook(std::span<const std::byte> record)
-{
-    const auto persist = QueryEffect<IPersistStreamInit>(*m_effect, IID_IPersistStreamInit,
-                                                         "IPersistStreamInit", m_module.Path());
-    const CComPtr<IStream> stream = StreamOf(record);
-    CheckEffectCall(persist->Load(stream), m_module.Path(), "the effect did not take the look");
 }
 
 void EffectSession::SetUp(const SurfaceLayout& layout)

@@ -10,7 +10,6 @@
 #include "tools/glazelhost/surface/host_surface.h"
 
 #include <cstddef>
-#include <span>
 
 namespace GlazelHost
 {
@@ -36,9 +35,6 @@ public:
     // For what a host does with an effect besides frames. Lives as long as the session.
     IUnknown& Effect() const noexcept { return *m_effect.p; }
     const std::string& Path() const noexcept { return m_module.Path(); } // of its plug-in
-
-    // The stored form of a look is its record's bytes. Throws HostError.
-    void LoadLook(std::span<const std::byte> record);
 
     // Renders `input` into `output`, whose memory is reused and which gets the input's size, type
     // and alpha. Throws HostError when the effect fails, writes no picture, breaks the surfaces'

@@ -8,18 +8,6 @@
 namespace GlazelHost
 {
 
-namespace
-{
-
-CComPtr<CMemoryStream> StreamOf(const Keyframe& keyframe)
-{
-    CComPtr<CMemoryStream> stream;
-    stream.Attach(new CMemoryStream(keyframe.record));
-    return stream;
-}
-
-} // namespace
-
 KeyframePlayer::KeyframePlayer(EffectSession& session, EffectControls& controls,
                                const std::vector<Keyframe>& keyframes, KeyframeTrack track)
     : m_session(session), m_controls(controls), m_keyframes(keyframes), m_track(std::move(track))
@@ -32,8 +20,8 @@ void KeyframePlayer::HandOver(const KeyPlace& place)
     if (!m_pair || m_pair->earlier != place.earlier || m_pair->later != place.later)
     {
         m_pair.reset(); // should the effect refuse the pair, it holds something else
-        m_controls.SetKeyframes(*StreamOf(m_keyframes[place.earlier]),
-                                *StreamOf(m_keyframes[place.later]));
+        m_controls.SetKeyframes(*StreamOf(m_keyframes[place.earlier].record),
+                                *StreamOf(m_keyframes[place.later].record));
         m_pair = place;
     }
 }

@@ -1,14 +1,12 @@
 #include "tools/glazelhost/project/project_file.h"
 
+#include "support/win32/utf8.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/file_stream.h"
 #include "tools/glazelhost/media/safe_output.h"
 #include "tools/glazelhost/plugin/library_file.h"
-#include "tools/glazelhost/project/compound_check.h"
-#include "tools/glazelhost/project/compound_document.h"
-#include "tools/glazelhost/project/project_description.h"
 
-#include <optional>
+#include <array>
 #include <tuple>
 #include <utility>
 
@@ -18,99 +16,43 @@ namespace GlazelHost
 namespace
 {
 
-constexpr wchar_t kDescriptionStream[] = L"Project";
-constexpr wchar_t kEffectStorage[] = L"Effect";
-constexpr wchar_t kKeyframeStorage[] = L"Keyframes";
-// Of a description with the most keyframes: some 70 bytes for each.
-constexpr std::size_t kLargestDescription = 128 * kMostKeyframes;
+// Bytes. With the most keyframes of the largest looks it takes 175 MB.
+constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 
-// "0000", "0001", ...
-std::wstring StreamNameOf(std::size_t keyframe)
+StoredProject Read(const std::string& path)
 {
-    std::wstring name = std::to_wstring(keyframe);
-    name.insert(0, 4 - name.size(), L'0');
-    return name;
-}
-
-// The parts of a project file whose seals are unbroken, but for the effect's storage, which only
-// the effect can read.
-struct OpenedProject
-{
-    CComPtr<IStorage> root;
-    ProjectDescription description;
-    Project project;
-};
-
-OpenedProject Open(const std::string& path)
-{
-    OpenedProject opened;
-    const std::vector<std::byte> bytes = ReadWholeFile(path);
-    opened.root = OpenCompoundDocument(bytes);
-    if (!opened.root && LooksCompound(bytes))
-    {
-        ThrowDamagedProject(path, "its structure");
-    }
-    if (!opened.root)
+    const std::vector<std::byte> bytes = ReadFirstBytes(path, kLargestFile + 1);
+    if (bytes.size() > kLargestFile)
     {
         ThrowNoProject(path);
     }
-    const auto text = ReadStream(*opened.root, kDescriptionStream, kLargestDescription);
-    if (!text)
-    {
-        ThrowNoProject(path);
-    }
-    opened.description =
-        ParseProjectDescription({reinterpret_cast<const char*>(text->data()), text->size()}, path);
-    opened.project.ease = opened.description.ease;
-
-    const CComPtr<IStorage> keyframes = OpenStorage(*opened.root, kKeyframeStorage);
-    for (const ProjectDescription::Key& key : opened.description.keys)
-    {
-        const std::size_t index = opened.project.keyframes.size();
-        auto record = keyframes ? ReadStream(*keyframes, StreamNameOf(index),
-                                             static_cast<std::size_t>(key.seal.size))
-                                : std::nullopt;
-        if (!record || SealOf(*record) != key.seal)
-        {
-            ThrowDamagedProject(path, "the keyframe at " + TextOf(key.time));
-        }
-        opened.project.keyframes.push_back({key.time, std::move(*record)});
-    }
-    return opened;
+    return ParseProject({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, path);
 }
 
-ProjectDescription DescriptionOf(const Project& project, std::span<const std::byte> look)
+std::string TextOf(const CLSID& classId)
 {
-    ProjectDescription description{project.ease, SealOf(look), {}};
-    for (const Keyframe& keyframe : project.keyframes)
-    {
-        description.keys.push_back({keyframe.time, SealOf(keyframe.record)});
-    }
-    return description;
+    std::array<wchar_t, 39> text{}; // with braces and the terminating null
+    ::StringFromGUID2(classId, text.data(), static_cast<int>(text.size()));
+    return Utf8(text.data());
 }
 
 } // namespace
 
 Project OpenProject(const std::string& path, EffectControls& effect)
 {
-    OpenedProject opened = Open(path);
-    const CComPtr<IStorage> storage = OpenStorage(*opened.root, kEffectStorage);
-    CLSID owner{};
-    if (!storage || FAILED(::ReadClassStg(storage, &owner)))
-    {
-        ThrowDamagedProject(path, "the effect's look");
-    }
-    if (owner != effect.ClassId())
+    StoredProject stored = Read(path);
+    if (stored.effect != TextOf(effect.ClassId()))
     {
         throw HostError(path, "the project's look belongs to another effect",
                         "give the plug-in that it was made with as --plugin");
     }
-    // Asked back, because only the effect knows what it keeps in its storage.
-    if (!effect.LoadFrom(*storage) || SealOf(effect.StoredLook()) != opened.description.look)
+    effect.LoadLook(stored.look);
+    // Asked back, because the effect alone decides what it takes.
+    if (effect.StoredLook() != stored.look)
     {
         ThrowDamagedProject(path, "the effect's look");
     }
-    return std::move(opened.project);
+    return std::move(stored.project);
 }
 
 void CheckStorable(const std::string& look, std::span<const std::byte> record,
@@ -135,7 +77,7 @@ void CheckProjectTarget(const std::string& path, bool overwrite)
     }
     try
     {
-        std::ignore = Open(path);
+        std::ignore = Read(path);
     }
     catch (const HostError&)
     {
@@ -153,25 +95,9 @@ void SaveProject(const std::string& path, bool overwrite, const Project& project
     {
         CheckStorable("keyframe at " + TextOf(keyframe.time), keyframe.record, effect);
     }
-    const CompoundDocument document;
-    IStorage& root = document.Root();
-    const std::string text = TextOf(DescriptionOf(project, effect.StoredLook()));
-    WriteStream(root, kDescriptionStream, std::as_bytes(std::span(text)));
-
-    const CComPtr<IStorage> storage = CreateStorage(root, kEffectStorage);
-    CheckStorageCall(::WriteClassStg(storage, effect.ClassId()));
-    effect.SaveTo(*storage);
-    if (!project.keyframes.empty())
-    {
-        const CComPtr<IStorage> keyframes = CreateStorage(root, kKeyframeStorage);
-        for (std::size_t index = 0; index < project.keyframes.size(); ++index)
-        {
-            WriteStream(*keyframes, StreamNameOf(index), project.keyframes[index].record);
-        }
-    }
-    const std::vector<std::byte> bytes = document.Bytes();
+    const std::string text = TextOf({TextOf(effect.ClassId()), effect.StoredLook(), project});
     const auto output = OpenSafeOutput(path, overwrite);
-    output->Write(bytes.data(), bytes.size());
+    output->Write(std::as_bytes(std::span(text)).data(), text.size());
     output->Commit();
 }
 

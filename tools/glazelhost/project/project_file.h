@@ -1,25 +1,16 @@
-// Projects on disk: a compound document (structured storage) that keeps a look, or the keyframes of
-// an animation, the way a host keeps them. docs/host-contract.md describes the file.
+// Projects on disk: a look, or the keyframes of an animation, kept the way a host keeps them.
 // Tests: tests/tools/glazelhost/project/project_file_test.cpp.
 #pragma once
 
 #include "tools/glazelhost/plugin/effect_controls.h"
-#include "tools/glazelhost/project/keyframe_track.h"
+#include "tools/glazelhost/project/project_text.h"
 
 #include <cstddef>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace GlazelHost
 {
-
-// What a project holds beside the effect's own look.
-struct Project
-{
-    Ease ease = Ease::Linear;
-    std::vector<Keyframe> keyframes; // in the order of their times; none: the look stands alone
-};
 
 // Paths are UTF-8. Everything throws HostError with one line.
 

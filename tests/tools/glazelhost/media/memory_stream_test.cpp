@@ -1,7 +1,5 @@
 #include "tools/glazelhost/media/memory_stream.h"
 
-#include "platform/atl/atlcomcli.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
@@ -11,13 +9,6 @@ namespace GlazelHost
 
 namespace
 {
-
-CComPtr<CMemoryStream> NewStream()
-{
-    CComPtr<CMemoryStream> stream;
-    stream.Attach(new CMemoryStream);
-    return stream;
-}
 
 HRESULT SeekTo(CMemoryStream& stream, std::int64_t place, DWORD origin = STREAM_SEEK_SET)
 {
@@ -30,7 +21,7 @@ HRESULT SeekTo(CMemoryStream& stream, std::int64_t place, DWORD origin = STREAM_
 
 TEST(MemoryStream, WhatIsWrittenIsReadAgain)
 {
-    const auto stream = NewStream();
+    const auto stream = StreamOf();
     ULONG count = 0;
     EXPECT_EQ(stream->Write("hello", 5, &count), S_OK);
     EXPECT_EQ(count, 5U);
@@ -43,7 +34,7 @@ TEST(MemoryStream, WhatIsWrittenIsReadAgain)
 
 TEST(MemoryStream, WritingBehindTheEndFillsTheGapWithZeros)
 {
-    const auto stream = NewStream();
+    const auto stream = StreamOf();
     EXPECT_EQ(SeekTo(*stream, 3), S_OK);
     char text[2] = {};
     ULONG count = 7;
@@ -56,7 +47,7 @@ TEST(MemoryStream, WritingBehindTheEndFillsTheGapWithZeros)
 
 TEST(MemoryStream, OverwritingKeepsWhatFollows)
 {
-    const auto stream = NewStream();
+    const auto stream = StreamOf();
     stream->Write("abcdef", 6, nullptr);
     SeekTo(*stream, -4, STREAM_SEEK_END);
     stream->Write("XY", 2, nullptr);
@@ -65,7 +56,7 @@ TEST(MemoryStream, OverwritingKeepsWhatFollows)
 
 TEST(MemoryStream, SeekingBeforeTheBeginningOrFromNowhereChangesNothing)
 {
-    const auto stream = NewStream();
+    const auto stream = StreamOf();
     stream->Write("ab", 2, nullptr);
     EXPECT_EQ(SeekTo(*stream, -3, STREAM_SEEK_CUR), STG_E_INVALIDFUNCTION);
     EXPECT_EQ(SeekTo(*stream, 0, 9), STG_E_INVALIDFUNCTION);
@@ -76,7 +67,7 @@ TEST(MemoryStream, SeekingBeforeTheBeginningOrFromNowhereChangesNothing)
 
 TEST(MemoryStream, ASizeThatNoMemoryHoldsIsMediumFull)
 {
-    const auto stream = NewStream();
+    const auto stream = StreamOf();
     ULARGE_INTEGER size{};
     size.QuadPart = ~0ULL;
     EXPECT_EQ(stream->SetSize(size), STG_E_MEDIUMFULL);
@@ -90,7 +81,7 @@ TEST(MemoryStream, ASizeThatNoMemoryHoldsIsMediumFull)
 
 TEST(MemoryStream, ItIsAStreamAndNothingElse)
 {
-    const auto stream = NewStream();
+    const auto stream = StreamOf();
     CComPtr<ISequentialStream> sequential;
     EXPECT_EQ(stream->QueryInterface(IID_ISequentialStream, reinterpret_cast<void**>(&sequential)),
               S_OK);

@@ -16,7 +16,7 @@ namespace
 class LookKeepers : public RealEffect
 {
 protected:
-    void Hold(const Record& look) { m_session->LoadLook(look); }
+    void Hold(const Record& look) { m_controls.LoadLook(look); }
     static Record BytesOf(const std::string& path)
     {
         std::ifstream file(std::filesystem::path(path), std::ios::binary);

@@ -284,7 +284,7 @@ protected:
         PluginModule plugin(ProgramFolder() + "\\" + kPluginFileName);
         EffectSession session(plugin);
         RendererLook look = renderer.ImportLook(*render.look, RendererAPI::kImportRecord);
-        session.LoadLook(look.record);
+        EffectControls(session.Effect(), {}).LoadLook(look.record);
         Image graded;
         session.Render(ReadPicture(render.source.path), graded, {});
         return graded;

@@ -16,7 +16,7 @@ TEST_F(EffectControl, TheStoredLookIsTheRecordsBytes)
 {
     EXPECT_TRUE(m_controls.StoredLook().empty());
     const Record record = AnyRecord(1000, 3);
-    m_session->LoadLook(record);
+    m_controls.LoadLook(record);
     EXPECT_EQ(m_controls.StoredLook(), record);
 }
 
@@ -24,16 +24,16 @@ TEST_F(EffectControl, ALookBeyondTheLimitIsNotStored)
 {
     EXPECT_EQ(m_controls.LargestStored(), 131072U);
     const Record largest = AnyRecord(131072, 3);
-    m_session->LoadLook(largest);
+    m_controls.LoadLook(largest);
     EXPECT_EQ(m_controls.StoredLook(), largest);
-    m_session->LoadLook(AnyRecord(131073, 3));
+    m_controls.LoadLook(AnyRecord(131073, 3));
     EXPECT_TRUE(m_controls.StoredLook().empty());
 }
 
 TEST_F(EffectControl, TheOnlyPresetKeepsTheLookAndTurnsItsOptionOn)
 {
     ASSERT_EQ(m_controls.PresetNames(), std::vector<std::string>{"(Default)"});
-    m_session->LoadLook(AnyRecord(1000, 3, false));
+    m_controls.LoadLook(AnyRecord(1000, 3, false));
     m_controls.ApplyPreset(0);
     EXPECT_EQ(m_controls.StoredLook(), AnyRecord(1000, 3, true));
 }

@@ -2,6 +2,7 @@
 
 #include "tests/tools/glazelhost/plugin/fake_effect.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/plugin/effect_controls.h"
 
 #include <gtest/gtest.h>
 
@@ -150,7 +151,7 @@ TEST_F(EffectSessions, TheLookArrivesWholeAndFromItsFirstByte)
     EffectSession session(m_plugin);
     std::vector<std::byte> record(131072, std::byte{1});
     record[0] = std::byte{42};
-    session.LoadLook(record);
+    EffectControls(session.Effect(), {}).LoadLook(record);
     EXPECT_EQ(m_notes->loadedBytes, 131072u);
     EXPECT_EQ(m_notes->firstByte, 42u);
 }

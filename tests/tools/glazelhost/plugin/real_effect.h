@@ -64,7 +64,7 @@ protected:
     Record PlainRender(const Record& look)
     {
         EffectSession session(m_plugin);
-        session.LoadLook(look);
+        EffectControls(session.Effect(), {}).LoadLook(look);
         Image output;
         session.Render(Grey(), output, {});
         return output.pixels;
