@@ -116,12 +116,13 @@ DirectImage DescribeDirectly(IDXSurface* surface, IDXARGBReadPtr* samples, HRESU
     return {Describe(memory, format, aspect), memory.IsBottomUp()};
 }
 
-OutputArea AreaOf(const CDXDBnds& bounds) noexcept
+Geometry::Rect AreaOf(const CDXDBnds& bounds) noexcept
 {
     return {bounds.Left(), bounds.Top(), bounds.Width(), bounds.Height()};
 }
 
-DXPACKEDRECTDESC PackedRect(const OutputArea& area, const PackedWalk& walk, void* pixels) noexcept
+DXPACKEDRECTDESC PackedRect(const Geometry::Rect& area, const PackedWalk& walk,
+                            void* pixels) noexcept
 {
     if (!walk.isWholeFrame)
     {
@@ -210,7 +211,7 @@ void CPlugin::FetchInput(IDXSurface* input, DXSAMPLEFORMATENUM format, HRESULT& 
 void CPlugin::RenderBuffered(IDXSurface* output, const CDXTWorkInfoNTo1& workInfo,
                              const FrameContext& frame, HRESULT& result)
 {
-    const OutputArea area = AreaOf(workInfo.OutputBnds);
+    const Geometry::Rect area = AreaOf(workInfo.OutputBnds);
     const std::optional<PackedWalk> walk =
         WalkOver(area, static_cast<std::int32_t>(m_inputFrame.width),
                  static_cast<std::int32_t>(m_inputFrame.height));

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-std::optional<PackedWalk> WalkOver(const OutputArea& area, std::int32_t bufferWidth,
+std::optional<PackedWalk> WalkOver(const Geometry::Rect& area, std::int32_t bufferWidth,
                                    std::int32_t bufferHeight) noexcept
 {
     constexpr std::int32_t paddingPerSample = 4;

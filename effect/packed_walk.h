@@ -2,18 +2,11 @@
 // the output is packed. Pure: no windows.h. Tests: tests/effect/packed_walk_test.cpp.
 #pragma once
 
+#include "support/geometry.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-
-// Where a picture goes on the output surface, in samples.
-struct OutputArea
-{
-    std::int32_t left = 0;
-    std::int32_t top = 0;
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-};
 
 // A walk over `height` rows of `width` samples each.
 struct PackedWalk
@@ -32,5 +25,5 @@ struct PackedWalk
 // although a padding counts samples: rows of a part that is not as wide as the buffer are taken
 // from further and further down, beyond the buffer's end. A host gets the right picture by
 // executing whole frames, for which the padding is 0.
-std::optional<PackedWalk> WalkOver(const OutputArea& area, std::int32_t bufferWidth,
+std::optional<PackedWalk> WalkOver(const Geometry::Rect& area, std::int32_t bufferWidth,
                                    std::int32_t bufferHeight) noexcept;

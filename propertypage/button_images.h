@@ -19,7 +19,7 @@ enum class StoredForm
 struct ButtonImage
 {
     StoredForm form;
-    PanelSize size;
+    Geometry::Extent size;
     std::span<const std::uint8_t> bytes;
 };
 

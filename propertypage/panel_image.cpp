@@ -15,7 +15,7 @@ namespace
 constexpr std::uint32_t kOpaque = 0xFF000000;
 constexpr std::size_t kPixelBytes = sizeof(std::uint32_t);
 
-PanelImage EmptyImage(PanelSize size) noexcept
+PanelImage EmptyImage(Geometry::Extent size) noexcept
 {
     const std::size_t count =
         static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
@@ -65,9 +65,9 @@ PanelImage ImageOf(const ButtonImage& button) noexcept
     return image;
 }
 
-PanelImage ImageOf(const FrameBufferDesc& thumbnail, PanelSize page) noexcept
+PanelImage ImageOf(const FrameBufferDesc& thumbnail, Geometry::Extent page) noexcept
 {
-    const PanelSize size = VisibleThumbnail(thumbnail.width, thumbnail.height, page);
+    const Geometry::Extent size = VisibleThumbnail(thumbnail.width, thumbnail.height, page);
     if (thumbnail.pixels == nullptr || size.width < 1 || size.height < 1)
     {
         return {};
@@ -91,7 +91,8 @@ PanelImage ImageOf(const FrameBufferDesc& thumbnail, PanelSize page) noexcept
     return image;
 }
 
-PanelSize VisibleThumbnail(std::uint32_t width, std::uint32_t height, PanelSize page) noexcept
+Geometry::Extent VisibleThumbnail(std::uint32_t width, std::uint32_t height,
+                                  Geometry::Extent page) noexcept
 {
     return {Visible(width, kThumbnailOrigin.x, page.width),
             Visible(height, kThumbnailOrigin.y, page.height)};

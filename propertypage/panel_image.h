@@ -13,7 +13,7 @@
 // Without pixels, for want of memory or of a picture, there is nothing to draw.
 struct PanelImage
 {
-    PanelSize size;
+    Geometry::Extent size;
     std::unique_ptr<std::uint32_t[]> pixels;
 };
 
@@ -22,11 +22,12 @@ PanelImage ImageOf(const ButtonImage& button) noexcept;
 // The part of the renderer's thumbnail that fits on a page of that client size, blended over the
 // panel's grey. The thumbnail's pixels are 0xAARRGGBB with straight alpha and its rows follow each
 // other at its full width, whatever its pitch says.
-PanelImage ImageOf(const FrameBufferDesc& thumbnail, PanelSize page) noexcept;
+PanelImage ImageOf(const FrameBufferDesc& thumbnail, Geometry::Extent page) noexcept;
 
 // How much of a thumbnail shows: on the right and at the bottom the panel's frame stays free. No
 // width or no height means that nothing does.
-PanelSize VisibleThumbnail(std::uint32_t width, std::uint32_t height, PanelSize page) noexcept;
+Geometry::Extent VisibleThumbnail(std::uint32_t width, std::uint32_t height,
+                                  Geometry::Extent page) noexcept;
 
 // One channel over the panel's grey. The product is divided by 256, not by 255, and rounded down,
 // also below zero; full alpha keeps the channel.

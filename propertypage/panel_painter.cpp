@@ -30,7 +30,7 @@ void Fill(HDC dc, const RECT& rect, COLORREF colour) noexcept
 }
 
 // The one way onto the screen for every picture of the panel.
-void Draw(const WindowContext& context, const PanelImage& image, PanelPoint position) noexcept
+void Draw(const WindowContext& context, const PanelImage& image, Geometry::Point position) noexcept
 {
     if (context.Dc() == nullptr || image.pixels == nullptr)
     {
@@ -57,7 +57,7 @@ void Draw(const WindowContext& context, const PanelImage& image, PanelPoint posi
 
 } // namespace
 
-void DrawGround(const WindowContext& context, PanelSize page) noexcept
+void DrawGround(const WindowContext& context, Geometry::Extent page) noexcept
 {
     const POINT origin = context.Origin();
     RECT rect{origin.x, origin.y, origin.x + page.width, origin.y + page.height};
@@ -77,7 +77,7 @@ void DrawCheckBox(const WindowContext& context, bool checked) noexcept
 }
 
 void DrawThumbnail(const WindowContext& context, const FrameBufferDesc& thumbnail,
-                   PanelSize page) noexcept
+                   Geometry::Extent page) noexcept
 {
     Draw(context, ImageOf(thumbnail, page), kThumbnailOrigin);
 }

@@ -7,9 +7,9 @@
 #include "propertypage/window_context.h"
 
 // The black frame, and the grey ground inside it.
-void DrawGround(const WindowContext& context, PanelSize page) noexcept;
+void DrawGround(const WindowContext& context, Geometry::Extent page) noexcept;
 void DrawEditButton(const WindowContext& context, bool pressed) noexcept;
 void DrawCheckBox(const WindowContext& context, bool checked) noexcept;
 // Nothing when the renderer gave no pixels.
 void DrawThumbnail(const WindowContext& context, const FrameBufferDesc& thumbnail,
-                   PanelSize page) noexcept;
+                   Geometry::Extent page) noexcept;

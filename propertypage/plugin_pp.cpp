@@ -6,6 +6,7 @@
 #include "propertypage/effect_exchange.h"
 #include "propertypage/panel_painter.h"
 #include "support/exception_info.h"
+#include "support/win32/window_glue.h"
 
 #include <tuple>
 
@@ -16,32 +17,6 @@ namespace
 constexpr UINT kTitleId = 102;
 constexpr UINT kHelpFileId = 103;
 constexpr UINT kDocStringId = 104;
-
-PanelSize ClientSize(HWND window) noexcept
-{
-    RECT client{};
-    ::GetClientRect(window, &client);
-    return {static_cast<int>(client.right), static_cast<int>(client.bottom)};
-}
-
-// BeginPaint for as long as this lives. Window thread.
-class PaintScope
-{
-public:
-    explicit PaintScope(HWND window) noexcept
-        : m_window(window), m_dc(::BeginPaint(window, &m_paint))
-    {
-    }
-    ~PaintScope() { ::EndPaint(m_window, &m_paint); }
-    PaintScope(const PaintScope&) = delete;
-    PaintScope& operator=(const PaintScope&) = delete;
-    HDC Dc() const noexcept { return m_dc; } // borrowed; null when the window is gone
-
-private:
-    HWND m_window;
-    PAINTSTRUCT m_paint{};
-    HDC m_dc; // initialised through m_paint, so declared after it
-};
 
 } // namespace
 
@@ -90,7 +65,7 @@ LRESULT CPluginPP::OnCommand(UINT, WPARAM wParam, LPARAM, BOOL&) noexcept
 LRESULT CPluginPP::OnPaint(UINT, WPARAM, LPARAM, BOOL&) noexcept
 {
     EndLostPress();
-    const PanelSize page = ClientSize(m_hWnd);
+    const Geometry::Extent page = ClientSize(m_hWnd);
     const PaintScope paint(m_hWnd);
     if (paint.Dc() == nullptr)
     {

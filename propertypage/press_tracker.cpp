@@ -2,7 +2,7 @@
 
 #include <utility>
 
-PressTracker::Move PressTracker::MoveTo(PanelPoint pointer) noexcept
+PressTracker::Move PressTracker::MoveTo(Geometry::Point pointer) noexcept
 {
     Move move;
     if (!m_tracking)

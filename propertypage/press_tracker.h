@@ -24,7 +24,7 @@ public:
     // Anywhere on the page.
     void Press() noexcept { m_tracking = true; }
     // Nothing without a press.
-    Move MoveTo(PanelPoint pointer) noexcept;
+    Move MoveTo(Geometry::Point pointer) noexcept;
     Release ReleaseButton() noexcept;
 
     bool IsTracking() const noexcept { return m_tracking; }

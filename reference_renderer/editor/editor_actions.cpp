@@ -95,7 +95,7 @@ void EditorActions::Place(const EditorLayout& layout)
 {
     m_layout = layout;
     m_controls.Place(layout);
-    const Box& picture = layout.picture;
+    const Geometry::Rect& picture = layout.picture;
     ::SetWindowPos(m_picture.Window(), nullptr, picture.left, picture.top, picture.width,
                    picture.height, SWP_NOZORDER | SWP_NOACTIVATE);
     TellPicture();

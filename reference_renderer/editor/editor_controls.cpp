@@ -27,7 +27,7 @@ HWND Child(HWND parent, const wchar_t* className, const std::wstring& text, DWOR
                              parent, menu, ThisModule(), nullptr);
 }
 
-void Put(HWND window, const Box& box) noexcept
+void Put(HWND window, const Geometry::Rect& box) noexcept
 {
     ::SetWindowPos(window, nullptr, box.left, box.top, box.width, box.height,
                    SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);

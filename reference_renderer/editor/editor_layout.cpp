@@ -9,8 +9,8 @@ namespace
 {
 
 // All lengths are for 96 dots per inch.
-constexpr Extent kSmallest{820, 560};
-constexpr Extent kOpening{1200, 720};
+constexpr Geometry::Extent kSmallest{820, 560};
+constexpr Geometry::Extent kOpening{1200, 720};
 
 constexpr int kMargin = 16;
 constexpr int kGap = 8;
@@ -41,9 +41,9 @@ constexpr int kStatusLines = 2;
 class Placing
 {
 public:
-    Placing(Extent client, int dpi) noexcept : m_dpi(dpi)
+    Placing(Geometry::Extent client, int dpi) noexcept : m_dpi(dpi)
     {
-        const Extent smallest = SmallestClient(dpi);
+        const Geometry::Extent smallest = SmallestClient(dpi);
         m_width = std::max(client.width, smallest.width);
         m_height = std::max(client.height, smallest.height);
     }
@@ -64,7 +64,7 @@ private:
         m_layout.footerTop = m_height - Px(kFooter);
         const int top = m_layout.footerTop + (Px(kFooter) - Px(kButtonHeight)) / 2;
         int right = m_width - Px(kMargin);
-        for (Box* button : {&m_layout.cancel, &m_layout.accept, &m_layout.resetAll})
+        for (Geometry::Rect* button : {&m_layout.cancel, &m_layout.accept, &m_layout.resetAll})
         {
             *button = {right - Px(kButtonWidth), top, Px(kButtonWidth), Px(kButtonHeight)};
             right = button->left - Px(kGap);
@@ -146,7 +146,7 @@ private:
         const int right = m_layout.panel.left - Px(kMargin);
         const int top = m_layout.footerTop - Px(kMargin) - Px(kButtonHeight);
         int next = left;
-        for (Box& button : m_layout.compare)
+        for (Geometry::Rect& button : m_layout.compare)
         {
             button = {next, top, Px(kCompareWidth), Px(kButtonHeight)};
             next = button.Right();
@@ -167,17 +167,17 @@ private:
 
 } // namespace
 
-Extent SmallestClient(int dpi) noexcept
+Geometry::Extent SmallestClient(int dpi) noexcept
 {
     return {Scaled(kSmallest.width, dpi), Scaled(kSmallest.height, dpi)};
 }
 
-Extent OpeningClient(int dpi) noexcept
+Geometry::Extent OpeningClient(int dpi) noexcept
 {
     return {Scaled(kOpening.width, dpi), Scaled(kOpening.height, dpi)};
 }
 
-EditorLayout LayoutOf(Extent client, int dpi) noexcept
+EditorLayout LayoutOf(Geometry::Extent client, int dpi) noexcept
 {
     return Placing(client, dpi).Layout();
 }

@@ -3,24 +3,12 @@
 #pragma once
 
 #include "reference_renderer/editor/editor_control.h"
+#include "support/geometry.h"
 
 #include <array>
 
 namespace ReferenceRenderer
 {
-
-// In physical pixels of the client area.
-struct Box
-{
-    int left = 0;
-    int top = 0;
-    int width = 0;
-    int height = 0;
-
-    int Right() const noexcept { return left + width; }
-    int Bottom() const noexcept { return top + height; }
-    friend bool operator==(const Box&, const Box&) = default;
-};
 
 inline constexpr int kUnscaledDpi = 96;
 
@@ -30,23 +18,17 @@ constexpr int Scaled(int length, int dpi) noexcept
     return (length * dpi + kUnscaledDpi / 2) / kUnscaledDpi;
 }
 
-struct Extent
-{
-    int width = 0;
-    int height = 0;
-};
-
 // The client area in which everything has its room, and the one that the window opens with.
-Extent SmallestClient(int dpi) noexcept;
-Extent OpeningClient(int dpi) noexcept;
+Geometry::Extent SmallestClient(int dpi) noexcept;
+Geometry::Extent OpeningClient(int dpi) noexcept;
 
 struct ControlBoxes
 {
-    Box letter; // of the channel; empty where there is one value for all
-    Box slider;
-    Box frame;  // around the number
-    Box number; // the edit control inside of it
-    Box reset;
+    Geometry::Rect letter; // of the channel; empty where there is one value for all
+    Geometry::Rect slider;
+    Geometry::Rect frame;  // around the number
+    Geometry::Rect number; // the edit control inside of it
+    Geometry::Rect reset;
 };
 
 inline constexpr std::size_t kHeadings = 5; // one for each Step
@@ -54,24 +36,24 @@ inline constexpr std::size_t kCompareButtons = 3;
 
 struct EditorLayout
 {
-    Box picture;
-    std::array<Box, kCompareButtons> compare;
-    Box pictureFacts; // a line of text beside the compare buttons
-    Box panel;        // the part at the right with another ground
-    std::array<Box, kHeadings> headings;
+    Geometry::Rect picture;
+    std::array<Geometry::Rect, kCompareButtons> compare;
+    Geometry::Rect pictureFacts; // a line of text beside the compare buttons
+    Geometry::Rect panel;        // the part at the right with another ground
+    std::array<Geometry::Rect, kHeadings> headings;
     std::array<ControlBoxes, kControlCount> controls;
-    Box tables; // a line of text: the name of the look's tables
-    Box importFile;
-    Box removeTables;
-    Box hints;  // lines of text at the foot of the panel; empty where there is no room
-    Box status; // two lines of text
-    Box resetAll;
-    Box cancel;
-    Box accept;
+    Geometry::Rect tables; // a line of text: the name of the look's tables
+    Geometry::Rect importFile;
+    Geometry::Rect removeTables;
+    Geometry::Rect hints;  // lines of text at the foot of the panel; empty where there is no room
+    Geometry::Rect status; // two lines of text
+    Geometry::Rect resetAll;
+    Geometry::Rect cancel;
+    Geometry::Rect accept;
     int footerTop = 0; // a line across the window stands above it
 };
 
 // Client areas below SmallestClient are laid out as if they had that size.
-EditorLayout LayoutOf(Extent client, int dpi) noexcept;
+EditorLayout LayoutOf(Geometry::Extent client, int dpi) noexcept;
 
 } // namespace ReferenceRenderer

@@ -15,7 +15,7 @@ constexpr wchar_t kHints[] = L"Shift: finer steps.  Ctrl: all channels together.
                              L"Double click or Delete: back to neutral.";
 constexpr std::array<const wchar_t*, 3> kLetters{L"R", L"G", L"B"};
 
-RECT Grown(const Box& box, int by) noexcept
+RECT Grown(const Geometry::Rect& box, int by) noexcept
 {
     return {box.left - by, box.top - by, box.Right() + by, box.Bottom() + by};
 }

@@ -21,11 +21,6 @@ EditorTheme::EditorTheme(int dpi) : m_dpi(dpi)
     }
 }
 
-RECT RectOf(const Box& box) noexcept
-{
-    return {box.left, box.top, box.Right(), box.Bottom()};
-}
-
 void Fill(HDC dc, const RECT& area, COLORREF colour) noexcept
 {
     ::SetDCBrushColor(dc, colour);

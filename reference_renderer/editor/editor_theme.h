@@ -4,6 +4,7 @@
 
 #include "reference_renderer/editor/editor_layout.h"
 #include "reference_renderer/editor/gdi_objects.h"
+#include "support/win32/window_glue.h"
 
 #include <array>
 #include <cstdint>
@@ -66,8 +67,6 @@ private:
     FontHandle m_heading;
     BrushHandle m_field;
 };
-
-RECT RectOf(const Box& box) noexcept;
 
 // Fills without a brush of its own.
 void Fill(HDC dc, const RECT& area, COLORREF colour) noexcept;

@@ -167,9 +167,7 @@ void EditorWindow::Lay()
     {
         return;
     }
-    RECT client{};
-    ::GetClientRect(Window(), &client);
-    m_layout = LayoutOf({client.right, client.bottom}, m_theme->Dpi());
+    m_layout = LayoutOf(ClientSize(Window()), m_theme->Dpi());
     m_actions.Place(m_layout);
     ::InvalidateRect(Window(), nullptr, FALSE);
 }
@@ -177,7 +175,7 @@ void EditorWindow::Lay()
 void EditorWindow::OnGetLimits(MINMAXINFO& limits) const noexcept
 {
     const int dpi = m_theme ? m_theme->Dpi() : kUnscaledDpi;
-    const Extent client = SmallestClient(dpi);
+    const Geometry::Extent client = SmallestClient(dpi);
     const SIZE size = WindowSizeFor(Window(), {client.width, client.height}, dpi);
     limits.ptMinTrackSize = {size.cx, size.cy};
 }
@@ -229,7 +227,7 @@ void EditorWindow::PlaceOn(HWND host) noexcept
     ::SetWindowPos(Window(), nullptr, room.left, room.top, 0, 0,
                    SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOSIZE);
     const int dpi = DpiOf(Window());
-    const Extent client = OpeningClient(dpi);
+    const Geometry::Extent client = OpeningClient(dpi);
     const SIZE wanted = WindowSizeFor(Window(), {client.width, client.height}, dpi);
     const LONG width = std::min(wanted.cx, room.right - room.left);
     const LONG height = std::min(wanted.cy, room.bottom - room.top);

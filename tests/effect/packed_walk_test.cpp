@@ -10,7 +10,8 @@ namespace
 {
 
 // The lowest sample that is read and the one behind the highest, by taking every step of the walk.
-std::pair<std::int64_t, std::int64_t> SamplesRead(const OutputArea& area, const PackedWalk& walk)
+std::pair<std::int64_t, std::int64_t> SamplesRead(const Geometry::Rect& area,
+                                                  const PackedWalk& walk)
 {
     std::int64_t lowest = std::numeric_limits<std::int64_t>::max();
     std::int64_t end = std::numeric_limits<std::int64_t>::min();
@@ -64,7 +65,7 @@ TEST(PackedWalk, TheRoomIsWhatTheWalkReadsOutsideTheBuffer)
             {
                 for (const std::int32_t height : {1, 2, 4, 5})
                 {
-                    const OutputArea area{left, top, width, height};
+                    const Geometry::Rect area{left, top, width, height};
                     const auto walk = WalkOver(area, 8, 4);
                     ASSERT_TRUE(walk.has_value());
                     const auto [lowest, end] = SamplesRead(area, *walk);

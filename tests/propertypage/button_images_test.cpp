@@ -110,7 +110,7 @@ TEST(ButtonImages, TheEditImagesAreFortyByTwentyOpaqueBgra)
     {
         const ButtonImage image = EditImage(pressed);
         EXPECT_EQ(image.form, StoredForm::Bgra);
-        EXPECT_EQ(image.size, (PanelSize{40, 20}));
+        EXPECT_EQ(image.size, (Geometry::Extent{40, 20}));
         ASSERT_EQ(image.bytes.size(), 3200U);
         for (std::size_t alpha = 3; alpha < image.bytes.size(); alpha += 4)
         {
@@ -125,7 +125,7 @@ TEST(ButtonImages, TheCheckBoxImagesAre125By16Rgb)
     {
         const ButtonImage image = CheckBoxImage(checked);
         EXPECT_EQ(image.form, StoredForm::Rgb);
-        EXPECT_EQ(image.size, (PanelSize{125, 16}));
+        EXPECT_EQ(image.size, (Geometry::Extent{125, 16}));
         EXPECT_EQ(image.bytes.size(), 6000U);
     }
 }

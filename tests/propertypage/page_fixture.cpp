@@ -63,7 +63,7 @@ void PageTest::SetObject(IUnknown* object)
     }
 }
 
-void PageTest::Open(PanelSize size)
+void PageTest::Open(Geometry::Extent size)
 {
     SetObject(&exchange);
     if (frame == nullptr)
@@ -93,7 +93,7 @@ void PageTest::Repaint() const
     ::RedrawWindow(PageWindow(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
 }
 
-void PageTest::Click(PanelPoint point) const
+void PageTest::Click(Geometry::Point point) const
 {
     const HWND window = PageWindow();
     MovePointer(window, point);

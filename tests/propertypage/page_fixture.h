@@ -29,14 +29,14 @@ protected:
     void SetObject(IUnknown* object);
     // Opens the page on the effect, in a frame of that size that stays when the page is closed, and
     // lets it paint.
-    void Open(PanelSize size = {300, 120});
+    void Open(Geometry::Extent size = {300, 120});
     void Close();
     HWND PageWindow() const { return frame->PageWindow(); }
     // Paints all of it anew.
     void Repaint() const;
     // Moves the pointer there, presses and releases the button. On "Edit..." it comes back when the
     // editor is closed.
-    void Click(PanelPoint point) const;
+    void Click(Geometry::Point point) const;
     // Whether the page is to be painted with its ground erased first; ends that.
     bool TakeErase() const;
     // Lets the recording renderer hand out this thumbnail, which must live on.

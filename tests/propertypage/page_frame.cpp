@@ -21,7 +21,7 @@ void SendMouse(DWORD flags)
 
 } // namespace
 
-PageFrame::PageFrame(PanelSize size)
+PageFrame::PageFrame(Geometry::Extent size)
     : m_window(::CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"",
                                  WS_POPUP | WS_VISIBLE | WS_CLIPCHILDREN, 100, 100, size.width,
                                  size.height, nullptr, nullptr, nullptr, nullptr))
@@ -76,7 +76,7 @@ bool HandleMessagesUntil(const std::function<bool()>& condition)
 
 // A late report of an earlier move, which may come from another process's window, can put the
 // pointer back: it is moved once it has stood still in its place.
-void MovePointer(HWND page, PanelPoint point)
+void MovePointer(HWND page, Geometry::Point point)
 {
     POINT wanted{point.x, point.y};
     ::ClientToScreen(page, &wanted);

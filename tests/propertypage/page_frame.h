@@ -11,7 +11,7 @@
 class PageFrame
 {
 public:
-    explicit PageFrame(PanelSize size = {300, 120});
+    explicit PageFrame(Geometry::Extent size = {300, 120});
     ~PageFrame();
     PageFrame(const PageFrame&) = delete;
     PageFrame& operator=(const PageFrame&) = delete;
@@ -31,10 +31,10 @@ void HandleMessages();
 bool HandleMessagesUntil(const std::function<bool()>& condition);
 
 // The pointer and the left button as a user moves them: input that Windows itself delivers.
-void MovePointer(HWND page, PanelPoint point);
+void MovePointer(HWND page, Geometry::Point point);
 void PushButton();
 void LiftButton();
 
-inline constexpr PanelPoint kOnEdit{10, 30};
-inline constexpr PanelPoint kOnCheckBox{50, 75};
-inline constexpr PanelPoint kElsewhere{200, 50};
+inline constexpr Geometry::Point kOnEdit{10, 30};
+inline constexpr Geometry::Point kOnCheckBox{50, 75};
+inline constexpr Geometry::Point kElsewhere{200, 50};

@@ -27,7 +27,7 @@ protected:
         return ScreenOf(PageWindow()).At(7 + 116, 70 + 7) == 0xFFD700; // gold
     }
     // A step of the pointer that the page hears of even when the mouse is another window's.
-    void MoveOver(PanelPoint point) const
+    void MoveOver(Geometry::Point point) const
     {
         MovePointer(PageWindow(), point);
         ::SendMessageW(PageWindow(), WM_MOUSEMOVE, 0, 0);

@@ -2,6 +2,7 @@
 // frame, with the product and the reference renderer as they are built.
 #include "contract/class_ids.h"
 #include "reference_renderer/core/look_record.h"
+#include "support/win32/com_scope.h"
 #include "tests/propertypage/page_frame.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 #include "tests/reference_renderer/dll/loaded_renderer.h"
@@ -23,15 +24,6 @@ namespace
 {
 
 constexpr int kSteps = 20; // of a hundredth each
-
-class ComScope
-{
-public:
-    ComScope() { ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
-    ~ComScope() { ::CoUninitialize(); }
-    ComScope(const ComScope&) = delete;
-    ComScope& operator=(const ComScope&) = delete;
-};
 
 // Lives on the test's stack; its reference count is only checked.
 template <typename Interface>
@@ -294,7 +286,7 @@ protected:
         }
     };
 
-    ComScope m_com;
+    ComScope m_com{true};
     LoadedRenderer m_renderer;
     PluginModule m_module{""}; // the one beside this program
     std::unique_ptr<EffectSession> m_effect = std::make_unique<EffectSession>(m_module);

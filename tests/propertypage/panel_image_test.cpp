@@ -12,7 +12,7 @@
 namespace
 {
 
-constexpr PanelSize kLargePage{1000, 100};
+constexpr Geometry::Extent kLargePage{1000, 100};
 
 FrameBufferDesc Thumbnail(std::vector<std::uint32_t>& pixels, std::uint32_t width)
 {
@@ -60,7 +60,7 @@ TEST(PanelImage, AThumbnailBlendsItsThreeChannelsByTheirOwnValuesForEveryAlpha)
         pixels.push_back(Pixel(i / 256, channel, 255 - channel, channel ^ 0x55));
     }
     const PanelImage image = ImageOf(Thumbnail(pixels, 256), {2000, 2000});
-    ASSERT_EQ(image.size, (PanelSize{256, 256}));
+    ASSERT_EQ(image.size, (Geometry::Extent{256, 256}));
     for (std::size_t i = 0; i < pixels.size(); ++i)
     {
         const int alpha = static_cast<int>(i / 256);
@@ -94,24 +94,25 @@ TEST(PanelImage, AnOpaqueThumbnailPixelIsKept)
 
 TEST(PanelImage, AThumbnailIsCutOnePixelInsideTheFrameOnTheRightAndBottom)
 {
-    EXPECT_EQ(VisibleThumbnail(1000, 1000, {200, 100}), (PanelSize{149, 81}));
-    EXPECT_EQ(VisibleThumbnail(149, 81, {200, 100}), (PanelSize{149, 81})) << "just fits";
-    EXPECT_EQ(VisibleThumbnail(150, 82, {200, 100}), (PanelSize{149, 81})) << "one too many";
-    EXPECT_EQ(VisibleThumbnail(10, 20, {200, 100}), (PanelSize{10, 20}));
+    EXPECT_EQ(VisibleThumbnail(1000, 1000, {200, 100}), (Geometry::Extent{149, 81}));
+    EXPECT_EQ(VisibleThumbnail(149, 81, {200, 100}), (Geometry::Extent{149, 81})) << "just fits";
+    EXPECT_EQ(VisibleThumbnail(150, 82, {200, 100}), (Geometry::Extent{149, 81})) << "one too many";
+    EXPECT_EQ(VisibleThumbnail(10, 20, {200, 100}), (Geometry::Extent{10, 20}));
 }
 
 TEST(PanelImage, APageNarrowerThan51OrLowerThan19PixelsShowsNoThumbnail)
 {
     std::vector<std::uint32_t> pixels(10000, 0xFFFFFFFF);
     const FrameBufferDesc thumbnail = Thumbnail(pixels, 100);
-    for (const PanelSize page : {PanelSize{50, 100}, PanelSize{1000, 18}, PanelSize{0, 0},
-                                 PanelSize{51, 100}, PanelSize{1000, 19}})
+    for (const Geometry::Extent page :
+         {Geometry::Extent{50, 100}, Geometry::Extent{1000, 18}, Geometry::Extent{0, 0},
+          Geometry::Extent{51, 100}, Geometry::Extent{1000, 19}})
     {
         EXPECT_EQ(ImageOf(thumbnail, page).pixels, nullptr) << page.width << " x " << page.height;
     }
     const PanelImage smallest = ImageOf(thumbnail, {52, 20});
     ASSERT_NE(smallest.pixels, nullptr);
-    EXPECT_EQ(smallest.size, (PanelSize{1, 1}));
+    EXPECT_EQ(smallest.size, (Geometry::Extent{1, 1}));
 }
 
 TEST(PanelImage, ACutThumbnailKeepsItsFirstColumnsAndRows)
@@ -122,7 +123,7 @@ TEST(PanelImage, ACutThumbnailKeepsItsFirstColumnsAndRows)
         pixels.push_back(0xFF000000 | i);
     }
     const PanelImage image = ImageOf(Thumbnail(pixels, 40), {50 + 1 + 7, 18 + 1 + 5});
-    ASSERT_EQ(image.size, (PanelSize{7, 5}));
+    ASSERT_EQ(image.size, (Geometry::Extent{7, 5}));
     for (std::size_t y = 0; y < 5; ++y)
     {
         for (std::size_t x = 0; x < 7; ++x)
@@ -138,7 +139,7 @@ TEST(PanelImage, TheRowsOfAThumbnailFollowEachOtherWhateverItsPitchSays)
     FrameBufferDesc thumbnail = Thumbnail(pixels, 2);
     thumbnail.rowPitch = 1000;
     const PanelImage image = ImageOf(thumbnail, kLargePage);
-    ASSERT_EQ(image.size, (PanelSize{2, 2}));
+    ASSERT_EQ(image.size, (Geometry::Extent{2, 2}));
     EXPECT_EQ(image.pixels[2], 0xFF000003);
 }
 
@@ -175,8 +176,8 @@ TEST(PanelImage, AThumbnailWithoutPixelsOrSizeIsNoImage)
 TEST(PanelImage, AThumbnailOfTheLargestSizeIsCutToThePage)
 {
     constexpr std::uint32_t largest = std::numeric_limits<std::uint32_t>::max();
-    EXPECT_EQ(VisibleThumbnail(largest, largest, kLargePage), (PanelSize{949, 81}));
-    EXPECT_EQ(VisibleThumbnail(largest, largest, {32767, 32767}), (PanelSize{32716, 32748}));
+    EXPECT_EQ(VisibleThumbnail(largest, largest, kLargePage), (Geometry::Extent{949, 81}));
+    EXPECT_EQ(VisibleThumbnail(largest, largest, {32767, 32767}), (Geometry::Extent{32716, 32748}));
 }
 
 TEST(PanelImage, ABgraButtonIsCopiedAsItStands)

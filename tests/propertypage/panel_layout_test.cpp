@@ -4,29 +4,29 @@
 
 TEST(PanelLayout, TheEditButtonStandsFrom5And25To45And45)
 {
-    EXPECT_EQ(kEditRect, (PanelRect{5, 25, 45, 45}));
+    EXPECT_EQ(kEditRect, (Geometry::Rect{5, 25, 40, 20}));
 }
 
 TEST(PanelLayout, TheCheckBoxStandsFrom7And70To132And86)
 {
-    EXPECT_EQ(kCheckBoxRect, (PanelRect{7, 70, 132, 86}));
+    EXPECT_EQ(kCheckBoxRect, (Geometry::Rect{7, 70, 125, 16}));
 }
 
 TEST(PanelLayout, TheThumbnailBeginsAt50And18)
 {
-    EXPECT_EQ(kThumbnailOrigin, (PanelPoint{50, 18}));
+    EXPECT_EQ(kThumbnailOrigin, (Geometry::Point{50, 18}));
 }
 
 TEST(PanelLayout, ARectangleHoldsItsLeftAndTopEdgesButNotItsRightAndBottomOnes)
 {
-    for (const PanelRect& rect : {kEditRect, kCheckBoxRect})
+    for (const Geometry::Rect& rect : {kEditRect, kCheckBoxRect})
     {
         EXPECT_TRUE(rect.Contains({rect.left, rect.top}));
-        EXPECT_TRUE(rect.Contains({rect.right - 1, rect.bottom - 1}));
+        EXPECT_TRUE(rect.Contains({rect.Right() - 1, rect.Bottom() - 1}));
         EXPECT_FALSE(rect.Contains({rect.left - 1, rect.top}));
         EXPECT_FALSE(rect.Contains({rect.left, rect.top - 1}));
-        EXPECT_FALSE(rect.Contains({rect.right, rect.top}));
-        EXPECT_FALSE(rect.Contains({rect.left, rect.bottom}));
+        EXPECT_FALSE(rect.Contains({rect.Right(), rect.top}));
+        EXPECT_FALSE(rect.Contains({rect.left, rect.Bottom()}));
     }
 }
 

@@ -22,7 +22,7 @@ protected:
 
     // Both controls and the thumbnail in all their states, each painted as a whole and, for the
     // button, also drawn alone.
-    void ExpectAllStates(PanelSize size)
+    void ExpectAllStates(Geometry::Extent size)
     {
         Thumbnail thumbnail = SampleThumbnail({120, 60});
         for (const bool checked : {false, true})
@@ -128,8 +128,8 @@ TEST_F(PanelPaint, EveryPictureIsATopDown32BitBitmapAt96DotsPerInch)
 {
     struct Drawn
     {
-        PanelPoint at;
-        PanelSize size;
+        Geometry::Point at;
+        Geometry::Extent size;
         BITMAPINFOHEADER header;
         UINT firstLine;
         UINT lines;
@@ -158,12 +158,12 @@ TEST_F(PanelPaint, EveryPictureIsATopDown32BitBitmapAt96DotsPerInch)
         Repaint();
     }
     ASSERT_EQ(drawn.size(), 3U);
-    EXPECT_EQ(drawn[0].at, (PanelPoint{5, 25}));
-    EXPECT_EQ(drawn[0].size, (PanelSize{40, 20}));
-    EXPECT_EQ(drawn[1].at, (PanelPoint{7, 70}));
-    EXPECT_EQ(drawn[1].size, (PanelSize{125, 16}));
-    EXPECT_EQ(drawn[2].at, (PanelPoint{50, 18}));
-    EXPECT_EQ(drawn[2].size, (PanelSize{49, 41})) << "cut to the page";
+    EXPECT_EQ(drawn[0].at, (Geometry::Point{5, 25}));
+    EXPECT_EQ(drawn[0].size, (Geometry::Extent{40, 20}));
+    EXPECT_EQ(drawn[1].at, (Geometry::Point{7, 70}));
+    EXPECT_EQ(drawn[1].size, (Geometry::Extent{125, 16}));
+    EXPECT_EQ(drawn[2].at, (Geometry::Point{50, 18}));
+    EXPECT_EQ(drawn[2].size, (Geometry::Extent{49, 41})) << "cut to the page";
     for (const Drawn& one : drawn)
     {
         const BITMAPINFOHEADER& header = one.header;

@@ -12,7 +12,7 @@ namespace
 
 constexpr std::uint32_t kColourBits = 0x00FFFFFF;
 
-std::size_t Index(PanelSize size, int x, int y)
+std::size_t Index(Geometry::Extent size, int x, int y)
 {
     return static_cast<std::size_t>(y) * static_cast<std::size_t>(size.width) +
            static_cast<std::size_t>(x);
@@ -128,7 +128,7 @@ Picture ScreenOf(HWND window)
     return picture;
 }
 
-Thumbnail SampleThumbnail(PanelSize size)
+Thumbnail SampleThumbnail(Geometry::Extent size)
 {
     Thumbnail thumbnail{size, {}};
     for (int y = 0; y < size.height; ++y)
@@ -145,7 +145,7 @@ Thumbnail SampleThumbnail(PanelSize size)
     return thumbnail;
 }
 
-Picture ExpectedPanel(PanelSize size, const PanelState& state)
+Picture ExpectedPanel(Geometry::Extent size, const PanelState& state)
 {
     Picture picture{size, std::vector<std::uint32_t>(Index(size, 0, size.height), 0x303030)};
     for (int y = 0; y < size.height; ++y)

@@ -14,7 +14,7 @@
 // Rows from the top; a pixel is 0x00RRGGBB.
 struct Picture
 {
-    PanelSize size;
+    Geometry::Extent size;
     std::vector<std::uint32_t> pixels;
 
     std::uint32_t& At(int x, int y);
@@ -27,12 +27,12 @@ Picture ScreenOf(HWND window);
 // A thumbnail as a renderer hands it out: 0xAARRGGBB.
 struct Thumbnail
 {
-    PanelSize size;
+    Geometry::Extent size;
     std::vector<std::uint32_t> pixels;
 };
 
 // Every alpha, and colours on both sides of the panel's grey.
-Thumbnail SampleThumbnail(PanelSize size);
+Thumbnail SampleThumbnail(Geometry::Extent size);
 
 struct PanelState
 {
@@ -43,7 +43,7 @@ struct PanelState
 
 // Painted from the panel's definition alone, pixel by pixel; of the product only the data of the
 // button images are used.
-Picture ExpectedPanel(PanelSize size, const PanelState& state);
+Picture ExpectedPanel(Geometry::Extent size, const PanelState& state);
 
 // The first `width` columns, or all when there are fewer.
 Picture LeftPart(const Picture& picture, int width);

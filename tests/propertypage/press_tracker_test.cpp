@@ -5,20 +5,20 @@
 namespace
 {
 
-constexpr PanelPoint kOnEdit{10, 30};
-constexpr PanelPoint kOnCheckBox{50, 75};
-constexpr PanelPoint kElsewhere{300, 50};
+constexpr Geometry::Point kOnEdit{10, 30};
+constexpr Geometry::Point kOnCheckBox{50, 75};
+constexpr Geometry::Point kElsewhere{300, 50};
 
 // A left button that goes down at a point, moves and comes up.
 class Mouse
 {
 public:
-    PressTracker::Move Down(PanelPoint pointer)
+    PressTracker::Move Down(Geometry::Point pointer)
     {
         tracker.Press();
         return MoveTo(pointer);
     }
-    PressTracker::Move MoveTo(PanelPoint pointer)
+    PressTracker::Move MoveTo(Geometry::Point pointer)
     {
         const PressTracker::Move move = tracker.MoveTo(pointer);
         toggles += move.toggleCheck ? 1 : 0;
@@ -131,7 +131,7 @@ TEST(PressTracker, ASecondPressWithoutAReleaseDoesNotToggleAgain)
 TEST(PressTracker, MovesWithoutAPressDoNothing)
 {
     Mouse mouse;
-    for (const PanelPoint point : {kOnEdit, kOnCheckBox, kElsewhere})
+    for (const Geometry::Point point : {kOnEdit, kOnCheckBox, kElsewhere})
     {
         const PressTracker::Move move = mouse.MoveTo(point);
         EXPECT_FALSE(move.editChanged);

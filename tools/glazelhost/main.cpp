@@ -1,5 +1,6 @@
 // The host program: words in, a command run, one error line and an exit code out.
 
+#include "support/win32/com_scope.h"
 #include "support/win32/utf8.h"
 #include "tools/glazelhost/commands/commands.h"
 #include "tools/glazelhost/host_error.h"
@@ -12,7 +13,6 @@
 
 #include <windows.h>
 
-#include <ole2.h>
 #include <shellapi.h>
 
 #include <array>
@@ -138,39 +138,6 @@ Reporter MakeReporter(ReportStyle style)
 {
     return Reporter(style, {WriteStandardError, SecondsNow, StandardErrorColumns});
 }
-
-// COM for as long as this lives. Only a thread that handles messages may be an apartment.
-class ComScope
-{
-public:
-    explicit ComScope(bool hasWindows)
-        : m_hasWindows(hasWindows),
-          m_result(hasWindows ? ::OleInitialize(nullptr)
-                              : ::CoInitializeEx(nullptr, COINIT_MULTITHREADED))
-    {
-    }
-    ~ComScope()
-    {
-        if (FAILED(m_result))
-        {
-            return;
-        }
-        if (m_hasWindows)
-        {
-            ::OleUninitialize();
-        }
-        else
-        {
-            ::CoUninitialize();
-        }
-    }
-    ComScope(const ComScope&) = delete;
-    ComScope& operator=(const ComScope&) = delete;
-
-private:
-    bool m_hasWindows;
-    HRESULT m_result;
-};
 
 // Runs `operation` and turns what it throws into a line and an exit code.
 template <typename Operation>

@@ -16,7 +16,7 @@ constexpr int kDpis[] = {96, 120, 144, 168, 192, 288};
 struct Named
 {
     std::string name;
-    Box box;
+    Geometry::Rect box;
 };
 
 // Everything that must not touch anything else.
@@ -30,11 +30,11 @@ std::vector<Named> Parts(const EditorLayout& layout)
     {
         parts.push_back({"hints", layout.hints});
     }
-    for (const Box& button : layout.compare)
+    for (const Geometry::Rect& button : layout.compare)
     {
         parts.push_back({"compare", button});
     }
-    for (const Box& heading : layout.headings)
+    for (const Geometry::Rect& heading : layout.headings)
     {
         parts.push_back({"heading", heading});
     }
@@ -50,19 +50,19 @@ std::vector<Named> Parts(const EditorLayout& layout)
     return parts;
 }
 
-bool Overlap(const Box& a, const Box& b)
+bool Overlap(const Geometry::Rect& a, const Geometry::Rect& b)
 {
     return a.left < b.Right() && b.left < a.Right() && a.top < b.Bottom() && b.top < a.Bottom();
 }
 
-void ExpectGood(Extent client, int dpi)
+void ExpectGood(Geometry::Extent client, int dpi)
 {
     SCOPED_TRACE(testing::Message() << client.width << " x " << client.height << " at " << dpi);
     const EditorLayout layout = LayoutOf(client, dpi);
     const std::vector<Named> parts = Parts(layout);
     for (std::size_t i = 0; i < parts.size(); ++i)
     {
-        const Box& box = parts[i].box;
+        const Geometry::Rect& box = parts[i].box;
         if (parts[i].name.find("letter") == std::string::npos)
         {
             EXPECT_GT(box.width, 0) << parts[i].name;

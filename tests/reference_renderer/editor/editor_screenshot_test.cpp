@@ -1,6 +1,7 @@
 // Pictures of the editor for the documentation, and for whoever changes how it looks.
 #include "tests/reference_renderer/editor/editor_fixture.h"
 
+#include "support/win32/com_scope.h"
 #include "tools/glazelhost/media/open_frames.h"
 
 #include <cstring>
@@ -70,16 +71,6 @@ void WritePicture(const Image& image, const std::string& name)
     sink->Finish();
 }
 
-// The picture codecs need COM.
-class ComScope
-{
-public:
-    ComScope() { ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
-    ~ComScope() { ::CoUninitialize(); }
-    ComScope(const ComScope&) = delete;
-    ComScope& operator=(const ComScope&) = delete;
-};
-
 class EditorScreenshot : public EditorTest
 {
 protected:
@@ -135,7 +126,7 @@ protected:
         WritePicture(shown, name);
     }
 
-    ComScope m_com;
+    ComScope m_com{true}; // for the picture codecs
     Image m_picture;
 };
 

@@ -286,7 +286,7 @@ TEST_F(EditorWindowTest, CannotBeMadeSmallerThanItsContentsNeed)
     editor.Resize(100, 100);
     RECT client{};
     ::GetClientRect(editor.Window(), &client);
-    const Extent smallest = SmallestClient(96);
+    const Geometry::Extent smallest = SmallestClient(96);
     EXPECT_GE(client.right, smallest.width);
     EXPECT_GE(client.bottom, smallest.height);
     const RECT accept = editor.AreaOf(editor.Child(IDOK));
@@ -319,7 +319,7 @@ TEST_F(EditorWindowTest, FollowsTheResolutionOfTheDisplayItIsMovedTo)
     ::GetClientRect(editor.Window(), &client);
     const EditorLayout layout = LayoutOf({client.right, client.bottom}, 144);
     const RECT slider = editor.AreaOf(editor.Slider(Control::PowerGreen));
-    const Box& expected = layout.controls[IndexOf(Control::PowerGreen)].slider;
+    const Geometry::Rect& expected = layout.controls[IndexOf(Control::PowerGreen)].slider;
     EXPECT_EQ(slider.left, expected.left);
     EXPECT_EQ(slider.top, expected.top);
     EXPECT_EQ(slider.right - slider.left, expected.width);

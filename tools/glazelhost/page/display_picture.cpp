@@ -72,7 +72,8 @@ std::array<double, 3> ColourOf(double hue, double saturation, double value) noex
 
 } // namespace
 
-Placement PlacementOf(Extent picture, double pixelAspect, Extent area) noexcept
+Geometry::Rect PlacementOf(Geometry::Extent picture, double pixelAspect,
+                           Geometry::Extent area) noexcept
 {
     if (area.width < 1 || area.height < 1 || picture.width < 1 || picture.height < 1)
     {
@@ -85,8 +86,8 @@ Placement PlacementOf(Extent picture, double pixelAspect, Extent area) noexcept
     const auto side = [scale](double length, int most) {
         return static_cast<int>(std::clamp(std::round(length * scale), 1.0, double(most)));
     };
-    const Extent size{side(width, area.width), side(height, area.height)};
-    return {(area.width - size.width) / 2, (area.height - size.height) / 2, size};
+    const Geometry::Extent size{side(width, area.width), side(height, area.height)};
+    return Geometry::RectAt({(area.width - size.width) / 2, (area.height - size.height) / 2}, size);
 }
 
 std::vector<std::uint32_t> DisplayPixels(const Image& image)

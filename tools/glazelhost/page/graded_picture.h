@@ -23,7 +23,7 @@ public:
     // Renders anew. Throws HostError; the picture before then stays.
     void Render();
 
-    Extent Size() const noexcept { return {m_source.width, m_source.height}; }
+    Geometry::Extent Size() const noexcept { return {m_source.width, m_source.height}; }
     double PixelAspect() const noexcept { return m_information.pixelAspect; }
     // As DisplayPixels gives them; none before the first Render.
     std::span<const std::uint32_t> Pixels() const noexcept { return m_pixels; }

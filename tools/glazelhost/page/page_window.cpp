@@ -1,6 +1,7 @@
 #include "tools/glazelhost/page/page_window.h"
 
 #include "support/win32/utf8.h"
+#include "support/win32/window_glue.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/light_choice.h"
 #include "tools/glazelhost/page/clipboard.h"
@@ -53,22 +54,17 @@ ATOM RegisterWindowClass(WNDPROC procedure)
     return ::RegisterClassExW(&windowClass);
 }
 
-Extent WorkArea()
+Geometry::Extent WorkArea()
 {
     RECT area{};
     ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
     return {area.right - area.left, area.bottom - area.top};
 }
 
-RECT RectOf(const Placement& place)
-{
-    return {place.x, place.y, place.x + place.size.width, place.y + place.size.height};
-}
-
 // Without its old pixels: they may show what stood over it.
-void MoveTo(HWND control, const Placement& place)
+void MoveTo(HWND control, const Geometry::Rect& place)
 {
-    ::SetWindowPos(control, nullptr, place.x, place.y, place.size.width, place.size.height,
+    ::SetWindowPos(control, nullptr, place.left, place.top, place.width, place.height,
                    SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
@@ -98,23 +94,7 @@ HWND BusyWindow(HWND disabled) noexcept
     return found;
 }
 
-// BeginPaint for as long as this lives.
-class PaintScope
-{
-public:
-    explicit PaintScope(HWND window) : m_window(window), m_dc(::BeginPaint(window, &m_paint)) {}
-    ~PaintScope() { ::EndPaint(m_window, &m_paint); }
-    PaintScope(const PaintScope&) = delete;
-    PaintScope& operator=(const PaintScope&) = delete;
-    HDC Dc() const noexcept { return m_dc; }
-
-private:
-    HWND m_window;
-    PAINTSTRUCT m_paint{};
-    HDC m_dc; // initialised through m_paint, so declared after it
-};
-
-void DrawPicture(HDC dc, const GradedPicture& picture, const Placement& place)
+void DrawPicture(HDC dc, const GradedPicture& picture, const Geometry::Rect& place)
 {
     BITMAPINFO bitmap{};
     bitmap.bmiHeader.biSize = sizeof bitmap.bmiHeader;
@@ -124,7 +104,7 @@ void DrawPicture(HDC dc, const GradedPicture& picture, const Placement& place)
     bitmap.bmiHeader.biBitCount = 32;
     ::SetStretchBltMode(dc, HALFTONE);
     ::SetBrushOrgEx(dc, 0, 0, nullptr); // as HALFTONE asks for
-    ::StretchDIBits(dc, place.x, place.y, place.size.width, place.size.height, 0, 0,
+    ::StretchDIBits(dc, place.left, place.top, place.width, place.height, 0, 0,
                     picture.Size().width, picture.Size().height, picture.Pixels().data(), &bitmap,
                     DIB_RGB_COLORS, SRCCOPY);
 }
@@ -183,8 +163,8 @@ bool PageWindow::AskToClose() noexcept
 void PageWindow::Open()
 {
     static const ATOM windowClass = RegisterWindowClass(WindowProc);
-    const Extent most = WorkArea();
-    const Extent client = ClientFor(m_picture.Size(), m_page.Size().cy, most);
+    const Geometry::Extent most = WorkArea();
+    const Geometry::Extent client = ClientFor(m_picture.Size(), m_page.Size().cy, most);
     RECT outer{0, 0, client.width, client.height};
     ::AdjustWindowRectEx(&outer, kStyle, FALSE, WS_EX_CONTROLPARENT);
     const std::wstring title = Wide(m_options.pictureName) + L" \u2013 " + m_page.Title();
@@ -253,13 +233,12 @@ void PageWindow::Paint()
     const PaintScope paint(m_window);
     RECT client{};
     ::GetClientRect(m_window, &client);
-    const Placement area = LayoutOf({client.right, client.bottom}, m_page.Size().cy).picture;
-    Placement place = PlacementOf(m_picture.Size(), m_picture.PixelAspect(), area.size);
-    if (place.size.width > 0)
+    const Geometry::Rect area = LayoutOf({client.right, client.bottom}, m_page.Size().cy).picture;
+    Geometry::Rect place = PlacementOf(m_picture.Size(), m_picture.PixelAspect(), area.Size());
+    if (place.width > 0)
     {
         DrawPicture(paint.Dc(), m_picture, place);
-        ::ExcludeClipRect(paint.Dc(), place.x, place.y, place.x + place.size.width,
-                          place.y + place.size.height);
+        ::ExcludeClipRect(paint.Dc(), place.left, place.top, place.Right(), place.Bottom());
     }
     const RECT surround = RectOf(area);
     ::SetBkColor(paint.Dc(), kSurround);
@@ -338,7 +317,7 @@ LRESULT PageWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_GETMINMAXINFO:
     {
-        const Extent least = LeastClient(m_page.Size().cy);
+        const Geometry::Extent least = LeastClient(m_page.Size().cy);
         RECT outer{0, 0, least.width, least.height};
         ::AdjustWindowRectEx(&outer, kStyle, FALSE, WS_EX_CONTROLPARENT);
         reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {outer.right - outer.left,

@@ -9,41 +9,41 @@ namespace
 {
 
 constexpr int kGap = 8;
-constexpr Extent kButton{120, 26};
+constexpr Geometry::Extent kButton{120, 26};
 constexpr int kBar = kButton.height + 2 * kGap;
 constexpr int kLeastWidth = 480;  // the buttons and half a line of status
 constexpr int kLeastPicture = 90; // rows
 
 } // namespace
 
-WindowLayout LayoutOf(Extent client, int pageHeight) noexcept
+WindowLayout LayoutOf(Geometry::Extent client, int pageHeight) noexcept
 {
     const int barTop = std::max(client.height - kBar, 0);
     const int pageTop = std::max(barTop - pageHeight, 0);
     const auto buttonAt = [&](int placesFromRight) {
         const int x = client.width - placesFromRight * (kButton.width + kGap);
-        return Placement{x, barTop + kGap, kButton};
+        return Geometry::RectAt({x, barTop + kGap}, kButton);
     };
     WindowLayout layout;
-    layout.picture = {0, 0, {client.width, pageTop}};
-    layout.page = {0, pageTop, {client.width, barTop - pageTop}};
+    layout.picture = {0, 0, client.width, pageTop};
+    layout.page = {0, pageTop, client.width, barTop - pageTop};
     layout.copyCommand = buttonAt(1);
     layout.saveLook = buttonAt(2);
-    layout.status = {
-        kGap, barTop + kGap, {std::max(layout.saveLook.x - 2 * kGap, 0), kButton.height}};
+    layout.status = {kGap, barTop + kGap, std::max(layout.saveLook.left - 2 * kGap, 0),
+                     kButton.height};
     return layout;
 }
 
-Extent LeastClient(int pageHeight) noexcept
+Geometry::Extent LeastClient(int pageHeight) noexcept
 {
     return {kLeastWidth, kLeastPicture + pageHeight + kBar};
 }
 
-Extent ClientFor(Extent picture, int pageHeight, Extent most) noexcept
+Geometry::Extent ClientFor(Geometry::Extent picture, int pageHeight, Geometry::Extent most) noexcept
 {
-    const Extent least = LeastClient(pageHeight);
-    const Extent whole{std::max(picture.width, least.width),
-                       std::max(picture.height + pageHeight + kBar, least.height)};
+    const Geometry::Extent least = LeastClient(pageHeight);
+    const Geometry::Extent whole{std::max(picture.width, least.width),
+                                 std::max(picture.height + pageHeight + kBar, least.height)};
     return {std::min(whole.width, most.width), std::min(whole.height, most.height)};
 }
 

@@ -3,28 +3,29 @@
 // Tests: tests/tools/glazelhost/page/window_layout_test.cpp.
 #pragma once
 
-#include "tools/glazelhost/page/display_picture.h"
+#include "support/geometry.h"
 
 namespace GlazelHost
 {
 
 struct WindowLayout
 {
-    Placement picture;
-    Placement page;
-    Placement status;
-    Placement saveLook;
-    Placement copyCommand;
+    Geometry::Rect picture;
+    Geometry::Rect page;
+    Geometry::Rect status;
+    Geometry::Rect saveLook;
+    Geometry::Rect copyCommand;
 };
 
 // Pixels of the client area. Where there is less than LeastClient the picture loses its rows first,
 // then the page.
-WindowLayout LayoutOf(Extent client, int pageHeight) noexcept;
+WindowLayout LayoutOf(Geometry::Extent client, int pageHeight) noexcept;
 
 // The smallest client area in which every part can be used.
-Extent LeastClient(int pageHeight) noexcept;
+Geometry::Extent LeastClient(int pageHeight) noexcept;
 
 // The client area that shows all of the picture, or as much as `most` allows.
-Extent ClientFor(Extent picture, int pageHeight, Extent most) noexcept;
+Geometry::Extent ClientFor(Geometry::Extent picture, int pageHeight,
+                           Geometry::Extent most) noexcept;
 
 } // namespace GlazelHost

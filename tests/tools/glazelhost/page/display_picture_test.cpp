@@ -23,31 +23,31 @@ Image OnePixel(std::array<float, 4> channels, bool hasAlpha)
 
 TEST(Placements, AreInTheMiddleAndKeepTheProportions)
 {
-    EXPECT_EQ(PlacementOf({200, 100}, 1.0, {100, 100}), (Placement{0, 25, {100, 50}}));
-    EXPECT_EQ(PlacementOf({100, 200}, 1.0, {100, 100}), (Placement{25, 0, {50, 100}}));
+    EXPECT_EQ(PlacementOf({200, 100}, 1.0, {100, 100}), (Geometry::Rect{0, 25, 100, 50}));
+    EXPECT_EQ(PlacementOf({100, 200}, 1.0, {100, 100}), (Geometry::Rect{25, 0, 50, 100}));
 }
 
 TEST(Placements, NeverEnlarge)
 {
-    EXPECT_EQ(PlacementOf({10, 20}, 1.0, {100, 100}), (Placement{45, 40, {10, 20}}));
+    EXPECT_EQ(PlacementOf({10, 20}, 1.0, {100, 100}), (Geometry::Rect{45, 40, 10, 20}));
 }
 
 TEST(Placements, WidenPixelsThatAreNotSquare)
 {
-    EXPECT_EQ(PlacementOf({720, 576}, 2.0, {1440, 1440}).size, (Extent{1440, 576}));
-    EXPECT_EQ(PlacementOf({720, 576}, 0.0, {1440, 1440}).size, (Extent{720, 576}));
-    EXPECT_EQ(PlacementOf({720, 576}, NAN, {1440, 1440}).size, (Extent{720, 576}));
+    EXPECT_EQ(PlacementOf({720, 576}, 2.0, {1440, 1440}).Size(), (Geometry::Extent{1440, 576}));
+    EXPECT_EQ(PlacementOf({720, 576}, 0.0, {1440, 1440}).Size(), (Geometry::Extent{720, 576}));
+    EXPECT_EQ(PlacementOf({720, 576}, NAN, {1440, 1440}).Size(), (Geometry::Extent{720, 576}));
 }
 
 TEST(Placements, ShowAtLeastOnePixelOfAStrip)
 {
-    EXPECT_EQ(PlacementOf({10000, 1}, 1.0, {100, 100}).size, (Extent{100, 1}));
+    EXPECT_EQ(PlacementOf({10000, 1}, 1.0, {100, 100}).Size(), (Geometry::Extent{100, 1}));
 }
 
 TEST(Placements, AreEmptyWithoutRoom)
 {
-    EXPECT_EQ(PlacementOf({10, 10}, 1.0, {100, 0}), Placement{});
-    EXPECT_EQ(PlacementOf({10, 10}, 1.0, {-5, 100}), Placement{});
+    EXPECT_EQ(PlacementOf({10, 10}, 1.0, {100, 0}), Geometry::Rect{});
+    EXPECT_EQ(PlacementOf({10, 10}, 1.0, {-5, 100}), Geometry::Rect{});
 }
 
 TEST(DisplayPictures, KeepTheCodesOfAnOpaquePicture)

@@ -146,7 +146,7 @@ public:
         }
         return nullptr;
     }
-    void ClickPage(PanelPoint point) const
+    void ClickPage(Geometry::Point point) const
     {
         MovePointer(Page(), point);
         ::SendMessageW(Page(), WM_LBUTTONDOWN, MK_LBUTTON, 0);
@@ -328,7 +328,7 @@ TEST_F(PageCommands, KeepThePageBelowThePictureWhenTheWindowGrows)
     ::GetClientRect(shown.Page(), &page);
     EXPECT_EQ(page.right, client.right);
     const WindowLayout layout = LayoutOf({client.right, client.bottom}, page.bottom);
-    EXPECT_EQ(shown.PixelAt(client.right / 2, layout.picture.size.height / 2), RGB(160, 80, 80));
+    EXPECT_EQ(shown.PixelAt(client.right / 2, layout.picture.height / 2), RGB(160, 80, 80));
     EXPECT_EQ(shown.PixelAt(1, 1), RGB(32, 32, 32)) << "around the picture";
 }
 
@@ -498,7 +498,7 @@ TEST_F(PageCommands, LeaveNothingBehindWhenTheWindowShrinks)
     ::GetClientRect(shown.Window(), &client);
     RECT page{};
     ::GetClientRect(shown.Page(), &page);
-    const Extent least = LeastClient(page.bottom);
+    const Geometry::Extent least = LeastClient(page.bottom);
     EXPECT_EQ(client.right, least.width) << "it does not get smaller than that";
     EXPECT_EQ(client.bottom, least.height);
 }
