@@ -1,9 +1,9 @@
-// The pictures of the panel's two controls. The data stand in button_images.cpp, which
+// The pictures of the panel's controls. The data stand in button_images.cpp, which
 // make_button_images.py draws.
 // Pure: no windows.h. Tests: tests/propertypage/button_images_test.cpp.
 #pragma once
 
-#include "propertypage/panel_layout.h"
+#include "support/geometry.h"
 
 #include <array>
 #include <cstdint>
@@ -25,16 +25,6 @@ struct ButtonImage
 
 extern const std::array<std::uint8_t, 3200> kEditNormalPixels;
 extern const std::array<std::uint8_t, 3200> kEditPressedPixels;
+// Drawn on the panel's own grey, so that they need no transparency.
 extern const std::array<std::uint8_t, 6000> kCheckBoxOffPixels;
 extern const std::array<std::uint8_t, 6000> kCheckBoxOnPixels;
-
-inline ButtonImage EditImage(bool pressed) noexcept
-{
-    return {StoredForm::Bgra, kEditSize, pressed ? kEditPressedPixels : kEditNormalPixels};
-}
-
-// Drawn on the panel's own grey, so that it needs no transparency.
-inline ButtonImage CheckBoxImage(bool checked) noexcept
-{
-    return {StoredForm::Rgb, kCheckBoxSize, checked ? kCheckBoxOnPixels : kCheckBoxOffPixels};
-}

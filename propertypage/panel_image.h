@@ -3,7 +3,6 @@
 #pragma once
 
 #include "contract/frame_buffer_desc.h"
-#include "propertypage/button_images.h"
 #include "propertypage/panel_layout.h"
 
 #include <cstdint>

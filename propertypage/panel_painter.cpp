@@ -66,14 +66,10 @@ void DrawGround(const WindowContext& context, Geometry::Extent page) noexcept
     Fill(context.Dc(), rect, kPanelColour);
 }
 
-void DrawEditButton(const WindowContext& context, bool pressed) noexcept
+void DrawControl(const WindowContext& context, PanelControl control, bool on) noexcept
 {
-    Draw(context, ImageOf(EditImage(pressed)), kEditOrigin);
-}
-
-void DrawCheckBox(const WindowContext& context, bool checked) noexcept
-{
-    Draw(context, ImageOf(CheckBoxImage(checked)), kCheckBoxOrigin);
+    const Geometry::Rect& rect = RowOf(control).rect;
+    Draw(context, ImageOf(PictureOf(control, on)), {rect.left, rect.top});
 }
 
 void DrawThumbnail(const WindowContext& context, const FrameBufferDesc& thumbnail,

@@ -8,8 +8,7 @@
 
 // The black frame, and the grey ground inside it.
 void DrawGround(const WindowContext& context, Geometry::Extent page) noexcept;
-void DrawEditButton(const WindowContext& context, bool pressed) noexcept;
-void DrawCheckBox(const WindowContext& context, bool checked) noexcept;
+void DrawControl(const WindowContext& context, PanelControl control, bool on) noexcept;
 // Nothing when the renderer gave no pixels.
 void DrawThumbnail(const WindowContext& context, const FrameBufferDesc& thumbnail,
                    Geometry::Extent page) noexcept;

@@ -18,6 +18,18 @@ constexpr UINT kTitleId = 102;
 constexpr UINT kHelpFileId = 103;
 constexpr UINT kDocStringId = 104;
 
+template <typename Visit>
+void ForEach(const PanelControls& controls, Visit&& visit) noexcept
+{
+    for (std::size_t index = 0; index < controls.size(); ++index)
+    {
+        if (controls[index])
+        {
+            visit(static_cast<PanelControl>(index));
+        }
+    }
+}
+
 } // namespace
 
 CPluginPP::CPluginPP() noexcept
@@ -73,8 +85,8 @@ LRESULT CPluginPP::OnPaint(UINT, WPARAM, LPARAM, BOOL&) noexcept
     }
     const WindowContext context(m_hWnd, {}, paint.Dc());
     DrawGround(context, page);
-    DrawEditButton(context, m_press.EditPressed());
-    DrawCheckBox(context, m_record.GetFlag() == kAssumeLinearGamma);
+    ForEach(~PanelControls(),
+            [&](PanelControl control) { DrawControl(context, control, IsOn(control)); });
     if (m_record.data != nullptr && m_record.size != 0)
     {
         // Asked for anew with every paint: the pixels stay the renderer's. Whether there are any is
@@ -112,11 +124,10 @@ LRESULT CPluginPP::OnLButtonUp(UINT, WPARAM, LPARAM, BOOL&) noexcept
     {
         ::ReleaseCapture();
     }
-    if (release.editClicked)
-    {
-        DrawEditButton(WindowContext(m_hWnd), false);
-        Edit();
-    }
+    ForEach(release.act, [this](PanelControl control) {
+        DrawControl(WindowContext(m_hWnd), control, false);
+        Act(control);
+    });
     return 0;
 }
 
@@ -151,12 +162,8 @@ void CPluginPP::EndLostPress() noexcept
     {
         return;
     }
-    const bool wasPressed = m_press.EditPressed();
-    m_press = {};
-    if (wasPressed)
-    {
-        DrawEditButton(WindowContext(m_hWnd), false);
-    }
+    ForEach(m_press.ReleaseButton().act,
+            [this](PanelControl control) { DrawControl(WindowContext(m_hWnd), control, false); });
 }
 
 // One step of a press. The message's own position is not used: it is where the pointer was when the
@@ -170,25 +177,37 @@ void CPluginPP::FollowPointer() noexcept
         return;
     }
     ::ScreenToClient(m_hWnd, &pointer);
-    const WindowContext context(m_hWnd);
     const PressTracker::Move move =
         m_press.MoveTo({static_cast<int>(pointer.x), static_cast<int>(pointer.y)});
-    if (move.editChanged)
+    ForEach(move.redraw, [this](PanelControl control) {
+        DrawControl(WindowContext(m_hWnd), control, IsOn(control));
+    });
+    ForEach(move.act, [this](PanelControl control) { Act(control); });
+}
+
+bool CPluginPP::IsOn(PanelControl control) noexcept
+{
+    return control == PanelControl::LinearGamma ? m_record.GetFlag() == kAssumeLinearGamma
+                                                : m_press.IsPressed(control);
+}
+
+void CPluginPP::Act(PanelControl control) noexcept
+{
+    switch (control)
     {
-        DrawEditButton(context, m_press.EditPressed());
-    }
-    if (move.toggleCheck)
-    {
-        ToggleLinearGamma(context);
+    case PanelControl::Edit:
+        return Edit();
+    case PanelControl::LinearGamma:
+        return ToggleLinearGamma();
     }
 }
 
-void CPluginPP::ToggleLinearGamma(const WindowContext& context) noexcept
+void CPluginPP::ToggleLinearGamma() noexcept
 {
     const CComPtr<IUnknown> self = GetUnknown(); // the host may let the page go when it is told
     const std::uint32_t option = m_record.GetFlag() ^ kAssumeLinearGamma;
     m_record.SetFlag(option);
-    DrawCheckBox(context, option == kAssumeLinearGamma);
+    DrawControl(WindowContext(m_hWnd), PanelControl::LinearGamma, option == kAssumeLinearGamma);
     std::ignore = Apply(); // the user sees the picture; there is nobody else to tell
 }
 

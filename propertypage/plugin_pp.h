@@ -72,7 +72,9 @@ private:
     // comes here.
     void EndLostPress() noexcept;
     void FollowPointer() noexcept;
-    void ToggleLinearGamma(const WindowContext& context) noexcept;
+    bool IsOn(PanelControl control) noexcept; // pressed or checked
+    void Act(PanelControl control) noexcept;
+    void ToggleLinearGamma() noexcept;
     void Edit() noexcept;
 
     SessionData m_record; // the page's own copy of the look

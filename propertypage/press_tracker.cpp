@@ -9,22 +9,27 @@ PressTracker::Move PressTracker::MoveTo(Geometry::Point pointer) noexcept
     {
         return move;
     }
-    const bool onEdit = kEditRect.Contains(pointer);
-    move.editChanged = std::exchange(m_editPressed, onEdit) != onEdit;
-    if (kCheckBoxRect.Contains(pointer))
+    const PanelControls before = m_pressed;
+    for (std::size_t control = 0; control < kPanelControls.size(); ++control)
     {
-        move.toggleCheck = !std::exchange(m_checkLatched, true);
+        const PanelControlRow& row = kPanelControls[control];
+        const bool inside = row.rect.Contains(pointer);
+        if (row.actsWhen == ActsWhen::ReleasedOnIt)
+        {
+            m_pressed[control] = inside;
+        }
+        else if (inside)
+        {
+            move.act[control] = !m_touched[control];
+            m_touched[control] = true;
+        }
     }
+    move.redraw = before ^ m_pressed;
     return move;
 }
 
 PressTracker::Release PressTracker::ReleaseButton() noexcept
 {
-    if (!m_tracking)
-    {
-        return {};
-    }
-    m_tracking = false;
-    m_checkLatched = false;
-    return {.wasPressed = true, .editClicked = std::exchange(m_editPressed, false)};
+    const PressTracker press = std::exchange(*this, {});
+    return {.wasPressed = press.m_tracking, .act = press.m_pressed};
 }

@@ -1,9 +1,12 @@
-// What one press of the left mouse button does on the panel: the button "Edit..." acts when it is
-// released inside, the check box as soon as the pressed pointer is in it, once in a press.
+// What one press of the left mouse button does to the panel's controls.
 // Pure: no windows.h. Tests: tests/propertypage/press_tracker_test.cpp.
 #pragma once
 
 #include "propertypage/panel_layout.h"
+
+#include <bitset>
+
+using PanelControls = std::bitset<kPanelControls.size()>; // by PanelControl
 
 // Window thread.
 class PressTracker
@@ -12,13 +15,13 @@ public:
     // What a move of the pressed pointer changes on the panel.
     struct Move
     {
-        bool editChanged = false; // draw the button as EditPressed says now
-        bool toggleCheck = false;
+        PanelControls redraw; // as IsPressed says now
+        PanelControls act;
     };
     struct Release
     {
-        bool wasPressed = false;  // the press is over: give the mouse back
-        bool editClicked = false; // draw the button as normal, then open the editor
+        bool wasPressed = false; // the press is over: give the mouse back
+        PanelControls act;       // after they were drawn as off
     };
 
     // Anywhere on the page.
@@ -28,10 +31,14 @@ public:
     Release ReleaseButton() noexcept;
 
     bool IsTracking() const noexcept { return m_tracking; }
-    bool EditPressed() const noexcept { return m_editPressed; }
+    // Shown pressed: the pointer is on it, and it acts when the button is released there.
+    bool IsPressed(PanelControl control) const noexcept
+    {
+        return m_pressed[static_cast<std::size_t>(control)];
+    }
 
 private:
-    bool m_editPressed = false;  // shown pressed: the pointer is on it
-    bool m_checkLatched = false; // toggled in this press already
-    bool m_tracking = false;     // the button went down on the page
+    PanelControls m_pressed;
+    PanelControls m_touched;
+    bool m_tracking = false; // the button went down on the page
 };

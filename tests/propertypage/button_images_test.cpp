@@ -1,5 +1,5 @@
 // What the pictures must show; how the letters look is free.
-#include "propertypage/button_images.h"
+#include "propertypage/panel_layout.h"
 
 #include <gtest/gtest.h>
 
@@ -108,7 +108,7 @@ TEST(ButtonImages, TheEditImagesAreFortyByTwentyOpaqueBgra)
 {
     for (const bool pressed : {false, true})
     {
-        const ButtonImage image = EditImage(pressed);
+        const ButtonImage image = PictureOf(PanelControl::Edit, pressed);
         EXPECT_EQ(image.form, StoredForm::Bgra);
         EXPECT_EQ(image.size, (Geometry::Extent{40, 20}));
         ASSERT_EQ(image.bytes.size(), 3200U);
@@ -123,7 +123,7 @@ TEST(ButtonImages, TheCheckBoxImagesAre125By16Rgb)
 {
     for (const bool checked : {false, true})
     {
-        const ButtonImage image = CheckBoxImage(checked);
+        const ButtonImage image = PictureOf(PanelControl::LinearGamma, checked);
         EXPECT_EQ(image.form, StoredForm::Rgb);
         EXPECT_EQ(image.size, (Geometry::Extent{125, 16}));
         EXPECT_EQ(image.bytes.size(), 6000U);
@@ -132,7 +132,7 @@ TEST(ButtonImages, TheCheckBoxImagesAre125By16Rgb)
 
 TEST(ButtonImages, TheNormalButtonIsGreyWithALighterRimAndNearWhiteLetters)
 {
-    const ButtonImage image = EditImage(false);
+    const ButtonImage image = PictureOf(PanelControl::Edit, false);
     ExpectRim(image, {105, 106, 106});
     EXPECT_GT(PercentOfFace(image, {77, 78, 79}), 75);
     EXPECT_GE(LetterPixels(image, {240, 240, 240}), 30);
@@ -140,7 +140,7 @@ TEST(ButtonImages, TheNormalButtonIsGreyWithALighterRimAndNearWhiteLetters)
 
 TEST(ButtonImages, ThePressedButtonIsAmberWithABrightRimAndWhiteLetters)
 {
-    const ButtonImage image = EditImage(true);
+    const ButtonImage image = PictureOf(PanelControl::Edit, true);
     ExpectRim(image, {255, 189, 0});
     EXPECT_GT(PercentOfFace(image, {111, 78, 0}), 75);
     EXPECT_GE(LetterPixels(image, {255, 255, 255}), 30);
@@ -152,8 +152,8 @@ TEST(ButtonImages, BothButtonsShowTheSameLetters)
     {
         for (int x = 1; x < 39; ++x)
         {
-            EXPECT_EQ(ColourAt(EditImage(false), x, y) == Colour(77, 78, 79),
-                      ColourAt(EditImage(true), x, y) == Colour(111, 78, 0))
+            EXPECT_EQ(ColourAt(PictureOf(PanelControl::Edit, false), x, y) == Colour(77, 78, 79),
+                      ColourAt(PictureOf(PanelControl::Edit, true), x, y) == Colour(111, 78, 0))
                 << x << ", " << y;
         }
     }
@@ -161,7 +161,7 @@ TEST(ButtonImages, BothButtonsShowTheSameLetters)
 
 TEST(ButtonImages, TheLabelBeginsInColumn2AndStaysClearOfTheBox)
 {
-    const ButtonImage image = CheckBoxImage(false);
+    const ButtonImage image = PictureOf(PanelControl::LinearGamma, false);
     const std::set<int> columns = LabelColumns(image);
     ASSERT_FALSE(columns.empty());
     EXPECT_EQ(*columns.begin(), 2);
@@ -173,13 +173,13 @@ TEST(ButtonImages, TheLabelsStemsHaveItsFullColour)
 {
     for (const bool checked : {false, true})
     {
-        EXPECT_GE(LetterPixels(CheckBoxImage(checked), kLabel), 60);
+        EXPECT_GE(LetterPixels(PictureOf(PanelControl::LinearGamma, checked), kLabel), 60);
     }
 }
 
 TEST(ButtonImages, TheBoxIsAnOutlineFromColumn112To121AndRow3To12)
 {
-    const ButtonImage image = CheckBoxImage(false);
+    const ButtonImage image = PictureOf(PanelControl::LinearGamma, false);
     for (int y = 0; y < 16; ++y)
     {
         for (int x = 111; x < 125; ++x)
@@ -198,8 +198,8 @@ TEST(ButtonImages, ACheckedBoxDiffersOnlyByItsGoldInside)
         for (int x = 0; x < 125; ++x)
         {
             const bool inside = x >= 114 && x <= 119 && y >= 5 && y <= 10;
-            EXPECT_EQ(ColourAt(CheckBoxImage(true), x, y),
-                      inside ? kGold : ColourAt(CheckBoxImage(false), x, y))
+            EXPECT_EQ(ColourAt(PictureOf(PanelControl::LinearGamma, true), x, y),
+                      inside ? kGold : ColourAt(PictureOf(PanelControl::LinearGamma, false), x, y))
                 << x << ", " << y;
         }
     }

@@ -184,7 +184,7 @@ TEST(PanelImage, ABgraButtonIsCopiedAsItStands)
 {
     for (const bool pressed : {false, true})
     {
-        const ButtonImage button = EditImage(pressed);
+        const ButtonImage button = PictureOf(PanelControl::Edit, pressed);
         const PanelImage image = ImageOf(button);
         ASSERT_EQ(image.size, button.size);
         EXPECT_EQ(std::memcmp(image.pixels.get(), button.bytes.data(), button.bytes.size()), 0);
@@ -193,7 +193,7 @@ TEST(PanelImage, ABgraButtonIsCopiedAsItStands)
 
 TEST(PanelImage, AnRgbButtonBecomesOpaqueBgra)
 {
-    const ButtonImage button = CheckBoxImage(true);
+    const ButtonImage button = PictureOf(PanelControl::LinearGamma, true);
     const PanelImage image = ImageOf(button);
     ASSERT_EQ(image.size, button.size);
     std::array<std::uint8_t, 4> pixel{};

@@ -4,12 +4,12 @@
 
 TEST(PanelLayout, TheEditButtonStandsFrom5And25To45And45)
 {
-    EXPECT_EQ(kEditRect, (Geometry::Rect{5, 25, 40, 20}));
+    EXPECT_EQ(RowOf(PanelControl::Edit).rect, (Geometry::Rect{5, 25, 40, 20}));
 }
 
 TEST(PanelLayout, TheCheckBoxStandsFrom7And70To132And86)
 {
-    EXPECT_EQ(kCheckBoxRect, (Geometry::Rect{7, 70, 125, 16}));
+    EXPECT_EQ(RowOf(PanelControl::LinearGamma).rect, (Geometry::Rect{7, 70, 125, 16}));
 }
 
 TEST(PanelLayout, TheThumbnailBeginsAt50And18)
@@ -19,7 +19,8 @@ TEST(PanelLayout, TheThumbnailBeginsAt50And18)
 
 TEST(PanelLayout, ARectangleHoldsItsLeftAndTopEdgesButNotItsRightAndBottomOnes)
 {
-    for (const Geometry::Rect& rect : {kEditRect, kCheckBoxRect})
+    for (const Geometry::Rect& rect :
+         {RowOf(PanelControl::Edit).rect, RowOf(PanelControl::LinearGamma).rect})
     {
         EXPECT_TRUE(rect.Contains({rect.left, rect.top}));
         EXPECT_TRUE(rect.Contains({rect.Right() - 1, rect.Bottom() - 1}));
@@ -36,7 +37,8 @@ TEST(PanelLayout, NoPointIsInBothControls)
     {
         for (int x = -1; x < 200; ++x)
         {
-            ASSERT_FALSE(kEditRect.Contains({x, y}) && kCheckBoxRect.Contains({x, y}))
+            ASSERT_FALSE(RowOf(PanelControl::Edit).rect.Contains({x, y}) &&
+                         RowOf(PanelControl::LinearGamma).rect.Contains({x, y}))
                 << x << ", " << y;
         }
     }

@@ -9,6 +9,11 @@ constexpr Geometry::Point kOnEdit{10, 30};
 constexpr Geometry::Point kOnCheckBox{50, 75};
 constexpr Geometry::Point kElsewhere{300, 50};
 
+bool Has(const PanelControls& controls, PanelControl control)
+{
+    return controls[static_cast<std::size_t>(control)];
+}
+
 // A left button that goes down at a point, moves and comes up.
 class Mouse
 {
@@ -21,7 +26,7 @@ public:
     PressTracker::Move MoveTo(Geometry::Point pointer)
     {
         const PressTracker::Move move = tracker.MoveTo(pointer);
-        toggles += move.toggleCheck ? 1 : 0;
+        toggles += Has(move.act, PanelControl::LinearGamma) ? 1 : 0;
         return move;
     }
     PressTracker::Release Up() { return tracker.ReleaseButton(); }
@@ -35,12 +40,12 @@ public:
 TEST(PressTracker, APressOnEditAndItsReleaseClickIt)
 {
     Mouse mouse;
-    EXPECT_TRUE(mouse.Down(kOnEdit).editChanged);
-    EXPECT_TRUE(mouse.tracker.EditPressed());
+    EXPECT_TRUE(Has(mouse.Down(kOnEdit).redraw, PanelControl::Edit));
+    EXPECT_TRUE(mouse.tracker.IsPressed(PanelControl::Edit));
     const PressTracker::Release release = mouse.Up();
     EXPECT_TRUE(release.wasPressed);
-    EXPECT_TRUE(release.editClicked);
-    EXPECT_FALSE(mouse.tracker.EditPressed());
+    EXPECT_TRUE(Has(release.act, PanelControl::Edit));
+    EXPECT_FALSE(mouse.tracker.IsPressed(PanelControl::Edit));
     EXPECT_FALSE(mouse.tracker.IsTracking());
 }
 
@@ -48,19 +53,19 @@ TEST(PressTracker, APressThatStaysOnEditRedrawsItOnce)
 {
     Mouse mouse;
     mouse.Down(kOnEdit);
-    EXPECT_FALSE(mouse.MoveTo({11, 31}).editChanged);
-    EXPECT_TRUE(mouse.tracker.EditPressed());
+    EXPECT_FALSE(Has(mouse.MoveTo({11, 31}).redraw, PanelControl::Edit));
+    EXPECT_TRUE(mouse.tracker.IsPressed(PanelControl::Edit));
 }
 
 TEST(PressTracker, LeavingEditBeforeTheReleaseCancelsTheClick)
 {
     Mouse mouse;
     mouse.Down(kOnEdit);
-    EXPECT_TRUE(mouse.MoveTo(kElsewhere).editChanged);
-    EXPECT_FALSE(mouse.tracker.EditPressed());
+    EXPECT_TRUE(Has(mouse.MoveTo(kElsewhere).redraw, PanelControl::Edit));
+    EXPECT_FALSE(mouse.tracker.IsPressed(PanelControl::Edit));
     const PressTracker::Release release = mouse.Up();
     EXPECT_TRUE(release.wasPressed);
-    EXPECT_FALSE(release.editClicked);
+    EXPECT_FALSE(Has(release.act, PanelControl::Edit));
 }
 
 TEST(PressTracker, ComingBackToEditBeforeTheReleaseClicksIt)
@@ -68,22 +73,22 @@ TEST(PressTracker, ComingBackToEditBeforeTheReleaseClicksIt)
     Mouse mouse;
     mouse.Down(kOnEdit);
     mouse.MoveTo(kElsewhere);
-    EXPECT_TRUE(mouse.MoveTo(kOnEdit).editChanged);
-    EXPECT_TRUE(mouse.Up().editClicked);
+    EXPECT_TRUE(Has(mouse.MoveTo(kOnEdit).redraw, PanelControl::Edit));
+    EXPECT_TRUE(Has(mouse.Up().act, PanelControl::Edit));
 }
 
 TEST(PressTracker, APressElsewhereThatIsDraggedOntoEditClicksIt)
 {
     Mouse mouse;
-    EXPECT_FALSE(mouse.Down(kElsewhere).editChanged);
+    EXPECT_FALSE(Has(mouse.Down(kElsewhere).redraw, PanelControl::Edit));
     mouse.MoveTo(kOnEdit);
-    EXPECT_TRUE(mouse.Up().editClicked);
+    EXPECT_TRUE(Has(mouse.Up().act, PanelControl::Edit));
 }
 
 TEST(PressTracker, TheCheckBoxTogglesOnThePress)
 {
     Mouse mouse;
-    EXPECT_TRUE(mouse.Down(kOnCheckBox).toggleCheck);
+    EXPECT_TRUE(Has(mouse.Down(kOnCheckBox).act, PanelControl::LinearGamma));
 }
 
 TEST(PressTracker, DraggingIntoTheCheckBoxTogglesItOnceInAPress)
@@ -97,7 +102,7 @@ TEST(PressTracker, DraggingIntoTheCheckBoxTogglesItOnceInAPress)
         mouse.MoveTo(kElsewhere);
     }
     EXPECT_EQ(mouse.toggles, 1);
-    EXPECT_FALSE(mouse.Up().editClicked);
+    EXPECT_FALSE(Has(mouse.Up().act, PanelControl::Edit));
 }
 
 TEST(PressTracker, EveryPressMayToggleTheCheckBoxAgain)
@@ -115,9 +120,9 @@ TEST(PressTracker, OnePressCanToggleTheCheckBoxAndClickEdit)
 {
     Mouse mouse;
     mouse.Down(kOnCheckBox);
-    EXPECT_TRUE(mouse.MoveTo(kOnEdit).editChanged);
+    EXPECT_TRUE(Has(mouse.MoveTo(kOnEdit).redraw, PanelControl::Edit));
     EXPECT_EQ(mouse.toggles, 1);
-    EXPECT_TRUE(mouse.Up().editClicked);
+    EXPECT_TRUE(Has(mouse.Up().act, PanelControl::Edit));
 }
 
 TEST(PressTracker, ASecondPressWithoutAReleaseDoesNotToggleAgain)
@@ -134,10 +139,10 @@ TEST(PressTracker, MovesWithoutAPressDoNothing)
     for (const Geometry::Point point : {kOnEdit, kOnCheckBox, kElsewhere})
     {
         const PressTracker::Move move = mouse.MoveTo(point);
-        EXPECT_FALSE(move.editChanged);
-        EXPECT_FALSE(move.toggleCheck);
+        EXPECT_FALSE(Has(move.redraw, PanelControl::Edit));
+        EXPECT_FALSE(Has(move.act, PanelControl::LinearGamma));
     }
-    EXPECT_FALSE(mouse.tracker.EditPressed());
+    EXPECT_FALSE(mouse.tracker.IsPressed(PanelControl::Edit));
 }
 
 TEST(PressTracker, AReleaseWithoutAPressDoesNothing)
@@ -145,7 +150,7 @@ TEST(PressTracker, AReleaseWithoutAPressDoesNothing)
     Mouse mouse;
     const PressTracker::Release release = mouse.Up();
     EXPECT_FALSE(release.wasPressed);
-    EXPECT_FALSE(release.editClicked);
+    EXPECT_FALSE(Has(release.act, PanelControl::Edit));
 }
 
 TEST(PressTracker, NothingOfAPressIsLeftAfterItsRelease)
@@ -155,7 +160,7 @@ TEST(PressTracker, NothingOfAPressIsLeftAfterItsRelease)
     mouse.MoveTo(kOnEdit);
     mouse.Up();
     EXPECT_FALSE(mouse.tracker.IsTracking());
-    EXPECT_FALSE(mouse.tracker.EditPressed());
-    EXPECT_FALSE(mouse.MoveTo(kOnCheckBox).toggleCheck) << "not pressed";
-    EXPECT_TRUE(mouse.Down(kOnCheckBox).toggleCheck) << "not latched";
+    EXPECT_FALSE(mouse.tracker.IsPressed(PanelControl::Edit));
+    EXPECT_FALSE(Has(mouse.MoveTo(kOnCheckBox).act, PanelControl::LinearGamma)) << "not pressed";
+    EXPECT_TRUE(Has(mouse.Down(kOnCheckBox).act, PanelControl::LinearGamma)) << "not latched";
 }

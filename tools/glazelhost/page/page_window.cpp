@@ -218,9 +218,7 @@ void PageWindow::AddControls()
 
 void PageWindow::Arrange()
 {
-    RECT client{};
-    ::GetClientRect(m_window, &client);
-    const WindowLayout layout = LayoutOf({client.right, client.bottom}, m_page.Size().cy);
+    const WindowLayout layout = LayoutOf(ClientSize(m_window), m_page.Size().cy);
     MoveTo(::GetDlgItem(m_window, kStatusId), layout.status);
     MoveTo(::GetDlgItem(m_window, kSaveLookId), layout.saveLook);
     MoveTo(::GetDlgItem(m_window, kCopyCommandId), layout.copyCommand);
