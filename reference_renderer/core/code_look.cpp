@@ -19,6 +19,18 @@ constexpr int kMostHalvings = 3;
 
 static_assert(kStoredCubeSize * kStoredCubeSize <= kStepMask);
 
+// All values of a channel that can reach the cube.
+Interval InputOf(const StoredLook& look, const std::array<float, 256>& values) noexcept
+{
+    if (look.cdlMode != CdlMode::None && look.cdl.saturation != 1.0F)
+    {
+        return look.cdlMode == CdlMode::Clamped ? Interval{0.0F, 1.0F}
+                                                : Interval{-kLargestFloat, kLargestFloat};
+    }
+    const auto [low, high] = std::minmax_element(values.begin(), values.end());
+    return {*low, *high};
+}
+
 } // namespace
 
 CodeLook::CodeLook()
@@ -29,7 +41,8 @@ CodeLook::CodeLook()
 bool CodeLook::Prepare(const StoredLook& look, const ValuesOfCodes& values, const CurveView& curves,
                        const CubeView& cube) noexcept
 {
-    if (look.cdlMode != CdlMode::None && look.cdl.saturation != 1.0F)
+    m_mixes = look.cdlMode != CdlMode::None && look.cdl.saturation != 1.0F;
+    if (m_mixes && curves.size != 0)
     {
         return false;
     }
@@ -37,6 +50,12 @@ bool CodeLook::Prepare(const StoredLook& look, const ValuesOfCodes& values, cons
     if (m_hasCube)
     {
         return PrepareCube(look, values, curves, cube);
+    }
+    if (m_mixes)
+    {
+        constexpr Scale kCodes{255.0, 0.0, 255.0};
+        PrepareMixture(look, values, {kCodes, kCodes, kCodes});
+        return true;
     }
     for (std::size_t channel = 0; channel < values.size(); ++channel)
     {
@@ -59,10 +78,22 @@ bool CodeLook::PrepareCube(const StoredLook& look, const ValuesOfCodes& values,
     {
         return false;
     }
-    m_cube.isEven = true;
+    if (m_mixes)
+    {
+        std::array<Scale, 3> parts;
+        for (std::size_t channel = 0; channel < parts.size(); ++channel)
+        {
+            const Axis& axis = cube.axes[channel];
+            const double perValue = double{axis.scale} * kWholeWay;
+            parts[channel] = {perValue, -axis.low * perValue, double{axis.last} * kWholeWay};
+        }
+        PrepareMixture(look, values, parts);
+        m_cube.kind = CodePlaces::Mixed;
+        return true;
+    }
+    bool isEven = true;
     for (std::size_t channel = 0; channel < values.size(); ++channel)
     {
-        const std::uint32_t step = m_cube.StepOf(channel);
         for (std::uint32_t code = 0; code < values[channel].size(); ++code)
         {
             const float value = values[channel][code];
@@ -70,13 +101,44 @@ bool CodeLook::PrepareCube(const StoredLook& look, const ValuesOfCodes& values,
                 curves.size != 0 ? curves.Sample(channel, value) : value);
             const auto parts =
                 static_cast<std::uint32_t>(std::lround(position * static_cast<float>(kWholeWay)));
-            const std::uint32_t cell = std::min(parts / kWholeWay, cube.size - 2);
-            const std::uint32_t fraction = parts - cell * kWholeWay;
-            m_cube.places[channel][code] = {kKeyBias + (fraction << kStepBits | step), cell * step};
-            m_cube.isEven &= parts == code * (cube.size - 1) * (kWholeWay / 255);
+            m_cube.places[channel][code] = PlaceAt(m_cube, channel, parts);
+            isEven &= parts == code * (cube.size - 1) * (kWholeWay / 255);
         }
     }
+    m_cube.kind = isEven ? CodePlaces::Even : CodePlaces::LookedUp;
     return true;
+}
+
+void CodeLook::PrepareMixture(const StoredLook& look, const ValuesOfCodes& values,
+                              const std::array<Scale, 3>& scales) noexcept
+{
+    constexpr double kMost = 1e30; // sums of three stay finite
+    const double saturation = look.cdl.saturation;
+    const std::array<float, 3> lumas{LumaOf(Rgb{1.0F, 0.0F, 0.0F}), LumaOf(Rgb{0.0F, 1.0F, 0.0F}),
+                                     LumaOf(Rgb{0.0F, 0.0F, 1.0F})};
+    CodeMixture& mixture = m_cube.mixture;
+    for (std::size_t channel = 0; channel < scales.size(); ++channel)
+    {
+        const auto [perValue, ofZero, last] = scales[channel];
+        const std::size_t lane = 2 - channel;
+        for (std::size_t from = 0; from < values.size(); ++from)
+        {
+            const double share =
+                (1.0 - saturation) * lumas[from] + (from == channel ? saturation : 0.0);
+            for (std::size_t code = 0; code < values[from].size(); ++code)
+            {
+                const double value = Finite(values[from][code]);
+                const double addend = share * value * perValue + (from == 0 ? ofZero : 0.0);
+                mixture.ofCodes[from][code][lane] =
+                    static_cast<float>(std::clamp(addend, -kMost, kMost));
+            }
+        }
+        const bool isClamped = look.cdlMode == CdlMode::Clamped;
+        const double lowest = isClamped ? std::clamp(ofZero, 0.0, last) : 0.0;
+        const double highest = isClamped ? std::clamp(ofZero + perValue, 0.0, last) : last;
+        mixture.lowest[lane] = static_cast<float>(lowest);
+        mixture.highest[lane] = static_cast<float>(highest);
+    }
 }
 
 bool CodeLook::PrepareNodes(const StoredLook& look, const ValuesOfCodes& values,
@@ -95,9 +157,8 @@ bool CodeLook::PrepareNodes(const StoredLook& look, const ValuesOfCodes& values,
             continue;
         }
         // A cube and its input in part are a cube again where the input is the cube's.
-        const auto [low, high] =
-            std::minmax_element(values[channel].begin(), values[channel].end());
-        if (look.curveSize != 0 || !(*low >= domain.low && *high <= domain.high))
+        const Interval input = InputOf(look, values[channel]);
+        if (look.curveSize != 0 || !(input.low >= domain.low && input.high <= domain.high))
         {
             return false;
         }
@@ -146,6 +207,11 @@ void CodeLook::RenderRow(const std::byte* source, std::byte* target,
     if (m_hasCube)
     {
         RenderCodes(UsedInstructionSet(), m_cube, source, target, width);
+        return;
+    }
+    if (m_mixes)
+    {
+        RenderMixture(UsedInstructionSet(), m_cube.mixture, source, target, width);
         return;
     }
     for (; width != 0; --width, source += 4, target += 4)

@@ -1,7 +1,7 @@
-// A look on 8-bit codes, in whole numbers: what comes before the cube is looked up for each code,
-// and the cube is read with weights that are whole numbers of 1/32640, so that no rounding but the
-// last shows, and every processor gives the same bytes.
-// Pure: no windows.h. Tests: tests/reference_renderer/core/code_look_test.cpp.
+// A look on 8-bit codes: what comes before the cube is looked up for each code, and the cube is
+// read in whole numbers with weights that are multiples of 1/32640, so that no rounding but the
+// last shows, and every processor gives the same bytes. Pure: no windows.h. Tests:
+// tests/reference_renderer/core/code_look_test.cpp.
 #pragma once
 
 #include "reference_renderer/core/code_rows.h"
@@ -24,9 +24,9 @@ public:
 
     const CodeCube& Cube() const noexcept { return m_cube; } // of the last look that had one
 
-    // Makes it ready for a look and its views. False when the look mixes channels before its tables
-    // (a saturation step), shows a cube in part where that is no cube again, or has nodes beyond
-    // -8 to 8: its codes then go another way.
+    // Makes it ready for a look and its views. False when the look mixes channels (a saturation
+    // step) before curves, shows a cube in part where that is no cube again, or has nodes beyond -8
+    // to 8: its codes then go another way.
     bool Prepare(const StoredLook& look, const ValuesOfCodes& values, const CurveView& curves,
                  const CubeView& cube) noexcept;
 
@@ -40,7 +40,18 @@ private:
     bool PrepareNodes(const StoredLook& look, const ValuesOfCodes& values,
                       const CubeView& cube) noexcept;
 
+    // From values to what a mixture adds up to: `ofZero` + value * `perValue`, from 0 to `last`.
+    struct Scale
+    {
+        double perValue;
+        double ofZero;
+        double last;
+    };
+    void PrepareMixture(const StoredLook& look, const ValuesOfCodes& values,
+                        const std::array<Scale, 3>& scales) noexcept; // red, green, blue
+
     bool m_hasCube = false;
+    bool m_mixes = false;
     std::array<std::array<std::byte, 256>, 3> m_graded{}; // without a cube; red, green, blue
     CodeCube m_cube;
 };

@@ -1,10 +1,11 @@
-// Rows of 8-bit codes through a cube, in whole numbers: plainly, and the same to the last bit with
-// the processor's vectors. Pure: no windows.h. Tests:
+// Rows of 8-bit codes through a cube, in whole numbers, or through sums of what each channel gives:
+// plainly, and the same to the last bit with the processor's vectors. Pure: no windows.h. Tests:
 // tests/reference_renderer/core/code_look_test.cpp.
 #pragma once
 
 #include "reference_renderer/core/instruction_set.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -23,6 +24,7 @@ inline constexpr std::uint32_t kWholeWay = 255 * 128;
 inline constexpr int kStepBits = 13;
 inline constexpr std::uint32_t kStepMask = (1U << kStepBits) - 1;
 inline constexpr std::uint32_t kKeyBias = 0x00800000;
+inline constexpr std::uint32_t kFractionBias = kKeyBias >> kStepBits;
 
 // Where a code lies on its axis of the cube.
 struct CodePlace
@@ -41,14 +43,34 @@ inline constexpr float kNodeScale = 32768.0F;
 // halvings, has its code.
 inline constexpr int kCodeShift = 22;
 
+// Channels that mix, as a saturation makes them: each code of a pixel adds something to every
+// channel, and the sums are limited and rounded.
+struct CodeMixture
+{
+    using Addends = std::array<float, 4>; // to blue, green, red, and 0
+
+    std::array<std::array<Addends, 256>, 3> ofCodes; // red, green, blue
+    Addends lowest;
+    Addends highest;
+};
+
+// How the place of a pixel in a cube is found.
+enum class CodePlaces
+{
+    LookedUp,
+    Even,  // code c lies at c / 255 of every axis
+    Mixed, // the sums of the mixture are positions, in parts of kWholeWay
+};
+
 // Offsets and steps count nodes, red first.
 struct CodeCube
 {
-    std::array<std::array<CodePlace, 256>, 3> places; // red, green, blue
+    std::array<std::array<CodePlace, 256>, 3> places; // red, green, blue; not of mixed ones
+    CodeMixture mixture;                              // of mixed ones
     std::vector<CodeNode> nodes;                      // and one more, which is read but not used
     std::uint32_t size = 0;                           // nodes a side
     int shift = kCodeShift;
-    bool isEven = false; // code c lies at c / 255 of every axis: places need not be looked up
+    CodePlaces kind = CodePlaces::LookedUp;
 
     std::uint32_t StepOf(std::size_t channel) const noexcept
     {
@@ -57,11 +79,33 @@ struct CodeCube
     std::uint32_t AllSteps() const noexcept { return 1 + size + size * size; }
 };
 
+// The place of a position from the first node on, in parts of kWholeWay.
+inline CodePlace PlaceAt(const CodeCube& cube, std::size_t channel, std::uint32_t parts) noexcept
+{
+    const std::uint32_t step = cube.StepOf(channel);
+    const std::uint32_t cell = std::min(parts / kWholeWay, cube.size - 2);
+    const std::uint32_t fraction = parts - cell * kWholeWay;
+    return {kKeyBias + (fraction << kStepBits | step), cell * step};
+}
+
 // Pixels are blue, green, red, alpha; alpha is copied. Source and target are the same memory or do
 // not overlap. Within 0.51 codes of exact arithmetic.
 void RenderCodesPlainly(const CodeCube& cube, const std::byte* source, std::byte* target,
                         std::size_t width) noexcept;
 void RenderCodes(InstructionSet set, const CodeCube& cube, const std::byte* source,
                  std::byte* target, std::size_t width) noexcept;
+
+// The same for a mixture whose sums are the codes of the result.
+void RenderMixturePlainly(const CodeMixture& mixture, const std::byte* source, std::byte* target,
+                          std::size_t width) noexcept;
+void RenderMixture(InstructionSet set, const CodeMixture& mixture, const std::byte* source,
+                   std::byte* target, std::size_t width) noexcept;
+
+// Each renders pixels from the front of a row, as many as fill whole groups, and answers how many.
+// `set` is not the baseline, and the processor has it.
+std::size_t RenderCodeGroups(InstructionSet set, const CodeCube& cube, const std::byte* source,
+                             std::byte* target, std::size_t width) noexcept;
+std::size_t RenderMixtureGroups(const CodeMixture& mixture, const std::byte* source,
+                                std::byte* target, std::size_t width) noexcept;
 
 } // namespace ReferenceRenderer

@@ -133,6 +133,7 @@ private:
         // A copy that nothing points to: what is written to the target cannot change it.
         const FloatKernel kernel = *this;
         constexpr std::size_t kPixelBytes = Kind == PixelKind::Codes ? 4 : 16;
+        constexpr std::size_t kAhead = 2048;
         std::size_t done = 0;
         for (; width - done >= Pixels::kCount; done += Pixels::kCount)
         {
@@ -144,6 +145,9 @@ private:
             }
             else
             {
+                // What the processor fetches by itself begins anew in every page.
+                __builtin_prefetch(from + kAhead);
+                __builtin_prefetch(from + kAhead + 64);
                 kernel.template RenderFloats<Kind == PixelKind::LinearFloats, OnlyCube>(from, to);
             }
         }
@@ -155,14 +159,16 @@ private:
     {
         Bits pixels;
         std::memcpy(&pixels, source, sizeof pixels);
-        Colours colours = ForEach(Colours{}, [&](std::size_t channel, Floats value) {
+        const auto first = [&](std::size_t channel) {
+            Floats values{};
             for (std::size_t i = 0; i < Pixels::kCount; ++i)
             {
                 const std::byte code = source[i * sizeof(pixels[0]) + 2 - channel];
-                value[i] = m_firstSteps[channel][std::to_integer<std::size_t>(code)];
+                values[i] = m_firstSteps[channel][std::to_integer<std::size_t>(code)];
             }
-            return value;
-        });
+            return values;
+        };
+        Colours colours{first(0), first(1), first(2)};
         if (m_mode == CdlMode::Clamped)
         {
             colours = Saturated<CdlMode::Clamped>(colours);

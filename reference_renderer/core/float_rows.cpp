@@ -8,9 +8,9 @@ namespace ReferenceRenderer
 std::size_t RenderGroups(InstructionSet set, const PreparedLook& look, PixelKind kind,
                          const std::byte* source, std::byte* target, std::size_t width) noexcept
 {
-    if (set == InstructionSet::Avx2)
+    if (set != InstructionSet::Baseline)
     {
-        return RenderGroupsAvx2(look, kind, source, target, width);
+        return RenderGroupsOfEight(set, look, kind, source, target, width);
     }
     return FloatKernel<FourFloats>(look).Render(kind, source, target, width);
 }

@@ -23,8 +23,9 @@ enum class PixelKind
 // and answers how many. Source and target are the same memory or do not overlap.
 std::size_t RenderGroups(InstructionSet set, const PreparedLook& look, PixelKind kind,
                          const std::byte* source, std::byte* target, std::size_t width) noexcept;
-// With AVX2, which the processor must have.
-std::size_t RenderGroupsAvx2(const PreparedLook& look, PixelKind kind, const std::byte* source,
-                             std::byte* target, std::size_t width) noexcept;
+// With AVX2 and more: `set` is not the baseline, and the processor has it.
+std::size_t RenderGroupsOfEight(InstructionSet set, const PreparedLook& look, PixelKind kind,
+                                const std::byte* source, std::byte* target,
+                                std::size_t width) noexcept;
 
 } // namespace ReferenceRenderer

@@ -39,10 +39,25 @@ struct PixelsOf<EightFloats>
     }
 };
 
-std::size_t RenderGroupsAvx2(const PreparedLook& look, PixelKind kind, const std::byte* source,
-                             std::byte* target, std::size_t width) noexcept
+namespace
+{
+
+GLAZEL_AVX512 std::size_t RenderWithAvx512(const PreparedLook& look, PixelKind kind,
+                                           const std::byte* source, std::byte* target,
+                                           std::size_t width) noexcept
 {
     return FloatKernel<EightFloats>(look).Render(kind, source, target, width);
+}
+
+} // namespace
+
+std::size_t RenderGroupsOfEight(InstructionSet set, const PreparedLook& look, PixelKind kind,
+                                const std::byte* source, std::byte* target,
+                                std::size_t width) noexcept
+{
+    return set == InstructionSet::Avx512
+               ? RenderWithAvx512(look, kind, source, target, width)
+               : FloatKernel<EightFloats>(look).Render(kind, source, target, width);
 }
 
 } // namespace ReferenceRenderer

@@ -9,10 +9,14 @@ enum class InstructionSet
 {
     Baseline, // what every x64 processor has
     Avx2,
+    Avx512, // registers as wide as those of AVX2, but 32 of them
 };
 
-// The best that processor and system offer, or Baseline where the environment variable
-// GLAZEL_INSTRUCTIONS says "baseline". Asked once; any thread.
+// A function for Avx512 in a file that is built with AVX2, which takes in all that it calls.
+#define GLAZEL_AVX512 __attribute__((flatten, target("avx512vl,avx512bw,avx512dq")))
+
+// The best that processor and system offer, but nothing beyond what the environment variable
+// GLAZEL_INSTRUCTIONS says: "baseline" or "avx2". Asked once; any thread.
 InstructionSet UsedInstructionSet() noexcept;
 
 } // namespace ReferenceRenderer

@@ -24,6 +24,11 @@ struct NamedLook
     Look look;
 };
 
+Cdl Colourful(float saturation)
+{
+    return {{1.2F, 0.9F, 1.0F}, {-0.05F, 0.02F, 0.1F}, {1.0F, 0.8F, 1.3F}, saturation};
+}
+
 // Each makes ready for codes in another way.
 std::vector<NamedLook> LooksOfCubes()
 {
@@ -46,6 +51,15 @@ std::vector<NamedLook> LooksOfCubes()
     looks.back().look.curves = CurvesOf(11, [](double value) { return std::sqrt(value); });
     looks.push_back({"shown in part", CubeLook(CubeOf(33, Inverted))});
     looks.back().look.strength = 0.3F;
+    looks.push_back({"a saturation before it", CubeLook(CubeOf(33, Swirled))});
+    looks.back().look.cdlMode = CdlMode::Clamped;
+    looks.back().look.cdl = Colourful(1.4F);
+    looks.push_back({"a saturation before it, shown in part", looks.back().look});
+    looks.back().look.strength = 0.3F;
+    looks.push_back(
+        {"one without clamps, a domain of its own", CubeLook(CubeOf(65, Swirled, domain))});
+    looks.back().look.cdlMode = CdlMode::Unclamped;
+    looks.back().look.cdl = Colourful(0.0F);
     return looks;
 }
 
@@ -91,16 +105,44 @@ TEST(CodeLook, EveryInstructionSetGivesTheBytesOfThePlainArithmeticAtEveryWidth)
 
 TEST(CodeLook, EveryInstructionSetGivesTheBytesOfThePlainArithmeticForEveryColour)
 {
-    const auto look = Prepared(CubeLook(CubeOf(33, Swirled)));
-    const CodeCube& cube = look->Codes().Cube();
-    for (unsigned red = 0; red < 256; red += UnderSanitizers(15U, 1U))
+    Look described = CubeLook(CubeOf(33, Swirled));
+    for (const CdlMode mode : {CdlMode::None, CdlMode::Clamped})
     {
-        const Bytes source = EveryColourOf(red);
-        Bytes plain(source.size());
-        RenderCodesPlainly(cube, source.data(), plain.data(), 65536);
-        for (const InstructionSet set : AvailableSets())
+        described.cdlMode = mode;
+        described.cdl = Colourful(1.4F);
+        const auto look = Prepared(described);
+        const CodeCube& cube = look->Codes().Cube();
+        for (unsigned red = 0; red < 256; red += UnderSanitizers(15U, 1U))
         {
-            ASSERT_EQ(Rendered(set, cube, source), plain) << red;
+            const Bytes source = EveryColourOf(red);
+            Bytes plain(source.size());
+            RenderCodesPlainly(cube, source.data(), plain.data(), 65536);
+            for (const InstructionSet set : AvailableSets())
+            {
+                ASSERT_EQ(Rendered(set, cube, source), plain) << red;
+            }
+        }
+    }
+}
+
+TEST(CodeLook, EveryInstructionSetGivesTheBytesOfThePlainSumsForEveryColourAndWidth)
+{
+    for (const CdlMode mode : {CdlMode::Clamped, CdlMode::Unclamped})
+    {
+        const auto look = Prepared(CdlLook(Colourful(1.4F), mode));
+        const CodeMixture& mixture = look->Codes().Cube().mixture;
+        for (unsigned red = 0; red < 256; red += UnderSanitizers(15U, 1U))
+        {
+            const Bytes source = EveryColourOf(red);
+            const std::size_t width = 65536 - red % 40;
+            Bytes plain(source.size());
+            RenderMixturePlainly(mixture, source.data(), plain.data(), width);
+            for (const InstructionSet set : AvailableSets())
+            {
+                Bytes target(source.size());
+                RenderMixture(set, mixture, source.data(), target.data(), width);
+                ASSERT_EQ(target, plain) << red;
+            }
         }
     }
 }
@@ -128,14 +170,12 @@ TEST(CodeLook, AgreesWithTheLookInFloatsWithinHalfACodeAndLittleMore)
 
 TEST(CodeLook, ALookWithoutACubeIsLookedUpCodeByCode)
 {
-    Look look = CdlLook({{1.2F, 0.9F, 1.0F}, {-0.05F, 0.02F, 0.1F}, {1.0F, 0.8F, 1.3F}, 1.0F});
-    for (const bool hasCurves : {false, true})
+    std::vector<Look> looks{CdlLook(Colourful(1.0F)), CdlLook(Colourful(1.0F)),
+                            CdlLook(Colourful(1.4F)), CdlLook(Colourful(3.5F), CdlMode::Unclamped)};
+    looks[1].curves = CurvesOf(9, [](double value) { return 1.0 - value * value; });
+    looks[1].strength = 0.75F;
+    for (const Look& look : looks)
     {
-        if (hasCurves)
-        {
-            look.curves = CurvesOf(9, [](double value) { return 1.0 - value * value; });
-            look.strength = 0.75F;
-        }
         const auto prepared = Prepared(look);
         const Bytes source = RandomPixels(2000, 5);
         Bytes target(source.size());
@@ -204,14 +244,17 @@ TEST(CodeLook, RowsMayLieAnywhereAndBeRenderedInPlace)
 
 TEST(CodeLook, RowsAreRenderedFromStacksOfEveryAlignment)
 {
-    const auto look = Prepared(CubeLook(CubeOf(17, Swirled)));
     const Bytes source = RandomPixels(32, 10);
-    Bytes plain(source.size());
-    RenderCodesPlainly(look->Codes().Cube(), source.data(), plain.data(), 32);
-    for (const InstructionSet set : AvailableSets())
+    for (const NamedLook& named : LooksOfCubes())
     {
-        FromEveryStackAlignment<0>(
-            [&] { EXPECT_EQ(Rendered(set, look->Codes().Cube(), source), plain); });
+        const auto look = Prepared(named.look);
+        const CodeCube& cube = look->Codes().Cube();
+        Bytes plain(source.size());
+        RenderCodesPlainly(cube, source.data(), plain.data(), 32);
+        for (const InstructionSet set : AvailableSets())
+        {
+            FromEveryStackAlignment<0>([&] { EXPECT_EQ(Rendered(set, cube, source), plain); });
+        }
     }
 }
 

@@ -180,6 +180,8 @@ TEST(FloatRows, RowsOfEveryWidthAndPlaceAreRenderedWhole)
     Look described = CubeLook(CubeOf(9, Swirled));
     described.cdlMode = CdlMode::Clamped;
     described.cdl.saturation = 1.4F;
+    described.curves =
+        CurvesOf(7, [](double v) { return v * v; }); // codes come here with them alone
     const auto look = Prepared(described);
     for (const PixelKind kind : kKinds)
     {

@@ -16,10 +16,14 @@ using Bytes = std::vector<std::byte>;
 
 inline std::vector<InstructionSet> AvailableSets()
 {
-    std::vector<InstructionSet> sets{InstructionSet::Baseline};
-    if (UsedInstructionSet() == InstructionSet::Avx2)
+    std::vector<InstructionSet> sets;
+    for (const InstructionSet set :
+         {InstructionSet::Baseline, InstructionSet::Avx2, InstructionSet::Avx512})
     {
-        sets.push_back(InstructionSet::Avx2);
+        if (set <= UsedInstructionSet())
+        {
+            sets.push_back(set);
+        }
     }
     return sets;
 }
