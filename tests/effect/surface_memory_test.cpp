@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstring>
 #include <numeric>
+#include <vector>
 
 namespace
 {
@@ -65,6 +68,41 @@ TEST(SurfaceMemory, CopyingStopsAtTheShorterOfBothSides)
     EXPECT_EQ(rows[3], 11) << "as many bytes as the pitch holds";
     EXPECT_EQ(rows[4], 99);
     EXPECT_EQ(rows[3 * 6], 99) << "no fourth row";
+}
+
+TEST(SurfaceMemory, LargePicturesAreCopiedByteForByteFromAndToAnyAddress)
+{
+    constexpr std::uint32_t kRows = 431;
+    for (const std::uint32_t padding : {0U, 5U})
+    {
+        for (const std::uint32_t shift : {0U, 3U})
+        {
+            const std::uint32_t width = 20011; // no multiple of a line or a page
+            std::vector<std::uint8_t> source(std::size_t{width + padding} * kRows + shift);
+            std::vector<std::uint8_t> target(std::size_t{width} * kRows + 2 * shift, 99);
+            for (std::size_t i = 0; i < source.size(); ++i)
+            {
+                source[i] = static_cast<std::uint8_t>(i * 2654435761U >> 13);
+            }
+            const SurfaceMemory memory{source.data() + shift, width + padding, width, kRows};
+            FrameBufferDesc desc;
+            desc.format = kOneByteFormat;
+            desc.pixels = target.data() + shift;
+            desc.width = desc.rowPitch = width;
+            desc.height = kRows;
+            CopyRows(memory, desc);
+            for (std::uint32_t row = 0; row < kRows; ++row)
+            {
+                ASSERT_EQ(std::memcmp(target.data() + shift + std::size_t{row} * width,
+                                      memory.firstByte + std::size_t{row} * (width + padding),
+                                      width),
+                          0)
+                    << row << " of rows padded by " << padding << ", shifted by " << shift;
+            }
+            EXPECT_TRUE(std::all_of(target.end() - shift, target.end(),
+                                    [](std::uint8_t byte) { return byte == 99; }));
+        }
+    }
 }
 
 TEST(SurfaceMemory, NothingIsCopiedFromOrToNowhere)
