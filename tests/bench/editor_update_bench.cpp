@@ -1,12 +1,13 @@
-// How often a second the look editor follows a slider on a 1080p picture: from the slider's step to
-// the graded picture in the window, with the message from another thread counted in.
+// How fast the look editor follows a slider: from its step to the graded picture in the window,
+// with the message from another thread counted in. Prints JSON for ./bench.sh and judges nothing;
+// needs a display.
 #include "contract/frame_buffer_desc.h"
-#include "tests/bench/timing.h"
+#include "tests/bench/figures.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 #include "tests/reference_renderer/dll/loaded_renderer.h"
 #include "tests/reference_renderer/editor/open_editor.h"
 
-#include <cstdio>
+#include <string>
 #include <vector>
 
 using namespace ReferenceRenderer;
@@ -14,51 +15,55 @@ using namespace ReferenceRenderer;
 namespace
 {
 
-constexpr std::uint32_t kWidth = 1920;
-constexpr std::uint32_t kHeight = 1080;
-constexpr int kRuns = 101;
+struct Size
+{
+    const char* name;
+    std::uint32_t width;
+    std::uint32_t height;
+};
+
+constexpr int kRounds = 31;
 
 template <typename Sample>
-FrameBufferDesc Gradient(std::vector<Sample>& samples, std::uint32_t format, float white)
+FrameBufferDesc Gradient(const Size& size, std::vector<Sample>& samples, std::uint32_t format,
+                         float white)
 {
-    samples.resize(std::size_t{kWidth} * kHeight * 4);
+    samples.resize(std::size_t{size.width} * size.height * 4);
     for (std::size_t i = 0; i < samples.size(); ++i)
     {
         const std::size_t pixel = i / 4;
-        const auto share = static_cast<float>((pixel * (i % 4 + 1) + pixel / kWidth) % kWidth) /
-                           static_cast<float>(kWidth);
+        const auto share =
+            static_cast<float>((pixel * (i % 4 + 1) + pixel / size.width) % size.width) /
+            static_cast<float>(size.width);
         samples[i] = static_cast<Sample>(share * white);
     }
     FrameBufferDesc frame{};
     frame.format = format;
     frame.pixels = samples.data();
-    frame.width = kWidth;
-    frame.height = kHeight;
-    frame.rowPitch = kWidth;
+    frame.width = size.width;
+    frame.height = size.height;
+    frame.rowPitch = size.width;
     return frame;
 }
 
-void Measure(const LoadedRenderer& library, FrameBufferDesc& frame, const char* picture,
-             const Look& look, const char* kind)
+// In a window that fills the display of the tests.
+void Measure(const LoadedRenderer& library, FrameBufferDesc& frame, const Look& look,
+             const std::string& name, Figures& figures)
 {
     const std::vector<std::uint8_t> record = RecordOf(look);
     OpenEditor editor([&] {
         return library.doModalUI2(&frame, record.data(), static_cast<std::uint32_t>(record.size()),
                                   1);
     });
-    for (const SIZE size : {SIZE{1200, 720}, SIZE{2560, 1440}})
-    {
-        editor.Resize(size.cx, size.cy);
-        RECT shown{};
-        ::GetClientRect(editor.Child(IDC_PICTURE), &shown);
-        bool up = false;
-        const double update = MedianMicroseconds(kRuns, [&] {
-            up = !up;
-            editor.SlideKey(Control::SlopeGreen, up ? VK_RIGHT : VK_LEFT);
-        });
-        std::printf("  %-13s %-16s picture in %4ld x %4ld: %7.2f ms, %6.1f a second\n", picture,
-                    kind, shown.right, shown.bottom, update / 1e3, 1e6 / update);
-    }
+    editor.Resize(1280, 1024);
+    bool up = false;
+    Figures steps;
+    steps.Add(name, 1.0, [&] {
+        up = !up;
+        editor.SlideKey(Control::SlopeGreen, up ? VK_RIGHT : VK_LEFT);
+    });
+    steps.Run(kRounds);
+    figures.Take(steps);
     editor.CloseWith(IDCANCEL);
 }
 
@@ -67,10 +72,6 @@ void Measure(const LoadedRenderer& library, FrameBufferDesc& frame, const char* 
 int main()
 {
     const LoadedRenderer library;
-    std::vector<std::uint8_t> bytes;
-    std::vector<float> floats;
-    FrameBufferDesc eightBit = Gradient(bytes, kFormatBgra8, 255.0F);
-    FrameBufferDesc linear = Gradient(floats, kFormatBgraFloat, 1.0F);
     Cdl powers;
     powers.power = {0.9F, 1.1F, 1.2F};
     powers.saturation = 1.1F;
@@ -78,12 +79,18 @@ int main()
     cube.cdlMode = CdlMode::Clamped;
     Look all = cube;
     all.cdl = powers;
-    std::printf("one step of a slider, 1920 x 1080, median of %d runs\n", kRuns);
-    Measure(library, eightBit, "8-bit", CdlLook(powers), "CDL");
-    Measure(library, eightBit, "8-bit", all, "CDL and 3D LUT");
-    Measure(library, linear, "linear float", CdlLook({}), "slope alone");
-    Measure(library, linear, "linear float", CdlLook(powers), "CDL");
-    Measure(library, linear, "linear float", cube, "slope and 3D LUT");
-    Measure(library, linear, "linear float", all, "CDL and 3D LUT");
+    Figures figures;
+    for (const Size& size : {Size{"1920x1080", 1920, 1080}, Size{"3840x2160", 3840, 2160}})
+    {
+        std::vector<std::uint8_t> bytes;
+        std::vector<float> floats;
+        FrameBufferDesc eightBit = Gradient(size, bytes, kFormatBgra8, 255.0F);
+        FrameBufferDesc linear = Gradient(size, floats, kFormatBgraFloat, 1.0F);
+        const std::string behind = std::string(", ") + size.name;
+        Measure(library, eightBit, CdlLook(powers), "slider 8-bit, CDL" + behind, figures);
+        Measure(library, eightBit, all, "slider 8-bit, CDL and LUT" + behind, figures);
+        Measure(library, linear, all, "slider linear float, CDL and LUT" + behind, figures);
+    }
+    figures.Print();
     return 0;
 }

@@ -3,7 +3,7 @@
 // kernel_bench ROUNDS [FOLDER]; a folder gets the 8-bit frame and the 33-point LUT.
 #include "reference_renderer/core/cube_writer.h"
 #include "reference_renderer/dll/row_workers.h"
-#include "tests/bench/timing.h"
+#include "tests/bench/figures.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 
 #include <algorithm>
@@ -79,77 +79,45 @@ struct Frame
     }
 };
 
-struct Figure
-{
-    std::string name;
-    std::size_t pixels;
-    std::function<void()> work;
-    std::vector<double> milliseconds{};
-};
-
 class Bench
 {
 public:
     void AddCopy(const char* name, Frame& frame)
     {
-        m_figures.push_back({name, frame.width * frame.height, [&frame] {
-                                 std::memcpy(frame.target.data(), frame.source.data(),
-                                             frame.source.size());
-                                 asm volatile("" : : "r"(frame.target.data()) : "memory");
-                             }});
+        AddWork(name, frame, [&frame] {
+            std::memcpy(frame.target.data(), frame.source.data(), frame.source.size());
+            asm volatile("" : : "r"(frame.target.data()) : "memory");
+        });
     }
 
     void Add(const char* name, Frame& frame, const PreparedLook& look, RowFunction* row)
     {
         const FrameJob job = frame.JobOf(look, row);
-        m_figures.push_back(
-            {name, frame.width * frame.height, [job] { job.RenderRows(0, job.height); }});
+        AddWork(name, frame, [job] { job.RenderRows(0, job.height); });
     }
 
     void AddAllCores(const char* name, Frame& frame, const PreparedLook& look, RowFunction* row)
     {
         const FrameJob job = frame.JobOf(look, row);
-        m_figures.push_back(
-            {name, frame.width * frame.height, [this, job] { m_workers.Run(job); }});
+        AddWork(name, frame, [this, job] { m_workers.Run(job); });
     }
 
     void Run(int rounds)
     {
         m_workers.Start();
-        for (Figure& figure : m_figures)
-        {
-            figure.work(); // touches all memory once
-        }
-        for (int round = 0; round < rounds; ++round)
-        {
-            for (Figure& figure : m_figures)
-            {
-                figure.milliseconds.push_back(MedianMicroseconds(1, figure.work) / 1e3);
-            }
-        }
+        m_figures.Run(rounds);
         m_workers.Stop();
-    }
-
-    void Print() const
-    {
-        const char* separator = "[";
-        for (const Figure& figure : m_figures)
-        {
-            std::printf("%s{\"name\": \"%s\", \"pixels\": %u, \"ms\": [", separator,
-                        figure.name.c_str(), static_cast<unsigned>(figure.pixels));
-            for (std::size_t i = 0; i < figure.milliseconds.size(); ++i)
-            {
-                std::printf("%s%.4f", i == 0 ? "" : ", ", figure.milliseconds[i]);
-            }
-            std::printf("]}");
-            separator = ",\n";
-        }
-        std::printf("]\n");
+        m_figures.Print();
     }
 
 private:
+    void AddWork(const char* name, const Frame& frame, std::function<void()> work)
+    {
+        m_figures.Add(name, static_cast<double>(frame.width * frame.height), std::move(work));
+    }
+
     RowWorkers m_workers;
-    std::vector<Figure> m_figures;
+    Figures m_figures;
 };
 
 void WriteInputs(const std::string& folder, const Frame& frame, const Look& look)
@@ -210,7 +178,6 @@ int Measure(int rounds, const char* folder)
     bench.Add("CDL float", floats, *cdlMixed, cdlMixed->RowFloat(false));
     bench.Add("CDL float with power", floats, *cdlBent, cdlBent->RowFloat(false));
     bench.Run(rounds);
-    bench.Print();
     return 0;
 }
 
