@@ -31,9 +31,9 @@ gcc_flags=(--extra-arg=-Wno-unknown-warning-option --extra-arg=-Wno-ignored-opti
 
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
-# Build folders of its own: clang cannot read GCC's precompiled headers.
+# Build folders of its own: clang cannot read GCC's precompiled headers, and is to name our sources.
 for preset in native release; do
-  cmake --preset "$preset" -B "build/tidy/$preset" -DGLAZEL_PRECOMPILE=OFF >"$output" 2>&1 ||
+  cmake --preset "$preset" -B "build/tidy/$preset" -DGLAZEL_PRECOMPILE=OFF -DGLAZEL_UNITY=OFF >"$output" 2>&1 ||
     { cat "$output" >&2; exit 1; }
 done
 status=0

@@ -8,8 +8,6 @@ namespace ReferenceRenderer
 namespace
 {
 
-constexpr std::size_t kChannels = 4;
-
 void ScaleRow(const float* source, const AreaAxis& axis, float* target) noexcept
 {
     for (std::size_t x = 0; x < axis.TargetLength(); ++x)

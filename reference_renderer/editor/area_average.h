@@ -10,6 +10,8 @@
 namespace ReferenceRenderer
 {
 
+inline constexpr std::size_t kChannels = 4; // of a pixel, alpha among them
+
 // One axis of a scaling: which source pixels a target pixel covers, and how much of each.
 class AreaAxis
 {

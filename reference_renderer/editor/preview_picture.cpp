@@ -15,8 +15,6 @@ namespace ReferenceRenderer
 namespace
 {
 
-constexpr std::size_t kChannels = 4;
-
 class ByteRows final : public PixelRows
 {
 public:

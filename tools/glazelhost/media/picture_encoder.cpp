@@ -103,10 +103,10 @@ private:
     void WriteRows(const Image& image, const PixelLayout& layout, bool swapWords,
                    IWICBitmapFrameEncode& frame) const
     {
-        constexpr std::size_t kBandBytes = std::size_t{1} << 24;
+        constexpr std::size_t kEncodedBandBytes = std::size_t{1} << 24;
         const std::size_t rowBytes = static_cast<std::size_t>(image.width) * layout.PixelBytes();
         const int bandRows = static_cast<int>(std::clamp<std::size_t>(
-            kBandBytes / rowBytes, 1, static_cast<std::size_t>(image.height)));
+            kEncodedBandBytes / rowBytes, 1, static_cast<std::size_t>(image.height)));
         std::vector<std::byte> band(rowBytes * static_cast<std::size_t>(bandRows));
         for (int top = 0; top < image.height; top += bandRows)
         {

@@ -127,11 +127,11 @@ public:
 
     void Write(const std::byte* source, std::size_t size) override
     {
-        constexpr std::size_t kLargestTransfer = std::size_t{1} << 26;
+        constexpr std::size_t kLargestWrite = std::size_t{1} << 26;
         while (size != 0)
         {
             DWORD count = 0;
-            const auto wanted = static_cast<DWORD>(std::min(size, kLargestTransfer));
+            const auto wanted = static_cast<DWORD>(std::min(size, kLargestWrite));
             if (::WriteFile(m_file.get(), source, wanted, &count, nullptr) == 0)
             {
                 throw HostError(m_path, "writing failed: " + WindowsErrorText(::GetLastError()),
