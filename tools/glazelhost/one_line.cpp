@@ -25,4 +25,14 @@ std::string OneLine(std::string_view text)
     return line;
 }
 
+std::string Joined(const std::vector<std::string>& names)
+{
+    std::string list;
+    for (const std::string& name : names)
+    {
+        list += (list.empty() ? "" : ", ") + name;
+    }
+    return list;
+}
+
 } // namespace GlazelHost

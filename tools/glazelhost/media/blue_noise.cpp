@@ -11,8 +11,7 @@ namespace GlazelHost
 namespace
 {
 
-constexpr std::size_t kSide = kBlueNoiseSide;
-constexpr std::size_t kPlaces = kSide * kSide;
+constexpr std::size_t kPlaces = kBlueNoiseSide * kBlueNoiseSide;
 
 // The places of the tile, lit or not, and how crowded each is: the sum of a bell around every lit
 // place, over the tile's edges. In whole numbers, so that every machine finds the same order.
@@ -25,8 +24,10 @@ public:
         constexpr double kScale = 1U << 30U;
         for (std::size_t place = 0; place < kPlaces; ++place)
         {
-            const auto x = static_cast<double>(std::min(place % kSide, kSide - place % kSide));
-            const auto y = static_cast<double>(std::min(place / kSide, kSide - place / kSide));
+            const auto x = static_cast<double>(
+                std::min(place % kBlueNoiseSide, kBlueNoiseSide - place % kBlueNoiseSide));
+            const auto y = static_cast<double>(
+                std::min(place / kBlueNoiseSide, kBlueNoiseSide - place / kBlueNoiseSide));
             m_bell[place] =
                 std::llround(kScale * std::exp(-(x * x + y * y) / (2 * kSigma * kSigma)));
         }
@@ -37,15 +38,16 @@ public:
     void Turn(std::size_t place, bool lit)
     {
         m_isLit[place] = lit;
-        const std::size_t left = place % kSide;
-        const std::size_t top = place / kSide;
+        const std::size_t left = place % kBlueNoiseSide;
+        const std::size_t top = place / kBlueNoiseSide;
         std::int64_t* crowd = m_crowd.data();
-        for (std::size_t y = 0; y < kSide; ++y)
+        for (std::size_t y = 0; y < kBlueNoiseSide; ++y)
         {
-            const std::int64_t* const bell = m_bell.data() + (y + kSide - top) % kSide * kSide;
-            for (std::size_t x = 0; x < kSide; ++x, ++crowd)
+            const std::int64_t* const bell =
+                m_bell.data() + (y + kBlueNoiseSide - top) % kBlueNoiseSide * kBlueNoiseSide;
+            for (std::size_t x = 0; x < kBlueNoiseSide; ++x, ++crowd)
             {
-                const std::int64_t share = bell[(x + kSide - left) % kSide];
+                const std::int64_t share = bell[(x + kBlueNoiseSide - left) % kBlueNoiseSide];
                 *crowd += lit ? share : -share;
             }
         }

@@ -14,7 +14,6 @@ namespace GlazelHost
 namespace
 {
 
-constexpr std::size_t kSide = kBlueNoiseSide;
 constexpr std::size_t kColours = 3;
 
 // Where the tile of each colour begins in a frame: anywhere.
@@ -29,7 +28,7 @@ std::array<std::size_t, kColours> TileOffsets(std::uint32_t seed, std::int64_t f
         std::uint64_t mixed = state;
         mixed = (mixed ^ mixed >> 30U) * 0xBF58476D1CE4E5B9;
         mixed = (mixed ^ mixed >> 27U) * 0x94D049BB133111EB;
-        offset = static_cast<std::size_t>(mixed >> 33U) % (kSide * kSide);
+        offset = static_cast<std::size_t>(mixed >> 33U) % (kBlueNoiseSide * kBlueNoiseSide);
     }
     return offsets;
 }
@@ -72,9 +71,10 @@ void Dither::ToBytes(const Image& floats, std::int64_t frame, Image& bytes) cons
             std::memcpy(values.data(), source, sizeof values);
             for (std::size_t colour = 0; colour < kColours; ++colour)
             {
-                const std::size_t row = (y + offsets[colour] / kSide) % kSide;
-                const std::size_t column = (x + offsets[colour]) % kSide;
-                target[colour] = Dithered(values[colour], m_thresholds[row * kSide + column]);
+                const std::size_t row = (y + offsets[colour] / kBlueNoiseSide) % kBlueNoiseSide;
+                const std::size_t column = (x + offsets[colour]) % kBlueNoiseSide;
+                target[colour] =
+                    Dithered(values[colour], m_thresholds[row * kBlueNoiseSide + column]);
             }
             target[kColours] = std::byte{ByteOf(values[kColours])};
             source += sizeof values;

@@ -20,8 +20,6 @@ namespace GlazelHost
 namespace
 {
 
-using Bytes = std::span<const std::byte>;
-
 [[noreturn]] void RefuseFile(const std::string& name, FileKind kind)
 {
     throw HostError(name,

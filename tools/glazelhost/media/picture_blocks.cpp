@@ -11,7 +11,6 @@ namespace
 {
 
 using namespace std::string_view_literals;
-using Bytes = std::span<const std::byte>;
 
 Bytes ExifOfJpeg(Bytes file) noexcept
 {

@@ -11,11 +11,13 @@
 namespace GlazelHost
 {
 
+using Bytes = std::span<const std::byte>;
+
 // Looks into the file, which outlives it.
 struct PictureBlock
 {
     std::uint32_t name = 0; // of a PNG chunk four letters, of a JPEG segment the marker's number
-    std::span<const std::byte> contents;
+    Bytes contents;
     std::size_t end = 0; // place in the file of the byte behind it
 };
 
@@ -34,18 +36,16 @@ inline constexpr std::size_t kFirstJpegSegment = 2;
 
 // The block that begins at `place`; none when it does not lie wholly within the file, and none for
 // a JPEG's scan, behind which no segments can be told apart from pixels without decoding.
-std::optional<PictureBlock> PngChunkAt(std::span<const std::byte> file, std::size_t place) noexcept;
-std::optional<PictureBlock> JpegSegmentAt(std::span<const std::byte> file,
-                                          std::size_t place) noexcept;
+std::optional<PictureBlock> PngChunkAt(Bytes file, std::size_t place) noexcept;
+std::optional<PictureBlock> JpegSegmentAt(Bytes file, std::size_t place) noexcept;
 
 // The number of `count` bytes, the highest first; 0 when they are not all there.
-std::uint32_t BigEndianAt(std::span<const std::byte> bytes, std::size_t place,
-                          std::size_t count) noexcept;
+std::uint32_t BigEndianAt(Bytes bytes, std::size_t place, std::size_t count) noexcept;
 
-bool BeginsWith(std::span<const std::byte> bytes, std::string_view text) noexcept;
+bool BeginsWith(Bytes bytes, std::string_view text) noexcept;
 
 // The EXIF block of a PNG or JPEG, which is a TIFF without pixels, or the whole of a TIFF. Empty
 // for what has none.
-std::span<const std::byte> DirectoryBytes(std::span<const std::byte> file) noexcept;
+Bytes DirectoryBytes(Bytes file) noexcept;
 
 } // namespace GlazelHost

@@ -16,8 +16,6 @@ namespace GlazelHost
 namespace
 {
 
-using Bytes = std::span<const std::byte>;
-
 // `what` stands behind "its", without a verb.
 [[noreturn]] void Refuse(const std::string& name, const std::string& what,
                          const std::string& remedy)

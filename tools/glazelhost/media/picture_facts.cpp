@@ -18,7 +18,6 @@ namespace
 {
 
 using namespace std::string_view_literals;
-using Bytes = std::span<const std::byte>;
 
 constexpr double kMetresPerInch = 0.0254;
 constexpr double kPngUnit = 100000.0; // of gamma and chromaticities

@@ -11,10 +11,10 @@ namespace
 {
 
 // Bytes by place; every read is checked.
-class Bytes
+class FileBytes
 {
 public:
-    explicit Bytes(std::span<const std::byte> bytes) noexcept : m_bytes(bytes) {}
+    explicit FileBytes(std::span<const std::byte> bytes) noexcept : m_bytes(bytes) {}
 
     bool Has(std::size_t place, std::size_t count) const noexcept
     {
@@ -45,7 +45,7 @@ private:
 };
 
 // The first chunk, IHDR, begins with width and height.
-std::optional<PictureSize> SizeOfPng(const Bytes& file) noexcept
+std::optional<PictureSize> SizeOfPng(const FileBytes& file) noexcept
 {
     constexpr std::size_t kWidth = 16;
     if (!file.Has(kWidth, 8))
@@ -56,7 +56,7 @@ std::optional<PictureSize> SizeOfPng(const Bytes& file) noexcept
 }
 
 // Old headers of 12 bytes have 16-bit sides, all others 32-bit sides with a sign.
-std::optional<PictureSize> SizeOfBmp(const Bytes& file) noexcept
+std::optional<PictureSize> SizeOfBmp(const FileBytes& file) noexcept
 {
     constexpr std::size_t kInfoHeader = 14;
     constexpr std::uint32_t kOldHeaderBytes = 12;
@@ -82,7 +82,7 @@ bool IsFrameMarker(std::uint32_t marker) noexcept
 }
 
 // Segments follow each other, each with its length, up to the frame's.
-std::optional<PictureSize> SizeOfJpeg(const Bytes& file) noexcept
+std::optional<PictureSize> SizeOfJpeg(const FileBytes& file) noexcept
 {
     constexpr std::uint32_t kFill = 0xFF;
     constexpr std::uint32_t kStartOfScan = 0xDA;
@@ -112,7 +112,7 @@ std::optional<PictureSize> SizeOfJpeg(const Bytes& file) noexcept
 
 std::optional<PictureSize> SizeFromHeader(std::span<const std::byte> file) noexcept
 {
-    const Bytes bytes(file);
+    const FileBytes bytes(file);
     const auto kind = KindFromContent(file);
     if (kind == FileKind::Png)
     {

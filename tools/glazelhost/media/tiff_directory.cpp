@@ -10,10 +10,7 @@ namespace
 {
 
 constexpr std::size_t kHeaderBytes = 8;
-constexpr std::size_t kEntryBytes = 12;
 constexpr std::uint32_t kMagic = 42;
-
-constexpr std::uint16_t kFraction = 5;
 
 // Bytes of one value of a type; 0: an unknown type.
 std::size_t ValueBytes(std::uint32_t type) noexcept
@@ -49,7 +46,8 @@ std::optional<TiffDirectory> TiffDirectory::Read(std::span<const std::byte> file
 void TiffDirectory::Enter(std::size_t place) noexcept
 {
     m_entries = place + 2;
-    m_count = std::min<std::size_t>(NumberAt(place, 2), (m_file.size() - m_entries) / kEntryBytes);
+    m_count =
+        std::min<std::size_t>(NumberAt(place, 2), (m_file.size() - m_entries) / kTiffEntryBytes);
 }
 
 std::optional<TiffDirectory> TiffDirectory::Below(std::uint16_t tag) const noexcept
@@ -77,7 +75,7 @@ std::uint32_t TiffDirectory::NumberAt(std::size_t place, std::size_t bytes) cons
 
 TiffValues TiffDirectory::At(std::size_t index) const noexcept
 {
-    const std::size_t entry = m_entries + index * kEntryBytes;
+    const std::size_t entry = m_entries + index * kTiffEntryBytes;
     TiffValues values{static_cast<std::uint16_t>(NumberAt(entry, 2)),
                       static_cast<std::uint16_t>(NumberAt(entry + 2, 2)),
                       {}};
@@ -129,12 +127,12 @@ std::size_t TiffDirectory::CountOf(std::uint16_t tag) const noexcept
 std::optional<double> TiffDirectory::Fraction(std::uint16_t tag, std::size_t index) const noexcept
 {
     const TiffValues values = ValuesOf(tag);
-    if (values.type != kFraction || index >= values.bytes.size() / ValueBytes(kFraction))
+    if (values.type != kTiffFraction || index >= values.bytes.size() / ValueBytes(kTiffFraction))
     {
         return std::nullopt;
     }
     const std::size_t place = static_cast<std::size_t>(values.bytes.data() - m_file.data()) +
-                              index * ValueBytes(kFraction);
+                              index * ValueBytes(kTiffFraction);
     const std::uint32_t denominator = NumberAt(place + 4, 4);
     return denominator == 0 ? std::nullopt
                             : std::optional(static_cast<double>(NumberAt(place, 4)) / denominator);

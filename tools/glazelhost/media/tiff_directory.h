@@ -10,6 +10,10 @@
 namespace GlazelHost
 {
 
+// TIFF 6.0, section 2: the type of values that are two numbers each, and an entry of a directory.
+inline constexpr std::uint16_t kTiffFraction = 5;
+inline constexpr std::uint32_t kTiffEntryBytes = 12;
+
 // One tag's values as they stand in the file.
 struct TiffValues
 {

@@ -1,5 +1,7 @@
 #include "tools/glazelhost/media/tiff_fields.h"
 
+#include "tools/glazelhost/media/tiff_directory.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -12,8 +14,6 @@ namespace
 
 constexpr std::uint16_t kShort = 3;
 constexpr std::uint16_t kLong = 4;
-constexpr std::uint16_t kFraction = 5;
-constexpr std::uint32_t kEntryBytes = 12;
 
 std::uint32_t UnitOf(std::uint16_t type) noexcept
 {
@@ -27,7 +27,7 @@ std::uint32_t UnitOf(std::uint16_t type) noexcept
     case 11: // floats
     case 13: // the place of a directory
         return 4;
-    case kFraction:
+    case kTiffFraction:
     case 10: // with a sign
     case 12: // doubles
         return 8;
@@ -87,7 +87,7 @@ void TiffFields::SetFractions(std::uint16_t tag, std::span<const double> values)
         bytes.Add32(static_cast<std::uint32_t>(std::llround(value * denominator)));
         bytes.Add32(static_cast<std::uint32_t>(denominator));
     }
-    Set({tag, kFraction, bytes.Bytes(), {}});
+    Set({tag, kTiffFraction, bytes.Bytes(), {}});
 }
 
 void TiffFields::SetBytes(std::uint16_t tag, std::uint16_t type, std::span<const std::byte> bytes)
@@ -111,7 +111,7 @@ void TiffFields::AddTo(LittleEndianBlock& block, std::uint32_t place) const
 {
     LittleEndianBlock behind;
     const std::uint32_t values =
-        place + 2 + static_cast<std::uint32_t>(m_fields.size()) * kEntryBytes + 4;
+        place + 2 + static_cast<std::uint32_t>(m_fields.size()) * kTiffEntryBytes + 4;
     const auto next = [&] { return values + static_cast<std::uint32_t>(behind.Size()); };
     block.Add16(static_cast<std::uint32_t>(m_fields.size()));
     for (const Field& field : m_fields)

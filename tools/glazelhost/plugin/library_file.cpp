@@ -1,6 +1,7 @@
 #include "tools/glazelhost/plugin/library_file.h"
 
 #include "support/win32/utf8.h"
+#include "tools/glazelhost/one_line.h"
 #include "tools/glazelhost/plugin/pe_image.h"
 #include "tools/glazelhost/windows_text.h"
 
@@ -98,16 +99,6 @@ void CollectMissing(const std::string& path, std::set<std::string>& seen,
             missing.push_back(library.name);
         }
     }
-}
-
-std::string Joined(const std::vector<std::string>& names)
-{
-    std::string list;
-    for (const std::string& name : names)
-    {
-        list += (list.empty() ? "" : ", ") + name;
-    }
-    return list;
 }
 
 LibraryState StateBeforeLoading(const std::string& path)

@@ -25,16 +25,6 @@ constexpr std::uint32_t kLargestRecord = 131072;
 // A description is a few lines of text.
 constexpr std::uint32_t kLargestDescription = 1U << 20;
 
-std::string Joined(const std::vector<std::string>& names)
-{
-    std::string list;
-    for (const std::string& name : names)
-    {
-        list += (list.empty() ? "" : ", ") + name;
-    }
-    return list;
-}
-
 } // namespace
 
 RendererLibrary::RendererLibrary(const std::string& folder)
