@@ -155,6 +155,16 @@ def test_gray_floats_stay_an_exr(folder):
     assert probe(folder / "out.exr", "pix_fmt") == {"pix_fmt": "gbrpf32le"}
 
 
+def test_half_floats_of_a_sequence_stay_half(folder):
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=32x16", "-frames:v", 2, "-pix_fmt", "gbrpf32le",
+           "-format", "half", folder / "in_%04d.exr")
+    result = script("in_%04d.exr", "out_%04d.exr", "--look", WARM, cwd=folder)
+    assert result.code == 0, result.lines
+    for number in (1, 2):
+        head = (folder / f"out_000{number}.exr").read_bytes()[:400]
+        assert re.findall(rb"[BGR]\0(.)\0\0\0", head, re.DOTALL) == [b"\1"] * 3, "each channel's type"
+
+
 @pytest.mark.parametrize("kind, then", [("png", "jpg"), ("exr", "dpx"), ("exr", "png"),
                                         ("png", "exr")])
 def test_a_sequence_is_named_with_either_sign_in_any_folder(kind, then, folder):
@@ -169,6 +179,14 @@ def test_a_sequence_is_named_with_either_sign_in_any_folder(kind, then, folder):
     assert result.code == 0, result.lines
     assert {path.name for path in place.glob("t_*")} == \
         {f"t_{number:04}.{then}" for number in (98, 99, 100, 102)}
+
+
+@pytest.mark.parametrize("kind", ["exr", "png"])
+def test_a_picture_of_a_sequence_that_is_there_is_told_before_rendering(kind, folder, clip):
+    (folder / f"f_07.{kind}").write_text("mine")
+    result = script(clip.name, f"f_%02d.{kind}", "--look", WARM, "--frames", "3-9x2", cwd=folder)
+    assert result.code == 1 and f"f_07.{kind}: it exists already" in result.only_line()
+    assert left(folder, clip) == {f"f_07.{kind}"}
 
 
 def test_chosen_frames_go_without_sound(folder, clip):
@@ -215,6 +233,28 @@ def test_a_video_that_is_cut_is_told_and_rendered_on_demand(folder, clip):
     assert result.code == 1
     assert "cut.mkv" in result.lines[-1]
     assert int(probe(folder / "out.mp4", "nb_frames")["nb_frames"]) > 5
+
+
+def test_a_video_of_the_pictures_that_can_be_read_is_made_on_demand(folder):
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=32x16", "-frames:v", 4, folder / "p_%d.png")
+    (folder / "p_3.png").write_bytes((folder / "p_3.png").read_bytes()[:60])
+    result = script("p_%d.png", "out.mkv", "--look", WARM, "--quiet", cwd=folder)
+    assert result.code == 1 and not (folder / "out.mkv").exists()
+    result = script("p_%d.png", "out.mkv", "--look", WARM, "--skip-bad-frames", cwd=folder)
+    assert result.code == 1 and "1 frame could not be read" in result.lines[-1], result.lines
+    assert ffmpeg("-i", folder / "out.mkv", "-f", "framemd5", "-").count(b"\n0,") == 3
+
+
+def test_a_project_is_replaced_where_the_output_is(folder, clip):
+    words = (clip.name, "out.mkv", "--save-project", "a.glz", "--look")
+    assert script(*words, WARM, cwd=folder).code == 0
+    before = (folder / "a.glz").read_bytes()
+    result = script(*words, COOL, "--quiet", cwd=folder)
+    assert result.code == 1 and "a.glz" in result.only_line()
+    assert (folder / "a.glz").read_bytes() == before
+    result = script(*words, COOL, "--overwrite", cwd=folder)
+    assert result.code == 0, result.lines
+    assert (folder / "a.glz").read_bytes() != before
 
 
 IDENTITY = """<ColorCorrection id="same"><SOPNode><Slope>1 1 1</Slope><Offset>0 0 0</Offset>

@@ -39,7 +39,7 @@ def begun(clip, folder, *options, limit=None):
          "--codec", "ffv1"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
         stderr=subprocess.PIPE, env=environment(), preexec_fn=limited)
     wait_until(lambda: process.poll() is not None or any(
-        path.stat().st_size > 100_000 for path in folder.glob(".glazel-*")))
+        path.stat().st_size > 100_000 for path in folder.glob(".glazel-*/*")))
     return process
 
 

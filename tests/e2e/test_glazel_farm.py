@@ -245,7 +245,7 @@ def end(process):
 
 def begun(folder, piece):
     """Whether something of that piece has been written."""
-    return any(path.stat().st_size for path in (folder / str(piece)).glob(".glazel-*"))
+    return any(path.stat().st_size for path in (folder / str(piece)).glob(".glazel-*/*"))
 
 
 def pieces(folder):

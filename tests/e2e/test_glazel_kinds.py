@@ -179,6 +179,26 @@ def test_everything_beside_the_picture_is_kept(unchanging, tmp_path):
         assert sum(line in said for said in result.lines) == 1, (line, result.lines)
 
 
+@pytest.mark.parametrize("target, words, lost", [
+    ("o.mp4", (), set()), ("o.mkv", (), set()),
+    ("o.mov", ("--codec", "prores"), {"cover picture 1", "picture's language"})])
+def test_a_cover_goes_where_it_can_and_is_missed_beforehand(target, words, lost, unchanging, tmp_path):
+    ffmpeg("-f", "lavfi", "-i", "testsrc=size=48x48", "-frames:v", 1, tmp_path / "cover.png")
+    source = tmp_path / "in.mp4"
+    ffmpeg("-f", "lavfi", "-i", f"testsrc2=size={SIZE}:rate=25", "-i", tmp_path / "cover.png",
+           "-map", 0, "-map", 1, "-frames:v:0", 3, "-c:v:0", "libx264", "-c:v:1", "png",
+           "-disposition:v:1", "attached_pic", "-metadata:s:v:0", "language=deu", "-timecode",
+           "01:00:00:00", source)
+    result = run([ROOT / "glazel", "render", source, tmp_path / target, "--look", unchanging, *words])
+    assert result.code == 0, result.lines
+    before = facts(source)
+    assert {"cover picture 1", "picture's language", "timecode"} <= set(before)
+    found = kept.losses(before, facts(tmp_path / target))
+    assert set(found) == lost
+    begun = next(n for n, line in enumerate(result.lines) if "rendered in" in line)
+    assert sum(line in said for line in found.values() for said in result.lines[:begun]) == len(lost)
+
+
 def test_a_rotation_is_applied_and_told(unchanging, tmp_path):
     ffmpeg("-f", "lavfi", "-i", f"testsrc2=size={SIZE}", "-frames:v", 3, *X264, tmp_path / "a.mp4")
     ffmpeg("-i", tmp_path / "a.mp4", "-c", "copy", "-metadata:s:v:0", "rotate=90",

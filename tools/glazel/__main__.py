@@ -12,7 +12,7 @@ if sys.version_info < (3, 11):
     sys.exit("glazel: this Python is older than 3.11; install a newer one")
 
 from . import command_line, farm, prepare, system
-from .failure import DONE, FAILED, Failure, Interrupted, WRONG_USAGE
+from .failure import DONE, Failure, Interrupted, WRONG_USAGE
 from .render import render
 from .report import Report
 
@@ -28,6 +28,7 @@ def main(words: list[str]) -> int:
         print(command_line.main_help(), end="", file=sys.stdout if words else sys.stderr)
         return DONE if words else WRONG_USAGE
     command, report = words[0], Report("plain")
+    failure: Failure | Interrupted
     try:
         options = command_line.parse(command, words[1:])
         if command == "install":
@@ -44,14 +45,15 @@ def main(words: list[str]) -> int:
             render(command_line.render_job(options), report)
         return DONE
     except (Failure, Interrupted) as error:
-        report.fail(str(error))
-        return error.code
+        failure = error
     except OSError as error:
         why = f"the system says: {error.strerror}"
-        report.fail(str(Failure(error.filename or command, why, "check the disk and your rights")))
+        failure = Failure(error.filename or command, why, "check the disk and your rights")
     except Exception as error:  # a person gets a line, not our insides
-        report.fail(f"{command}: {type(error).__name__}: {error}; report this to the makers")
-    return FAILED
+        why = f"{type(error).__name__}: {error}"
+        failure = Failure(command, why, "report this to the makers")
+    report.say(str(failure), "error")
+    return failure.code
 
 
 def _pass_on(words: list[str]) -> int:

@@ -4,13 +4,16 @@ colours is said at both ends, because what is left out is guessed differently by
 
 from __future__ import annotations
 
-from dataclasses import dataclass, replace
+from dataclasses import replace
+from typing import NamedTuple
 
 from .formats import PLANAR
 from .probe import Colour, Media, PixelFormat
 
 _EXACT = "accurate_rnd+full_chroma_int+full_chroma_inp"
 _HD_WIDTH, _HD_HEIGHT = 1280, 576  # larger pictures of which nobody says it have the matrix of HD
+_PALETTES = ("rgb8", "bgr8", "rgb4_byte", "bgr4_byte", "pal8")  # formats that GIF's encoder takes
+_RGB = ("gbr", "full")
 
 
 def _names(text: str) -> dict[str, str]:
@@ -31,11 +34,9 @@ _PRIMARIES = _names(
     "bt709=709 smpte170m=170m smpte240m=240m bt2020=2020 bt470m bt470bg film smpte428 smpte431 "
     "smpte432"
 )
-_RGB = ("gbr", "full")
 
 
-@dataclass(frozen=True)
-class Raw:
+class Raw(NamedTuple):
     """What goes through a pipe: the host's name, ffmpeg's, and ffmpeg's for planes of it."""
 
     name: str
@@ -54,9 +55,7 @@ def raw_for(number: PixelFormat, depth: str | None) -> Raw:
     alpha keeps its scale only there."""
     if depth == "8" or (depth is None and number.depth <= 8):
         return BGRA8
-    if number.is_float or (not number.rgb and not number.gray and not number.alpha):
-        return FLOATS
-    return BGRA16
+    return BGRA16 if (number.rgb or number.gray or number.alpha) and not number.is_float else FLOATS
 
 
 def understood(media: Media, matrix: str | None, range_: str | None) -> Colour:
@@ -76,24 +75,36 @@ def output_colour(media: Media, read: Colour, target: PixelFormat, is_picture: b
     """Of the encoded frame: the input's where it has any. Gray of a picture's file is full."""
     if target.rgb:
         return replace(read, matrix="", full_range=True, place="")
-    full = read.full_range and not media.format.rgb
-    colour = replace(read, full_range=full or target.name.startswith("yuvj"))
-    if media.format.rgb:
-        transfer = "linear" if media.linear else "iec61966-2-1"
-        colour = Colour("bt709", False, read.primaries or "bt709", read.transfer or transfer)
-    colour = replace(colour, full_range=colour.full_range or (target.gray and is_picture))
-    has_place = bool(target.sub_w or target.sub_h)
-    return replace(colour, place=colour.place if has_place else "")
+    full = target.name.startswith("yuvj") or (target.gray and is_picture)
+    place = read.place if target.sub_w or target.sub_h else ""
+    if not media.format.rgb:
+        return replace(read, full_range=full or read.full_range, place=place)
+    transfer = read.transfer or ("linear" if media.format.is_float else "iec61966-2-1")
+    return Colour("bt709", full, read.primaries or "bt709", transfer)
+
+
+def planar(number: PixelFormat) -> str:
+    """The planes that zscale takes without losing anything of `number`."""
+    if number.name in PLANAR:  # yuvj420p is not yuv420p: on the way between them ffmpeg converts
+        return number.name
+    sub = {(1, 1): "420", (1, 0): "422", (0, 1): "440", (2, 0): "411", (2, 2): "410"}
+    alpha = "a" if number.alpha else ""
+    chroma = sub.get((number.sub_w, number.sub_h), "444")
+    family = f"gbr{alpha}p" if number.rgb else f"yuv{alpha}{chroma}p"
+    depth = max(8, number.depth) if not alpha or number.depth in (8, 9, 10) else 16
+    name = family + ("f32le" if number.is_float else "" if depth <= 8 else f"{depth}le")
+    return name if name in PLANAR else "gbrap16le" if number.rgb else f"yuv{alpha}444p16le"
 
 
 def _range(colour: Colour) -> str:
     return "full" if colour.full_range else "limited"
 
 
-def _zscale(source: tuple[str, str], target: tuple[str, str], *more: str) -> str:
+def _zscale(source: tuple[str, str], target: tuple[str, str], dither: bool, *more: str) -> str:
     """`source` and `target` are a matrix and a range each."""
     words = [f"min={source[0]}", f"rin={source[1]}", f"m={target[0]}", f"r={target[1]}"]
-    return "zscale=" + ":".join([*words, "filter=spline36", *filter(None, more)])
+    words += ["filter=spline36", *filter(None, more)]
+    return f"zscale={':'.join(words)}:dither={'error_diffusion' if dither else 'none'}"
 
 
 def _tags(colour: Colour) -> str:
@@ -105,44 +116,28 @@ def _tags(colour: Colour) -> str:
     return f"tin={transfer}:t={transfer}:pin={primaries}:p={primaries}"
 
 
-def _place(colour: Colour, number: PixelFormat, side: str) -> str:
-    return f"{side}={colour.place or 'left'}" if number.sub_w or number.sub_h else ""
-
-
-def _resample_chroma(media: Media, colour: Colour) -> str:
-    """For sizes that zscale refuses."""
-    same = f"in_range={_range(colour)}:out_range={_range(colour)}"
-    return f"scale={same}:interl={1 if media.fields else 0}:flags=bicubic+{_EXACT}"
-
-
-def _full_chroma(number: PixelFormat) -> str:
-    return "format=yuva444p16le" if number.alpha else "format=yuv444p16le"
-
-
-def _dither(falls: bool) -> str:
-    return "dither=error_diffusion" if falls else "dither=none"
-
-
-def planar(number: PixelFormat) -> str:
-    """The planes that the conversion takes without losing anything of `number`."""
-    if number.name in PLANAR:  # yuvj420p is not yuv420p: on the way between them ffmpeg converts
-        return number.name
-    sub = {(1, 1): "420", (1, 0): "422", (0, 1): "440", (2, 0): "411", (2, 2): "410"}
-    alpha = "a" if number.alpha else ""
-    chroma = sub.get((number.sub_w, number.sub_h), "444")
-    depth = number.depth if not alpha or number.depth in (8, 9, 10) else 16
-    name = f"yuv{alpha}{chroma}p" + ("" if depth == 8 else f"{depth}le")
-    return name if name in PLANAR else f"yuv{alpha}444p16le"
-
-
 def _divides(media: Media, number: PixelFormat) -> bool:
     rows = number.sub_h + (1 if media.fields and number.sub_h else 0)
     return media.width % (1 << number.sub_w) == 0 and media.height % (1 << rows) == 0
 
 
+def _planes(media: Media, colour: Colour, number: PixelFormat) -> list[str]:
+    """From samples to what zscale takes, which refuses sizes that chroma does not divide."""
+    if _divides(media, number):
+        return [f"format={planar(number)}"]
+    same = f"in_range={_range(colour)}:out_range={_range(colour)}"
+    resample = f"scale={same}:interl={1 if media.fields else 0}:flags=bicubic+{_EXACT}"
+    return [resample, "format=yuva444p16le" if number.alpha else "format=yuv444p16le"]
+
+
+def _place(media: Media, colour: Colour, number: PixelFormat, side: str) -> str:
+    shared = (number.sub_w or number.sub_h) and _divides(media, number)
+    return f"{side}={colour.place or 'left'}" if shared else ""
+
+
 def _by_fields(media: Media, number: PixelFormat, steps: list[str]) -> list[str]:
     """Chroma of interlaced 4:2:0 belongs to the fields: each is converted alone."""
-    if not media.fields or not number.sub_h:
+    if not media.fields or not number.sub_h or not _divides(media, number):
         return steps
     weave = "weave=first_field=" + ("top" if media.fields == "tff" else "bottom")
     field = f"setfield={media.fields}"
@@ -152,43 +147,26 @@ def _by_fields(media: Media, number: PixelFormat, steps: list[str]) -> list[str]
 def decode_filters(media: Media, colour: Colour, raw: Raw) -> list[str]:
     """From the decoded samples to raw frames."""
     number = media.format
-    dither = _dither(number.depth > 8 and raw is BGRA8)
-    planes = f"format={raw.planes}"
-    last = [f"format={raw.pixels}"] if raw.pixels != raw.planes else []
+    dither = number.depth > 8 and raw is BGRA8
+    last = [f"format={raw.planes}", f"format={raw.pixels}"][: 2 if raw.pixels != raw.planes else 1]
     if number.gray:
-        ends = f"in_range={_range(colour)}:out_range=full"
-        return [f"scale={ends}:flags={_EXACT}", planes, *last]
+        return [f"scale=in_range={_range(colour)}:out_range=full:flags={_EXACT}", *last]
+    if number.rgb and number.depth <= 8 and raw is BGRA8:
+        return last[1:]
+    if number.rgb and number.depth == 16 and raw is BGRA16:
+        return last
     if number.rgb:
-        if number.depth == 8 and raw is BGRA8:
-            return ["format=bgra"]
-        if number.depth == 16 and not number.is_float and raw is BGRA16:
-            return ["format=gbrap16le", "format=bgra64le"]
-        steps = [f"format={_rgb_planes(number)}", _zscale(_RGB, _RGB, dither), planes]
-        return steps + _full_alpha(number, raw) + last
-    source = _MATRICES[colour.matrix], _range(colour)
-    if _divides(media, number):
-        turn = _zscale(source, _RGB, _place(colour, number, "cin"), _tags(colour), dither)
-        steps = _by_fields(media, number, [f"format={planar(number)}", turn, planes])
+        steps = [f"format={planar(number)}", _zscale(_RGB, _RGB, dither), last[0]]
     else:
-        turn = _zscale(source, _RGB, _tags(colour), dither)
-        steps = [_resample_chroma(media, colour), _full_chroma(number), turn, planes]
-    return steps + _full_alpha(number, raw) + last
-
-
-def _rgb_planes(number: PixelFormat) -> str:
-    if number.is_float:
-        return "gbrapf32le" if number.alpha else "gbrpf32le"
-    if number.alpha:
-        return "gbrap" if number.depth == 8 else "gbrap16le"
-    return "gbrp" if number.depth == 8 else f"gbrp{number.depth}le"
-
-
-def _full_alpha(number: PixelFormat, raw: Raw) -> list[str]:
-    """Alpha of fewer than 16 bits has been shifted up, not scaled: opaque would be 65472."""
-    if not number.alpha or raw is not BGRA16 or number.depth not in (9, 10):
-        return []
-    top = ((1 << number.depth) - 1) << (16 - number.depth)
-    return [f"colorchannelmixer=aa={65535 / top:.9f}"]
+        place = _place(media, colour, number, "cin")
+        source = _MATRICES[colour.matrix], _range(colour)
+        turn = _zscale(source, _RGB, dither, place, _tags(colour))
+        steps = _by_fields(media, number, [*_planes(media, colour, number), turn, last[0]])
+    if number.alpha and raw is BGRA16 and number.depth in (9, 10):
+        # It has been shifted up, not scaled: opaque would be 65472.
+        top = ((1 << number.depth) - 1) << (16 - number.depth)
+        steps += [f"colorchannelmixer=aa={65535 / top:.9f}"]
+    return steps + last[1:]
 
 
 def encode_filters(media: Media, colour: Colour, raw: Raw, target: PixelFormat) -> list[str]:
@@ -196,36 +174,26 @@ def encode_filters(media: Media, colour: Colour, raw: Raw, target: PixelFormat) 
     if target.name in _PALETTES:
         palette = "split[a][b];[a]palettegen=stats_mode=single[p];[b][p]paletteuse=new=1"
         return ["format=bgra", palette]
+    last = f"format={target.name}"
     bits = min(media.format.depth, 8 if raw is BGRA8 else 16)
-    dither = _dither(target.depth < bits and not target.is_float)
-    last = [f"format={target.name}"]
+    dither = target.depth < bits and not target.is_float
     steps = ["format=gbrp" if raw is BGRA8 and not target.alpha else f"format={raw.planes}"]
     if target.rgb:
         if raw is BGRA8 and target.depth == 8:
-            return last
-        through = "gbrap" if target.depth == 8 else "gbrap16le"
-        if target.is_float or target.name in _RGB_PLANES:
-            through = target.name
+            return [last]
+        usual = "gbrap" if target.depth == 8 else "gbrap16le"
+        through = target.name if target.name in PLANAR else usual
         if raw is not BGRA16 or through != raw.planes:
             steps += [_zscale(_RGB, _RGB, dither), f"format={through}"]
-        return steps + (last if through != target.name else [])
+        return steps + ([last] if through != target.name else [])
     ends = _MATRICES[colour.matrix], _range(colour)
+    turn = _zscale(_RGB, ends, dither, _place(media, colour, target, "c"), _tags(colour))
     if target.gray:
         plane = f"{target.depth}le" if target.depth > 8 else ""
-        turn = _zscale(_RGB, ends, _tags(colour), dither)
-        return steps + [turn, f"format=yuv444p{plane}", "extractplanes=y", f"format=gray{plane}"]
-    if not _divides(media, target):
-        turn = _zscale(_RGB, ends, _tags(colour), _dither(False))
-        return steps + [turn, _full_chroma(target), _resample_chroma(media, colour), *last]
-    middle = planar(target)
-    turn = _zscale(_RGB, ends, _place(colour, target, "c"), _tags(colour), dither)
-    steps = _by_fields(media, target, [*steps, turn, f"format={middle}"])
-    return steps + (last if middle != target.name else [])
-
-
-_PALETTES = ("rgb8", "bgr8", "rgb4_byte", "bgr4_byte", "pal8")  # formats that GIF's encoder takes
-_RGB_PLANES = ["gbrp", "gbrap", "gbrap16le", "gbrpf32le", "gbrapf32le"]
-_RGB_PLANES += [f"gbrp{depth}le" for depth in (9, 10, 12, 14, 16)]
+        return [*steps, turn, f"format=yuv444p{plane}", "extractplanes=y", f"format=gray{plane}"]
+    steps += [turn, *reversed(_planes(media, colour, target))]
+    steps = _by_fields(media, target, steps)
+    return steps + ([last] if last not in steps else [])
 
 
 def tag_filter(colour: Colour, target: PixelFormat) -> str:
@@ -239,10 +207,12 @@ def tag_filter(colour: Colour, target: PixelFormat) -> str:
 
 def tag_options(colour: Colour) -> list[str]:
     """For muxers and encoders that look at the stream."""
-    words = ["-color_range", "pc" if colour.full_range else "tv"]
-    words += ["-color_primaries", colour.primaries] if colour.primaries else []
-    transfer = {"bt470m": "4", "bt470bg": "5"}.get(colour.transfer, colour.transfer)
-    words += ["-color_trc", transfer] if transfer else []  # numbers for names that ffmpeg lacks
-    words += ["-colorspace", colour.matrix] if colour.matrix else []
-    words += ["-chroma_sample_location", colour.place] if colour.place else []
-    return words
+    options = {
+        "color_range": "pc" if colour.full_range else "tv",
+        "color_primaries": colour.primaries,
+        # Numbers for names that ffmpeg lacks.
+        "color_trc": {"bt470m": "4", "bt470bg": "5"}.get(colour.transfer, colour.transfer),
+        "colorspace": colour.matrix,
+        "chroma_sample_location": colour.place,
+    }
+    return [word for name, value in options.items() if value for word in (f"-{name}", value)]

@@ -71,7 +71,7 @@ _ROWS = {
     row[1]: row
     for row in re.finditer(r'^--([\w-]+)(?: ("[^"\n]*"|\S+))? +(.*)$', _OPTIONS, re.MULTILINE)
 }
-_COMMANDS = {  # positional words and what the command is for
+COMMANDS = {  # positional words and what the command is for
     "render": ("INPUT OUTPUT", "Render a picture, a sequence or a video with a look."),
     "farm": ("HOW INPUT OUTPUT", "Render in pieces: many at a time, or on a Slurm cluster."),
     "page": ("", "Show the effect's property page under a picture that it grades."),
@@ -149,19 +149,15 @@ class _Parser(argparse.ArgumentParser):
 
 
 def main_help() -> str:
-    rows = "\n".join(f"  {name:9} {words[1]}" for name, words in _COMMANDS.items())
+    rows = "\n".join(f"  {name:9} {words[1]}" for name, words in COMMANDS.items())
     return (
         "Usage: glazel COMMAND [WORDS...]\n\nRenders pictures and video through the Glazel DX "
         f'plug-in.\n\n{rows}\n\n"glazel COMMAND --help" tells more about a command.\n'
     )
 
 
-def commands() -> list[str]:
-    return list(_COMMANDS)
-
-
 def _parser(command: str) -> _Parser:
-    positional, purpose = _COMMANDS[command]
+    positional, purpose = COMMANDS[command]
     parser = _Parser(
         prog=f"glazel {command}",
         description=purpose,
@@ -192,8 +188,8 @@ def _parser(command: str) -> _Parser:
 
 def parse(command: str, words: list[str]) -> argparse.Namespace:
     """The options in their types. Throws Failure for names of files that are not there too."""
-    if command not in _COMMANDS:
-        near = suggestion(command, commands())
+    if command not in COMMANDS:
+        near = suggestion(command, list(COMMANDS))
         raise Failure(command, "there is no such command", near or "see glazel --help", WRONG_USAGE)
     parser = _parser(command)
     known = [name for action in parser._actions for name in action.option_strings]
@@ -216,17 +212,6 @@ def parse(command: str, words: list[str]) -> argparse.Namespace:
     return options
 
 
-def _look(word: str) -> None:
-    for file in look_files(word):
-        if not os.path.exists(file):
-            raise missing(file)
-
-
-def _file(path: str) -> None:
-    if not os.path.exists(path) and not input_pattern(path):
-        raise missing(path)
-
-
 def _checked(check: Callable[[str], object]) -> Callable[[str], str]:
     """The word as it is, when `check` has nothing against it."""
 
@@ -238,6 +223,17 @@ def _checked(check: Callable[[str], object]) -> Callable[[str], str]:
         return text
 
     return same
+
+
+def _look(word: str) -> None:
+    for file in look_files(word):
+        if not os.path.exists(file):
+            raise missing(file)
+
+
+def _file(path: str) -> None:
+    if not os.path.exists(path) and not input_pattern(path):
+        raise missing(path)
 
 
 def _ratio(text: str) -> Fraction:
@@ -279,8 +275,8 @@ def render_job(options: argparse.Namespace) -> Job:
         remedy = 'give one, such as --look warm.cube; see "glazel render --help"'
         why = "there is no --look, --key, --project or --preset"
         raise Failure("command line", why, remedy, WRONG_USAGE)
-    if project := given.get("save_project"):
-        check_target(project, options.overwrite)
+    if given.get("save_project"):
+        check_target(options.save_project, options.overwrite)
     y4m = (None, "y4m")
     is_raw = given.get("size") or given.get("input_format") not in y4m
     raw_in = options.input == "-" and bool(is_raw)
@@ -293,7 +289,5 @@ def render_job(options: argparse.Namespace) -> Job:
         value = given.get(name.replace("-", "_"))
         for each in value if isinstance(value, list) else [value] if value else []:
             host += [f"--{name}"] if each is True else [f"--{name}", each]
-    if options.overwrite and project and options.output == "-":
-        host.append("--overwrite")
     own = {field.name: given[field.name] for field in fields(Job) if field.name in given}
     return Job(**own, host=tuple(host), raw_in=raw_in, raw_out=raw_out)

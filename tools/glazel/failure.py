@@ -4,10 +4,12 @@ DONE, FAILED, WRONG_USAGE = 0, 1, 2
 
 
 class Failure(Exception):
-    """A job that cannot go on."""
+    """A job that cannot go on. `what` alone is a whole line already."""
 
-    def __init__(self, what: str, why: str, remedy: str, code: int = FAILED) -> None:
-        super().__init__(" ".join(f"{what}: {why}; {remedy}".split()))
+    def __init__(self, what: str, why: str = "", remedy: str = "", code: int = FAILED) -> None:
+        line = f"{what}: {why}; {remedy}" if why else what
+        super().__init__(" ".join(line.split()))
+        self.brief = line.partition("; ")[0]
         self.code = code
 
 

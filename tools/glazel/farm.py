@@ -15,8 +15,8 @@ import sys
 import time
 from argparse import Namespace
 from collections import Counter
-from collections.abc import Iterator
-from contextlib import contextmanager
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager, suppress
 from dataclasses import replace
 from fractions import Fraction
 from itertools import accumulate, count
@@ -30,10 +30,11 @@ from .formats import RAW_FILES
 from .names import Pattern, check_target, extension, ffmpeg_name, input_pattern, is_picture
 from .names import look_files, suggestion
 from .output import Unfinished
-from .pipeline import Child, parts
-from .plan import MILLISECONDS, Job, Part, Plan, chosen_frames, container_of, mux_command, runs
-from .probe import probe, with_times
-from .render import check, extracted, planned, render, tell, wanted
+from .pipeline import Child
+from .plan import MILLISECONDS, SEQUENCE, Job, Part, Plan, chosen_frames, container_of, mux_command
+from .plan import runs
+from .probe import ffprobe, probe, with_times
+from .render import check, planned, render, tell, wanted, write_beside
 from .report import Report
 
 _USUAL = 500  # frames in a piece
@@ -50,100 +51,95 @@ _AGAIN = "run the same command again: what is whole is not rendered again"
 
 def run(options: Namespace, words: list[str], report: Report) -> None:
     """`words`: those of the command line that `options` were read from."""
-    if options.how == "piece":  # of the job in the folder that stands where INPUT does
-        Farm(Path(options.input)).render_piece(int(options.output), report)
-    elif options.how == "join":
-        Farm(Path(options.input)).join(report)
-    elif options.how in ("local", "slurm"):
-        _run(options, words, report)
-    else:
-        near = suggestion(options.how, ["local", "slurm"])
-        why = "it is neither local nor slurm"
-        raise Failure(f"farm {options.how}", why, near or 'see "glazel farm --help"', WRONG_USAGE)
-
-
-def _run(options: Namespace, words: list[str], report: Report) -> None:
     started = time.monotonic()
+    if options.how == "piece":  # of the job in the folder that stands where INPUT does
+        return Farm(Path(options.input)).render_piece(int(options.output), report)
+    if options.how == "join":
+        return Farm(Path(options.input)).join(report)
+    if options.how not in ("local", "slurm"):
+        near = suggestion(options.how, ["local", "slurm"]) or 'see "glazel farm --help"'
+        raise Failure(f"farm {options.how}", "it is neither local nor slurm", near, WRONG_USAGE)
     if options.how == "slurm" and not shutil.which("sbatch"):
         why = "sbatch is not installed here"
         raise Failure("farm slurm", why, "run it where jobs are submitted, or use farm local")
     jobs = options.jobs or max(1, (os.cpu_count() or 2) // 2)
     job = _job(options)
     folder = Path(os.path.abspath(options.folder or job.output + ".farm"))
-    state = _state(job, words, report)
+    state, numbers = _begin(job, words, report)
     prepare.programs()
     with _owned(folder):
         farm = Farm(folder)
         if farm.state and (len(farm.missing()) < len(farm.pieces) or farm.tasks()):
             farm.check_same(job)
-            now = {"words": words, "keep": options.keep, "joined": False}
-            farm.save(farm.state | now)
-            report.note(f"{folder}: {len(farm.missing())} of {len(farm.pieces)} pieces are missing")
+            farm.save(words=words, keep=options.keep, joined=False)
+            report.say(f"{folder}: {len(farm.missing())} of {len(farm.pieces)} pieces are missing")
         else:
-            numbers = state.pop("numbers")
-            pieces = _split(numbers, options.chunks, jobs if options.how == "local" else 1)
+            if not is_picture(job.output):
+                check_target(job.output, job.overwrite)  # jobs of before may just have made it
             for log in folder.glob("log-*.txt"):  # of one that came to nothing
                 log.unlink()
-            farm.save(state | {"pieces": pieces, "slurm": {}, "keep": options.keep})
-        if options.how == "slurm":
-            _slurm(farm, options.sbatch, report)
-        elif farm.tasks():
+            pieces = _split(numbers, options.chunks, jobs if options.how == "local" else 1)
+            farm.save(**state, pieces=pieces, slurm={}, keep=options.keep, joined=False)
+        if options.how == "local" and farm.tasks():
             ids = " ".join(farm.state["slurm"].values())
             why = f"Slurm jobs {ids} are making it"
             raise Failure(job.output, why, f"wait for them, or end them: scancel {ids}")
-        else:
-            _render_and_join(farm, jobs, report)
+        for last in (False, True):
+            if options.how == "local":
+                failure = _by_processes(farm, jobs, report)
+            else:
+                failure = _by_slurm(farm, shlex.split(options.sbatch or ""), report)
+            if not failure:
+                break
+            if last or not farm.missing():
+                raise failure
+            report.say(f"{failure.brief}; it is tried again", "warning")
     report.done(job.output, farm.frames(), time.monotonic() - started)
 
 
 def _job(options: Namespace) -> Job:
+    """Throws Failure for kinds of input and output that are not split."""
     job = render_job(options)
-    _check_kinds(job)
+    for path in (job.input, job.output):
+        if path == "-" or extension(path) in RAW_FILES:
+            why = "raw frames and pipes are not split"
+            raise Failure(path, why, "use glazel render", WRONG_USAGE)
+    if is_picture(job.input) and not input_pattern(job.input) and os.path.exists(job.input):
+        raise Failure(job.input, "it is one picture", "use glazel render", WRONG_USAGE)
+    if is_picture(job.output) and not Pattern.parse(job.output):
+        remedy = "name a sequence like out_%04d.png"
+        raise Failure(job.output, "it is one picture", remedy, WRONG_USAGE)
+    if not is_picture(job.output) and container_of(job.output):
+        if extension(job.output) not in _JOINED:
+            remedy = "name one like .mkv, .mov or .mp4, or use glazel render"
+            why = "pieces of such files are not joined"
+            raise Failure(job.output, why, remedy, WRONG_USAGE)
     return replace(job, input=os.path.abspath(job.input), output=os.path.abspath(job.output))
 
 
-def _check_kinds(job: Job) -> None:
-    remedy = "use glazel render"
-    for path in (job.input, job.output):
-        if path == "-" or extension(path) in RAW_FILES:
-            raise Failure(path, "raw frames and pipes are not split", remedy, WRONG_USAGE)
-    if is_picture(job.input) and not input_pattern(job.input) and os.path.exists(job.input):
-        raise Failure(job.input, "it is one picture", remedy, WRONG_USAGE)
-    if is_picture(job.output):
-        if not Pattern.parse(job.output):
-            why, remedy = "it is one picture", "name a sequence like out_%04d.png"
-            raise Failure(job.output, why, remedy, WRONG_USAGE)
-    elif container_of(job.output) and extension(job.output) not in _JOINED:
-        why = "pieces of such files are not joined"
-        remedy = f"name one like .mkv, .mov or .mp4, or {remedy}"
-        raise Failure(job.output, why, remedy, WRONG_USAGE)
-
-
-def _state(job: Job, words: list[str], report: Report) -> dict[str, Any]:
-    """What a farm starts from, as JSON. Throws Failure for what would be wrong with the render."""
+def _begin(job: Job, words: list[str], report: Report) -> tuple[dict[str, Any], list[int]]:
+    """What a farm starts from, as JSON, and the frames to render. Throws Failure for what would be
+    wrong with the render."""
     plan = planned(job)
-    pattern = input_pattern(job.input)
-    tell(job, report, plan)
-    if pattern:
+    media = plan.source
+    tell(job, report, plan.notes, plan.losses)
+    counted: dict[str, Any] = {}
+    first, frames = 1, media.frames or 0
+    if pattern := input_pattern(job.input):
         have = wanted(job, pattern, pattern.numbers())
-        numbers = chosen_frames(job.frames, have[0], len(have))
-        counted: dict[str, Any] = {}
-        origin = have[0]
+        first, frames = have[0], len(have)
+    elif plan.expected is None:
+        why = "frames of a variable rate would come at an even one"
+        remedy = "name a file like .mkv or .mp4, or use glazel render"
+        raise Failure(job.output, why, remedy)
     else:
-        media = plan.source
-        if plan.expected is None:
-            why = "frames of a variable rate would come at an even one"
-            remedy = "name a file like .mkv or .mp4, or use glazel render"
-            raise Failure(job.output, why, remedy)
-        numbers = chosen_frames(job.frames, 1, media.frames or 0)
         counted = {name: getattr(media, name) for name in _COUNTED}
         counted |= {name: str(counted[name]) for name in ("rate", "clock")}
-        origin = 1
+    numbers = chosen_frames(job.frames, first, frames)
     for name in map(plan.target.path, numbers) if isinstance(plan.target, Pattern) else ():
         check_target(name, job.overwrite)
     state = {"version": 1, "cwd": os.getcwd(), "words": words, "output": job.output}
-    state |= {"identity": _identity(job), "counted": counted, "origin": origin, "numbers": numbers}
-    return state
+    return state | {"identity": _identity(job), "counted": counted, "origin": first}, numbers
 
 
 def _identity(job: Job) -> dict[str, str]:
@@ -205,17 +201,17 @@ class Farm:
         self.folder = folder
         self.state: dict[str, Any] = {}
         self.pieces: dict[int, list[int]] = {}  # the frames of each
-        if (folder / "state.json").exists():
-            self._take(json.loads((folder / "state.json").read_bytes()))
+        self._read()
 
-    def _take(self, state: dict[str, Any]) -> None:
-        self.state = state
-        frames = (chosen_frames(text, 0, 1 << 62) for text in state["pieces"])
+    def _read(self) -> None:
+        path = self.folder / "state.json"
+        self.state = json.loads(path.read_bytes()) if path.exists() else {}
+        frames = (chosen_frames(text, 0, 1 << 62) for text in self.state.get("pieces", ()))
         self.pieces = dict(enumerate(frames, 1))
 
-    def save(self, state: dict[str, Any]) -> None:
-        self._take(state)
-        _write(self.folder / "state.json", state)
+    def save(self, **changes: Any) -> None:
+        _write(self.folder / "state.json", self.state | changes)
+        self._read()
 
     def job(self) -> Job:
         """Throws Failure when what it depends on has changed."""
@@ -232,9 +228,9 @@ class Farm:
 
     def check_same(self, job: Job) -> None:
         """Whether `job` is the one that was begun; what is no matter of pieces may differ."""
-        free = {"overwrite": False, "strict": False}
         here = os.getcwd() == self.state["cwd"]
-        if not here or replace(self.job(), **free) != replace(job, **free):
+        begun = replace(self.job(), overwrite=job.overwrite, strict=job.strict)
+        if not here or begun != job:
             why = f"a farm that was begun in {self.state['cwd']} with other options is there"
             remedy = "repeat its command, remove the folder to begin anew, or give --folder"
             raise Failure(str(self.folder), why, remedy)
@@ -252,23 +248,15 @@ class Farm:
         """What is known of a piece that is whole."""
         try:
             found: dict[str, Any] = json.loads((self.folder / f"{piece}.json").read_bytes())
-            sizes = [file.stat().st_size for file in self.files(piece)]
         except (OSError, ValueError):
             return None
-        return found if found["bytes"] == sizes else None
-
-    def forget_damaged(self) -> list[int]:
-        """The pieces whose files are no longer what was rendered; they are missing then."""
-        damaged = []
-        for piece in self.pieces:
-            record = self.record(piece)
-            if record and record["sha256"] != [_hash(file) for file in self.files(piece)]:
-                (self.folder / f"{piece}.json").unlink()
-                damaged.append(piece)
-        return damaged
+        return found if all(file.exists() for file in self.files(piece)) else None
 
     def missing(self) -> list[int]:
         return [piece for piece in self.pieces if not self.record(piece)]
+
+    def frames(self) -> int:
+        return sum(map(len, self.pieces.values()))
 
     def render_piece(self, piece: int, report: Report) -> None:
         """What a task does."""
@@ -278,12 +266,12 @@ class Farm:
         files = self.files(piece)
         files[0].parent.mkdir(exist_ok=True)
         is_many = is_picture(job.output)
-        target = str(files[0].parent / f"%08d{files[0].suffix}") if is_many else str(files[0])
+        target = files[0].with_stem(SEQUENCE) if is_many else files[0]
         counted = dict(self.state["counted"])
         counted |= {name: Fraction(counted[name]) for name in ("rate", "clock") if counted}
         part = Part(counted, self.state["origin"], False)
-        frames = self.state["pieces"][piece - 1]
-        job = replace(job, output=target, frames=frames, overwrite=True, strict=False, part=part)
+        job = replace(job, output=str(target), frames=self.state["pieces"][piece - 1], part=part)
+        job = replace(job, overwrite=True, strict=False)
         with _own_wine():
             seek = bool(counted) and probe(job.input).container.split(",")[0] in _SEEKS
             try:
@@ -291,41 +279,53 @@ class Farm:
             except Failure as error:
                 if not seek or "encoding failed" in str(error):  # it is not the seek's fault
                     raise
-                report.note(f"after a seek: {error}; now from the start")
+                report.say(f"after a seek: {error}; now from the start")
                 render(job, report)
-        sizes = [file.stat().st_size for file in files]
-        facts = {} if is_many else _stream(target)
-        _write(
-            self.folder / f"{piece}.json",
-            {"bytes": sizes, "sha256": [_hash(file) for file in files], "stream": facts}
-            | {"machine": socket.gethostname()},
-        )
+        facts = {"sha256": [_hash(file) for file in files], "machine": socket.gethostname()}
+        stream = {"stream": None if is_many else _stream(target)}
+        _write(self.folder / f"{piece}.json", facts | stream)
 
     def failure(self, piece: int | str, code: int | None) -> Failure:
         what = "joining"
         if isinstance(piece, int):
             what = f"piece {piece} (frames {self.state['pieces'][piece - 1]})"
-        events = _tail(self.log(piece))
-        said = [event["text"] for event in events if event.get("event") == "error"]
+        said = [event["text"] for event in _tail(self.log(piece)) if event.get("event") == "error"]
         if code == WRONG_USAGE and said:  # by the options that all pieces have
-            return Failure(*parts(said[-1]), code=code)
-        why = f"it was killed ({signal.Signals(-code).name})" if code and code < 0 else ""
-        why = why or (said[-1] if said else "it ended and gives no reason")
+            return Failure(said[-1], code=code)
+        why = said[-1] if said else "it ended and gives no reason"
+        if code and code < 0:
+            why = f"it was killed ({signal.Signals(-code).name})"
         return Failure(what, why, f"see {self.log(piece)}, mend that, and {_AGAIN}")
-
-    def frames(self) -> int:
-        return sum(map(len, self.pieces.values()))
 
     def done(self) -> int:
         """Frames, those of unfinished pieces too."""
         frames = 0
         for piece, numbers in self.pieces.items():
-            if self.record(piece):
-                frames += len(numbers)
-                continue
-            seen = [e["frame"] for e in _tail(self.log(piece)) if e.get("event") == "progress"]
-            frames += seen[-1] if seen else 0
+            seen = [len(numbers)]
+            if not self.record(piece):
+                events = _tail(self.log(piece))
+                seen = [0, *(e["frame"] for e in events if e.get("event") == "progress")]
+            frames += seen[-1]
         return frames
+
+    def progress(self, report: Report) -> Callable[[], None]:
+        """What shows it, when called often."""
+        before, started, following = self.done(), time.monotonic(), 0.0
+
+        def show() -> None:
+            nonlocal following
+            now = time.monotonic()
+            if now < following:
+                return
+            frame, total = self.done(), self.frames()
+            following = time.monotonic() + max(0.5, 20 * (time.monotonic() - now))
+            event = {"event": "progress", "frame": frame, "frames": total}
+            if frame > before:
+                rate = (frame - before) / (now - started)
+                event |= {"framesPerSecond": round(rate, 3), "secondsLeft": (total - frame) / rate}
+            report.progress(event)
+
+        return show
 
     def tasks(self, state: str = "") -> list[str]:
         """Those that Slurm still has to run or runs, or that ended in that state."""
@@ -345,77 +345,75 @@ class Farm:
         job = replace(self.job(), strict=False)
         if self.missing():
             raise self.failure(self.missing()[0], None)
-        if damaged := self.forget_damaged():
+        records = [self.record(piece) or {} for piece in self.pieces]
+        damaged = [
+            piece
+            for piece, record in enumerate(records, 1)
+            if record["sha256"] != [_hash(file) for file in self.files(piece)]
+        ]
+        for piece in damaged:
+            (self.folder / f"{piece}.json").unlink()
+        if damaged:
             why = "it has been damaged since it was rendered"
             raise Failure(f"piece {damaged[0]}", why, f"check the disk, and {_AGAIN}")
-        plan = planned(job)
-        if isinstance(plan.target, Pattern):
-            self._join_pictures(job, plan.target)
-        else:
-            self._join_video(job, plan, plan.target)
-        if self.state["keep"]:
-            self.save(self.state | {"joined": True})
-        else:
-            (self.folder / "state.json").unlink()
-            shutil.rmtree(self.folder, ignore_errors=True)
-
-    def _join_pictures(self, job: Job, target: Pattern) -> None:
-        numbers = [number for numbers in self.pieces.values() for number in numbers]
-        files = [file for piece in self.pieces for file in self.files(piece)]
-        with Unfinished(target, job.overwrite, True) as unfinished:
-            for file in files:
-                try:
-                    os.link(file, os.path.join(unfinished.path, file.name))
-                except OSError:  # another file system, or one without hard links
-                    shutil.copyfile(file, os.path.join(unfinished.path, file.name))
-            unfinished.commit([target.path(number) for number in numbers])
-
-    def _join_video(self, job: Job, plan: Plan, target: str) -> None:
-        records = [self.record(piece) or {} for piece in self.pieces]
         for piece, record in enumerate(records, 1):
             if record["stream"] != records[0]["stream"]:
                 why = f"it is encoded otherwise than piece 1, by {record['machine']}"
                 remedy = f"see that all machines have the same ffmpeg, remove {piece}.json, and "
                 raise Failure(f"piece {piece}", why, remedy + _AGAIN)
+        plan = planned(job)
+        first = self.pieces[1][0]
+        name = plan.target.path(first) if isinstance(plan.target, Pattern) else plan.target
+        with Unfinished(name, job.overwrite) as unfinished:
+            if isinstance(plan.target, Pattern):
+                for file in (file for piece in self.pieces for file in self.files(piece)):
+                    try:
+                        os.link(file, os.path.join(unfinished.path, file.name))
+                    except OSError:  # another file system, or one without hard links
+                        shutil.copyfile(file, os.path.join(unfinished.path, file.name))
+                numbers = [number for numbers in self.pieces.values() for number in numbers]
+                unfinished.commit([plan.target.path(number) for number in numbers])
+            else:
+                self._join_video(job, plan, unfinished)
+        if self.state["keep"]:
+            self.save(joined=True)
+        else:
+            (self.folder / "state.json").unlink()
+            shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _join_video(self, job: Job, plan: Plan, unfinished: Unfinished) -> None:
         encoding = plan.encoding
         assert encoding
         media, times = encoding.media, encoding.times
-        frames = [0, *accumulate(map(len, self.pieces.values()))]
-        rate = media.rate
+        *firsts, frames = accumulate(map(len, self.pieces.values()), initial=0)
         begin = Fraction(times[0], media.ticks) if times else media.start
         begin = Fraction(0) if encoding.container.even else begin
-        at = [
-            Fraction(times[n] - times[0], media.ticks) if times else n / rate
-            for n in frames[: -1 if times else None]
-        ]
-        micro = [round(moment * 1_000_000) for moment in at]
-        lines = ["ffconcat version 1.0"]
-        for piece in self.pieces:
-            lines.append(f"file {piece}/{self.files(piece)[0].name}")
-            if piece < len(micro):
-                lines.append(f"duration {micro[piece] - micro[piece - 1]}us")
-        (self.folder / "list.txt").write_text("\n".join(lines) + "\n", encoding="ascii")
+        ticks, clock = (times, Fraction(media.ticks)) if times else (range(frames), media.rate)
+        micro = [round((ticks[n] - ticks[0]) / clock * 1_000_000) for n in firsts]
+        lines = [f"file {piece}/{self.files(piece)[0].name}" for piece in self.pieces]
+        for at, (now, then) in enumerate(zip(micro, micro[1:])):
+            lines[at] += f"\nduration {then - now}us"
+        (self.folder / "list.txt").write_text("ffconcat version 1.0\n" + "\n".join(lines) + "\n")
         source = ["-xerror", "-itsoffset", f"{float(begin):.6f}", "-f", "concat", "-i", "list.txt"]
         picture = ["-c:v:0", "copy"]
-        if not times and extension(target) in MILLISECONDS:
-            picture += ["-bsf:v:0", _even_times(rate, begin)]
-        covers = [extracted(media, cover.index, self.folder) for cover in encoding.covers]
-        with Unfinished(target, job.overwrite, False) as unfinished:
-            words = mux_command(encoding, source, picture, unfinished.path, covers)
-            streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL}
-            child = Child("join", words, 0, cwd=self.folder, **streams)
-            try:
-                child.finish()
-            finally:
-                child.kill()
-            if child.process.returncode or child.complaints():
-                ended = "it was killed" if child.process.returncode < 0 else "it gives no reason"
-                reason = (child.complaints() or [ended])[0]
-                raise Failure(target, f"joining failed: {reason}", f"check the disk, and {_AGAIN}")
-            made = with_times(probe(unfinished.path))
-            if bool(made.times) != bool(times):
-                raise Failure(target, "the times at its seams are uneven", "use glazel render")
-            unfinished.commit(check(job, Report("none"), plan, unfinished, frames[-1]))
+        if not times and extension(job.output) in MILLISECONDS:
+            picture += ["-bsf:v:0", _even_times(media.rate, begin)]
+        write_beside(encoding, str(self.folder))
+        place = f"{unfinished.path}/output.{extension(job.output)}"
+        words = mux_command(encoding, source, picture, place, str(self.folder))
+        nothing = subprocess.DEVNULL
+        child = Child("join", words, 0, cwd=self.folder, stdin=nothing, stdout=nothing)
+        try:
+            code = child.finish()
+        finally:
+            child.kill()
+        if code or child.complaints():
+            ended = "it was killed" if code < 0 else "it gives no reason"
+            why = f"joining failed: {(child.complaints() or [ended])[0]}"
+            raise Failure(job.output, why, f"check the disk, and {_AGAIN}")
+        if bool(with_times(probe(place)).times) != bool(times):
+            raise Failure(job.output, "the times at its seams are uneven", "use glazel render")
+        unfinished.commit(check(job, Report("none"), plan, unfinished, frames))
 
 
 def _even_times(rate: Fraction, begin: Fraction) -> str:
@@ -428,14 +426,11 @@ def _even_times(rate: Fraction, begin: Fraction) -> str:
     return "setts=" + ":".join(words)
 
 
-def _stream(path: str) -> dict[str, Any]:
+def _stream(path: Path) -> Any:
     """What must be the same of all pieces."""
     entries = "stream=codec_name,width,height,pix_fmt,extradata_hash"
-    command = ["ffprobe", "-v", "error", "-of", "json", "-select_streams", "V:0"]
-    command += ["-show_data_hash", "md5", "-show_entries", entries, ffmpeg_name(path)]
-    done = subprocess.run(command, capture_output=True, check=False)
-    result: dict[str, Any] = json.loads(done.stdout)["streams"][0]
-    return result
+    shown = ("-select_streams", "V:0", "-show_data_hash", "md5", "-show_entries", entries)
+    return ffprobe(*shown, ffmpeg_name(str(path)))["streams"][0]
 
 
 def _write(path: Path, value: dict[str, Any]) -> None:
@@ -450,12 +445,10 @@ def _write(path: Path, value: dict[str, Any]) -> None:
 
 def _tail(log: Path) -> list[dict[str, Any]]:
     """The last events of a task."""
-    try:
-        with open(log, "rb") as file:
-            file.seek(max(0, file.seek(0, os.SEEK_END) - 4096))
-            lines = file.read().splitlines(keepends=True)
-    except OSError:
-        return []
+    lines: list[bytes] = []
+    with suppress(OSError), open(log, "rb") as file:
+        file.seek(max(0, file.seek(0, os.SEEK_END) - 4096))
+        lines = file.read().splitlines(keepends=True)
     return [json.loads(line) for line in lines if re.fullmatch(rb"{.*}\n", line)]
 
 
@@ -476,35 +469,24 @@ def _own_wine() -> Iterator[None]:
     if place.stat().st_uid != os.getuid():
         raise Failure(str(place), "it is somebody else's", "set GLAZEL_NODE_FOLDER to another")
     for number in count(1):
-        lock = open(place / f"wine-{number}.task", "wb")
-        if system.try_lock(lock):
-            break
-        lock.close()
-    os.environ["GLAZEL_WINEPREFIX"] = str(place / f"wine-{number}")
-    with lock:
-        try:
-            yield
-        finally:
-            words = {"WINEPREFIX": os.environ["GLAZEL_WINEPREFIX"]}
-            subprocess.run(["wineserver", "-k"], env=dict(os.environ) | words, check=False)
+        with open(place / f"wine-{number}.task", "wb") as lock:
+            if not system.try_lock(lock):
+                continue
+            os.environ["GLAZEL_WINEPREFIX"] = str(place / f"wine-{number}")
+            try:
+                yield
+            finally:
+                words = {"WINEPREFIX": os.environ["GLAZEL_WINEPREFIX"]}
+                subprocess.run(["wineserver", "-k"], env=dict(os.environ) | words, check=False)
+            return
 
 
-def _render_and_join(farm: Farm, jobs: int, report: Report) -> None:
-    _local(farm, jobs, report)
-    try:
-        farm.join(report)
-    except Failure as error:
-        if not farm.missing():
-            raise
-        report.warn(f"{str(error).partition('; ')[0]}; it is rendered again")
-        _local(farm, jobs, report)
-        farm.join(report)
-
-
-def _local(farm: Farm, jobs: int, report: Report) -> None:
+def _by_processes(farm: Farm, jobs: int, report: Report) -> Failure | None:
+    """Whether something is still missing in the end."""
     waiting, tries = farm.missing(), Counter[int]()
     running: dict[int, subprocess.Popen[bytes]] = {}
-    progress = _Progress(farm, report)
+    show = farm.progress(report)
+    environment = os.environ | {"PYTHONPATH": str(system.PACKAGE.parent)}
     try:
         while waiting or running:
             while waiting and len(running) < jobs:
@@ -512,88 +494,63 @@ def _local(farm: Farm, jobs: int, report: Report) -> None:
                 command = [*_program("piece", farm), str(piece)]
                 with open(farm.log(piece), "wb") as log:
                     streams = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log}
-                    environment = os.environ | {"PYTHONPATH": str(system.PACKAGE.parent)}
                     running[piece] = system.start(command, 0, env=environment, **streams)
             time.sleep(_POLL)
-            for piece, process in list(running.items()):
-                code = process.poll()
-                if code is None:
-                    continue
-                del running[piece]
+            for piece in [n for n, process in running.items() if process.poll() is not None]:
+                code = running.pop(piece).returncode
                 if code == 0 and farm.record(piece):
                     continue
                 failure = farm.failure(piece, code)
                 tries[piece] += 1
                 if tries[piece] == _TRIES or failure.code == WRONG_USAGE:
                     raise failure
-                report.warn(f"{str(failure).partition('; ')[0]}; it is tried again")
+                report.say(f"{failure.brief}; it is tried again", "warning")
                 waiting.append(piece)
-            progress.show()
+            show()
     finally:
-        _end(list(running.values()))
+        for process in running.values():
+            process.terminate()
+        deadline = time.monotonic() + _GRACE
+        for process in running.values():
+            with suppress(subprocess.TimeoutExpired):
+                process.wait(max(0.0, deadline - time.monotonic()))
+            if process.returncode is None:
+                system.kill(process)
+                process.wait()
+
+    try:
+        farm.join(report)
+    except Failure as error:
+        return error
+    return None
 
 
-def _end(processes: list[subprocess.Popen[bytes]]) -> None:
-    for process in processes:
-        process.terminate()
-    deadline = time.monotonic() + _GRACE
-    for process in processes:
-        try:
-            process.wait(max(0.0, deadline - time.monotonic()))
-        except subprocess.TimeoutExpired:
-            system.kill(process)
-            process.wait()
-
-
-class _Progress:
-    def __init__(self, farm: Farm, report: Report) -> None:
-        self._farm, self._report = farm, report
-        self._before, self._started, self._next = farm.done(), time.monotonic(), 0.0
-
-    def show(self) -> None:
-        now = time.monotonic()
-        if now < self._next:
-            return
-        frame, total = self._farm.done(), self._farm.frames()
-        self._next = time.monotonic() + max(0.5, 20 * (time.monotonic() - now))
-        event = {"event": "progress", "frame": frame, "frames": total}
-        if frame > self._before:
-            rate = (frame - self._before) / (now - self._started)
-            event |= {"framesPerSecond": round(rate, 3), "secondsLeft": (total - frame) / rate}
-        self._report.progress(event)
-
-
-def _slurm(farm: Farm, more: str | None, report: Report) -> None:
-    for last in (False, True):
-        if not farm.tasks():
-            _submit(farm, shlex.split(more or ""))
-        ids = " ".join(farm.state["slurm"].values())
-        report.note(f"{farm.folder}: Slurm jobs {ids} make and join it")
-        try:
-            cancelled = _watch(farm, report)
-        except Interrupted:
-            report.note(
-                f"the jobs go on; the same command shows them again, scancel {ids} ends them"
-            )
-            raise
-        ended = Farm(farm.folder).state
-        if not ended or ended.get("joined"):
-            return
-        if cancelled:
-            raise Failure(farm.state["output"], "its jobs were cancelled", _AGAIN)
-        missing = farm.missing()
-        joined = farm.log("join").exists()  # and so all pieces were there
-        failure = farm.failure("join" if joined or not missing else missing[0], None)
-        if last or not missing:
-            raise failure
-        report.warn(f"{str(failure).partition('; ')[0]}; it is tried again")
+def _by_slurm(farm: Farm, more: list[str], report: Report) -> Failure | None:
+    """The same."""
+    if not farm.tasks():
+        _submit(farm, more)
+    ids = " ".join(farm.state["slurm"].values())
+    report.say(f"{farm.folder}: Slurm jobs {ids} make and join it")
+    try:
+        cancelled = _watch(farm, report)
+    except Interrupted:
+        report.say(f"the jobs go on; the same command shows them again, scancel {ids} ends them")
+        raise
+    ended = Farm(farm.folder).state
+    if not ended or ended.get("joined"):
+        return None
+    if cancelled:
+        raise Failure(farm.state["output"], "its jobs were cancelled", _AGAIN)
+    missing = farm.missing()
+    joined = farm.log("join").exists()  # and so all pieces were there
+    return farm.failure("join" if joined or not missing else missing[0], None)
 
 
 def _watch(farm: Farm, report: Report) -> bool:
     """Until nothing goes on. Whether somebody else has cancelled the join."""
-    progress, join = _Progress(farm, report), farm.state["slurm"].get("join")
+    show, join = farm.progress(report), farm.state["slurm"].get("join")
     while tasks := farm.tasks():
-        progress.show()
+        show()
         if tasks == [join] and farm.missing():  # a piece has failed: it would wait for ever
             subprocess.run(["scancel", join], check=False)
             return False
@@ -604,23 +561,21 @@ def _watch(farm: Farm, report: Report) -> bool:
 def _submit(farm: Farm, more: list[str]) -> None:
     """An array of the pieces that are missing, and the join behind it."""
     ids: dict[str, str] = {}
-    behind: list[str] = []
     missing = farm.missing()
-    for log in (farm.log(name) for name in ("join", *map(str, missing))):
-        log.unlink(missing_ok=True)
+    for name in ("join", *map(str, missing)):
+        farm.log(name).unlink(missing_ok=True)
     if missing:
         task = f"{shlex.join(_program('piece', farm))} $SLURM_ARRAY_TASK_ID"
         array = "--array=" + ",".join(map(str, missing))
         ids["array"] = _sbatch(farm, f"{task} || exec {task}", [array, *more], "%a")
-        farm.save(farm.state | {"slurm": ids})
-        behind = [f"--dependency=afterok:{ids['array']}"]
-    ids["join"] = _sbatch(
-        farm, f"exec {shlex.join(_program('join', farm))} -", behind + more, "join"
-    )
-    farm.save(farm.state | {"slurm": ids})
+        farm.save(slurm=ids)
+        more = [f"--dependency=afterok:{ids['array']}", *more]
+    ids["join"] = _sbatch(farm, f"exec {shlex.join(_program('join', farm))} -", more, "join")
+    farm.save(slurm=ids)
 
 
 def _sbatch(farm: Farm, script: str, words: list[str], log: str) -> str:
+    """The number of the job."""
     name = os.path.basename(farm.state["output"])
     command = ["sbatch", "--parsable", "--requeue", "--open-mode=truncate", f"--job-name={name}"]
     command += [f"--chdir={farm.folder}", f"--output=log-{log}.txt", *words]

@@ -10,43 +10,6 @@ from .formats import Choice, Container, HDR_ENCODERS, NO_COLOURS, NO_FIELDS
 from .probe import Colour, Media
 
 Facts = dict[str, str]
-
-
-def facts(media: Media) -> Facts:
-    """Everything that a render should keep."""
-    number, colour = media.format, media.colour
-    found: Facts = {
-        "size": f"{media.width} x {media.height}",
-        "depth": "float" if number.is_float else f"{number.depth} bits",
-        "chroma": number.chroma(),
-    }
-    optional = {
-        "alpha": "yes" if number.alpha else "",
-        "pixel aspect": str(media.aspect) if media.aspect != 1 else "",
-        "fields": media.fields,
-        "rotation": media.turned,
-        "times of single frames": "variable rate" if media.times else "",
-        "colour range": ("full" if colour.full_range else "limited") if _says_range(media) else "",
-        "colour primaries": colour.primaries,
-        "colour transfer": colour.transfer,
-        "colour matrix": colour.matrix,
-        "chroma place": colour.place if colour.place != "left" else "",
-        "mastering display": _mastering(media),
-        "light level": "{}, {}".format(*media.light) if media.light else "",
-        "metadata of single frames": "yes" if media.dynamic else "",
-        "timecode": media.timecode,
-        "chapters": "; ".join(f"{n}. {t}" for n, t in enumerate(media.chapters, 1)),
-    }
-    found |= {name: value for name, value in optional.items() if value}
-    for kind, name in _KINDS.items():
-        for count, track in enumerate(media.of(kind), 1):
-            words = (track.codec, track.language, track.title, track.name, track.detail)
-            found[f"{name} {count}"] = ", ".join(word for word in words if word)
-    found |= {f"metadata {key.lower()}": value for key, value in media.tags.items()}
-    found |= {f"picture's {key.lower()}": value for key, value in media.picture_tags.items()}
-    return found
-
-
 _KINDS = {
     "audio": "sound",
     "subtitle": "subtitle",
@@ -55,31 +18,52 @@ _KINDS = {
     "data": "data stream",
     "video": "second video",
 }
+_CHROMA = {"gray": 0, "4:1:1": 1, "4:2:0": 1, "4:2:2": 2, "4:4:4": 3, "RGB": 3}
+_OF_YCBCR = ("colour matrix", "colour range", "chroma place")
 
 
-def _says_range(media: Media) -> bool:
-    return not media.format.rgb and (media.colour.full_range or media.colour.range_said)
-
-
-def _mastering(media: Media) -> str:
-    return " ".join(
-        f"{key}={float(Fraction(value)):.4g}" for key, value in sorted(media.mastering.items())
-    )
-
-
-def _tags_that_fit(tags: dict[str, str], container: Container) -> dict[str, str]:
-    known = container.tags
-    return tags if known is None else {k: v for k, v in tags.items() if k.lower() in known}
+def facts(media: Media) -> Facts:
+    """Everything that a render should keep."""
+    number, colour = media.format, media.colour
+    says_range = not number.rgb and (colour.full_range or colour.range_said)
+    shown = sorted(media.mastering.items())
+    found: Facts = {
+        "size": f"{media.width} x {media.height}",
+        "depth": "float" if number.is_float else f"{number.depth} bits",
+        "chroma": number.chroma(),
+        "alpha": "yes" if number.alpha else "",
+        "pixel aspect": str(media.aspect) if media.aspect != 1 else "",
+        "fields": media.fields,
+        "rotation": media.turned,
+        "times of single frames": "variable rate" if media.times else "",
+        "colour range": ("full" if colour.full_range else "limited") if says_range else "",
+        "colour primaries": colour.primaries,
+        "colour transfer": colour.transfer,
+        "colour matrix": colour.matrix,
+        "chroma place": colour.place if colour.place != "left" else "",
+        "mastering display": " ".join(f"{key}={float(Fraction(v)):.4g}" for key, v in shown),
+        "light level": "{}, {}".format(*media.light) if media.light else "",
+        "metadata of single frames": "yes" if media.dynamic else "",
+        "timecode": media.timecode,
+        "chapters": "; ".join(f"{n}. {t}" for n, t in enumerate(media.chapters, 1)),
+    }
+    for kind, name in _KINDS.items():
+        for count, track in enumerate(media.of(kind), 1):
+            words = (track.codec, track.language, track.title, track.name, track.detail)
+            found[f"{name} {count}"] = ", ".join(filter(None, words))
+    found |= {f"metadata {key.lower()}": value for key, value in media.tags.items()}
+    found |= {f"picture's {key.lower()}": value for key, value in media.picture_tags.items()}
+    return {name: value for name, value in found.items() if value}
 
 
 def predicted(media: Media, container: Container, choice: Choice, colour: Colour) -> Media:
     """What the output will hold of `media`, which is upright; the pipeline decides the tracks."""
-    number = choice.format
     has_colours = "colours" in container.holds and choice.codec not in NO_COLOURS
     hdr = choice.encoder in HDR_ENCODERS
+    any_tag = "any" in container.tags
     return replace(
         media,
-        format=number,
+        format=choice.format,
         colour=colour if has_colours else Colour(full_range=colour.full_range),
         fields="" if choice.codec in NO_FIELDS else media.fields,
         times=() if container.even else media.times,
@@ -88,13 +72,11 @@ def predicted(media: Media, container: Container, choice: Choice, colour: Colour
         dynamic=False,
         timecode=media.timecode if "timecode" in container.holds else "",
         chapters=media.chapters if "chapters" in container.holds else (),
-        tags=_tags_that_fit(media.tags, container),
-        picture_tags=media.picture_tags if container.tags is None else {},
+        tags={k: v for k, v in media.tags.items() if any_tag or k.lower() in container.tags},
+        picture_tags={
+            k: v for k, v in media.picture_tags.items() if any_tag or k in container.holds
+        },
     )
-
-
-_CHROMA = {"gray": 0, "4:1:1": 1, "4:2:0": 1, "4:2:2": 2, "4:4:4": 3, "RGB": 3}
-_OF_YCBCR = ("colour matrix", "colour range", "chroma place")
 
 
 def _is_loss(name: str, before: str, after: Facts) -> bool:

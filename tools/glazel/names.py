@@ -6,14 +6,11 @@ import difflib
 import os
 import re
 from dataclasses import dataclass
-from pathlib import Path
 
 from .failure import Failure, WRONG_USAGE
 
 # A number in the name of a picture: %d, %04d or ####. Elsewhere a per cent sign is only a letter.
 _NUMBER = re.compile(r"%(?:0(\d{1,2}))?d|(#+)")
-
-
 # The host program reads and writes the first of these itself.
 HOST_PICTURES = frozenset("png jpg jpeg tif tiff bmp".split())
 PICTURES = HOST_PICTURES.union("exr dpx ppm pgm pam pfm phm qoi webp tga jp2 j2k jxl avif".split())
@@ -55,15 +52,15 @@ class Pattern:
     def path(self, number: int) -> str:
         return os.path.join(self.folder, f"{self.before}{number:0{self.digits}}{self.after}")
 
-    def for_ffmpeg(self) -> str:
-        """It expands folders too."""
-        return os.path.join(self.folder.replace("%", "%%"), os.path.basename(self.for_host()))
-
     def for_host(self) -> str:
         """It expands the file name alone."""
         number = f"%0{self.digits}d" if self.digits > 1 else "%d"
         ends = (text.replace("%", "%%") for text in (self.before, self.after))
         return os.path.join(self.folder, number.join(ends))
+
+    def for_ffmpeg(self) -> str:
+        """It expands folders too."""
+        return os.path.join(self.folder.replace("%", "%%"), os.path.basename(self.for_host()))
 
     def numbers(self) -> list[int]:
         """Of the files that there are, in order."""
@@ -99,21 +96,21 @@ def missing(path: str) -> Failure:
     return Failure(path, "there is no such file", near or "check the path")
 
 
-def _identity(path: str) -> object:
-    """Equal for two names of one file, also of one that is yet to be made."""
-    try:
-        found = os.stat(path)
-        return found.st_dev, found.st_ino
-    except OSError:
-        return os.path.realpath(path)
-
-
 def check_apart(outputs: list[str], others: dict[str, list[str]]) -> None:
     """`others`: what it is -> paths."""
-    made = {_identity(path): path for path in outputs}
+
+    def identity(path: str) -> object:
+        """Equal for two names of one file, also of one that is yet to be made."""
+        try:
+            found = os.stat(path)
+            return found.st_dev, found.st_ino
+        except OSError:
+            return os.path.realpath(path)
+
+    made = {identity(path): path for path in outputs}
     for what, paths in others.items():
         for path in paths:
-            if output := made.get(_identity(path)):
+            if output := made.get(identity(path)):
                 raise Failure(output, f"it is {what} too", "name another file", WRONG_USAGE)
 
 
@@ -121,11 +118,10 @@ def check_target(path: str, overwrite: bool) -> None:
     """Whether a file could get that name."""
     folder = os.path.dirname(path) or "."
     if not os.path.isdir(folder):
-        why = f"the folder {folder} does not exist"
-        raise Failure(path, why, "create it or choose another")
+        raise Failure(path, f"the folder {folder} does not exist", "create it or choose another")
     if os.path.isdir(path):
         raise Failure(path, "it is a folder", "name a file in it")
-    if os.path.exists(path) and not Path(path).is_file():
+    if os.path.exists(path) and not os.path.isfile(path):
         raise Failure(path, "it is a device or a pipe", "write to - and redirect it there")
     if os.path.lexists(path) and not overwrite:
         raise exists_already(path)

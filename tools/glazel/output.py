@@ -4,34 +4,27 @@ from __future__ import annotations
 
 import os
 import shutil
-import uuid
-from typing import BinaryIO
+import tempfile
+from contextlib import suppress
 
 from . import system
 from .failure import Failure
-from .names import Pattern, check_target, exists_already, extension
+from .names import check_target, exists_already
 
 _MARK = ".glazel-"  # what is left of a render that was killed begins with this
 _LOCK = "lock"
 
 
 class Unfinished:
-    """A file, or a folder of files, beside the output, until it is whole."""
+    """A folder beside the output, named `first`, for what is not whole yet."""
 
-    def __init__(self, target: str | Pattern, overwrite: bool, folder: bool) -> None:
+    def __init__(self, first: str, overwrite: bool) -> None:
         self.overwrite = overwrite
-        first = target.path(1) if isinstance(target, Pattern) else target
         place = os.path.dirname(first) or "."
         remove_leftovers(place)
-        self.path = os.path.join(place, f"{_MARK}{uuid.uuid4().hex[:12]}")
-        self._lock: BinaryIO
         try:
-            if folder:
-                os.mkdir(self.path)
-                self._lock = open(os.path.join(self.path, _LOCK), "wb")
-            else:
-                self.path += f".{extension(first)}"
-                self._lock = open(self.path, "xb")
+            self.path = tempfile.mkdtemp(prefix=_MARK, dir=place)
+            self._lock = open(os.path.join(self.path, _LOCK), "wb")
         except OSError as error:
             why = f"it cannot be created: {error.strerror}"
             raise Failure(first, why, "check the right to write to its folder") from error
@@ -41,19 +34,16 @@ class Unfinished:
         return self
 
     def __exit__(self, *_: object) -> None:
-        self.discard()
+        self._lock.close()
+        shutil.rmtree(self.path, ignore_errors=True)
 
     def files(self) -> list[str]:
-        """What is in the folder, in the order of the names."""
+        """In the order of the names."""
         return sorted(set(os.listdir(self.path)) - {_LOCK})
 
     def commit(self, names: list[str]) -> None:
-        """Gives the file, or those of the folder in the order of their names, the final `names`."""
-        if os.path.isdir(self.path):
-            sources = [os.path.join(self.path, file) for file in self.files()]
-        else:
-            sources = [self.path]
-            self._lock.close()
+        """Gives the files, in the order of their names, the final `names`."""
+        sources = [os.path.join(self.path, file) for file in self.files()]
         for source in sources:
             system.sync(source)
         for name in names:
@@ -61,50 +51,32 @@ class Unfinished:
         done: list[str] = []
         try:
             for source, name in zip(sources, names, strict=True):
-                self._rename(source, name)
+                try:
+                    if self.overwrite:
+                        os.replace(source, name)
+                    else:
+                        system.rename_new(source, name)
+                except FileExistsError as error:
+                    raise exists_already(name) from error
+                except OSError as error:
+                    why = f"it cannot get its name: {error.strerror}"
+                    raise Failure(name, why, "check the right to write to its folder") from error
                 done.append(name)
         except BaseException:
-            if not self.overwrite:
-                for name in done:
-                    os.unlink(name)
+            for name in done if not self.overwrite else ():
+                os.unlink(name)
             raise
-
-    def discard(self) -> None:
-        self._lock.close()
-        if os.path.isdir(self.path):
-            shutil.rmtree(self.path, ignore_errors=True)
-        elif os.path.exists(self.path):
-            os.unlink(self.path)
-
-    def _rename(self, source: str, target: str) -> None:
-        try:
-            if self.overwrite:
-                os.replace(source, target)
-            else:
-                system.rename_new(source, target)
-        except FileExistsError as error:
-            raise exists_already(target) from error
-        except OSError as error:
-            why = f"it cannot get its name: {error.strerror}"
-            raise Failure(target, why, "check the right to write to its folder") from error
 
 
 def remove_leftovers(folder: str) -> None:
     """Removes what renders that no longer run have left in `folder`."""
-    try:
-        names = [name for name in os.listdir(folder) if name.startswith(_MARK)]
-    except OSError:
-        return
-    for name in names:
-        path = os.path.join(folder, name)
-        lock = os.path.join(path, _LOCK) if os.path.isdir(path) else path
-        try:
-            with open(lock, "rb") as file:
-                if not system.try_lock(file):
-                    continue
-            if os.path.isdir(path):
-                shutil.rmtree(path)
-            else:
-                os.unlink(path)
-        except OSError:
-            continue  # another render's, which may have just cleaned up itself
+    with suppress(OSError):
+        for name in os.listdir(folder):
+            path = os.path.join(folder, name)
+            if name.startswith(_MARK):
+                with suppress(OSError):
+                    with open(os.path.join(path, _LOCK), "rb") as lock:
+                        free = system.try_lock(lock)
+                    if free:
+                        os.unlink(lock.name)  # on Windows this is what tells whether it is free
+                        shutil.rmtree(path)

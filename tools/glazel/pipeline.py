@@ -10,11 +10,12 @@ import sys
 import threading
 import time
 from collections.abc import Callable
+from contextlib import ExitStack, suppress
 from dataclasses import dataclass, field
-from typing import Any, BinaryIO
+from typing import Any
 
 from . import system
-from .failure import Failure
+from .failure import FAILED, Failure, WRONG_USAGE
 from .plan import Job
 from .probe import complaints
 from .report import Report
@@ -31,90 +32,48 @@ class WineFailed(Exception):
 
 
 class Child:
-    """A running program whose words are read all the time: it would stop if nobody did."""
+    """A running program whose words are read all the time: it would stop if nobody did. `hear`
+    gets each line, on another thread, and says whether what follows is of no interest."""
 
-    def __init__(self, stage: str, command: list[str], group: int, **streams: Any) -> None:
-        self.stage = stage
+    def __init__(
+        self,
+        stage: str,
+        command: list[str],
+        group: int,
+        hear: Callable[[bytes], bool] = lambda line: False,
+        **streams: Any,
+    ) -> None:
+        self.stage, self.words, self.killed = stage, b"", False
+        self._said_all = threading.Event()
         try:
             self.process = system.start(command, group, stderr=subprocess.PIPE, **streams)
         except OSError as error:
             why = f"it cannot be started: {error.strerror}"
             raise Failure(command[0], why, "install it and run again") from error
-        self.words = b""
-        self.killed = False
-        self._reader = threading.Thread(target=self._read, daemon=True)
-        self._reader.start()
+        threading.Thread(target=self._read, args=[hear], daemon=True).start()
 
-    def _read(self) -> None:
+    def _read(self, hear: Callable[[bytes], bool]) -> None:
         for line in self.process.stderr or ():
-            self.hear(line)
-
-    def hear(self, line: bytes) -> None:
-        """On the reader's thread."""
-        self.words = (self.words + line)[-_TAIL:]
+            self.words = (self.words + line)[-_TAIL:]
+            if hear(line):
+                self._said_all.set()
+        self._said_all.set()
 
     def kill(self) -> None:
         if self.process.poll() is None:
             self.killed = True
             system.kill(self.process)
 
-    def said_all(self) -> bool:
-        """What it says after this is of no interest."""
-        return self.killed or (self.process.returncode or 0) < 0
-
-    def finish(self) -> None:
-        self.process.wait()
-        # Programs of Wine's desktop that started along the way may hold the pipe much longer.
-        deadline = time.monotonic() + _LONGEST_WAIT
-        while not self.said_all() and self._reader.is_alive() and time.monotonic() < deadline:
-            self._reader.join(_POLL)
+    def finish(self) -> int:
+        """Its exit code."""
+        code = self.process.wait()
+        if not self.killed and code >= 0:
+            # Programs of Wine's desktop that started along the way may hold the pipe much longer.
+            self._said_all.wait(_LONGEST_WAIT)
+        return code
 
     def complaints(self) -> list[str]:
         return complaints(self.words)
-
-
-class Host(Child):
-    """The host program tells in JSON what it does."""
-
-    def __init__(
-        self,
-        report: Report,
-        told: Callable[[str], str],
-        command: list[str],
-        group: int,
-        **more: Any,
-    ) -> None:
-        self._report, self._told = report, told
-        self.size: tuple[int, int] | None = None
-        self.frames: int | None = None  # once it is done
-        self.error = ""
-        super().__init__("host program", command, group, **more)
-
-    def hear(self, line: bytes) -> None:
-        super().hear(line)
-        try:
-            event = json.loads(line)
-        except ValueError:
-            return
-        kind, text = event.get("event"), self.told(event.get("text", ""))
-        if kind == "size":
-            self.size = (event["width"], event["height"])
-        elif kind == "progress":
-            self._report.progress(event)
-        elif kind == "done":
-            self.frames = event["frames"]
-        elif kind == "error":
-            self.error = text
-        elif kind == "warning":
-            self._report.warn(text)
-        elif kind == "note" and not text.endswith("before the failure"):
-            self._report.note(text)
-
-    def said_all(self) -> bool:
-        return super().said_all() or self.frames is not None or bool(self.error)
-
-    def told(self, text: str) -> str:
-        return self._told(text).replace("glazelhost ", "glazel ")
 
 
 @dataclass
@@ -124,19 +83,24 @@ class Run:
     job: Job
     report: Report
     host: list[str]
-    decoder: list[str] | None = None
+    decoder: list[str] = field(default_factory=list)
     encoder: Callable[[tuple[int, int]], list[str]] | None = None
     size: tuple[int, int] | None = None
     head: bytes = b""  # of standard input, read already
-    told: Callable[[str], str] = str  # what the host program says, as a person is to read it
+    told: Callable[[str], str] = str  # what the children say, as a person is to read it
     children: list[Child] = field(default_factory=list)
+    frames: int | None = None  # once the host program is done
+    error: str = ""  # that it has told
+    left_out: Failure | None = None  # what could not be read, when the job is to go on then
 
     def run(self) -> int:
         """How many frames were rendered. Throws Failure; no child is left either way."""
         for _ in range(_MOST_STARTS):
             self.children = []
             try:
-                return self._run()
+                self._start()
+                self._judge(self._wait())
+                return self.frames or 0
             except WineFailed:
                 continue
             finally:
@@ -149,85 +113,99 @@ class Run:
         for child in self.children:
             child.finish()
 
-    def _run(self) -> int:
-        ours = []  # ends of pipes that only the children are to hold
-        source: int | BinaryIO = subprocess.DEVNULL
-        target: int | BinaryIO = subprocess.DEVNULL
+    def _hear(self, line: bytes) -> bool:
+        """The host program tells in JSON what it does."""
         try:
+            event = json.loads(line)
+        except ValueError:
+            return False
+        kind, text = event.get("event"), self._plain(event.get("text", ""))
+        if kind == "size":
+            self.size = self.size or (event["width"], event["height"])
+        elif kind == "progress":
+            self.report.progress(event)
+        elif kind == "done":
+            self.frames = event["frames"]
+        elif kind == "error":
+            self.error = text
+        elif kind == "warning" or (kind == "note" and not text.endswith("before the failure")):
+            self.report.say(text, kind)
+        # Of frames that were left out it tells at the very end.
+        return bool(self.error) or (kind == "done" and not self.job.skip_bad_frames)
+
+    def _plain(self, text: str) -> str:
+        return self.told(text).replace("glazelhost ", "glazel ")
+
+    def _start(self) -> None:
+        source: Any = subprocess.DEVNULL
+        target: Any = subprocess.DEVNULL
+        with ExitStack() as ours:  # ends of pipes that only the children are to hold
+
+            def pipe() -> tuple[int, int]:
+                ends = system.pipe()
+                for end in ends:
+                    ours.callback(os.close, end)
+                return ends
+
+            def start(stage: str, command: list[str], **more: Any) -> None:
+                group = self.children[0].process.pid if self.children else 0
+                self.children.append(Child(stage, command, group, **more))
+
             if self.decoder:
-                source, write = system.pipe()
-                ours += [source, write]
-                given = self._standard_input() if self.job.input == "-" else subprocess.DEVNULL
-                self._start("decoder", self.decoder, given, write)
+                source, write = pipe()
+                given: Any = subprocess.DEVNULL
+                if self.job.input == "-":
+                    given, behind = pipe()
+                    threading.Thread(target=self._copy, args=[os.dup(behind)], daemon=True).start()
+                start("decoder", self.decoder, stdin=given, stdout=write)
             elif self.job.input == "-":
                 source = sys.stdin.buffer
             if self.encoder:
-                frames, target = system.pipe()
-                ours.append(target)
+                frames, target = pipe()
             elif self.job.output == "-":
                 target = sys.stdout.buffer
-            streams = {"stdin": source, "stdout": target, "env": system.host_environment()}
             command = [*system.host_command(), *self.host, "--progress", "json"]
-            host = Host(self.report, self.told, command, self._group(), **streams)
-            self.children.append(host)
-        finally:
-            for end in ours:
-                os.close(end)
-        if self.encoder:
-            try:
-                while not (size := self.size or host.size) and host.process.poll() is None:
+            streams = {"stdin": source, "stdout": target, "env": system.host_environment()}
+            start("host program", command, hear=self._hear, **streams)
+            if self.encoder:
+                host = self.children[-1].process
+                while not self.size and host.poll() is None:
                     time.sleep(_POLL)
-                if size:
-                    last = sys.stdout.buffer if self.job.output == "-" else subprocess.DEVNULL
-                    self._start("encoder", self.encoder(size), frames, last)
-            finally:
-                os.close(frames)
-        self._wait(host)
-        return host.frames or 0
+                last = sys.stdout.buffer if self.job.output == "-" else subprocess.DEVNULL
+                if self.size:
+                    start("encoder", self.encoder(self.size), stdin=frames, stdout=last)
 
-    def _group(self) -> int:
-        return self.children[0].process.pid if self.children else 0
-
-    def _start(self, stage: str, command: list[str], source: Any, target: Any) -> None:
-        child = Child(stage, command, self._group(), stdin=source, stdout=target)
-        self.children.append(child)
-
-    def _standard_input(self) -> int:
+    def _copy(self, target: int) -> None:
         """Standard input with what was read of it in front."""
-        read, write = system.pipe()
+        with suppress(OSError), os.fdopen(target, "wb", 0) as file:  # the decoder says why it ends
+            file.write(self.head)
+            while block := os.read(0, 1 << 20):
+                file.write(block)
 
-        def copy() -> None:
-            with os.fdopen(write, "wb", 0) as target:
-                try:
-                    target.write(self.head)
-                    while block := sys.stdin.buffer.raw.read(1 << 20):  # type: ignore
-                        target.write(block)
-                except OSError:
-                    pass  # the decoder has ended, and says why
+    def _wait(self) -> list[Child]:
+        """Those that have ended of themselves, once all have or one has failed."""
 
-        threading.Thread(target=copy, daemon=True).start()
-        return read
+        def failed(child: Child) -> bool:
+            if not child.process.poll():
+                return False
+            code = child.finish()
+            if child.stage == "host program":
+                return not self.job.skip_bad_frames or self.frames is None
+            # A decoder whose reader wanted no more is fine; or the reader will say what is wrong.
+            left_alone = b"Broken pipe" in child.words and not child.complaints()
+            return child.stage != "decoder" or code < 0 or not left_alone
 
-    def _wait(self, host: Host) -> None:
-        while True:
-            codes = [child.process.poll() for child in self.children]
-            failed = any(code and not self._may(child) for child, code in zip(self.children, codes))
-            if failed or None not in codes:
+        while not any(map(failed, self.children)):
+            if all(child.process.poll() is not None for child in self.children):
                 break
             time.sleep(_POLL)
         time.sleep(_POLL)  # those behind a failure fail too, those before it have failed by now
         ended = [child for child in self.children if child.process.poll() is not None]
         self._end()
-        self._judge(host, [child for child in ended if not child.killed])
+        return [child for child in ended if not child.killed]
 
-    def _may(self, child: Child) -> bool:
-        """A decoder whose reader wanted no more, or has failed and will say so itself."""
-        child.finish()
-        left_alone = b"Broken pipe" in child.words and not child.complaints()
-        return child.stage == "decoder" and child.process.returncode > 0 and left_alone
-
-    def _judge(self, host: Host, ended: list[Child]) -> None:
-        job = self.job
+    def _judge(self, ended: list[Child]) -> None:
+        job, skip = self.job, self.job.skip_bad_frames
         codes = {child.stage: child.process.returncode for child in ended}
         said = {child.stage: child.complaints() for child in ended}
         for stage, code in codes.items():
@@ -237,34 +215,33 @@ class Run:
         if codes.get("encoder"):
             if not said["encoder"] and job.output == "-":
                 raise Failure("standard output", "its reader has gone", "let it read to the end")
-            reason = (said["encoder"] or ["it gives no reason"])[0]
+            reason = self.told((said["encoder"] or ["it gives no reason"])[0])
             remedy = "check the disk, or choose another kind of file or --codec"
             raise Failure(job.output, f"encoding failed: {reason}", remedy)
-        if "-ss" in (self.decoder or ()):  # said of frames before the wanted ones
-            said["decoder"] = [text for text in said.get("decoder", []) if _MMCO not in text]
-        if said.get("decoder") and not job.skip_bad_frames:
-            why = f"decoding failed: {said['decoder'][0]}"
+        bad = said.get("decoder", [])
+        if "-ss" in self.decoder:  # said of frames before the wanted ones
+            bad = [text for text in bad if _MMCO not in text]
+        if bad and not skip:
             remedy = "check it; glazel render --skip-bad-frames renders what can be read"
-            raise Failure(job.input, why, remedy)
-        code = codes.get("host program", 0)
-        if code:
-            if host.error:
-                raise Failure(*parts(host.error), code=2 if code == 2 else 1)
-            if not host.words:
+            raise Failure(job.input, f"decoding failed: {bad[0]}", remedy)
+        if bad:
+            why, remedy = f"not all of it could be decoded: {bad[0]}", "check the file"
+            self.left_out = Failure(job.input, why, f"the rest was rendered; {remedy}")
+        if code := codes.get("host program", 0):
+            words = next(child.words for child in ended if child.stage == "host program")
+            if not words:
                 raise WineFailed
-            line = host.words.decode("utf-8", "replace").strip().splitlines()[-1]
+            line = words.decode("utf-8", "replace").strip().splitlines()[-1]
             said_so, _, text = line.partition("glazelhost: ")
-            if code == 2 and not said_so:  # before it knew that it is to speak JSON
-                raise Failure(*parts(host.told(text)), code=2)
-            raise Failure("the host program", line, "see ./glazel info")
-        if codes.get("decoder", 0) > 0 and job.frames is None and not job.skip_bad_frames:
+            failure = Failure("the host program", line, "see ./glazel info")
+            if self.error or (code == WRONG_USAGE and not said_so):
+                # The second is said before it knows that it is to speak JSON.
+                code = WRONG_USAGE if code == WRONG_USAGE else FAILED
+                failure = Failure(self.error or self._plain(text), code=code)
+            if not skip or self.frames is None:
+                raise failure
+            self.left_out = failure
+        if codes.get("decoder", 0) > 0 and job.frames is None and not skip:
             raise Failure(job.input, "decoding was stopped before its end", "run it again")
-        if host.frames is None:
+        if self.frames is None:
             raise Failure(job.output, "the host program ended too early", "run it again")
-
-
-def parts(text: str) -> tuple[str, str, str]:
-    """The host's own line in three, as far as it has so many."""
-    what, _, rest = text.partition(": ")
-    why, _, remedy = rest.rpartition("; ")
-    return (what, why, remedy) if why else (what, rest, "see ./glazel render --help")

@@ -2,8 +2,10 @@
 
 from __future__ import annotations
 
+import os
 import re
 import shlex
+from collections import Counter
 from dataclasses import dataclass, field, replace
 from fractions import Fraction
 from math import gcd
@@ -24,6 +26,7 @@ _COVERS = {"mjpeg": ("image/jpeg", "cover.jpg"), "png": ("image/png", "cover.png
 _BEFORE = 1  # seconds that a seek aims before the frame: the key frame may be shown later
 _BY_NUMBER = ("--key", "--project", "--dither")  # what they do depends on the frame's number
 MILLISECONDS = ("mkv", "webm", "flv")  # files whose clock is as coarse as that
+SEQUENCE = "%08d"  # the names of unfinished pictures
 
 
 @dataclass(frozen=True)
@@ -87,6 +90,27 @@ def chosen_frames(text: str | None, first: int, count: int) -> list[int]:
     return sorted(found)
 
 
+def wanted_frames(job: Job, first: int, count: int) -> list[int]:
+    """The same, but Failure when there are none."""
+    numbers = chosen_frames(job.frames, first, count)
+    if not numbers:
+        last = first + count - 1
+        why = f"it has none of the chosen frames: its numbers are {first} to {last}"
+        raise Failure(job.input, why, "choose from these with --frames")
+    return numbers
+
+
+def runs(numbers: list[int]) -> str:
+    """As --frames takes them."""
+    parts: list[list[int]] = []  # first, last and step
+    for number in numbers:
+        if parts and parts[-1][2] in (0, number - parts[-1][1]):
+            parts[-1][1:] = [number, number - parts[-1][1]]
+        else:
+            parts.append([number, number, 0])
+    return ",".join(f"{a}-{b}" + (f"x{step}" if step > 1 else "") for a, b, step in parts)
+
+
 @dataclass(frozen=True)
 class Encoding:
     """How raw frames become the output."""
@@ -94,19 +118,20 @@ class Encoding:
     media: Media  # as it will be, as far as is known beforehand
     container: Container
     choice: Choice
-    colour_words: tuple[str, ...]
+    colour_words: list[str]
     filters: list[str]
     raw: Raw
     tracks: list[str]  # maps and codecs of what comes beside the picture
     covers: list[Track]  # to be taken out and attached
-    times: tuple[int, ...] = ()
+    times: tuple[int, ...] = ()  # of each frame
+    ticks: int = 0  # a second, of what the times of the frames are said in; 0: the rate says all
 
     def script(self) -> str:
         """The filters as text; long with variable rates."""
         steps = list(self.filters)
         if self.times:
             expression = times_expression(self.times)
-            steps += [f"settb=1/{self.media.ticks}", f"setpts='{expression}'"]
+            steps += [f"settb=1/{self.ticks}", f"setpts='{expression}'"]
         return ",".join(steps)
 
 
@@ -114,9 +139,9 @@ class Encoding:
 class Plan:
     """What the pipeline runs. What is missing at an end is the host program's own work there."""
 
-    raw_in: Raw | None
-    raw_out: Raw | None
     source: Media
+    raw_in: Raw | None = None
+    raw_out: Raw | None = None
     decode: tuple[str, ...] = ()
     encoding: Encoding | None = None
     expected: int | None = None
@@ -125,6 +150,15 @@ class Plan:
     losses: dict[str, str] = field(default_factory=dict)
     target: str | Pattern = ""  # the output's name or names
     head: bytes = b""  # what was read of standard input
+
+
+def container_of(output: str) -> Container:
+    kind = "y4m" if output == "-" else extension(output)
+    if kind not in CONTAINERS:
+        why = f"files that end in .{kind} are not written" if kind else "its ending says no kind"
+        known = "name one like .mp4, .mov, .mkv, .webm, .png, .tif or .exr"
+        raise Failure(output, why, known, WRONG_USAGE)
+    return CONTAINERS[kind]
 
 
 def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
@@ -141,46 +175,32 @@ def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
     if decoded and guessed:
         notes.append(f"colour matrix: not said; taken for {colour.matrix}, as usual for its size")
     expected, media = _choose_frames(job, media)
-    raw = raw_for(source.format, job.depth)
-    plan = Plan(raw if decoded else None, raw if encoded else None, source, expected=expected)
-    even = _is_even(job, encoded)
-    if media.times and even:
+    evened = encoded and bool(media.times) and container_of(job.output).even
+    if evened:
         notes.append(f"times of single frames: they come at an even rate of {media.rate} now")
+    raw = raw_for(source.format, job.depth)
+    plan = Plan(source, expected=expected, notes=tuple(notes))
     if decoded:
         filters = decode_filters(media, colour, raw)
-        seek: list[str] = []
-        first = source.begin
-        if job.part:
-            first, seek, filters = _cut_out(job, job.part, source, filters)
-        decode = _decode_words(source, media, seek, filters, even)
-        plan = replace(plan, decode=tuple(decode), first=first)
+        first, decode = _decoding(job, source, filters, media.rate if evened else None)
+        plan = replace(plan, raw_in=raw, decode=decode, first=first)
     if encoded:
         encoding = _encoding(job, media, colour, raw)
-        found = kept.losses(kept.facts(source.upright()), kept.facts(encoding.media))
-        if even and media.times:
-            found.setdefault("times of single frames", "times of single frames: an even rate now")
+        losses = kept.losses(kept.facts(source.upright()), kept.facts(encoding.media))
+        if evened:
+            losses.setdefault("times of single frames", "times of single frames: an even rate now")
             plan = replace(plan, expected=None)
-        plan = replace(plan, encoding=encoding, losses=found)
-    return replace(plan, notes=tuple(notes))
-
-
-def _is_even(job: Job, encoded: bool) -> bool:
-    kind = "y4m" if job.output == "-" else extension(job.output)
-    return encoded and (kind not in CONTAINERS or CONTAINERS[kind].even)
+        plan = replace(plan, raw_out=raw, encoding=encoding, losses=losses)
+    return plan
 
 
 def _choose_frames(job: Job, media: Media) -> tuple[int | None, Media]:
     """How many frames to expect, and the media with those frames alone."""
     if media.frames is None:
         return None, media
-    first = media.begin
-    numbers = chosen_frames(job.frames, first, media.frames)
-    if not numbers:
-        last = first + media.frames - 1
-        why = f"it has none of the chosen frames: its numbers are {first} to {last}"
-        raise Failure(job.input, why, "choose from these with --frames")
+    numbers = wanted_frames(job, media.begin, media.frames)
     if job.frames is not None and media.times:
-        times = [media.times[number - first] for number in numbers]
+        times = [media.times[number - media.begin] for number in numbers]
         begin = times[0]
         if job.part and extension(job.output) in MILLISECONDS:
             # Moments of the whole are rounded, not distances within the piece.
@@ -194,72 +214,42 @@ def _choose_frames(job: Job, media: Media) -> tuple[int | None, Media]:
     return len(numbers), media
 
 
-def _cut_out(
-    job: Job, part: Part, source: Media, filters: list[str]
-) -> tuple[int, list[str], list[str]]:
-    """The number of the first frame in the pipe, the words before -i that get there, and `filters`
-    with those that let only the frames of the piece pass. The frames are told by their own times:
-    a seek that lands too late leaves too few of them."""
-    seek: list[str] = []
-    if source.numbers:
-        first = source.numbers[0]
-    else:
+def _decoding(
+    job: Job, source: Media, filters: list[str], rate: Fraction | None
+) -> tuple[int, tuple[str, ...]]:
+    """The number of the first frame in the pipe, and the command. `rate`: an even one is wanted.
+    Frames of a piece are told by their own times: a seek that lands too late leaves too few."""
+    first, part, seek = source.begin, job.part, list[str]()
+    if part and not source.numbers:
         chosen = chosen_frames(job.frames, 1, source.frames or 0)
         first, last = chosen[0], chosen[-1]
         if source.stamps:
-            stamps = source.stamps[first - 1], source.stamps[last - 1]
-            filters = [f"trim=start_pts={stamps[0]}:end_pts={stamps[1] + 1}", *filters]
+            begin, end = source.stamps[first - 1], source.stamps[last - 1]
+            filters = [f"trim=start_pts={begin}:end_pts={end + 1}", *filters]
             seek = ["-copyts"]
-            place = stamps[0] * source.clock - _BEFORE
+            place = begin * source.clock - _BEFORE
             if part.seek and place > source.stamps[0] * source.clock:
                 seek += ["-seek_timestamp", "1", "-noaccurate_seek", "-ss", f"{float(place):.6f}"]
         else:
             filters = [f"trim=start_frame={first - 1}:end_frame={last}", *filters]
-    if first > part.origin and any(word in _BY_NUMBER for word in job.host):
+    if part and first > part.origin and any(word in _BY_NUMBER for word in job.host):
         # The host program counts: the first frame stands in for those before it.
         filters = [*filters, f"loop=loop={first - part.origin}:size=1:start=0"]
         first = part.origin
-    return first, seek, filters
-
-
-def _decode_words(
-    source: Media, media: Media, seek: list[str], filters: list[str], even: bool
-) -> list[str]:
-    if even and media.times:
-        rate = ["-fps_mode", "cfr", "-r", str(media.rate)]
+    if rate:
+        timing = ["-fps_mode", "cfr", "-r", str(rate)]
     else:  # raw frames need no times, but rising ones
         filters = [*filters, "settb=1/1000", "setpts=N"]
-        rate = ["-fps_mode", "passthrough", "-enc_time_base", "1:1000"]
-    words = [
-        "ffmpeg",
-        "-nostdin",
-        "-v",
-        "error",
-        "-xerror",
-        *seek,
-        *source.options,
-        *source.decoder,
-    ]
-    words += ["-i", source.source, "-map", f"0:{source.index}", *rate]
-    return words + ["-vf", ",".join(filters), "-f", "rawvideo", "pipe:1"]
-
-
-def container_of(output: str) -> Container:
-    if output == "-":
-        return CONTAINERS["y4m"]
-    kind = extension(output)
-    if kind not in CONTAINERS:
-        why = f"files that end in .{kind} are not written" if kind else "its ending says no kind"
-        known = "name one like .mp4, .mov, .mkv, .webm, .png, .tif or .exr"
-        raise Failure(output, why, known, WRONG_USAGE)
-    return CONTAINERS[kind]
+        timing = ["-fps_mode", "passthrough", "-enc_time_base", "1:1000"]
+    words = ["ffmpeg", "-nostdin", "-v", "error", "-xerror", *seek, *source.options]
+    words += [*source.decoder, "-i", source.source, "-map", f"0:{source.index}", *timing]
+    return first, (*words, "-vf", ",".join(filters), "-f", "rawvideo", "pipe:1")
 
 
 def _encoding(job: Job, media: Media, read: Colour, raw: Raw) -> Encoding:
     container = container_of(job.output)
     choice = choose(media, job.output, container, job.codec)
-    colour = output_colour(media, read, choice.format, is_picture(job.output))
-    said = colour
+    colour = said = output_colour(media, read, choice.format, is_picture(job.output))
     if not media.colour.matrix and not media.format.rgb and not job.matrix:
         said = replace(colour, matrix="")  # what nobody said is not said now
     words, tracks, covers = _tracks(job, media, container)
@@ -269,113 +259,111 @@ def _encoding(job: Job, media: Media, read: Colour, raw: Raw) -> Encoding:
     if not is_picture(job.output):
         filters += [tag_filter(said, choice.format), f"setsar={media.aspect}"]
     filters += [f"setfield={expected.fields}"] if expected.fields else []
-    times = expected.times
-    if times and media.start:
+    times, ticks = expected.times, expected.ticks if expected.times else 0
+    if times:
         times = tuple(time + round(media.start * media.ticks) for time in times)
     elif media.start and not container.even and not is_picture(job.output):
-        filters += ["settb=1/90000", f"setpts=PTS+{float(media.start):.6f}/TB"]
-        expected = replace(expected, ticks=90000)
-    options = shlex.split(job.encoder_options or "")
-    codec = ["-c:v:0", choice.encoder, *encoder_options(choice, expected, job.quality, options)]
-    tags = tag_options(said) if "colours" in container.holds else []
-    picture = (*codec, *tags)
-    return Encoding(expected, container, choice, picture, filters, raw, words, covers, times)
+        ticks = 90000
+        filters += [f"settb=1/{ticks}", f"setpts=PTS+{float(media.start):.6f}/TB"]
+    codec = ["-c:v:0", choice.encoder, *encoder_options(choice, expected, job.quality)]
+    codec += shlex.split(job.encoder_options or "")
+    codec += tag_options(said) if "colours" in container.holds else []
+    return Encoding(expected, container, choice, codec, filters, raw, words, covers, times, ticks)
 
 
 def _tracks(
     job: Job, media: Media, container: Container
 ) -> tuple[list[str], tuple[Track, ...], list[Track]]:
     """Words that take the other streams along, the streams as they will be, covers to attach."""
-    words: list[str] = []
-    tracks: list[Track] = []
-    covers: list[Track] = []
-    counts = {"a": 0, "s": 0, "t": 0, "v": 1}
-
-    def add(letter: str, track: Track, codec: str, name: str) -> None:
-        at = counts[letter]
-        counts[letter] += 1
-        words.extend(["-map", f"1:{track.index}", f"-c:{letter}:{at}", codec])
-        tracks.append(replace(track, codec=name))
-
+    words, tracks, covers = list[str](), list[Track](), list[Track]()
+    counts = Counter("v")
     # Sound and subtitles would not fit other frames or another rate.
-    whole = job.frames is None and job.fps is None
-    for track in media.tracks if whole and media.source != "-" and not media.pattern else ():
+    whole = job.frames is None and job.fps is None and _has_others(media)
+    for track in media.tracks if whole else ():
+        letter, codec = track.kind[0], "copy"
+        at = counts[letter]
         if track.kind == "audio" and container.sound:
             rate = container.sound_rate
-            fits = not rate or track.detail.startswith(f"{rate} Hz")
-            copied = track.codec in container.sound and fits
-            codec = "copy" if copied else container.sound_codec
-            if not fits:
-                words += [f"-ar:a:{counts['a']}", str(rate)]
-                track = replace(track, detail=re.sub(r"^\d+", str(rate), track.detail))
-            if not copied and not codec.startswith("pcm"):
-                words += [f"-b:a:{counts['a']}", "256k"]
-            add("a", track, codec, track.codec if copied else _MADE_BY.get(codec, codec))
+            if rate and not track.detail.startswith(f"{rate} Hz"):
+                words += [f"-ar:a:{at}", rate]
+                track = replace(track, detail=re.sub(r"^\d+", rate, track.detail))
+                codec = container.sound_codec
+            elif track.codec not in container.sound:
+                codec = container.sound_codec
+            if codec != "copy" and not codec.startswith("pcm"):
+                words += [f"-b:a:{at}", "256k"]
         elif track.kind == "subtitle" and track.codec in container.subtitles:
-            add("s", track, "copy", track.codec)
+            pass
         elif track.kind == "subtitle" and container.text_codec and track.codec in _TEXTS:
             codec = container.text_codec
-            add("s", track, codec, _MADE_BY.get(codec, codec))
         elif track.kind == "attachment" and "attachments" in container.holds:
-            add("t", track, "copy", track.codec)
+            letter, at = "t", counts["t"]
         elif track.kind == "cover" and "covers" in container.holds and track.codec in _COVERS:
             if "attachments" in container.holds:
                 covers.append(track)
                 tracks.append(track)
-            else:
-                words += [f"-disposition:v:{counts['v']}", "attached_pic"]
-                add("v", track, "copy", track.codec)
+                continue
+            letter, at = "v", counts["v"]
+            words += [f"-disposition:v:{at}", "attached_pic"]
+        else:
+            continue
+        counts[letter] += 1
+        words += ["-map", f"1:{track.index}", f"-c:{letter}:{at}", codec]
+        name = track.codec if codec == "copy" else _MADE_BY.get(codec, codec)
+        tracks.append(replace(track, codec=name))
     return words, tuple(tracks), covers
 
 
-def encode_command(
-    encoding: Encoding, size: tuple[int, int], output: str, script: str, covers: list[str]
-) -> list[str]:
-    """For raw frames of `size` on standard input; `script` is the file that holds the filters."""
-    media = encoding.media
+def _has_others(media: Media) -> bool:
+    """The file itself can be read again for what comes beside the picture."""
+    return media.source != "-" and not media.pattern
+
+
+def encode_command(encoding: Encoding, size: tuple[int, int], output: str, work: str) -> list[str]:
+    """For raw frames of `size` on standard input; the folder `work` holds filters and covers."""
     pixels = encoding.raw.pixels
     if pixels == "bgra" and not encoding.choice.format.alpha:
         pixels = "bgr0"
     source = ["-f", "rawvideo", "-pixel_format", pixels, "-video_size", f"{size[0]}x{size[1]}"]
-    source += ["-framerate", str(media.rate), "-i", "pipe:0"]
-    words = ["-filter_script:v:0", script, "-fps_mode:v:0", "passthrough", *encoding.colour_words]
-    if (encoding.times or media.start) and media.ticks > 1:
-        words += ["-enc_time_base:v:0", f"1:{media.ticks}"]
-    return mux_command(encoding, source, words, output, covers)
+    source += ["-framerate", str(encoding.media.rate), "-i", "pipe:0"]
+    words = ["-filter_script:v:0", f"{work}/filters", "-fps_mode:v:0", "passthrough"]
+    words += encoding.colour_words
+    words += ["-enc_time_base:v:0", f"1:{encoding.ticks}"] if encoding.ticks else []
+    return mux_command(encoding, source, words, output, work)
 
 
 def mux_command(
-    encoding: Encoding, source: list[str], picture: list[str], output: str, covers: list[str]
+    encoding: Encoding, source: list[str], picture: list[str], output: str, work: str
 ) -> list[str]:
     """The picture of `source`, with what comes beside it; `picture`: how it gets into the file."""
     media, container = encoding.media, encoding.container
     words = ["ffmpeg", "-nostdin", "-v", "error", "-y", *source]
-    beside = not media.pattern and media.source != "-"
-    if beside:
+    metadata = chapters = "-1"
+    if _has_others(media):
         words += [*media.options, "-i", media.source, "-max_muxing_queue_size", "100000"]
+        metadata, chapters = "1", "1" if "chapters" in container.holds else "-1"
     words += ["-map", "0:v:0", *encoding.tracks]
-    words += ["-map_metadata", "1" if beside else "-1"]
-    words += ["-map_chapters", "1" if beside and "chapters" in container.holds else "-1"]
-    words += picture
-    if (encoding.times or media.start) and container.muxer in ("mp4", "mov") and media.ticks > 1:
-        words += ["-video_track_timescale", str(media.ticks)]
+    words += ["-map_metadata", metadata, "-map_chapters", chapters, *picture]
+    if encoding.ticks and container.muxer in ("mp4", "mov"):
+        words += ["-video_track_timescale", str(encoding.ticks)]
     for key, value in media.picture_tags.items():
         words += ["-metadata:s:v:0", f"{key}={value}"]
     if media.timecode:
         drops = ";" in media.timecode and media.rate not in _DROP_RATES
         words += ["-timecode", media.timecode.replace(";", ":") if drops else media.timecode]
-    for at, (cover, path) in enumerate(zip(encoding.covers, covers), len(media.of("attachment"))):
+    for at, cover in enumerate(encoding.covers, len(media.of("attachment"))):
         mimetype, name = _COVERS[cover.codec]
-        words += ["-attach", path, f"-metadata:s:t:{at}", f"mimetype={mimetype}"]
+        words += ["-attach", f"{work}/cover{cover.index}"]
+        words += [f"-metadata:s:t:{at}", f"mimetype={mimetype}"]
         words += [f"-metadata:s:t:{at}", f"filename={name}"]
-    words += list(container.options)
+    words += container.options
     if output == "-":
-        return words + ["-f", container.muxer, "pipe:1"]
+        return [*words, "-f", container.muxer, "pipe:1"]
     if container.muxer == "image2":
-        single = Pattern.parse(output) is None or "%08d" not in output
-        words += ["-update", "1"] if single else ["-start_number", "1"]
+        is_many = os.path.basename(output).startswith(SEQUENCE)
+        words += ["-start_number", "1"] if is_many else ["-update", "1"]
     words += ["-still-picture", "1"] if container.muxer == "avif" else []
-    return words + ["-f", container.muxer, ffmpeg_name(output)]
+    return [*words, "-f", container.muxer, ffmpeg_name(output)]
 
 
 def times_expression(times: tuple[int, ...], first: int = 0) -> str:
@@ -391,12 +379,14 @@ def times_expression(times: tuple[int, ...], first: int = 0) -> str:
 def host_words(job: Job, plan: Plan, output: str) -> list[str]:
     """The host program's command line for `plan`; `output` is where its own pictures go."""
     media = plan.source.upright()
-    source = media.pattern.for_host() if media.pattern else job.input
-    words = ["render", "-" if plan.raw_in else _plain(source)]
-    words += ["-" if plan.raw_out else _plain(output), *job.host]
+    names = [media.pattern.for_host() if media.pattern else job.input, output]
+    names = ["-" if plan.raw_in else names[0], "-" if plan.raw_out else names[1]]
+    # A name that begins with a dash is no option.
+    names = [f"./{name}" if name[0] == "-" and name != "-" else name for name in names]
+    words = ["render", *names, *job.host]
     if plan.raw_in:
         words += ["--input-format", plan.raw_in.name, "--size", f"{media.width}x{media.height}"]
-        words += ["--input-light", "linear" if media.linear else "display"]
+        words += ["--input-light", "linear" if media.format.is_float else "display"]
         words += [] if media.format.alpha else ["--opaque"]
         words += ["--aspect", f"{float(media.aspect):.9g}"] if media.aspect != 1 else []
     elif job.first is not None:
@@ -409,6 +399,7 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
         words += ["--fps", str(job.fps or media.rate)]
     words += ["--depth", job.depth] if job.depth else []
     words += ["--skip-bad-frames"] if job.skip_bad_frames else []
+    words += ["--overwrite"] if job.overwrite else []  # what --save-project names too
     if job.frames is not None:
         chosen: list[int] = []
         if plan.raw_in and (media.numbers or job.part):  # these count from 1 in a pipe
@@ -417,19 +408,3 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
     if plan.expected and plan.raw_in:
         words += ["--expect", str(plan.source.frames or plan.expected)]
     return words
-
-
-def _plain(path: str) -> str:
-    """A name that is no option."""
-    return "./" + path if path.startswith("-") and path != "-" else path
-
-
-def runs(numbers: list[int]) -> str:
-    """As the host program takes a list of frames."""
-    parts: list[list[int]] = []  # first, last and step
-    for number in numbers:
-        if parts and parts[-1][2] in (0, number - parts[-1][1]):
-            parts[-1][1:] = [number, number - parts[-1][1]]
-        else:
-            parts.append([number, number, 0])
-    return ",".join(f"{a}-{b}" + (f"x{step}" if step > 1 else "") for a, b, step in parts)

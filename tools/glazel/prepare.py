@@ -21,23 +21,22 @@ _SHOWN = 30  # lines of a failed step
 _LAUNCHER = """#!/bin/sh
 PYTHONPATH='{}' PYTHONDONTWRITEBYTECODE=1 exec python3 -P -m glazel "$@"
 """
-_TARGETS = ["glazelhost", "GlazelDX_x64", "GZ3Renderer_x64"]
+_TARGETS = ("glazelhost", "GlazelDX_x64", "GZ3Renderer_x64")
 
 
 def programs() -> None:
     """Sees to it that the programs are there. Throws Failure."""
-    root = system.find_root()
-    if root is None or system.WINDOWS:
-        if not (system.programs_folder() / system.HOST).exists():
-            why = f"{system.HOST} is not in {system.programs_folder()}"
+    root, folder = system.ROOT, system.programs_folder()
+    build, is_there = folder.parent, (folder / system.HOST).exists()
+    if not root or system.WINDOWS:
+        if not is_there:
+            why = f"{system.HOST} is not in {folder}"
             raise Failure("glazel", why, "unpack the whole archive, or install again")
         return
-    build = system.programs_folder().parent
-    if not os.access(root, os.W_OK) and (system.programs_folder() / system.HOST).exists():
+    if is_there and not os.access(root, os.W_OK):
         return  # somebody else's tree, which is built
     (root / "build").mkdir(exist_ok=True)
-    log = root / "build/render.log"
-    _step("installing packages", [str(root / "setup.sh"), "--render"], log, root)
+    _step("installing packages", root / "setup.sh", "--render")
     # Two renders at once must not build at once.
     with open(root / "build/render.lock", "wb") as lock:
         if not system.try_lock(lock):
@@ -45,25 +44,24 @@ def programs() -> None:
             fcntl.flock(lock, fcntl.LOCK_EX)
         first = not (build / "build.ninja").exists()
         if first:
-            configure = ["cmake", "--preset", "release", "-B", str(build), "-DGLAZEL_TESTS=OFF"]
-            _step("configuring", configure, log, root)
-        build_words = ["cmake", "--build", str(build), "--target", *_TARGETS]
-        _step("building", build_words, log, root)
+            words = ("--preset", "release", "-B", build, "-DGLAZEL_TESTS=OFF")
+            _step("configuring", "cmake", *words)
+        _step("building", "cmake", "--build", build, "--target", *_TARGETS)
         if first:
-            wine = [*system.host_command()[:1], "cmd", "/c", "exit"]
-            _step("preparing Wine", wine, log, root)
+            _step("preparing Wine", system.host_command()[0], "cmd", "/c", "exit")
 
 
 def install(prefix: str) -> None:
     """Copies what rendering needs, so that the tree may go, or is of no concern to other users."""
-    root = system.find_root()
-    if root is None or system.WINDOWS:
+    root = system.ROOT
+    if not root or system.WINDOWS:
         why = "this is no source tree"
         raise Failure("install", why, "run ./glazel install in the tree that is to be installed")
     programs()
     place = Path(prefix).resolve() / "lib/glazel"
+    launcher = Path(prefix) / "bin/glazel"
     try:
-        for folder in (place / "bin", place / "glazel", Path(prefix) / "bin"):
+        for folder in (place / "bin", place / "glazel", launcher.parent):
             folder.mkdir(parents=True, exist_ok=True)
         for name in (system.HOST, "GlazelDX_x64.dll", "GZ3Renderer_x64.dll"):
             shutil.copy2(system.programs_folder() / name, place / "bin")
@@ -71,7 +69,6 @@ def install(prefix: str) -> None:
             shutil.copy2(module, place / "glazel")
         shutil.copy2(root / "cmake/wine-run.sh", place)
         shutil.copytree(root / "samples/looks", place / "looks", dirs_exist_ok=True)
-        launcher = Path(prefix) / "bin/glazel"
         launcher.write_text(_LAUNCHER.format(str(place).replace("'", "'\\''")), encoding="utf-8")
         launcher.chmod(0o755)
     except OSError as error:
@@ -79,16 +76,16 @@ def install(prefix: str) -> None:
         raise Failure(error.filename or prefix, why, "choose a folder of your own") from error
 
 
-def _step(name: str, command: list[str], log: Path, cwd: Path) -> None:
+def _step(name: str, *command: str | Path) -> None:
     """Runs one step; tells of it once it takes its time, and shows its words when it fails."""
-    started = time.monotonic()
-    begin = log.stat().st_size if log.exists() else 0
-    told = False
-    with open(log, "ab") as words:
-        process = subprocess.Popen(
-            command, cwd=cwd, stdin=subprocess.DEVNULL, stdout=words, stderr=words
-        )
-        with process:
+    assert system.ROOT
+    log = system.ROOT / "build/render.log"
+    started, told = time.monotonic(), False
+    with open(log, "a+b") as words:
+        begin = words.tell()
+        with subprocess.Popen(
+            command, cwd=system.ROOT, stdin=subprocess.DEVNULL, stdout=words, stderr=words
+        ) as process:
             try:
                 process.wait(_LONG)
             except subprocess.TimeoutExpired:
@@ -99,7 +96,8 @@ def _step(name: str, command: list[str], log: Path, cwd: Path) -> None:
                 process.kill()  # after Ctrl-C
                 if told:
                     print(f" {time.monotonic() - started:.0f} s", file=sys.stderr)
+        words.seek(begin)
+        lines = words.read().decode("utf-8", "replace").splitlines()
     if process.returncode != 0:
-        lines = log.read_bytes()[begin:].decode("utf-8", "replace").splitlines()
         print("\n".join(line[:300] for line in lines[-_SHOWN:]), file=sys.stderr)
         raise Failure(name, f"it failed, see above and {log}", "mend that and run again")

@@ -7,6 +7,7 @@ import json
 import re
 import struct
 import subprocess
+from collections.abc import Callable
 from dataclasses import dataclass, field, replace
 from fractions import Fraction
 from typing import Any
@@ -14,9 +15,10 @@ from typing import Any
 from .failure import Failure
 from .names import Pattern, extension, ffmpeg_name, is_picture
 
-_UNKNOWN = ("", "unknown", "reserved", "unspecified", "N/A")
 # Codecs whose codes are limited where they say nothing; gray of others is full, as ffmpeg takes it.
 _LIMITED = ("h264", "hevc", "av1", "vp9", "mpeg2video", "mpeg4", "prores")
+_WITH_ALPHA = {"vp8": "libvpx", "vp9": "libvpx-vp9"}  # ffmpeg's own decoders leave it out
+_ONE_PICTURE = ["-f", "image2", "-pattern_type", "none"]
 # Tags that say how the file was made, not what is in it.
 _OWN_TAGS = re.compile(
     r"(major_brand|minor_version|compatible_brands|encoder|creation_time|handler_name|vendor_id|"
@@ -26,6 +28,37 @@ _OWN_TAGS = re.compile(
     r"toolkit_version|data_type|file_package_name|comment|variant_bitrate)",
     re.IGNORECASE,
 )
+# What only follows from a closed pipe, or is of no concern.
+_FOLLOWS = re.compile(
+    r"Broken pipe|^Conversion failed|Error (writing trailer|closing file|muxing a packet)|"
+    r"^Error while (processing|filtering)|Last message repeated|^Svt\[\w+\]: |"
+    r"Referenced QT chapter track not found|Could not find codec parameters for stream \d+ "
+    r"\(Attachment|Consider increasing the value|mastering display|^\s*$"
+)
+
+
+def complaints(data: bytes) -> list[str]:
+    """The causes in what ffmpeg says, without addresses."""
+    text = re.sub(r"\[([^\]@]*?) @ 0x[0-9a-f]+\] ?", "", data.decode("utf-8", "replace"))
+    text = re.sub(r"\bfile:(?=\S)|^av_interleaved_write_frame\(\): ", "", text, flags=re.MULTILINE)
+    return [line.strip() for line in text.splitlines() if not _FOLLOWS.search(line)]
+
+
+def tool(*words: str, data: bytes = b"") -> subprocess.CompletedProcess[bytes]:
+    """ffmpeg or ffprobe, run to its end; `data` is all of its standard input."""
+    try:
+        return subprocess.run(words, input=data, capture_output=True, check=False)
+    except FileNotFoundError as error:
+        raise Failure(words[0], "it is not installed", "install ffmpeg") from error
+
+
+def ffprobe(*words: str, of: str = "", data: bytes = b"") -> Any:
+    """What it prints; Failure when it cannot read `of`."""
+    done = tool("ffprobe", "-v", "error", "-of", "json", *words, data=data)
+    if done.returncode and of:
+        reason = (complaints(done.stderr) or ["it gives no reason"])[0]
+        raise Failure(of, f"ffmpeg cannot read it: {reason}", "check it")
+    return json.loads(done.stdout.decode("utf-8", "replace") or "{}")
 
 
 @dataclass(frozen=True)
@@ -45,32 +78,23 @@ class PixelFormat:
         return "f32" in self.name or "f16" in self.name
 
     def chroma(self) -> str:
-        if self.gray:
-            return "gray"
         names = {(1, 1): "4:2:0", (1, 0): "4:2:2", (0, 0): "4:4:4", (2, 0): "4:1:1"}
-        return "RGB" if self.rgb else names.get((self.sub_w, self.sub_h), "other chroma")
+        shared = names.get((self.sub_w, self.sub_h), "other chroma")
+        return "gray" if self.gray else "RGB" if self.rgb else shared
 
 
 @functools.cache
 def pixel_formats() -> dict[str, PixelFormat]:
-    rows = run_json(["ffprobe", "-v", "error", "-show_pixel_formats", "-of", "json"], "ffprobe")
-    return {row["name"]: _pixel_format(row) for row in rows["pixel_formats"]}
-
-
-def _pixel_format(row: dict[str, Any]) -> PixelFormat:
-    name, flags = row["name"], row["flags"]
-    palette = bool(flags["palette"])
-    depth = max((c["bit_depth"] for c in row.get("components", [])), default=8)
-    gray = row["nb_components"] in (1, 2) and not palette and not name.startswith("bayer")
-    return PixelFormat(
-        name,
-        bool(flags["rgb"]) or palette,
-        bool(flags["alpha"]) or palette,
-        depth,
-        row.get("log2_chroma_w", 0),
-        row.get("log2_chroma_h", 0),
-        gray,
-    )
+    found = {}
+    for row in ffprobe("-show_pixel_formats", of="ffprobe")["pixel_formats"]:
+        name, flags = row["name"], row["flags"]
+        palette = bool(flags["palette"])
+        gray = row["nb_components"] in (1, 2) and not palette and not name.startswith("bayer")
+        depth = max((c["bit_depth"] for c in row.get("components", [])), default=8)
+        shared = row.get("log2_chroma_w", 0), row.get("log2_chroma_h", 0)
+        rgb, alpha = bool(flags["rgb"]) or palette, bool(flags["alpha"]) or palette
+        found[name] = PixelFormat(name, rgb, alpha, depth, *shared, gray)
+    return found
 
 
 @dataclass(frozen=True)
@@ -90,7 +114,7 @@ class Track:
     """A stream beside the picture."""
 
     index: int
-    kind: str  # audio, subtitle, attachment, data, video
+    kind: str  # audio, subtitle, attachment, data, video, cover
     codec: str
     language: str = ""
     title: str = ""
@@ -100,22 +124,21 @@ class Track:
 
 @dataclass(frozen=True)
 class Media:
-    """A file with a picture."""
+    """A file with a picture, or raw frames."""
 
-    path: str
-    container: str
-    index: int
-    codec: str
-    profile: str
-    width: int
-    height: int
-    format: PixelFormat
-    colour: Colour
-    rate: Fraction
-    aspect: Fraction  # of a pixel
+    path: str = ""
+    container: str = ""
+    index: int = 0
+    codec: str = ""
+    profile: str = ""
+    width: int = 0
+    height: int = 0
+    format: PixelFormat = PixelFormat("bgra", True, True, 8, 0, 0, False)
+    colour: Colour = Colour()
+    rate: Fraction = Fraction(25)
+    aspect: Fraction = Fraction(1)  # of a pixel
     fields: str = ""  # tff, bff or progressive (empty)
-    rotation: int = 0  # degrees clockwise to turn the picture upright
-    turned: str = ""  # what ffmpeg does to that end, in words
+    turned: str = ""  # what ffmpeg does to the picture to make it upright, in words
     mastering: dict[str, str] = field(default_factory=dict)
     light: tuple[int, int] | None = None  # largest and average content light level
     timecode: str = ""
@@ -130,13 +153,12 @@ class Media:
     stamps: tuple[int, ...] = ()  # when each frame is shown, in units of the file's clock
     clock: Fraction = Fraction(0)
     dynamic: bool = False  # has metadata for single frames, which an encoder loses
-    linear: bool = False
+    half: bool = False  # floats of 16 bits
     pattern: Pattern | None = None
     numbers: tuple[int, ...] = ()  # of the pictures of a sequence
-    half: bool = False  # floats of 16 bits
     options: tuple[str, ...] = ()  # that ffmpeg needs before -i
     decoder: tuple[str, ...] = ()  # the same, when the picture is wanted
-    source: str = ""  # what it needs behind -i
+    source: str = "-"  # what it needs behind -i
 
     def of(self, kind: str) -> list[Track]:
         return [track for track in self.tracks if track.kind == kind]
@@ -148,43 +170,20 @@ class Media:
 
     def upright(self) -> Media:
         """As it is once ffmpeg has turned it."""
-        if self.rotation not in (90, 270):
-            return replace(self, rotation=0, turned="")
-        aspect = 1 / self.aspect if self.aspect else self.aspect
+        if not self.turned.startswith(("90 ", "270 ")):
+            return replace(self, turned="")
         size = {"width": self.height, "height": self.width}
-        return replace(self, rotation=0, turned="", aspect=aspect, **size)
+        return replace(self, turned="", aspect=1 / self.aspect, **size)
 
 
-def run_json(command: list[str], what: str, data: bytes | None = None) -> dict[str, Any]:
-    """What a probing program prints."""
-    streams: dict[str, Any] = {"input": data} if data is not None else {"stdin": subprocess.DEVNULL}
-    try:
-        done = subprocess.run(command, capture_output=True, check=False, **streams)
-    except FileNotFoundError as error:
-        raise Failure(command[0], "it is not installed", "install ffmpeg") from error
-    if done.returncode != 0:
-        reason = (complaints(done.stderr) or ["it gives no reason"])[0]
-        raise Failure(what, f"ffmpeg cannot read it: {reason}", "check it")
-    result: dict[str, Any] = json.loads(done.stdout.decode("utf-8", "replace") or "{}")
-    return result
+def _said(*rows: dict[str, Any]) -> Callable[[str], str]:
+    """Looks a name up in the first of `rows` that knows it."""
+    unknown = (None, "", "unknown", "reserved", "unspecified", "N/A")
 
+    def find(name: str) -> str:
+        return next((str(row[name]) for row in rows if row.get(name) not in unknown), "")
 
-def complaints(data: bytes) -> list[str]:
-    """What ffmpeg says, without addresses and without what only follows from a closed pipe."""
-    text = data.decode("utf-8", "replace")
-    text = re.sub(r"\[([^\]@]*?) @ 0x[0-9a-f]+\] ?", "", text)
-    text = re.sub(r"\bfile:(?=\S)|^av_interleaved_write_frame\(\): ", "", text, flags=re.MULTILINE)
-    follows = re.compile(
-        r"Broken pipe|^Conversion failed|Error (writing trailer|closing file|muxing a packet)|"
-        r"^Error while (processing|filtering)|Last message repeated|^Svt\[\w+\]: |"
-        r"Referenced QT chapter track not found|Could not find codec parameters for stream \d+ "
-        r"\(Attachment|Consider increasing the value|mastering display|^\s*$"
-    )
-    return [line.strip() for line in text.splitlines() if not follows.search(line)]
-
-
-def _known(value: Any) -> str:
-    return "" if value in _UNKNOWN or value is None else str(value)
+    return find
 
 
 def _fraction(value: Any) -> Fraction:
@@ -194,32 +193,48 @@ def _fraction(value: Any) -> Fraction:
         return Fraction(0)
 
 
+def _tags(row: dict[str, Any]) -> dict[str, str]:
+    return {key.lower(): value for key, value in row.get("tags", {}).items()}
+
+
+def _content_tags(row: dict[str, Any]) -> dict[str, str]:
+    tags = row.get("tags", {}).items()
+    return {key: value for key, value in tags if value and not _OWN_TAGS.fullmatch(key)}
+
+
 def probe(
     path: str, pattern: Pattern | None = None, numbers: list[int] | None = None, y4m: bytes = b""
 ) -> Media:
     """Of a file, of a sequence's pictures `numbers`, or of a Y4M stream that begins with `y4m`.
     Throws Failure when there is no picture in it."""
-    options, source = _source(path, pattern, numbers or [])
-    first = ffmpeg_name(pattern.path(numbers[0])) if pattern and numbers else source
-    literal = [] if "image2" not in options else ["-f", "image2", "-pattern_type", "none"]
+    options: list[str] = []
+    source = ffmpeg_name(path)
     if y4m:
-        options, literal, source, first = ["-f", "yuv4mpegpipe"], ["-f", "yuv4mpegpipe"], "-", "-"
-    base = ["ffprobe", "-v", "error", "-of", "json", *literal]
-    shown = ["-show_format", "-show_streams", "-show_chapters", first]
-    report = run_json(base + shown, path, y4m or None)
-    stream = next((s for s in report.get("streams", []) if _is_picture(s)), None)
+        options, source = ["-f", "yuv4mpegpipe"], "-"
+    elif pattern and numbers:
+        options = ["-f", "image2", "-start_number", str(numbers[0])]
+        source = ffmpeg_name(pattern.for_ffmpeg())
+    elif "%" in path and is_picture(path) and extension(path) != "avif":
+        options = _ONE_PICTURE  # ffmpeg would look for a sequence
+    first = [*options, source]
+    if pattern and numbers:
+        path = pattern.path(numbers[0])
+        first = [*_ONE_PICTURE, ffmpeg_name(path)]
+    shown = ("-show_format", "-show_streams", "-show_chapters")
+    report = ffprobe(*shown, *first, of=path, data=y4m)
+    streams = [s for s in report.get("streams", []) if s.get("codec_type") == "video"]
+    stream = next((s for s in streams if not s["disposition"]["attached_pic"]), None)
     if stream is None:
         why = "it holds no picture" + (", only sound" if report.get("streams") else "")
         raise Failure(path, why, "give a picture or a video")
     frame: dict[str, Any] = {}
     if not y4m:
-        chosen = ["-select_streams", str(stream["index"]), "-read_intervals", "%+#1"]
-        command = ["ffprobe", "-v", "quiet", "-of", "json", *literal, *chosen, "-show_frames"]
-        frame = (run_json([*command, first], path).get("frames") or [{}])[0]
+        one = ("-select_streams", str(stream["index"]), "-read_intervals", "%+#1")
+        frame = (ffprobe(*one, "-show_frames", *first, of=path).get("frames") or [{}])[0]
     decoder: tuple[str, ...] = ()
     if stream["codec_name"] in _WITH_ALPHA and _tags(stream).get("alpha_mode") == "1":
         decoder = ("-c:v", _WITH_ALPHA[stream["codec_name"]])
-        frame["pix_fmt"] = "yuva420p"  # ffprobe's own decoder leaves alpha out
+        frame["pix_fmt"] = "yuva420p"
     media = _media(path, report, stream, frame)
     media = replace(media, options=tuple(options), decoder=decoder, source=source)
     if pattern and numbers:
@@ -227,41 +242,15 @@ def probe(
     return media
 
 
-def _source(path: str, pattern: Pattern | None, numbers: list[int]) -> tuple[list[str], str]:
-    """The options before -i, and what stands behind it."""
-    if pattern:
-        start = ["-f", "image2", "-start_number", str(numbers[0])]
-        return start, ffmpeg_name(pattern.for_ffmpeg())
-    if (
-        "%" in path and is_picture(path) and extension(path) != "avif"
-    ):  # ffmpeg would look for a sequence
-        return ["-f", "image2", "-pattern_type", "none"], ffmpeg_name(path)
-    return [], ffmpeg_name(path)
-
-
-_WITH_ALPHA = {"vp8": "libvpx", "vp9": "libvpx-vp9"}
-
-
-def _is_picture(stream: dict[str, Any]) -> bool:
-    return stream.get("codec_type") == "video" and not stream["disposition"]["attached_pic"]
-
-
-def _tags(row: dict[str, Any]) -> dict[str, str]:
-    return {key.lower(): value for key, value in row.get("tags", {}).items()}
-
-
-def own_tags(row: dict[str, Any]) -> dict[str, str]:
-    kept = {k: v for k, v in row.get("tags", {}).items() if not _OWN_TAGS.fullmatch(k)}
-    return {key: value for key, value in kept.items() if value}
-
-
 def _media(
     path: str, report: dict[str, Any], stream: dict[str, Any], frame: dict[str, Any]
 ) -> Media:
-    pix_fmt = frame.get("pix_fmt") or stream.get("pix_fmt")
-    if not pix_fmt or pix_fmt not in pixel_formats() or not stream.get("width"):
+    said = _said(frame, stream)
+    number = pixel_formats().get(said("pix_fmt"))
+    if not number or not stream.get("width"):
         raise Failure(path, "its picture cannot be decoded", "check the file")
     container = report["format"]
+    kinds = container["format_name"]
     sides = {row.get("side_data_type"): row for row in frame.get("side_data_list", [])}
     matrices = [row for row in stream.get("side_data_list", []) if "displaymatrix" in row]
     rotation = -int(matrices[0]["rotation"]) % 360 if matrices else 0
@@ -270,82 +259,70 @@ def _media(
     # The timecode and the chapters are facts of their own.
     others = [s for s in report["streams"] if s is not stream]
     others = [s for s in others if s.get("codec_tag_string") not in ("tmcd", "text")]
-    tracks = tuple(_track(s) for s in others)
-    codes = [_tags(row).get("timecode", "") for row in [stream, *report["streams"], container]]
-    number = pixel_formats()[pix_fmt]
-    is_picture = "image2" in container["format_name"] or "_pipe" in container["format_name"]
+    codes = [_tags(row).get("timecode") for row in (stream, *report["streams"], container)]
+    language = {k: v for k, v in stream.get("tags", {}).items() if k == "language" and v != "und"}
     start = _fraction(stream.get("start_time")) - _fraction(container.get("start_time"))
     return Media(
         path=path,
-        container=container["format_name"],
+        container=kinds,
         index=stream["index"],
         codec=stream["codec_name"],
         profile=stream.get("profile", ""),
         width=stream["width"],
         height=stream["height"],
         format=number,
-        colour=_colour(stream, frame, number),
+        colour=_colour(said, number, stream["codec_name"]),
         rate=_fraction(stream.get("r_frame_rate")) or Fraction(25),
-        aspect=_fraction(frame.get("sample_aspect_ratio") or stream.get("sample_aspect_ratio"))
-        or Fraction(1),
+        aspect=_fraction(said("sample_aspect_ratio")) or Fraction(1),
         fields=_fields(stream, frame),
-        rotation=rotation,
         turned=f"{rotation} degrees" if rotation else "mirrored" if matrices else "",
         mastering={k: v for k, v in mastering.items() if k != "side_data_type"},
         light=(light["max_content"], light["max_average"]) if light else None,
-        timecode=next((code for code in codes if code), ""),
-        tracks=tracks,
-        chapters=tuple(_tags(c).get("title", "") for c in report.get("chapters", [])),
-        tags=own_tags(container),
-        picture_tags=own_tags(stream)
-        | {k: v for k, v in stream.get("tags", {}).items() if k == "language" and v != "und"},
-        start=start if not is_picture else Fraction(0),
+        timecode=next(filter(None, codes), ""),
+        tracks=tuple(map(_track, others)),
+        chapters=tuple(_tags(row).get("title", "") for row in report.get("chapters", [])),
+        tags=_content_tags(container),
+        picture_tags=_content_tags(stream) | language,
+        start=Fraction(0) if "image2" in kinds or "_pipe" in kinds else start,
         dynamic=any("Dynamic" in str(kind) or "DOVI" in str(kind) for kind in sides),
-        linear=number.is_float,
         half=stream["codec_name"] in ("exr", "phm") and _is_half(path),
     )
 
 
-def _colour(stream: dict[str, Any], frame: dict[str, Any], number: PixelFormat) -> Colour:
-    def said(name: str) -> str:
-        return _known(frame.get(name)) or _known(stream.get(name))
-
+def _colour(said: Callable[[str], str], number: PixelFormat, codec: str) -> Colour:
+    named_range, matrix = said("color_range"), said("color_space")
+    full = named_range == "pc" or number.rgb or number.name.startswith("yuvj")
     return Colour(
-        matrix="" if number.rgb or said("color_space") == "gbr" else said("color_space"),
-        full_range=said("color_range") == "pc"
-        or number.name.startswith("yuvj")
-        or number.rgb
-        or (number.gray and not said("color_range") and stream["codec_name"] not in _LIMITED),
-        primaries=said("color_primaries"),
-        transfer=said("color_transfer"),
-        place=said("chroma_location") if number.sub_w or number.sub_h else "",
-        range_said=bool(said("color_range")),
+        "" if number.rgb or matrix == "gbr" else matrix,
+        full or (number.gray and not named_range and codec not in _LIMITED),
+        said("color_primaries"),
+        said("color_transfer"),
+        said("chroma_location") if number.sub_w or number.sub_h else "",
+        bool(named_range),
     )
 
 
 def _fields(stream: dict[str, Any], frame: dict[str, Any]) -> str:
-    if frame:
-        if not frame.get("interlaced_frame"):
-            return ""
-        return "tff" if frame.get("top_field_first") else "bff"
-    return {"tt": "tff", "tb": "tff", "bb": "bff", "bt": "bff"}.get(
-        stream.get("field_order", ""), ""
-    )
+    if not frame:
+        orders = {"tt": "tff", "tb": "tff", "bb": "bff", "bt": "bff"}
+        return orders.get(stream.get("field_order", ""), "")
+    upper = "tff" if frame.get("top_field_first") else "bff"
+    return upper if frame.get("interlaced_frame") else ""
 
 
 def _track(stream: dict[str, Any]) -> Track:
     tags = _tags(stream)
-    cover = bool(stream["disposition"]["attached_pic"])
+    is_cover = stream["disposition"]["attached_pic"]
+    kind = "cover" if is_cover else stream.get("codec_type", "data")
     detail = f"{stream.get('sample_rate', '')} Hz, {stream.get('channels', '')} channels"
-    language = tags.get("language", "")
     return Track(
         index=stream["index"],
-        kind="cover" if cover else stream.get("codec_type", "data"),
+        kind=kind,
         codec=stream.get("codec_name", "") or stream.get("codec_tag_string", ""),
-        language="" if language == "und" else language,
+        language=tags.get("language", "").removeprefix("und"),
         title=tags.get("title", ""),
-        name=tags.get("filename", ""),
-        detail=detail if stream.get("codec_type") == "audio" else "",
+        name="" if is_cover else tags.get("filename", ""),
+        detail=detail if kind == "audio" else "",
     )
 
 
@@ -368,28 +345,25 @@ def with_times(media: Media) -> Media:
     """Counts the frames of a video, and finds out whether they come at an even rate."""
     if media.source == "-" or media.pattern:
         return media
-    entries = ["-show_entries", "packet=pts,flags:stream=time_base,avg_frame_rate"]
-    command = ["ffprobe", "-v", "quiet", "-of", "json", *media.options]
-    command += ["-select_streams", str(media.index), *entries, media.source]
-    done = subprocess.run(command, capture_output=True, stdin=subprocess.DEVNULL, check=False)
-    found = json.loads(done.stdout or "{}")
-    streams = found.get("streams", [])
-    shown = [p for p in found.get("packets", []) if "D" not in p.get("flags", "")]
-    if not shown or not streams:
+    entries = ("-show_entries", "packet=pts,flags:stream=time_base,avg_frame_rate")
+    chosen = ("-select_streams", str(media.index))
+    found = ffprobe(*media.options, *chosen, *entries, media.source)
+    times = [p.get("pts") for p in found.get("packets", []) if "D" not in p.get("flags", "")]
+    if not times or not found.get("streams"):
         return media
-    base = _fraction(streams[-1].get("time_base"))
-    average = _fraction(streams[-1].get("avg_frame_rate"))
-    media = replace(media, frames=len(shown))
-    times = sorted(p["pts"] for p in shown if "pts" in p)
-    if len(times) < len(shown) or len(times) < 2 or not base:
+    media = replace(media, frames=len(times))
+    stream = found["streams"][-1]
+    base, average = (_fraction(stream.get(name)) for name in ("time_base", "avg_frame_rate"))
+    if None in times or len(times) < 2 or not base:
         return media
+    times.sort()
     if len(set(times)) == len(times):
         media = replace(media, stamps=tuple(times), clock=base)
     for rate in (media.rate, average):
         if rate and is_even(times, base, rate):
             return replace(media, rate=rate)
-    span = times[-1] - times[0]
-    rate = average or Fraction(len(times) - 1) / (span * base) if span else media.rate
+    span = (times[-1] - times[0]) * base
+    rate = average or (Fraction(len(times) - 1) / span if span else media.rate)
     ticks = base.denominator if base.numerator == 1 and base.denominator <= 1_000_000 else 90_000
     rounded = tuple(round((time - times[0]) * base * ticks) for time in times)
     return replace(media, rate=rate, times=rounded, ticks=ticks)
@@ -397,8 +371,6 @@ def with_times(media: Media) -> Media:
 
 def is_even(times: list[int], base: Fraction, rate: Fraction) -> bool:
     """Whether no frame is further from its place than the clock of the file explains."""
-    slack = max(base, Fraction(1, 1000)) * Fraction(101, 100)
     step = 1 / (rate * base)
-    first = times[0]
-    most = slack / base
-    return all(abs(time - first - step * n) <= most for n, time in enumerate(times))
+    most = max(base, Fraction(1, 1000)) * Fraction(101, 100) / base
+    return all(abs(time - times[0] - step * n) <= most for n, time in enumerate(times))

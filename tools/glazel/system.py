@@ -8,6 +8,7 @@ import os
 import signal
 import subprocess
 import sys
+from contextlib import suppress
 from pathlib import Path
 from typing import Any, BinaryIO
 
@@ -18,52 +19,37 @@ if sys.platform != "win32":
     _LIBRARY = ctypes.CDLL(None, use_errno=True)
 
 PACKAGE = Path(__file__).resolve().parent
+_TREE = PACKAGE.parents[1]
+# The source tree that this package stands in; none for an installation or an archive.
+ROOT = _TREE if (_TREE / "CMakePresets.json").exists() else None
 HOST = "glazelhost.exe"
 _RENAME_NOREPLACE = 1
 _PARENT_DEATH_SIGNAL = 1
 _PIPE_SIZE = 1 << 20
 
 
-def find_root() -> Path | None:
-    """The source tree that this package stands in; none for an installation or an archive."""
-    root = PACKAGE.parents[1]
-    return root if (root / "CMakePresets.json").exists() else None
-
-
 def programs_folder() -> Path:
     """Where the host program is, or will be once it is built."""
-    given = os.environ.get("GLAZEL_BUILD")
-    root = find_root()
-    if given:
+    if given := os.environ.get("GLAZEL_BUILD"):
         return Path(given).resolve() / "bin"
-    if root:
-        return root / "build/release/bin"
-    beside = PACKAGE.parent
-    return beside if (beside / HOST).exists() else beside / "bin"
+    if ROOT:
+        return ROOT / "build/release/bin"
+    return PACKAGE.parent if (PACKAGE.parent / HOST).exists() else PACKAGE.parent / "bin"
 
 
 def host_command() -> list[str]:
     """What a command line of the host program begins with."""
-    program = str(programs_folder() / HOST)
-    if WINDOWS:
-        return [program]
-    root = find_root()
-    return [str(root / "cmake/wine-run.sh" if root else PACKAGE.parent / "wine-run.sh"), program]
+    runner = (ROOT / "cmake" if ROOT else PACKAGE.parent) / "wine-run.sh"
+    return [*([] if WINDOWS else [str(runner)]), str(programs_folder() / HOST)]
 
 
 def host_environment() -> dict[str, str]:
     """The Wine prefix is the user's own where the tree is not."""
     environment = dict(os.environ)
-    root = find_root()
-    if not WINDOWS and "GLAZEL_WINEPREFIX" not in environment:
-        if not root or not os.access(root / "build", os.W_OK):
-            cache = os.environ.get("XDG_CACHE_HOME") or os.path.expanduser("~/.cache")
-            environment["GLAZEL_WINEPREFIX"] = os.path.join(cache, "glazel", "wineprefix")
+    if not WINDOWS and not (ROOT and os.access(ROOT / "build", os.W_OK)):
+        cache = environment.get("XDG_CACHE_HOME") or os.path.expanduser("~/.cache")
+        environment.setdefault("GLAZEL_WINEPREFIX", os.path.join(cache, "glazel/wineprefix"))
     return environment
-
-
-def _die_with_parent() -> None:
-    _LIBRARY.prctl(_PARENT_DEATH_SIGNAL, signal.SIGKILL)
 
 
 def start(command: list[str], group: int, **streams: Any) -> subprocess.Popen[bytes]:
@@ -72,21 +58,22 @@ def start(command: list[str], group: int, **streams: Any) -> subprocess.Popen[by
     if sys.platform == "win32":
         flags = subprocess.CREATE_NEW_PROCESS_GROUP
         return subprocess.Popen(command, creationflags=flags, **streams)
-    if group:
-        try:
-            os.killpg(group, 0)
-        except ProcessLookupError:
-            group = 0  # all of them have ended already
-    return subprocess.Popen(command, process_group=group, preexec_fn=_die_with_parent, **streams)
+
+    def die_with_parent() -> None:
+        _LIBRARY.prctl(_PARENT_DEATH_SIGNAL, signal.SIGKILL)
+
+    try:
+        os.killpg(group, 0)
+    except ProcessLookupError:
+        group = 0  # all of them have ended already
+    return subprocess.Popen(command, process_group=group, preexec_fn=die_with_parent, **streams)
 
 
 def kill(process: subprocess.Popen[bytes]) -> None:
     """Ends the child and whatever it has started in its group."""
     if sys.platform != "win32":
-        try:
+        with suppress(ProcessLookupError):
             os.killpg(os.getpgid(process.pid), signal.SIGKILL)
-        except ProcessLookupError:
-            pass
     process.kill()
 
 
@@ -94,22 +81,19 @@ def pipe() -> tuple[int, int]:
     """A pipe that holds much, where the system allows it."""
     ends = os.pipe()
     if sys.platform == "linux":
-        try:
+        with suppress(OSError):  # the user's share of such memory may be used up
             fcntl.fcntl(ends[1], fcntl.F_SETPIPE_SZ, _PIPE_SIZE)
-        except OSError:
-            pass  # the user's share of such memory is used up
     return ends
 
 
 def try_lock(file: BinaryIO) -> bool:
     """Whether nobody else holds it; on Windows an open file cannot be deleted anyway."""
-    if sys.platform == "win32":
-        return True
-    try:
-        fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
-        return True
-    except OSError as error:
-        return error.errno not in (errno.EWOULDBLOCK, errno.EACCES)
+    if sys.platform != "win32":
+        try:
+            fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except OSError as error:
+            return error.errno not in (errno.EWOULDBLOCK, errno.EACCES)
+    return True
 
 
 def sync(path: str) -> None:
@@ -132,5 +116,5 @@ def rename_new(source: str, target: str) -> None:
         if _LIBRARY.renameat2(-100, names[0], -100, names[1], _RENAME_NOREPLACE) != 0:
             number = ctypes.get_errno()
             raise OSError(number, os.strerror(number), target) from None
-        return
-    os.unlink(source)
+    else:
+        os.unlink(source)
