@@ -4,8 +4,8 @@
 #include "propertypage/panel_image.h"
 #include "propertypage/plugin_pp.h"
 #include "tests/bench/timing.h"
+#include "tests/doubles/fake_exchange.h"
 #include "tests/doubles/renderers/renderer_variant.h"
-#include "tests/propertypage/fake_exchange.h"
 #include "tests/propertypage/panel_picture.h"
 
 #include <cstdio>

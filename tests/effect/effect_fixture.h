@@ -3,8 +3,8 @@
 #pragma once
 
 #include "effect/plugin.h"
+#include "tests/doubles/fake_stream.h"
 #include "tests/doubles/renderers/renderer_variant.h"
-#include "tests/effect/fake_stream.h"
 
 #include <gtest/gtest.h>
 

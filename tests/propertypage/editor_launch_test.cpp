@@ -1,7 +1,7 @@
 // From the button to the look that the editor left behind.
+#include "tests/doubles/failing_allocation.h"
 #include "tests/doubles/fake_surface.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/propertypage/failing_allocation.h"
 #include "tests/propertypage/page_fixture.h"
 
 #include <cstring>

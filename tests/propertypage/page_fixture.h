@@ -2,9 +2,9 @@
 #pragma once
 
 #include "propertypage/plugin_pp.h"
+#include "tests/doubles/fake_exchange.h"
 #include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/module/message_box_watch.h"
-#include "tests/propertypage/fake_exchange.h"
 #include "tests/propertypage/page_frame.h"
 #include "tests/propertypage/panel_picture.h"
 

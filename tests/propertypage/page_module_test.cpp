@@ -1,10 +1,10 @@
 // The page as the product's DLL hands it out, also to the system's own container.
 #include "contract/class_ids.h"
 #include "contract/host_interfaces.h"
+#include "tests/doubles/fake_exchange.h"
 #include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/module/message_box_watch.h"
 #include "tests/module/plugin_module.h"
-#include "tests/propertypage/fake_exchange.h"
 #include "tests/propertypage/page_fixture.h"
 
 #include <gtest/gtest.h>

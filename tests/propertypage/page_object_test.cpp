@@ -1,6 +1,6 @@
 // The page as an object: everything that needs no window on the screen.
 #include "contract/class_ids.h"
-#include "tests/propertypage/failing_allocation.h"
+#include "tests/doubles/failing_allocation.h"
 #include "tests/propertypage/page_fixture.h"
 
 #include <array>

@@ -2,7 +2,7 @@
 // how it looks.
 #include "binding/renderer_binding.h"
 #include "propertypage/plugin_pp.h"
-#include "tests/propertypage/fake_exchange.h"
+#include "tests/doubles/fake_exchange.h"
 #include "tests/propertypage/page_fixture.h"
 #include "tools/glazelhost/media/open_frames.h"
 

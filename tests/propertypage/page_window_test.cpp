@@ -1,6 +1,6 @@
 // The page's window: activation, messages and its tie to the effect.
+#include "tests/doubles/failing_allocation.h"
 #include "tests/effect/effect_fixture.h"
-#include "tests/propertypage/failing_allocation.h"
 #include "tests/propertypage/page_fixture.h"
 
 namespace

@@ -1,6 +1,6 @@
 // The page on the screen, pixel by pixel.
+#include "tests/doubles/failing_allocation.h"
 #include "tests/platform/atl/import_patch.h"
-#include "tests/propertypage/failing_allocation.h"
 #include "tests/propertypage/page_fixture.h"
 
 #include <cstring>

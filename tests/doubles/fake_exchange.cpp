@@ -1,4 +1,4 @@
-#include "tests/propertypage/fake_exchange.h"
+#include "tests/doubles/fake_exchange.h"
 
 #include <algorithm>
 

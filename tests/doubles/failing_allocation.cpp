@@ -1,4 +1,4 @@
-#include "tests/propertypage/failing_allocation.h"
+#include "tests/doubles/failing_allocation.h"
 
 #include <atomic>
 #include <cstdlib>
