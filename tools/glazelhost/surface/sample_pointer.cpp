@@ -2,13 +2,18 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
+#include <new>
 
 namespace GlazelHost
 {
 
 namespace
 {
+
+// For one lock of the input and one of the output. The class is final: all blocks are of one size.
+std::array<std::atomic<void*>, 2> keptBlocks{};
 
 Area AreaOf(const RECT& rect) noexcept
 {
@@ -29,6 +34,36 @@ Sample SampleOf(DXPMSAMPLE value) noexcept
 }
 
 } // namespace
+
+void* CSamplePointer::operator new(std::size_t size, const std::nothrow_t& tag) noexcept
+{
+    for (std::atomic<void*>& kept : keptBlocks)
+    {
+        if (void* const block = kept.exchange(nullptr))
+        {
+            return block;
+        }
+    }
+    return ::operator new(size, tag);
+}
+
+void CSamplePointer::operator delete(void* block) noexcept
+{
+    for (std::atomic<void*>& kept : keptBlocks)
+    {
+        void* none = nullptr;
+        if (kept.compare_exchange_strong(none, block))
+        {
+            return;
+        }
+    }
+    ::operator delete(block);
+}
+
+void CSamplePointer::operator delete(void* block, const std::nothrow_t&) noexcept
+{
+    operator delete(block);
+}
 
 CSamplePointer::CSamplePointer(CHostSurface& surface, const Area& area, bool forWriting) noexcept
     : m_surface(surface), m_forWriting(forWriting), m_cursor(surface.m_pixels, area, surface.m_log)

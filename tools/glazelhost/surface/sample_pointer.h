@@ -5,6 +5,8 @@
 #include "tools/glazelhost/surface/host_surface.h"
 #include "tools/glazelhost/surface/sample_cursor.h"
 
+#include <new>
+
 namespace GlazelHost
 {
 
@@ -20,6 +22,11 @@ public:
     CSamplePointer(CHostSurface& surface, const Area& area, bool forWriting) noexcept;
     CSamplePointer(const CSamplePointer&) = delete;
     CSamplePointer& operator=(const CSamplePointer&) = delete;
+
+    // Every frame takes a lock or two: the memory of the last ones serves the next.
+    static void* operator new(std::size_t size, const std::nothrow_t& tag) noexcept;
+    static void operator delete(void* block) noexcept;
+    static void operator delete(void* block, const std::nothrow_t& tag) noexcept;
 
     // IUnknown
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) noexcept override;

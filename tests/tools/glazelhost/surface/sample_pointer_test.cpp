@@ -1,6 +1,7 @@
 #include "tools/glazelhost/surface/sample_pointer.h"
 
 #include "platform/atl/atlcomcli.h"
+#include "tests/doubles/allocation_count.h"
 #include "tools/glazelhost/surface/lock_bounds.h"
 
 #include <gtest/gtest.h>
@@ -79,6 +80,23 @@ Samples Unpacked(IDXARGBReadPtr& lock, ULONG count, bool move)
 }
 
 } // namespace
+
+TEST(SamplePointer, LocksAfterTheFirstOfInputAndOutputAllocateNothing)
+{
+    const CComPtr<CHostSurface> input = Surface();
+    const CComPtr<CHostSurface> output = Surface();
+    const auto frame = [&] {
+        const auto read = Read(*input, BoundsOfSurface(6, 5));
+        const auto write = Write(*output, BoundsOfSurface(6, 5));
+    };
+    frame();
+    const long before = AllocationCount();
+    for (int i = 0; i < 10; ++i)
+    {
+        frame();
+    }
+    EXPECT_EQ(AllocationCount(), before);
+}
 
 TEST(SamplePointer, AnswersTheWritingInterfaceOnlyUnderAWriteLock)
 {
