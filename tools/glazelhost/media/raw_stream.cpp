@@ -4,6 +4,7 @@
 #include "tools/glazelhost/media/pixel_convert.h"
 
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 namespace GlazelHost
@@ -12,7 +13,7 @@ namespace GlazelHost
 namespace
 {
 
-constexpr int kChannels = 4;
+constexpr std::size_t kChannels = 4;
 
 // Where the planes of GbraFloat have the channels of an Image: blue, green, red, alpha.
 constexpr std::size_t kPlaneOf[kChannels] = {1, 0, 2, 3};
@@ -36,63 +37,80 @@ std::size_t FrameBytes(StreamFormat format, int width, int height) noexcept
            static_cast<std::size_t>(height);
 }
 
-// Copies `count` floats that lie `fromStep` and `toStep` floats apart.
-void CopyFloats(const std::byte* from, std::size_t fromStep, std::byte* to, std::size_t toStep,
-                std::size_t count) noexcept
+// The floats of one channel of a row, in its plane.
+template <typename Byte>
+auto PlaneRow(Byte* frame, std::size_t channel, std::size_t pixels, std::size_t first) noexcept
 {
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        std::memcpy(to + i * toStep * sizeof(float), from + i * fromStep * sizeof(float),
-                    sizeof(float));
-    }
+    using Float = std::conditional_t<std::is_const_v<Byte>, const float, float>;
+    return reinterpret_cast<Float*>(frame) + kPlaneOf[channel] * pixels + first;
 }
 
-// An Image out of a frame of a stream. The Image has its size and type.
-void Decode(StreamFormat format, const std::byte* frame, Image& image)
+// An Image out of a frame of a stream. The Image has its size and type; `row` is room that is used
+// again from frame to frame, as in Encode.
+void Decode(StreamFormat format, const std::byte* frame, Image& image, std::vector<float>& row)
 {
     const auto width = static_cast<std::size_t>(image.width);
     const std::size_t pixels = width * static_cast<std::size_t>(image.height);
     const bool isPlanar = format == StreamFormat::GbraFloat;
-    std::vector<std::byte> floats(isPlanar ? width * kFloats.PixelBytes() : 0);
+    row.resize(isPlanar ? width * kChannels : 0);
     for (std::size_t first = 0; first < pixels; first += width)
     {
-        std::byte* const row = image.pixels.data() + first * image.PixelBytes();
+        std::byte* const target = image.pixels.data() + first * image.PixelBytes();
         if (!isPlanar)
         {
             const PixelLayout layout = LayoutOf(format);
-            UnpackRow(layout, frame + first * layout.PixelBytes(), image.width, image.type, row);
+            UnpackRow(layout, frame + first * layout.PixelBytes(), image.width, image.type, target);
             continue;
         }
-        for (std::size_t channel = 0; channel < kChannels; ++channel)
+        const bool isSame = image.type == SampleType::Float;
+        float* const floats = isSame ? reinterpret_cast<float*>(target) : row.data();
+        const float* const planes[]{
+            PlaneRow(frame, 0, pixels, first), PlaneRow(frame, 1, pixels, first),
+            PlaneRow(frame, 2, pixels, first), PlaneRow(frame, 3, pixels, first)};
+        for (std::size_t x = 0; x < width; ++x)
         {
-            CopyFloats(frame + (kPlaneOf[channel] * pixels + first) * sizeof(float), 1,
-                       floats.data() + channel * sizeof(float), kChannels, width);
+            const float pixel[kChannels] = {planes[0][x], planes[1][x], planes[2][x], planes[3][x]};
+            std::memcpy(floats + kChannels * x, pixel, sizeof pixel);
         }
-        UnpackRow(kFloats, floats.data(), image.width, image.type, row);
+        if (!isSame)
+        {
+            UnpackRow(kFloats, reinterpret_cast<const std::byte*>(floats), image.width, image.type,
+                      target);
+        }
     }
 }
 
 // A frame of a stream out of an Image.
-void Encode(StreamFormat format, const Image& image, std::byte* frame)
+void Encode(StreamFormat format, const Image& image, std::byte* frame, std::vector<float>& row)
 {
     const auto width = static_cast<std::size_t>(image.width);
     const std::size_t pixels = width * static_cast<std::size_t>(image.height);
     const bool isPlanar = format == StreamFormat::GbraFloat;
-    std::vector<std::byte> floats(isPlanar ? width * kFloats.PixelBytes() : 0);
+    row.resize(isPlanar ? width * kChannels : 0);
     for (std::size_t first = 0; first < pixels; first += width)
     {
-        const std::byte* const row = image.pixels.data() + first * image.PixelBytes();
+        const std::byte* const source = image.pixels.data() + first * image.PixelBytes();
         if (!isPlanar)
         {
             const PixelLayout layout = LayoutOf(format);
-            PackRow(layout, row, image.width, image.type, frame + first * layout.PixelBytes());
+            PackRow(layout, source, image.width, image.type, frame + first * layout.PixelBytes());
             continue;
         }
-        PackRow(kFloats, row, image.width, image.type, floats.data());
-        for (std::size_t channel = 0; channel < kChannels; ++channel)
+        const bool isSame = image.type == SampleType::Float;
+        if (!isSame)
         {
-            CopyFloats(floats.data() + channel * sizeof(float), kChannels,
-                       frame + (kPlaneOf[channel] * pixels + first) * sizeof(float), 1, width);
+            PackRow(kFloats, source, image.width, image.type,
+                    reinterpret_cast<std::byte*>(row.data()));
+        }
+        const float* const floats = isSame ? reinterpret_cast<const float*>(source) : row.data();
+        float* const planes[]{PlaneRow(frame, 0, pixels, first), PlaneRow(frame, 1, pixels, first),
+                              PlaneRow(frame, 2, pixels, first), PlaneRow(frame, 3, pixels, first)};
+        for (std::size_t x = 0; x < width; ++x)
+        {
+            for (std::size_t channel = 0; channel < kChannels; ++channel)
+            {
+                planes[channel][x] = floats[kChannels * x + channel];
+            }
         }
     }
 }
@@ -183,7 +201,7 @@ bool RawSource::Read(Image& image, SampleType type)
     }
     if (!isSame)
     {
-        Decode(m_format, m_bytes.data(), image);
+        Decode(m_format, m_bytes.data(), image, m_row);
     }
     return true;
 }
@@ -222,7 +240,7 @@ void RawSink::Write(const Image& image)
         return;
     }
     m_bytes.resize(FrameBytes(m_format, m_width, m_height));
-    Encode(m_format, image, m_bytes.data());
+    Encode(m_format, image, m_bytes.data(), m_row);
     m_stream->Write(m_bytes.data(), m_bytes.size());
 }
 
