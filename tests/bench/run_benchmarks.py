@@ -17,7 +17,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = ROOT / "build"
 BIN = BUILD / "release/bin"
 WINE = ROOT / "cmake/wine-run.sh"
-GLAZEL = ROOT / "glazel"
+INSTALLED = "installed"  # in the working folder: one that does not look after its own build
 VERSION = 2  # of build/bench.json
 ROUNDS_AT_ONCE = 3  # of our figures, before ffmpeg has its turn
 ROUNDS_A_JOB = 5  # rounds for one run of each whole job
@@ -181,6 +181,10 @@ def conversions(planes, samples):
     return f"{there},format={planes},{LUT3D},{back},format={samples}"
 
 
+def glazel(folder, *words):
+    run([folder / INSTALLED / "bin/glazel", *words, "--overwrite", "--quiet"], folder)
+
+
 def measure_video(figures, rounds, folder):
     picture = "testsrc2=s=1920x1080:r=25,format=yuv444p,noise=alls=6:allf=t"
     units = CLIP_FRAMES * 1920 * 1080
@@ -188,9 +192,9 @@ def measure_video(figures, rounds, folder):
         clip = f"clip{bits}.y4m"
         more = ["-strict", "-1", "-pix_fmt", samples]
         ffmpeg(folder, "-f", "lavfi", "-i", picture, "-frames:v", str(CLIP_FRAMES), *more, clip)
-        words = ["render", clip, "ours.y4m", "--look", "look.cube", "--overwrite", "--quiet"]
+        words = ["render", clip, "ours.y4m", "--look", "look.cube"]
         jobs = {
-            f"video {bits}-bit": lambda: run([GLAZEL, *words], folder),
+            f"video {bits}-bit": lambda: glazel(folder, *words),
             f"video {bits}-bit, ffmpeg": lambda: ffmpeg(
                 folder, "-i", clip, "-vf", conversions(planes, samples), *more, "theirs.y4m"
             ),
@@ -212,7 +216,7 @@ def measure_photographs(figures, rounds, folder):
     ffmpeg(folder, "-f", "lavfi", "-i", picture, *more, "photo_%02d.jpg")
     words = ["render", "photo_%02d.jpg", "ours_%02d.jpg", "--look", "look.cube"]
     jobs = {
-        "photographs": lambda: run([GLAZEL, *words, "--overwrite", "--quiet"], folder),
+        "photographs": lambda: glazel(folder, *words),
         "photographs, ffmpeg": lambda: ffmpeg(
             folder, "-i", "photo_%02d.jpg", "-vf", LUT3D, *more, "theirs_%02d.jpg"
         ),
@@ -306,6 +310,9 @@ def measure(options):
     with tempfile.TemporaryDirectory(prefix="glazel-bench-", dir=BUILD) as name:
         folder = pathlib.Path(name)
         long_rounds = max(options.rounds // ROUNDS_A_JOB, 1)
+        # The prefix of the build, which the first start of a fresh one would have to make.
+        os.environ.setdefault("GLAZEL_WINEPREFIX", str(BUILD / "wineprefix"))
+        run([ROOT / "glazel", "install", folder / INSTALLED], folder)
         measure_rows(figures, options.rounds, folder)
         measure_editor(figures, folder)
         measure_video(figures, long_rounds, folder)
