@@ -1,6 +1,8 @@
 """From what was probed to the commands: pure, without any program."""
 
 import pathlib
+import re
+import shlex
 import subprocess
 import sys
 from fractions import Fraction
@@ -240,3 +242,20 @@ def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
     with pytest.raises(Failure, match="see above"):
         prepare._step("building", "sh", "-c", "echo why; exit 3")
     assert capsys.readouterr().err.endswith("why\n")
+
+
+def commands_of_documents():
+    """Every command of the front door in a block of any document; README's are run besides."""
+    for document in (ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))):
+        for block in re.findall(r"^```.*?\n(.*?)^```", document.read_text(), re.S | re.M):
+            for line in block.replace("\\\n", " ").splitlines():
+                if found := re.match(r"(?:\./glazel|py -m glazel|glazel|glazelhost) ([a-z].*)", line):
+                    yield found[1].partition("  #")[0]
+
+
+@pytest.mark.parametrize("line", sorted(set(commands_of_documents())))
+def test_every_command_in_a_document_is_understood(line, monkeypatch):
+    monkeypatch.setattr(command_line.os.path, "exists", lambda path: True)
+    command, *words = shlex.split(line.replace("\\", "/"))
+    if "--help" not in words:
+        command_line.parse(command, words)
