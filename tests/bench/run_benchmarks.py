@@ -46,7 +46,7 @@ RATIOS = [
     ("CDL with saturation / LUT 8-bit", "<= 1.3", "CDL 8-bit with saturation", "LUT 8-bit"),
     (
         "CDL with saturation and LUT / LUT 8-bit",
-        "<= 2",
+        "<= 1.3",
         "CDL with saturation and LUT 8-bit",
         "LUT 8-bit",
     ),
