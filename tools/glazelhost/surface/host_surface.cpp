@@ -232,7 +232,7 @@ HRESULT CHostSurface::Lock(const Area& area, bool forWriting, ULONG timeOutMs, R
     {
         return entered;
     }
-    auto* lock = new (std::nothrow) CSamplePointer(*this, area, forWriting);
+    auto* lock = new CSamplePointer(*this, area, forWriting);
     if (lock == nullptr)
     {
         Leave(area, forWriting);

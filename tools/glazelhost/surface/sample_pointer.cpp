@@ -35,7 +35,7 @@ Sample SampleOf(DXPMSAMPLE value) noexcept
 
 } // namespace
 
-void* CSamplePointer::operator new(std::size_t size, const std::nothrow_t& tag) noexcept
+void* CSamplePointer::operator new(std::size_t size) noexcept
 {
     for (std::atomic<void*>& kept : keptBlocks)
     {
@@ -44,7 +44,7 @@ void* CSamplePointer::operator new(std::size_t size, const std::nothrow_t& tag) 
             return block;
         }
     }
-    return ::operator new(size, tag);
+    return ::operator new(size, std::nothrow);
 }
 
 void CSamplePointer::operator delete(void* block) noexcept
@@ -58,11 +58,6 @@ void CSamplePointer::operator delete(void* block) noexcept
         }
     }
     ::operator delete(block);
-}
-
-void CSamplePointer::operator delete(void* block, const std::nothrow_t&) noexcept
-{
-    operator delete(block);
 }
 
 CSamplePointer::CSamplePointer(CHostSurface& surface, const Area& area, bool forWriting) noexcept

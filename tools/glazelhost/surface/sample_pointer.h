@@ -5,8 +5,6 @@
 #include "tools/glazelhost/surface/host_surface.h"
 #include "tools/glazelhost/surface/sample_cursor.h"
 
-#include <new>
-
 namespace GlazelHost
 {
 
@@ -23,10 +21,10 @@ public:
     CSamplePointer(const CSamplePointer&) = delete;
     CSamplePointer& operator=(const CSamplePointer&) = delete;
 
-    // Every frame takes a lock or two: the memory of the last ones serves the next.
-    static void* operator new(std::size_t size, const std::nothrow_t& tag) noexcept;
+    // Every frame takes a lock or two: the memory of the last ones serves the next. Null when there
+    // is none.
+    static void* operator new(std::size_t size) noexcept;
     static void operator delete(void* block) noexcept;
-    static void operator delete(void* block, const std::nothrow_t& tag) noexcept;
 
     // IUnknown
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) noexcept override;
