@@ -187,8 +187,9 @@ HANDLE StandardHandle(DWORD which, const char* name)
 
 std::vector<std::byte> ReadAtMost(ByteReader& reader, std::size_t longest)
 {
-    std::vector<std::byte> bytes(longest);
-    bytes.resize(ReadFully(reader, bytes.data(), longest));
+    std::vector<std::byte> bytes(static_cast<std::size_t>(
+        std::min<std::uint64_t>(longest, reader.Size().value_or(longest))));
+    bytes.resize(ReadFully(reader, bytes.data(), bytes.size()));
     return bytes;
 }
 
