@@ -243,8 +243,9 @@ class Leak : public testing::TestWithParam<NamedUse>
 TEST_P(Leak, ThousandsOfLoadsAndUnloadsLeaveNothing)
 {
     constexpr int kWarmUp = 20;
-    // Heaps keep what they once had, in pages: for 10,000 loads this is below 7 bytes each.
-    constexpr std::size_t kHeapSlack = 64 * 1024;
+    // Heaps keep what they once had, in pages, more of them on a busy machine: for 10,000 loads
+    // this is below 14 bytes each, and no block is that small.
+    constexpr std::size_t kHeapSlack = 128 * 1024;
     constexpr std::size_t kAtomSlack = 500; // all programs of the desktop share that table
     // Loading the system's own libraries again each time would take most of the time.
     for (const wchar_t* library : {L"gdi32", L"oleaut32", L"comdlg32", L"shell32"})
