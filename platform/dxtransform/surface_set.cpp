@@ -34,8 +34,8 @@ HRESULT CDXTSurfaceSet::Replace(IUnknown* const* inputs, ULONG inputCount, IUnkn
     std::vector<Slot> newInputs = std::move(m_spareInputs);
     Slot newOutput;
     newInputs.resize(inputCount);
-    m_inputs.reserve(
-        inputCount); // the two change places; now, so that later calls allocate nothing
+    // The two change places; now, so that later calls allocate nothing.
+    m_inputs.reserve(inputCount);
     HRESULT hr = S_OK;
     for (ULONG i = 0; i < inputCount && SUCCEEDED(hr); ++i)
     {
