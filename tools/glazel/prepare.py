@@ -9,6 +9,7 @@ import subprocess
 import sys
 import time
 from pathlib import Path
+from typing import BinaryIO
 
 from . import system
 from .failure import Failure
@@ -28,10 +29,11 @@ def programs() -> None:
     """Sees to it that the programs are there. Throws Failure."""
     root, folder = system.ROOT, system.programs_folder()
     build, is_there = folder.parent, (folder / system.HOST).exists()
-    if not root or system.WINDOWS:
+    given = os.environ.get("GLAZEL_BUILD")
+    if not root or system.WINDOWS or given:
         if not is_there:
-            why = f"{system.HOST} is not in {folder}"
-            raise Failure("glazel", why, "unpack the whole archive, or install again")
+            what = "build it, or unset GLAZEL_BUILD" if given else "unpack or install all again"
+            raise Failure("glazel", f"{system.HOST} is not in {folder}", what)
         return
     if is_there and not os.access(root, os.W_OK):
         return  # somebody else's tree, which is built
@@ -39,9 +41,7 @@ def programs() -> None:
     _step("installing packages", root / "setup.sh", "--render")
     # Two renders at once must not build at once.
     with open(root / "build/render.lock", "wb") as lock:
-        if not system.try_lock(lock):
-            print("glazel: waiting for another glazel that builds ...", file=sys.stderr)
-            fcntl.flock(lock, fcntl.LOCK_EX)
+        _wait_for(lock)
         first = not (build / "build.ninja").exists()
         if first:
             words = ("--preset", "release", "-B", build, "-DGLAZEL_TESTS=OFF")
@@ -74,6 +74,17 @@ def install(prefix: str) -> None:
     except OSError as error:
         why = f"it cannot be written: {error.strerror}"
         raise Failure(error.filename or prefix, why, "choose a folder of your own") from error
+
+
+def _wait_for(lock: BinaryIO) -> None:
+    """Takes the lock; tells of the other one once it takes its time."""
+    long_after = time.monotonic() + _LONG
+    while not system.try_lock(lock):
+        if time.monotonic() > long_after:
+            print("glazel: waiting for another glazel that builds ...", file=sys.stderr)
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            return
+        time.sleep(0.02)
 
 
 def _step(name: str, *command: str | Path) -> None:

@@ -29,7 +29,8 @@ _PIPE_SIZE = 1 << 20
 
 
 def programs_folder() -> Path:
-    """Where the host program is, or will be once it is built."""
+    """Where the host program is, or will be once it is built. GLAZEL_BUILD names a build folder
+    that is used as it is."""
     if given := os.environ.get("GLAZEL_BUILD"):
         return Path(given).resolve() / "bin"
     if ROOT:

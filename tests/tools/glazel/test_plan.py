@@ -11,8 +11,8 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.path.insert(0, str(ROOT / "tools"))
-from glazel import (colour, command_line, formats, kept, names, output, plan, prepare, probe,  # noqa: E402
-                    render, system)
+from glazel import (colour, command_line, formats, kept, names, output, plan, probe, render,  # noqa: E402
+                    system)
 from glazel.failure import Failure  # noqa: E402
 
 
@@ -230,18 +230,6 @@ def test_a_picture_that_fails_is_called_by_its_final_name():
     text = render.with_final_names("out/.glazel-1/00000002.tif: writing failed", "out/.glazel-1",
                                    target, 1001)
     assert text == "out/p_1002.tif: writing failed"
-
-
-def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
-        tmp_path, capsys, monkeypatch):
-    monkeypatch.setattr(prepare, "_LONG", 0)
-    monkeypatch.setattr(system, "ROOT", tmp_path)
-    (tmp_path / "build").mkdir()
-    prepare._step("waiting", "sleep", "0.5")
-    assert capsys.readouterr().err.startswith("glazel: waiting ... ")
-    with pytest.raises(Failure, match="see above"):
-        prepare._step("building", "sh", "-c", "echo why; exit 3")
-    assert capsys.readouterr().err.endswith("why\n")
 
 
 def commands_of_documents():

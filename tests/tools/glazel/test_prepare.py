@@ -1,0 +1,92 @@
+"""When packages are installed and the programs are built: with fakes of what does it."""
+
+import os
+import pathlib
+import sys
+import threading
+
+import pytest
+
+ROOT = pathlib.Path(__file__).resolve().parents[3]
+sys.path.insert(0, str(ROOT / "tools"))
+from glazel import prepare, system  # noqa: E402
+from glazel.failure import Failure  # noqa: E402
+
+STEPS = """#!/bin/sh
+echo "${{0##*/}} $1 $2" >> '{tree}/steps'
+case $1 in --preset) touch '{tree}/build/release/build.ninja' ;; esac
+"""
+
+
+@pytest.fixture(name="tree")
+def new_tree(tmp_path, monkeypatch):
+    """A source tree whose steps only note that they were taken."""
+    monkeypatch.setattr(system, "ROOT", tmp_path)
+    monkeypatch.delenv("GLAZEL_BUILD", raising=False)
+    monkeypatch.setenv("PATH", f"{tmp_path}/path:{os.environ['PATH']}")
+    (tmp_path / "build/release/bin").mkdir(parents=True)
+    for name in ("setup.sh", "path/cmake", "cmake/wine-run.sh"):
+        (tmp_path / name).parent.mkdir(exist_ok=True)
+        (tmp_path / name).write_text(STEPS.format(tree=tmp_path))
+        (tmp_path / name).chmod(0o755)
+    return tmp_path
+
+
+def steps(tree):
+    return [line.split()[:2] for line in (tree / "steps").read_text().splitlines()]
+
+
+def test_the_first_time_all_is_made_and_later_only_what_has_changed(tree, capsys, monkeypatch):
+    monkeypatch.setattr(prepare, "_LONG", 60)
+    prepare.programs()
+    again = [["setup.sh", "--render"], ["cmake", "--build"]]
+    assert steps(tree) == [again[0], ["cmake", "--preset"], again[1],
+                           ["wine-run.sh", "cmd"]]
+    (tree / "steps").unlink()
+    prepare.programs()
+    assert steps(tree) == again
+    assert capsys.readouterr().err == ""
+
+
+def test_a_build_folder_that_is_named_is_used_as_it_is(tree, monkeypatch):
+    monkeypatch.setenv("GLAZEL_BUILD", str(tree / "build/release"))
+    with pytest.raises(Failure, match="unset GLAZEL_BUILD"):
+        prepare.programs()
+    (tree / "build/release/bin" / system.HOST).touch()
+    prepare.programs()
+    assert not (tree / "steps").exists()
+
+
+@pytest.mark.parametrize("long, told", [(60, False), (0, True)])
+def test_another_build_is_waited_for_and_told_of_when_it_takes_its_time(
+        tree, capsys, monkeypatch, long, told):
+    monkeypatch.setattr(prepare, "_LONG", long)
+    waits = threading.Event()
+    try_lock = system.try_lock
+
+    def notice(file):
+        waits.set()
+        return try_lock(file)
+
+    monkeypatch.setattr(system, "try_lock", notice)
+    waiting = threading.Thread(target=prepare.programs)
+    with open(tree / "build/render.lock", "wb") as other:
+        assert try_lock(other)
+        waiting.start()
+        assert waits.wait(60)
+        assert steps(tree) == [["setup.sh", "--render"]]
+    waiting.join(60)
+    assert steps(tree)[-1][0] == "wine-run.sh"
+    assert ("waiting for another glazel" in capsys.readouterr().err) == told
+
+
+def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
+        tmp_path, capsys, monkeypatch):
+    monkeypatch.setattr(prepare, "_LONG", 0)
+    monkeypatch.setattr(system, "ROOT", tmp_path)
+    (tmp_path / "build").mkdir()
+    prepare._step("waiting", "sleep", "0.5")
+    assert capsys.readouterr().err.startswith("glazel: waiting ... ")
+    with pytest.raises(Failure, match="see above"):
+        prepare._step("building", "sh", "-c", "echo why; exit 3")
+    assert capsys.readouterr().err.endswith("why\n")
