@@ -1,9 +1,11 @@
 """When packages are installed and the programs are built: with fakes of what does it."""
 
+import fcntl
 import os
 import pathlib
 import sys
 import threading
+import types
 
 import pytest
 
@@ -62,13 +64,24 @@ def test_another_build_is_waited_for_and_told_of_when_it_takes_its_time(
         tree, capsys, monkeypatch, long, told):
     monkeypatch.setattr(prepare, "_LONG", long)
     waits = threading.Event()
+
     try_lock = system.try_lock
 
-    def notice(file):
-        waits.set()
-        return try_lock(file)
+    def refused(file):
+        got = try_lock(file)
+        if not got:
+            waits.set()
+        return got
 
-    monkeypatch.setattr(system, "try_lock", notice)
+    def waited_for(*words):
+        waits.set()
+        fcntl.flock(*words)
+
+    if told:
+        fake = types.SimpleNamespace(flock=waited_for, LOCK_EX=fcntl.LOCK_EX)
+        monkeypatch.setattr(prepare, "fcntl", fake)
+    else:
+        monkeypatch.setattr(system, "try_lock", refused)
     waiting = threading.Thread(target=prepare.programs)
     with open(tree / "build/render.lock", "wb") as other:
         assert try_lock(other)
