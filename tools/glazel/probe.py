@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import functools
 import json
 import re
 import struct
@@ -83,18 +82,22 @@ class PixelFormat:
         return "gray" if self.gray else "RGB" if self.rgb else shared
 
 
-@functools.cache
-def pixel_formats() -> dict[str, PixelFormat]:
-    found = {}
-    for row in ffprobe("-show_pixel_formats", of="ffprobe")["pixel_formats"]:
+_KNOWN_FORMATS: dict[str, PixelFormat] = {}
+
+
+def pixel_formats(report: dict[str, Any] | None = None) -> dict[str, PixelFormat]:
+    """By name; out of `report`, where somebody has asked ffprobe for them beside other things."""
+    if _KNOWN_FORMATS:
+        return _KNOWN_FORMATS
+    for row in (report or ffprobe("-show_pixel_formats", of="ffprobe"))["pixel_formats"]:
         name, flags = row["name"], row["flags"]
         palette = bool(flags["palette"])
         gray = row["nb_components"] in (1, 2) and not palette and not name.startswith("bayer")
         depth = max((c["bit_depth"] for c in row.get("components", [])), default=8)
         shared = row.get("log2_chroma_w", 0), row.get("log2_chroma_h", 0)
         rgb, alpha = bool(flags["rgb"]) or palette, bool(flags["alpha"]) or palette
-        found[name] = PixelFormat(name, rgb, alpha, depth, *shared, gray)
-    return found
+        _KNOWN_FORMATS[name] = PixelFormat(name, rgb, alpha, depth, *shared, gray)
+    return _KNOWN_FORMATS
 
 
 @dataclass(frozen=True)
@@ -220,8 +223,11 @@ def probe(
     if pattern and numbers:
         path = pattern.path(numbers[0])
         first = [*_ONE_PICTURE, ffmpeg_name(path)]
-    shown = ("-show_format", "-show_streams", "-show_chapters")
-    report = ffprobe(*shown, *first, of=path, data=y4m)
+    # A start of ffprobe takes longer than what it does here: everything is asked for at once.
+    shown = ["-show_pixel_formats", "-show_format", "-show_streams", "-show_chapters"]
+    one = ("-show_frames", "-read_intervals", "%+#1")
+    report = ffprobe(*shown, *(() if y4m else one), *first, of=path, data=y4m)
+    pixel_formats(report)
     streams = [s for s in report.get("streams", []) if s.get("codec_type") == "video"]
     stream = next((s for s in streams if not s["disposition"]["attached_pic"]), None)
     if stream is None:
@@ -229,8 +235,11 @@ def probe(
         raise Failure(path, why, "give a picture or a video")
     frame: dict[str, Any] = {}
     if not y4m:
-        one = ("-select_streams", str(stream["index"]), "-read_intervals", "%+#1")
-        frame = (ffprobe(*one, "-show_frames", *first, of=path).get("frames") or [{}])[0]
+        chosen = stream["index"]
+        frames = [f for f in report.get("frames", []) if f.get("stream_index") == chosen]
+        if not frames:  # the first packet was of another stream
+            frames = ffprobe("-select_streams", str(chosen), *one, *first, of=path).get("frames")
+        frame = (frames or [{}])[0]
     decoder: tuple[str, ...] = ()
     if stream["codec_name"] in _WITH_ALPHA and _tags(stream).get("alpha_mode") == "1":
         decoder = ("-c:v", _WITH_ALPHA[stream["codec_name"]])
