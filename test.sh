@@ -24,6 +24,7 @@ step() {
 }
 
 step format cmake/check_format.sh
+step tidy cmake/check_tidy.sh --changed
 for preset in "${presets[@]}"; do
   step "configure-$preset" cmake --preset "$preset"
   step "build-$preset" cmake --build --preset "$preset"

@@ -1,9 +1,28 @@
 #!/usr/bin/env bash
 # clang-tidy over the product, the tools and the reference renderer, as .clang-tidy says: pure logic as it is
 # built natively, the rest as it is built for Windows. Arguments pick sources by a part of their
-# path. Takes some minutes, so test.sh leaves it out.
+# path; --changed picks those that differ from the main branch, or include a header that does. All
+# of them take some minutes, so test.sh looks at what has changed.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+product='^(binding|effect|module|platform|propertypage|reference_renderer|support|tools)/'
+if [ "${1:-}" = --changed ]; then
+  main=$(git rev-parse -q --verify origin/main || git rev-parse -q --verify main) || exit 0 # no clone
+  mapfile -t files < <(git diff --name-only --diff-filter=d "$(git merge-base HEAD "$main")" |
+    grep -E "$product.*\.(cpp|h)$")
+  set --
+  for file in "${files[@]}"; do
+    case $file in
+      *.cpp) set -- "$@" "$file" ;;
+      *) mapfile -t users < <(git grep -lF "#include \"$file\"" -- '*.cpp' | grep -E "$product") &&
+        set -- "$@" "${users[@]}" ;;
+    esac
+  done
+  [ $# -gt 0 ] || exit 0
+  mapfile -t files < <(printf '%s\n' "$@" | sort -u)
+  set -- "${files[@]}"
+fi
 
 # The folders that the cross compiler searches for the system's headers, but not its own intrinsics.
 mapfile -t folders < <(x86_64-w64-mingw32-g++-win32 -E -v -x c++ - </dev/null 2>&1 >/dev/null |
@@ -15,7 +34,7 @@ done
 
 sources() { # BUILD FOLDER: the sources of its compile commands, from the root
   sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$1/compile_commands.json" | sed "s|^$PWD/||" |
-    grep -E '^(binding|effect|module|platform|propertypage|reference_renderer|support|tools)/.*\.cpp$' |
+    grep -E "$product.*\.cpp$" |
     { grep -F -- "$pattern" || true; } | sort -u
 }
 
