@@ -243,8 +243,8 @@ class Leak : public testing::TestWithParam<NamedUse>
 TEST_P(Leak, ThousandsOfLoadsAndUnloadsLeaveNothing)
 {
     constexpr int kWarmUp = 20;
-    // Heaps keep what they once had, in pages, more of them on a busy machine: for 10,000 loads
-    // this is below 14 bytes each, and no block is that small.
+    // Heaps keep what they once had, in pages, more of them on a busy machine. Blocks are counted
+    // to the last one.
     constexpr std::size_t kHeapSlack = 128 * 1024;
     constexpr std::size_t kAtomSlack = 500; // all programs of the desktop share that table
     // Loading the system's own libraries again each time would take most of the time.
@@ -287,7 +287,7 @@ INSTANTIATE_TEST_SUITE_P(
                     NamedUse{"Objects", Use::Objects, L"\\renderers\\complete", 2000},
                     NamedUse{"AnException", Use::ObjectsAndException, L"\\renderers\\complete",
                              2000},
-                    NamedUse{"AFreshRenderer", Use::FreshRenderer, L"", 10000}),
+                    NamedUse{"AFreshRenderer", Use::FreshRenderer, L"", 3000}),
     [](const auto& use) { return std::string(use.param.name); });
 
 TEST(Unload, ThreadsThatThrewInsideAndEndLeaveNothingThoughTheModuleStays)
