@@ -8,6 +8,7 @@
 #include "support/exception_info.h"
 #include "support/trace.h"
 
+#include <cassert>
 #include <cstdint>
 #include <optional>
 #include <tuple>
@@ -139,6 +140,7 @@ DXPACKEDRECTDESC PackedRect(const Geometry::Rect& area, const PackedWalk& walk,
 
 HRESULT CPlugin::WorkProc(const CDXTWorkInfoNTo1& workInfo, BOOL* continueProcessing) noexcept
 {
+    assert(IsLocked());
     if (*continueProcessing == FALSE)
     {
         Trace(0, "WorkProc pbContinue was FALSE\n");

@@ -9,6 +9,7 @@
 #include "support/exception_info.h"
 #include "support/trace.h"
 
+#include <cassert>
 #include <cstring>
 
 static_assert(kResultOk == S_OK && kResultOutOfMemory == E_OUTOFMEMORY);
@@ -58,6 +59,7 @@ HRESULT STDMETHODCALLTYPE CPlugin::LoadPreset(LONG index) noexcept
 // host's streams hold one record each and stand at its start.
 HRESULT STDMETHODCALLTYPE CPlugin::ReadProps(IStream* stream, SessionData* record) noexcept
 {
+    assert(MayUse(record));
     if (stream == nullptr)
     {
         return E_POINTER;
@@ -95,6 +97,7 @@ HRESULT STDMETHODCALLTYPE CPlugin::ReadProps(IStream* stream, SessionData* recor
 
 HRESULT STDMETHODCALLTYPE CPlugin::WriteProps(IStream* stream, SessionData* record) noexcept
 {
+    assert(MayUse(record));
     HRESULT result = S_OK;
     RunSteps([&] {
         CheckPtr(record, "WriteProps null record!\n");
@@ -149,6 +152,7 @@ HRESULT STDMETHODCALLTYPE CPlugin::CopyProps(SessionData* destination,
 HRESULT STDMETHODCALLTYPE CPlugin::InterpolateProps(SessionData* output, SessionData* from,
                                                     SessionData* to, double fraction) noexcept
 {
+    assert(MayUse(output) && MayUse(from) && MayUse(to));
     HRESULT result = S_OK;
     RunSteps([&] {
         CheckPtr(output, "InterpolateProps null output!\n");

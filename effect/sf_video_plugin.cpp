@@ -338,6 +338,13 @@ void CSFVideoPlugin<Record>::RefreshFrameProps() noexcept
 }
 
 template <typename Record>
+bool CSFVideoPlugin<Record>::MayUse(const Record* record) const noexcept
+{
+    const Record* const own[] = {&m_current, &m_keyFrom, &m_keyTo, &m_frame};
+    return m_lock.IsHeld() || std::ranges::find(own, record) == std::end(own);
+}
+
+template <typename Record>
 void CSFVideoPlugin<Record>::PostChange() const noexcept
 {
     if (const HWND window = m_notifyWnd; window != nullptr)

@@ -102,6 +102,9 @@ protected:
     // reads m_frame without the lock, because frames are processed one at a time.
     void RefreshFrameProps() noexcept;
 
+    // The record is not one of the effect's, or the calling thread holds its lock. For assertions.
+    bool MayUse(const Record* record) const noexcept;
+
     // Posts, never sends, so that nobody else's code runs inside the call.
     void PostChange() const noexcept;
     // Caller does not hold m_lock: the sink may call back into the effect, or wait for a thread

@@ -46,6 +46,12 @@ public:
     }
     void lock() noexcept { ::EnterCriticalSection(&m_sec); }
     void unlock() noexcept { ::LeaveCriticalSection(&m_sec); }
+    // By the calling thread. For assertions.
+    bool IsHeld() const noexcept
+    {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the system keeps the thread's number there
+        return m_sec.OwningThread == reinterpret_cast<HANDLE>(ULONG_PTR{::GetCurrentThreadId()});
+    }
 
     CRITICAL_SECTION m_sec{};
 };

@@ -2,31 +2,12 @@
 
 #include <oleauto.h>
 
+#include <mutex>
 #include <utility>
-
-namespace
-{
-
-// The system's slim lock as std::lock_guard would hold it.
-class ExclusiveScope
-{
-public:
-    explicit ExclusiveScope(SRWLOCK& lock) noexcept : m_lock(lock)
-    {
-        ::AcquireSRWLockExclusive(&m_lock);
-    }
-    ~ExclusiveScope() { ::ReleaseSRWLockExclusive(&m_lock); }
-    ExclusiveScope(const ExclusiveScope&) = delete;
-    ExclusiveScope& operator=(const ExclusiveScope&) = delete;
-
-private:
-    SRWLOCK& m_lock;
-};
-
-} // namespace
 
 HRESULT CComTypeInfoHolder::Load(LCID lcid) noexcept
 {
+    m_lock.AssertHeld();
     CComPtr<ITypeLib> library;
     HRESULT hr = ::LoadRegTypeLib(*m_plibid, m_wMajor, m_wMinor, lcid, &library);
     if (FAILED(hr))
@@ -56,13 +37,13 @@ void WINAPI CComTypeInfoHolder::Cleanup(DWORD_PTR dw) noexcept
     // NOLINTNEXTLINE(performance-no-int-to-ptr): a term function's argument is an integer
     auto* const self = reinterpret_cast<CComTypeInfoHolder*>(dw);
     CComPtr<ITypeInfo> old; // released outside the lock
-    const ExclusiveScope scope(self->m_lock);
+    const std::lock_guard guard(self->m_lock);
     old.Attach(std::exchange(self->m_pInfo, nullptr));
 }
 
 HRESULT CComTypeInfoHolder::GetTI(LCID lcid, ITypeInfo** ppInfo) noexcept
 {
-    const ExclusiveScope scope(m_lock);
+    const std::lock_guard guard(m_lock);
     const HRESULT hr = m_pInfo == nullptr ? Load(lcid) : S_OK;
     if (SUCCEEDED(hr))
     {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/atl/atlbase.h"
+#include "support/win32/slim_lock.h"
 
 #include <windows.h>
 
@@ -38,7 +39,7 @@ private:
     const GUID* m_plibid;
     WORD m_wMajor;
     WORD m_wMinor;
-    SRWLOCK m_lock = SRWLOCK_INIT;
+    SlimLock m_lock;
     ITypeInfo* m_pInfo = nullptr; // owned, guarded by m_lock
 };
 

@@ -119,6 +119,8 @@ public:
 protected:
     ~CComObjectRootEx() = default;
 
+    bool IsLocked() const noexcept { return m_critsec.IsHeld(); } // by the calling thread
+
 private:
     _CritSec m_critsec;
 };

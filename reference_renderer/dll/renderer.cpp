@@ -277,6 +277,7 @@ void Renderer::Produce(std::vector<std::uint8_t> bytes) noexcept
 
 void Renderer::ProduceChain()
 {
+    m_producedLock.AssertHeld();
     const auto stored = std::make_unique<StoredLook>();
     StoreLook(m_chain.Result(), *stored);
     m_produced.resize(kRecordSize);

@@ -59,7 +59,7 @@ private:
     void Blend(const PreparedLook& a, const PreparedLook& b, double fraction,
                std::span<const std::uint8_t> option, RecordBytes output);
     void Produce(std::vector<std::uint8_t> bytes) noexcept;
-    void ProduceChain(); // Caller holds m_producedLock.
+    void ProduceChain(); // caller holds m_producedLock
 
     RowWorkers m_workers;
     IconMemory m_icons;

@@ -1,5 +1,8 @@
 #include "reference_renderer/editor/gdi_objects.h"
 
+#include "support/win32/window_glue.h"
+
+#include <cassert>
 #include <new>
 
 namespace ReferenceRenderer
@@ -8,6 +11,7 @@ namespace ReferenceRenderer
 BufferedPaint::BufferedPaint(HWND window) noexcept
     : m_window(window), m_screen(::BeginPaint(window, &m_paint))
 {
+    assert(IsOfThisThread(window));
     RECT area{};
     ::GetClientRect(window, &area);
     m_size = {area.right, area.bottom};

@@ -1,6 +1,9 @@
 // A window that belongs to an object: its messages go to the object's OnMessage.
 #pragma once
 
+#include "support/win32/window_glue.h"
+
+#include <cassert>
 #include <exception>
 
 #include <windows.h>
@@ -64,6 +67,7 @@ protected:
     {
         if (m_window != nullptr)
         {
+            assert(IsOfThisThread(m_window));
             ::DestroyWindow(m_window);
         }
     }

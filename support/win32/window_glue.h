@@ -4,6 +4,8 @@
 
 #include "support/geometry.h"
 
+#include <cassert>
+
 #include <windows.h>
 
 inline Geometry::Extent ClientSize(HWND window) noexcept
@@ -18,6 +20,13 @@ constexpr RECT RectOf(const Geometry::Rect& rect) noexcept
     return {rect.left, rect.top, rect.Right(), rect.Bottom()};
 }
 
+// For assertions; true of a window that is gone.
+inline bool IsOfThisThread(HWND window) noexcept
+{
+    const DWORD thread = ::GetWindowThreadProcessId(window, nullptr);
+    return thread == 0 || thread == ::GetCurrentThreadId();
+}
+
 // BeginPaint for as long as this lives.
 class PaintScope
 {
@@ -25,6 +34,7 @@ public:
     explicit PaintScope(HWND window) noexcept
         : m_window(window), m_dc(::BeginPaint(window, &m_paint))
     {
+        assert(IsOfThisThread(window));
     }
     ~PaintScope() { ::EndPaint(m_window, &m_paint); }
     PaintScope(const PaintScope&) = delete;

@@ -35,6 +35,13 @@ public:
     using CPlugin::m_ulNumInRequired;
     using CPlugin::RefreshFrameProps;
 
+    // As the transform base calls it.
+    HRESULT WorkProc(const CDXTWorkInfoNTo1& workInfo, BOOL* continueProcessing) noexcept override
+    {
+        const ObjectLock lock(this);
+        return CPlugin::WorkProc(workInfo, continueProcessing);
+    }
+
     // Of several interfaces with methods of these names.
     IPersistStreamInit& Persistence() noexcept { return *this; }
 };

@@ -20,7 +20,8 @@ protected:
 
 TEST_F(UnwrittenRecord, NeedsNoStream)
 {
-    EXPECT_EQ(effect->WriteProps(nullptr, &effect->m_current), S_OK) << "empty";
+    SessionData empty;
+    EXPECT_EQ(effect->WriteProps(nullptr, &empty), S_OK);
     EXPECT_EQ(effect->SaveProps(nullptr), S_OK);
     HoldTooMuch();
     EXPECT_EQ(effect->SaveProps(nullptr), S_OK) << "above the limit";
