@@ -1,6 +1,8 @@
 """Pipes and streams: what goes through standard input and output is what files get."""
 
+import contextlib
 import subprocess
+import threading
 
 import numpy as np
 import pytest
@@ -120,6 +122,44 @@ def test_an_output_pipe_that_is_closed_early_is_an_error(tmp_path):
         lines = process.stderr.read().decode().splitlines()
         assert exit_code(process.wait(DEADLINE)) == 1
     assert len(lines) == 1 and "standard output" in lines[0], lines
+
+
+@contextlib.contextmanager
+def render_between_pipes():
+    """A render of frames of 640 x 480 whose pipes are the test's."""
+    command = [str(word) for word in
+               host_command("render", "-", "-", "--size", "640x480", "--input-format", "bgra8",
+                            "--output-format", "bgra8", "--look", WARM, "--quiet")]
+    with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, env=environment(), bufsize=0) as process:
+        try:
+            yield process
+        finally:
+            process.kill()
+
+
+def test_an_output_that_nobody_reads_ends_a_job_that_waits_for_its_input():
+    with render_between_pipes() as process:
+        process.stdin.write(bytes(640 * 480 * 4))
+        process.stdout.read(10)
+        process.stdout.close()
+        # The input stays open, with nothing in it.
+        assert exit_code(process.wait(DEADLINE)) == 1
+        lines = process.stderr.read().decode().splitlines()
+    assert len(lines) == 1 and "standard output" in lines[0], lines
+
+
+def test_frames_are_read_while_the_output_still_waits_for_its_reader():
+    # Two frames each wait behind the reading and before the writing end; pipes hold less than one.
+    ahead = bytes(4 * 640 * 480 * 4)
+    with render_between_pipes() as process:
+        writing = threading.Thread(target=process.stdin.write, args=[ahead], daemon=True)
+        writing.start()
+        writing.join(DEADLINE)
+        assert not writing.is_alive()
+        process.stdin.close()
+        assert len(process.stdout.read()) == len(ahead)
+        assert exit_code(process.wait(DEADLINE)) == 0
 
 
 def test_standard_output_carries_nothing_but_the_pixels(small, tmp_path):

@@ -1,13 +1,16 @@
 #include "tools/glazelhost/commands/commands.h"
 
 #include "tools/glazelhost/commands/frame_clock.h"
+#include "tools/glazelhost/commands/frame_stages.h"
 #include "tools/glazelhost/commands/render_look.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/plugin/effect_session.h"
 #include "tools/glazelhost/plugin/renderer_library.h"
 #include "tools/glazelhost/ui/reporter.h"
 
+#include <exception>
 #include <memory>
+#include <utility>
 
 namespace GlazelHost
 {
@@ -84,63 +87,75 @@ void TellOfDither(const RenderCommand& command, const FrameSink& sink, SampleTyp
 class FrameLoop
 {
 public:
-    FrameLoop(const RenderCommand& command, FrameSource& source, FrameSink& sink, ShownLook& look,
-              SampleType depth, Reporter& reporter)
-        : m_command(command), m_frames(command.frames.value_or(FrameList())), m_source(source),
-          m_sink(sink), m_look(look), m_depth(depth), m_reporter(reporter),
-          m_rate(source.Info().framesPerSecond > 0.0 ? source.Info().framesPerSecond : kUsualRate)
+    FrameLoop(const RenderCommand& command, const std::shared_ptr<FrameSource>& source,
+              FrameSink& sink, ShownLook& look, SampleType depth, Reporter& reporter)
+        : m_command(command), m_look(look), m_reporter(reporter),
+          m_pixelAspect(source->Info().pixelAspect),
+          m_rate(source->Info().framesPerSecond > 0.0 ? source->Info().framesPerSecond
+                                                      : kUsualRate),
+          m_reading(source,
+                    {command.frames.value_or(FrameList()), FirstNumber(source->Info()), depth,
+                     command.skipBadFrames},
+                    InStages(source->Info())),
+          m_writing(sink, InStages(source->Info()), [this] { m_reading.BreakOff(); })
     {
     }
 
-    // Throws HostError for the first frame that fails, unless bad frames are to be skipped.
+    // Throws HostError for the first frame that fails, unless bad frames are to be skipped. What
+    // came before it is written then.
     void Run()
     {
-        const std::int64_t first = FirstNumber(m_source.Info());
-        for (std::int64_t number = first;; ++number)
+        try
         {
-            const bool wanted = m_frames.Contains(number);
-            if (!wanted && !m_frames.NextAfter(number))
+            while (TakenFrame* frame = m_reading.Next())
             {
-                return; // the rest of the source is of no interest
-            }
-            switch (TakeFrame(wanted))
-            {
-            case Taken::End:
-                return;
-            case Taken::Nothing:
-                m_sink.Pass();
-                break;
-            case Taken::Picture:
-                RenderFrame(number - first);
-                break;
+                Treat(*frame);
+                m_reading.Done();
+                Tell();
             }
         }
+        catch (...)
+        {
+            Drain();
+            throw;
+        }
+        Drain();
     }
 
-    std::int64_t Written() const noexcept { return m_written; }
+    std::int64_t Written() const noexcept { return m_told; }
     std::int64_t Bad() const noexcept { return m_bad; }
     // The source failed, as opposed to the effect or the output.
     bool SourceFailed() const noexcept { return m_sourceFailed; }
 
 private:
-    enum class Taken
-    {
-        End,
-        Nothing, // not wanted, or bad and skipped
-        Picture, // m_image
-    };
+    // One picture takes the least memory, and no longer, on one thread.
+    static bool InStages(const StreamInfo& info) { return !info.isPicture && info.frameCount != 1; }
 
-    Taken TakeFrame(bool wanted)
+    void Treat(TakenFrame& frame)
     {
+        switch (frame.kind)
+        {
+        case TakenFrame::Kind::Nothing:
+            m_writing.Pass();
+            break;
+        case TakenFrame::Kind::Picture:
+            RenderFrame(frame);
+            break;
+        case TakenFrame::Kind::Failed:
+            TakeFailure(std::exchange(frame.error, nullptr));
+            m_writing.Pass();
+            break;
+        }
+    }
+
+    void TakeFailure(const std::exception_ptr& error)
+    {
+        Drain(); // what is said of the frames before comes first
         try
         {
-            if (wanted)
-            {
-                return m_source.Read(m_image, m_depth) ? Taken::Picture : Taken::End;
-            }
-            return m_source.Skip() ? Taken::Nothing : Taken::End;
+            std::rethrow_exception(error);
         }
-        catch (const HostError& error)
+        catch (const HostError& badFrame)
         {
             if (!m_command.skipBadFrames)
             {
@@ -148,47 +163,70 @@ private:
                 throw;
             }
             ++m_bad;
-            m_reporter.Warn(error.what());
-            return Taken::Nothing;
+            m_reporter.Warn(badFrame.what());
         }
     }
 
-    void RenderFrame(std::int64_t frame)
+    void RenderFrame(TakenFrame& frame)
     {
-        m_look.Render(frame, m_image, m_graded,
-                      {m_source.Info().pixelAspect, m_rate, FrameTime(frame, m_rate)});
-        if (m_written == 0)
+        Image& graded = m_writing.Place();
+        m_look.Render(frame.index, frame.image, graded,
+                      {m_pixelAspect, m_rate, FrameTime(frame.index, m_rate)});
+        if (!std::exchange(m_sizeIsTold, true))
         {
-            m_reporter.Size(m_graded.width, m_graded.height);
+            m_reporter.Size(graded.width, graded.height);
         }
-        m_sink.Write(m_graded);
-        for (const std::string& remark : m_sink.TakeRemarks())
+        m_writing.Write();
+    }
+
+    // Of the frames that have been written meanwhile.
+    void Tell()
+    {
+        const std::int64_t written = m_writing.Written();
+        for (const std::string& remark : m_writing.TakeRemarks())
         {
             m_reporter.Warn(remark);
         }
-        m_reporter.Advance(++m_written);
+        if (m_told != written)
+        {
+            m_told = written;
+            m_reporter.Advance(m_told);
+        }
+    }
+
+    void Drain()
+    {
+        try
+        {
+            m_writing.Drain();
+        }
+        catch (...)
+        {
+            m_sourceFailed = false; // the output had failed before
+            Tell();
+            throw;
+        }
+        Tell();
     }
 
     const RenderCommand& m_command;
-    const FrameList m_frames;
-    FrameSource& m_source;
-    FrameSink& m_sink;
     ShownLook& m_look;
-    SampleType m_depth;
     Reporter& m_reporter;
+    double m_pixelAspect;
     double m_rate;
-    Image m_image;
-    Image m_graded;
-    std::int64_t m_written = 0;
+    bool m_sizeIsTold = false;
+    std::int64_t m_told = 0; // frames written, as far as it has been said
     std::int64_t m_bad = 0;
     bool m_sourceFailed = false;
+    FrameReading m_reading;
+    FrameWriting m_writing; // ends first, as it may break off the reading
 };
 
 } // namespace
 
 void RunCommand(const RenderCommand& command, Reporter& reporter)
 {
-    const std::unique_ptr<FrameSource> source = OpenSource(command.source);
+    const std::shared_ptr<FrameSource> source = OpenSource(command.source);
     const StreamInfo& info = source->Info();
     CheckFrames(command, info);
     StreamInfo written = info;
@@ -208,7 +246,7 @@ void RunCommand(const RenderCommand& command, Reporter& reporter)
                   ", rendered in " + look.Manner());
     look.Tell(reporter);
     TellOfDither(command, *sink, depth, reporter);
-    FrameLoop frames(command, *source, *sink, look, depth, reporter);
+    FrameLoop frames(command, source, *sink, look, depth, reporter);
     reporter.Begin(
         FramesToRender(command.frames.value_or(FrameList()), info, command.expectedFrames));
     try
