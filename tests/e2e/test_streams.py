@@ -106,7 +106,7 @@ def test_an_empty_standard_input_is_an_error():
 def test_a_picture_goes_to_standard_output_in_a_format_that_is_given(small):
     result = render(small, "-")
     assert result.code == 2
-    assert "give --output-format bgra8, bgra16 or gbraf32" in result.only_line()
+    assert "give --output-format bgra8, bgra16, gbraf32, gbr8 or gbrf32" in result.only_line()
     assert len(succeed(render(small, "-", "--output-format", "bgra16")).output) == 16 * 12 * 8
 
 

@@ -42,11 +42,15 @@ class Raw(NamedTuple):
     name: str
     pixels: str
     planes: str
+    bits: int  # of a channel
 
 
-BGRA8 = Raw("bgra8", "bgra", "gbrap")
-BGRA16 = Raw("bgra16", "bgra64le", "gbrap16le")
-FLOATS = Raw("gbraf32", "gbrapf32le", "gbrapf32le")
+BGRA8 = Raw("bgra8", "bgra", "gbrap", 8)
+BGRA16 = Raw("bgra16", "bgra64le", "gbrap16le", 16)
+FLOATS = Raw("gbraf32", "gbrapf32le", "gbrapf32le", 32)
+GBR8 = Raw("gbr8", "gbrp", "gbrp", 8)
+OPAQUE_FLOATS = Raw("gbrf32", "gbrpf32le", "gbrpf32le", 32)
+_WITHOUT_ALPHA = {BGRA8: GBR8, FLOATS: OPAQUE_FLOATS}
 
 
 def raw_for(number: PixelFormat, depth: str | None) -> Raw:
@@ -54,8 +58,21 @@ def raw_for(number: PixelFormat, depth: str | None) -> Raw:
     stand for colours outside RGB, which whole numbers would cut; RGB loses nothing in 16 bits, and
     alpha keeps its scale only there."""
     if depth == "8" or (depth is None and number.depth <= 8):
-        return BGRA8
-    return BGRA16 if (number.rgb or number.gray or number.alpha) and not number.is_float else FLOATS
+        return _planes_of(BGRA8, number)
+    whole = (number.rgb or number.gray or number.alpha) and not number.is_float
+    return BGRA16 if whole else _planes_of(FLOATS, number)
+
+
+def _planes_of(raw: Raw, number: PixelFormat) -> Raw:
+    """Opaque YCbCr goes in the planes that zscale makes and takes: what turns them into pixels
+    costs less in the host program, and there is no alpha to carry."""
+    return raw if number.rgb or number.gray or number.alpha else _WITHOUT_ALPHA[raw]
+
+
+def raw_back(raw: Raw, target: PixelFormat) -> Raw:
+    """What comes back of frames that went as `raw`, for samples of `target`."""
+    whole = next((full for full, opaque in _WITHOUT_ALPHA.items() if opaque == raw), raw)
+    return whole if whole == BGRA16 else _planes_of(whole, target)
 
 
 def understood(media: Media, matrix: str | None, range_: str | None) -> Colour:
@@ -147,7 +164,7 @@ def _by_fields(media: Media, number: PixelFormat, steps: list[str]) -> list[str]
 def decode_filters(media: Media, colour: Colour, raw: Raw) -> list[str]:
     """From the decoded samples to raw frames."""
     number = media.format
-    dither = number.depth > 8 and raw is BGRA8
+    dither = number.depth > 8 and raw.bits == 8
     last = [f"format={raw.planes}", f"format={raw.pixels}"][: 2 if raw.pixels != raw.planes else 1]
     if number.gray:
         return [f"scale=in_range={_range(colour)}:out_range=full:flags={_EXACT}", *last]
@@ -175,11 +192,11 @@ def encode_filters(media: Media, colour: Colour, raw: Raw, target: PixelFormat) 
         palette = "split[a][b];[a]palettegen=stats_mode=single[p];[b][p]paletteuse=new=1"
         return ["format=bgra", palette]
     last = f"format={target.name}"
-    bits = min(media.format.depth, 8 if raw is BGRA8 else 16)
+    bits = min(media.format.depth, raw.bits, 16)
     dither = target.depth < bits and not target.is_float
-    steps = ["format=gbrp" if raw is BGRA8 and not target.alpha else f"format={raw.planes}"]
+    steps = ["format=gbrp" if raw.bits == 8 and not target.alpha else f"format={raw.planes}"]
     if target.rgb:
-        if raw is BGRA8 and target.depth == 8:
+        if raw.bits == 8 and target.depth == 8:
             return [last]
         usual = "gbrap" if target.depth == 8 else "gbrap16le"
         through = target.name if target.name in PLANAR else usual

@@ -42,9 +42,9 @@ _OPTIONS = """
 --matrix bt601|bt709|bt2020 of a video that does not say (default: by its size)
 --range limited|full  of a video that does not say (default: limited; gray: full)
 --size WxH            size of raw input
---input-format bgra8|bgra16|gbraf32|y4m  what standard input holds (default: y4m)
+--input-format bgra8|bgra16|gbraf32|gbr8|gbrf32|y4m  what standard input holds (default: y4m)
 --input-light display|linear  what the numbers of raw input are (default: display)
---output-format bgra8|bgra16|gbraf32|y4m  what standard output gets (default: y4m)
+--output-format bgra8|bgra16|gbraf32|gbr8|gbrf32|y4m  what standard output gets (default: y4m)
 --expect N            frames to expect of raw input, for the time left
 --progress auto|bar|plain|json|none  how to show progress (default: auto)
 --quiet               say nothing but errors

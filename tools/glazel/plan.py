@@ -12,7 +12,7 @@ from math import gcd
 from typing import Any
 
 from . import kept
-from .colour import Raw, decode_filters, encode_filters, output_colour, raw_for
+from .colour import Raw, decode_filters, encode_filters, output_colour, raw_back, raw_for
 from .colour import tag_filter, tag_options, understood
 from .failure import Failure, WRONG_USAGE
 from .formats import CONTAINERS, Choice, Container, choose, encoder_options
@@ -190,7 +190,7 @@ def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
         if evened:
             losses.setdefault("times of single frames", "times of single frames: an even rate now")
             plan = replace(plan, expected=None)
-        plan = replace(plan, raw_out=raw, encoding=encoding, losses=losses)
+        plan = replace(plan, raw_out=encoding.raw, encoding=encoding, losses=losses)
     return plan
 
 
@@ -249,6 +249,7 @@ def _decoding(
 def _encoding(job: Job, media: Media, read: Colour, raw: Raw) -> Encoding:
     container = container_of(job.output)
     choice = choose(media, job.output, container, job.codec)
+    raw = raw_back(raw, choice.format)
     colour = said = output_colour(media, read, choice.format, is_picture(job.output))
     if not media.colour.matrix and not media.format.rgb and not job.matrix:
         said = replace(colour, matrix="")  # what nobody said is not said now

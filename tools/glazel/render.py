@@ -163,7 +163,10 @@ def _of_host(job: Job, pattern: Pattern | None, numbers: list[int]) -> Media:
     path = pattern.path(numbers[0]) if pattern else job.input
     options = dict(zip(job.host, job.host[1:]))
     is_raw = extension(path) in RAW_FILES or path == "-"
-    kinds = {"bgra16": "rgba64le", "gbraf32": "gbrapf32le"}
+    kinds = {"bgra16": "rgba64le", "gbraf32": "gbrapf32le"} | {
+        "gbr8": "gbrp",
+        "gbrf32": "gbrpf32le",
+    }
     pixels = kinds.get(options.get("--input-format", ""), "bgra") if is_raw else "gbrapf32le"
     media = Media(path, format=pixel_formats()[pixels])
     size = re.fullmatch(r"(\d+)x(\d+)", options.get("--size", ""))

@@ -17,8 +17,8 @@ INPUT and OUTPUT are
   a numbered sequence   shot_%04d.png or shot_####.png; as INPUT where no file has that very
                         name, as OUTPUT unless INPUT is a single picture
   a raw stream          clip.bgra, or - for standard input or output, with --size; its pixels
-                        (FFmpeg's name in brackets): bgra8 (bgra), bgra16 (bgra64le) or
-                        gbraf32 (gbrapf32le)
+                        (FFmpeg's name in brackets): bgra8 (bgra), bgra16 (bgra64le),
+                        gbraf32 (gbrapf32le), gbr8 (gbrp) or gbrf32 (gbrpf32le)
 Video, with sound and all it has, goes through "glazel render".
 Pictures are turned upright as their orientation says, and written without one. Of a file of
 several pages the first counts. A picture made of a picture keeps its colour profile, its other

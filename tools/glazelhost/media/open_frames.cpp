@@ -28,7 +28,7 @@ const std::string kUseKnownKind =
     throw HostError(what, why, remedy, ExitCode::WrongUsage);
 }
 
-// "give --input-format bgra8, bgra16 or gbraf32"
+// "give --input-format bgra8, bgra16 or ..."
 std::string GiveFormat(const std::string& option)
 {
     std::string text = "give " + option;

@@ -2,9 +2,9 @@
 
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/pixel_convert.h"
+#include "tools/glazelhost/media/plane_rows.h"
 
-#include <cstring>
-#include <type_traits>
+#include <cstdint>
 #include <utility>
 
 namespace GlazelHost
@@ -15,103 +15,116 @@ namespace
 
 constexpr std::size_t kChannels = 4;
 
-// Where the planes of GbraFloat have the channels of an Image: blue, green, red, alpha.
-constexpr std::size_t kPlaneOf[kChannels] = {1, 0, 2, 3};
-
 constexpr PixelLayout LayoutOf(StreamFormat format) noexcept
 {
     return {.sample = RowOf(format).sample};
 }
 
-constexpr PixelLayout kFloats{.sample = FileSample::Float32};
+constexpr bool IsPlanar(StreamFormat format) noexcept
+{
+    return RowOf(format).planes != 0;
+}
 
-// Whether an Image of this type has its pixels as the stream has them.
+// Whether an Image of this type has its samples as the stream has them.
+constexpr bool HasSameSamples(StreamFormat format, SampleType type) noexcept
+{
+    return RowOf(format).sample ==
+           (type == SampleType::Byte ? FileSample::Bits8 : FileSample::Float32);
+}
+
+// Whether it has its pixels so, too.
 constexpr bool IsSame(StreamFormat format, SampleType type) noexcept
 {
-    return format == StreamFormat::Bgra8 && type == SampleType::Byte;
+    return !IsPlanar(format) && HasSameSamples(format, type);
 }
 
 std::size_t FrameBytes(StreamFormat format, int width, int height) noexcept
 {
-    return LayoutOf(format).PixelBytes() * static_cast<std::size_t>(width) *
-           static_cast<std::size_t>(height);
+    const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    const std::size_t pixelBytes = LayoutOf(format).PixelBytes();
+    return IsPlanar(format)
+               ? pixelBytes / kChannels * static_cast<std::size_t>(RowOf(format).planes) * pixels
+               : pixelBytes * pixels;
 }
 
-// The floats of one channel of a row, in its plane.
-template <typename Byte>
-auto PlaneRow(Byte* frame, std::size_t channel, std::size_t pixels, std::size_t first) noexcept
+// The row that begins with pixel `first`, in planes of green, blue, red and perhaps alpha.
+template <typename Sample, typename Byte>
+PlaneRow<Sample> RowInPlanes(Byte* frame, int planes, std::size_t pixels,
+                             std::size_t first) noexcept
 {
-    using Float = std::conditional_t<std::is_const_v<Byte>, const float, float>;
-    return reinterpret_cast<Float*>(frame) + kPlaneOf[channel] * pixels + first;
+    Sample* const green = reinterpret_cast<Sample*>(frame) + first;
+    return {green + pixels, green, green + 2 * pixels,
+            planes == static_cast<int>(kChannels) ? green + 3 * pixels : nullptr};
+}
+
+// Calls `operation` with a value of the type of the stream's samples, which lie in planes.
+template <typename Operation>
+void WithSample(StreamFormat format, Operation&& operation)
+{
+    if (RowOf(format).sample == FileSample::Bits8)
+    {
+        operation(std::uint8_t{});
+    }
+    else
+    {
+        operation(float{});
+    }
 }
 
 // An Image out of a frame of a stream. The Image has its size and type; `row` is room that is used
 // again from frame to frame, as in Encode.
-void Decode(StreamFormat format, const std::byte* frame, Image& image, std::vector<float>& row)
+void Decode(StreamFormat format, const std::byte* frame, Image& image, std::vector<std::byte>& row)
 {
+    const PixelLayout layout = LayoutOf(format);
     const auto width = static_cast<std::size_t>(image.width);
     const std::size_t pixels = width * static_cast<std::size_t>(image.height);
-    const bool isPlanar = format == StreamFormat::GbraFloat;
-    row.resize(isPlanar ? width * kChannels : 0);
+    const bool isSame = HasSameSamples(format, image.type);
+    row.resize(IsPlanar(format) && !isSame ? width * layout.PixelBytes() : 0);
     for (std::size_t first = 0; first < pixels; first += width)
     {
         std::byte* const target = image.pixels.data() + first * image.PixelBytes();
-        if (!isPlanar)
+        const std::byte* packed = frame + first * layout.PixelBytes();
+        if (IsPlanar(format))
         {
-            const PixelLayout layout = LayoutOf(format);
-            UnpackRow(layout, frame + first * layout.PixelBytes(), image.width, image.type, target);
-            continue;
+            std::byte* const joined = isSame ? target : row.data();
+            WithSample(format, [&]<typename Sample>(Sample) {
+                JoinPlanes(RowInPlanes<const Sample>(frame, RowOf(format).planes, pixels, first),
+                           width, reinterpret_cast<Sample*>(joined));
+            });
+            packed = joined;
         }
-        const bool isSame = image.type == SampleType::Float;
-        float* const floats = isSame ? reinterpret_cast<float*>(target) : row.data();
-        const float* const planes[]{
-            PlaneRow(frame, 0, pixels, first), PlaneRow(frame, 1, pixels, first),
-            PlaneRow(frame, 2, pixels, first), PlaneRow(frame, 3, pixels, first)};
-        for (std::size_t x = 0; x < width; ++x)
+        if (packed != target)
         {
-            const float pixel[kChannels] = {planes[0][x], planes[1][x], planes[2][x], planes[3][x]};
-            std::memcpy(floats + kChannels * x, pixel, sizeof pixel);
-        }
-        if (!isSame)
-        {
-            UnpackRow(kFloats, reinterpret_cast<const std::byte*>(floats), image.width, image.type,
-                      target);
+            UnpackRow(layout, packed, image.width, image.type, target);
         }
     }
 }
 
 // A frame of a stream out of an Image.
-void Encode(StreamFormat format, const Image& image, std::byte* frame, std::vector<float>& row)
+void Encode(StreamFormat format, const Image& image, std::byte* frame, std::vector<std::byte>& row)
 {
+    const PixelLayout layout = LayoutOf(format);
     const auto width = static_cast<std::size_t>(image.width);
     const std::size_t pixels = width * static_cast<std::size_t>(image.height);
-    const bool isPlanar = format == StreamFormat::GbraFloat;
-    row.resize(isPlanar ? width * kChannels : 0);
+    const bool isSame = HasSameSamples(format, image.type);
+    row.resize(IsPlanar(format) && !isSame ? width * layout.PixelBytes() : 0);
     for (std::size_t first = 0; first < pixels; first += width)
     {
-        const std::byte* const source = image.pixels.data() + first * image.PixelBytes();
-        if (!isPlanar)
+        const std::byte* source = image.pixels.data() + first * image.PixelBytes();
+        if (!IsPlanar(format))
         {
-            const PixelLayout layout = LayoutOf(format);
             PackRow(layout, source, image.width, image.type, frame + first * layout.PixelBytes());
             continue;
         }
-        const bool isSame = image.type == SampleType::Float;
         if (!isSame)
         {
-            PackRow(kFloats, source, image.width, image.type,
-                    reinterpret_cast<std::byte*>(row.data()));
+            PackRow(layout, source, image.width, image.type, row.data());
+            source = row.data();
         }
-        const float* const floats = isSame ? reinterpret_cast<const float*>(source) : row.data();
-        float* const planes[]{PlaneRow(frame, 0, pixels, first), PlaneRow(frame, 1, pixels, first),
-                              PlaneRow(frame, 2, pixels, first), PlaneRow(frame, 3, pixels, first)};
-        for (std::size_t x = 0; x < width; ++x)
-        {
-            for (std::size_t channel = 0; channel < kChannels; ++channel)
-            {
-                planes[channel][x] = floats[kChannels * x + channel];
-            }
-        }
+        WithSample(format, [&]<typename Sample>(Sample) {
+            SplitPlanes(reinterpret_cast<const Sample*>(source), width,
+                        RowInPlanes<Sample>(frame, RowOf(format).planes, pixels, first));
+        });
     }
 }
 
@@ -134,7 +147,7 @@ void CheckSameSize(const std::string& streamName, const Image& image, int width,
 RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name, StreamFormat format,
                      const SourceOptions& options)
     : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format),
-      m_isOpaque(options.isOpaque)
+      m_isOpaque(options.isOpaque || RowOf(format).planes == 3)
 {
     if (options.width == 0 && options.height == 0)
     {
@@ -152,7 +165,7 @@ RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name, Strea
     {
         m_info.light = {.isLinear = true, .why = "--input-light linear"};
     }
-    else if (format == StreamFormat::GbraFloat)
+    else if (RowOf(format).sample == FileSample::Float32)
     {
         m_info.light.why = "without --input-light linear";
     }

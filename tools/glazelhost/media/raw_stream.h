@@ -40,7 +40,7 @@ private:
     StreamInfo m_info;
     std::size_t m_frameBytes = 0;
     std::vector<std::byte> m_bytes; // a frame as the stream has it, unless an Image has it so, too
-    std::vector<float> m_row;       // room for one, where a frame has planes
+    std::vector<std::byte> m_row;   // room for one, where a frame has planes of other samples
     std::int64_t m_frame = 0;       // number of the frame last begun, from 1
 };
 
@@ -62,7 +62,7 @@ private:
     int m_width = 0; // 0 before the first frame
     int m_height = 0;
     std::vector<std::byte> m_bytes; // a frame as the stream has it, unless the Image has it so, too
-    std::vector<float> m_row;       // room for one, where a frame has planes
+    std::vector<std::byte> m_row;   // room for one, where a frame has planes of other samples
 };
 
 } // namespace GlazelHost

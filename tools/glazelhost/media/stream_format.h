@@ -17,6 +17,8 @@ enum class StreamFormat
     Bgra8,     // blue, green, red, alpha; 8 bits each
     Bgra16,    // the same with 16 bits each
     GbraFloat, // a plane each of green, blue, red and alpha; 32-bit floats, 0.0 to 1.0 nominal
+    Gbr8,      // a plane each of green, blue and red, opaque; 8 bits each
+    GbrFloat,  // the same of 32-bit floats
 };
 
 struct StreamFormatRow
@@ -25,12 +27,16 @@ struct StreamFormatRow
     const char* name;        // on the command line
     const char* description; // for the user
     FileSample sample;
+    int planes; // 0: channels lie side by side
 };
 
 inline constexpr StreamFormatRow kStreamFormats[] = {
-    {StreamFormat::Bgra8, "bgra8", "raw BGRA of 8 bits", FileSample::Bits8},
-    {StreamFormat::Bgra16, "bgra16", "raw BGRA of 16 bits", FileSample::Bits16},
-    {StreamFormat::GbraFloat, "gbraf32", "raw GBRA planes of 32-bit floats", FileSample::Float32},
+    {StreamFormat::Bgra8, "bgra8", "raw BGRA of 8 bits", FileSample::Bits8, 0},
+    {StreamFormat::Bgra16, "bgra16", "raw BGRA of 16 bits", FileSample::Bits16, 0},
+    {StreamFormat::GbraFloat, "gbraf32", "raw GBRA planes of 32-bit floats", FileSample::Float32,
+     4},
+    {StreamFormat::Gbr8, "gbr8", "raw GBR planes of 8 bits", FileSample::Bits8, 3},
+    {StreamFormat::GbrFloat, "gbrf32", "raw GBR planes of 32-bit floats", FileSample::Float32, 3},
 };
 
 constexpr const StreamFormatRow& RowOf(StreamFormat format) noexcept

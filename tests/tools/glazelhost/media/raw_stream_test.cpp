@@ -111,6 +111,30 @@ TEST(RawStream, WordsAndPlanesOfFloatsLieAsTheirFormatSays)
     }
 }
 
+TEST(RawStream, PlanesWithoutAlphaGiveOpaquePicturesOfEitherType)
+{
+    const std::string planes("\x01\x02\x33\x44\x05\xFF", 6); // green, blue, red of two pixels
+    for (const SampleType type : {SampleType::Byte, SampleType::Float})
+    {
+        RawSource source(ReaderOf(planes), "in", StreamFormat::Gbr8, Sized(2, 1));
+        Image read;
+        ASSERT_TRUE(source.Read(read, type));
+        EXPECT_FALSE(read.hasAlpha);
+        if (type == SampleType::Byte)
+        {
+            EXPECT_EQ(Content(read), "\x33\x01\x05\xFF\x44\x02\xFF\xFF");
+        }
+        else
+        {
+            EXPECT_EQ(FloatAt(read, 1, 0, 0), 0x44 / 255.0F);
+            EXPECT_EQ(FloatAt(read, 1, 0, 3), 1.0F);
+        }
+        WrittenBytes written;
+        RawSink(WriterTo(written), "out", StreamFormat::Gbr8).Write(read);
+        EXPECT_EQ(written.content, planes);
+    }
+}
+
 TEST(RawStream, WhatIsReadIsWrittenTheSameInEveryFormatAndPrecision)
 {
     for (const SampleType type : {SampleType::Byte, SampleType::Float})
@@ -144,14 +168,15 @@ TEST(RawStream, FloatsOutsideTheRangeAreKeptInFloatsAndCutInIntegers)
     Image image = RandomImage(1, 1, SampleType::Float, true, 4);
     SetFloat(image, 0, 0, 0, -0.25F);
     SetFloat(image, 0, 0, 1, 1.5F);
-    for (const auto format : {StreamFormat::Bgra16, StreamFormat::GbraFloat})
+    for (const auto format :
+         {StreamFormat::Bgra16, StreamFormat::GbraFloat, StreamFormat::GbrFloat})
     {
         WrittenBytes written;
         RawSink(WriterTo(written), "out", format).Write(image);
         Image read;
         RawSource(ReaderOf(written.content), "in", format, Sized(1, 1))
             .Read(read, SampleType::Float);
-        const bool isFloat = format == StreamFormat::GbraFloat;
+        const bool isFloat = format != StreamFormat::Bgra16;
         EXPECT_EQ(FloatAt(read, 0, 0, 0), isFloat ? -0.25F : 0.0F);
         EXPECT_EQ(FloatAt(read, 0, 0, 1), isFloat ? 1.5F : 1.0F);
     }
