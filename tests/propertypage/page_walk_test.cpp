@@ -234,7 +234,7 @@ protected:
     {
         Image output;
         m_effect->Render(m_input, output, {});
-        return output.pixels;
+        return {output.pixels.begin(), output.pixels.end()};
     }
     std::vector<std::byte> Record() { return EffectControls(m_effect->Effect(), {}).StoredLook(); }
 
@@ -292,7 +292,7 @@ protected:
     std::unique_ptr<EffectSession> m_effect = std::make_unique<EffectSession>(m_module);
     CComPtr<IDXTSfAutomation> m_automation;
     Listener m_listener;
-    Image m_input{64, 36, SampleType::Byte, true, std::vector<std::byte>(std::size_t{64} * 36 * 4)};
+    Image m_input{64, 36, SampleType::Byte, true, {std::size_t{64} * 36 * 4, std::byte{}}};
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/picture_facts.h"
+#include "tools/glazelhost/media/pixel_buffer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -33,7 +34,7 @@ struct Image
     int height = 0;
     SampleType type = SampleType::Byte;
     bool hasAlpha = false; // false: every alpha is opaque and files are written without one
-    std::vector<std::byte> pixels;
+    PixelBuffer pixels;
     std::shared_ptr<const PictureFacts> facts = nullptr; // nothing is said beside the pixels
 
     std::size_t PixelBytes() const noexcept { return type == SampleType::Byte ? 4U : 16U; }

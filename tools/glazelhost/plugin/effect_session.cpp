@@ -61,6 +61,24 @@ void TakePicture(const PixelGrid& grid, Image& image) noexcept
     }
 }
 
+// A surface in the memory of an Image for as long as this lives.
+class ShownPicture
+{
+public:
+    ShownPicture(CHostSurface& surface, std::byte* pixels) : m_surface(surface) { Show(pixels); }
+    ~ShownPicture() { Show(nullptr); }
+    ShownPicture(const ShownPicture&) = delete;
+    ShownPicture& operator=(const ShownPicture&) = delete;
+
+private:
+    void Show(std::byte* pixels) noexcept
+    {
+        m_surface.Show(PixelGrid(m_surface.Pixels().Layout(), pixels));
+    }
+
+    CHostSurface& m_surface;
+};
+
 } // namespace
 
 EffectSession::EffectSession(const PluginModule& module, const SurfaceOptions& options)
@@ -81,8 +99,11 @@ void EffectSession::SetUp(const SurfaceLayout& layout)
     m_input.Release();
     m_output.Release();
     // In one statement each, so that neither is left behind when the other one's memory fails.
-    CComPtr<CHostSurface> input(new CHostSurface(layout));
-    CComPtr<CHostSurface> output(new CHostSurface(layout));
+    const auto pixels = [&] {
+        return ShowsImages() ? PixelGrid(layout, nullptr) : PixelGrid(layout);
+    };
+    CComPtr<CHostSurface> input(new CHostSurface(pixels()));
+    CComPtr<CHostSurface> output(new CHostSurface(pixels()));
     const std::array<IUnknown*, 1> inputs{static_cast<IDXSurface*>(input.p)};
     const std::array<IUnknown*, 1> outputs{static_cast<IDXSurface*>(output.p)};
     CheckEffectCall(m_transform->Setup(inputs.data(), 1, outputs.data(), 1, 0), m_module.Path(),
@@ -116,10 +137,29 @@ void EffectSession::Render(const Image& input, Image& output, const FrameInforma
     {
         SetUp(layout);
     }
-    PutPicture(input, m_input->Pixels());
-    m_input->PixelsChanged();
+    output.width = input.width;
+    output.height = input.height;
+    output.type = input.type;
+    output.hasAlpha = input.hasAlpha;
+    output.facts = input.facts;
+    output.pixels.resize(input.pixels.size());
     m_input->SetFrameInformation(information);
+    if (!ShowsImages())
+    {
+        PutPicture(input, m_input->Pixels());
+        Execute();
+        TakePicture(m_output->Pixels(), output);
+        return;
+    }
+    // An effect may not write to its input, whatever memory that is.
+    const ShownPicture source(*m_input, input.pixels.Lent());
+    const ShownPicture target(*m_output, output.pixels.data());
+    Execute();
+}
 
+void EffectSession::Execute()
+{
+    m_input->PixelsChanged();
     ULONG before = 0;
     ULONG after = 0;
     m_output->GetGenerationId(&before);
@@ -133,14 +173,6 @@ void EffectSession::Render(const Image& input, Image& output, const FrameInforma
         throw HostError(m_module.Path(), "the effect wrote no picture for this frame",
                         "see \"glazelhost info\" for what the plug-in and the renderer lack");
     }
-
-    output.width = input.width;
-    output.height = input.height;
-    output.type = input.type;
-    output.hasAlpha = input.hasAlpha;
-    output.facts = input.facts;
-    output.pixels.resize(input.pixels.size());
-    TakePicture(m_output->Pixels(), output);
 }
 
 } // namespace GlazelHost

@@ -42,7 +42,10 @@ public:
     void Render(const Image& input, Image& output, const FrameInformation& information);
 
 private:
+    // Surfaces whose rows are those of an Image show the images' own memory.
+    bool ShowsImages() const noexcept { return !m_options.bottomUp && !m_options.premultiplied; }
     void SetUp(const SurfaceLayout& layout);
+    void Execute();
     void CheckSurfaces();
 
     const PluginModule& m_module;

@@ -42,7 +42,7 @@ DXSAMPLEFORMATENUM FormatNumber(SurfaceFormat format) noexcept
     return RowOf(format).number;
 }
 
-CHostSurface::CHostSurface(const SurfaceLayout& layout) : m_pixels(layout) {}
+CHostSurface::CHostSurface(PixelGrid pixels) : m_pixels(std::move(pixels)) {}
 
 void CHostSurface::SetFrameInformation(const FrameInformation& information) noexcept
 {
@@ -213,6 +213,10 @@ HRESULT CHostSurface::LockSurface(const DXBNDS* bounds, ULONG timeOutMs, DWORD f
     if (forWriting && (m_statusFlags & DXSURF_READONLY) != 0)
     {
         return E_ACCESSDENIED;
+    }
+    if (!m_pixels.HasMemory())
+    {
+        return DXTERR_UNINITIALIZED;
     }
     try
     {

@@ -10,6 +10,7 @@
 #include "tools/glazelhost/surface/pixel_grid.h"
 
 #include <atomic>
+#include <utility>
 
 namespace GlazelHost
 {
@@ -19,14 +20,17 @@ namespace GlazelHost
 class CHostSurface final : public IDXSurface, public ISfFrameInformation
 {
 public:
-    // Throws std::bad_alloc.
-    explicit CHostSurface(const SurfaceLayout& layout);
+    // In memory of its own. Throws std::bad_alloc.
+    explicit CHostSurface(const SurfaceLayout& layout) : CHostSurface(PixelGrid(layout)) {}
+    explicit CHostSurface(PixelGrid pixels);
     CHostSurface(const CHostSurface&) = delete;
     CHostSurface& operator=(const CHostSurface&) = delete;
 
     // For the owner.
     const PixelGrid& Pixels() const noexcept { return m_pixels; }
     ContractLog& Log() noexcept { return m_log; }
+    // The same layout in other memory; without any, locks fail.
+    void Show(PixelGrid pixels) noexcept { m_pixels = std::move(pixels); }
     void SetFrameInformation(const FrameInformation& information) noexcept;
     // The owner wrote pixels itself: effects see that the picture has changed.
     void PixelsChanged() noexcept;

@@ -65,20 +65,28 @@ bool IsPlainCopy(SurfaceFormat format, bool premultiplied) noexcept
 
 } // namespace
 
-PixelGrid::PixelGrid(const SurfaceLayout& layout)
-    : m_layout(layout),
-      m_memory(std::make_unique<std::byte[]>(
-          kGuardBytes + layout.RowBytes() * static_cast<std::size_t>(layout.height) + kGuardBytes))
+PixelGrid::PixelGrid(const SurfaceLayout& layout) : m_layout(layout)
 {
     assert(layout.width > 0 && layout.height > 0);
+    m_own = PixelBuffer(PixelsBytes(), std::byte{0});
+    m_pixels = m_own.data();
     RestoreGuards();
+}
+
+PixelGrid::PixelGrid(const SurfaceLayout& layout, std::byte* pixels) noexcept
+    : m_layout(layout), m_pixels(pixels)
+{
+    if (HasMemory())
+    {
+        RestoreGuards();
+    }
 }
 
 std::byte* PixelGrid::Row(int y) const noexcept
 {
     assert(y >= 0 && y < m_layout.height);
     const int stored = m_layout.bottomUp ? m_layout.height - 1 - y : y;
-    return m_memory.get() + kGuardBytes + m_layout.RowBytes() * static_cast<std::size_t>(stored);
+    return m_pixels + m_layout.RowBytes() * static_cast<std::size_t>(stored);
 }
 
 std::byte* PixelGrid::At(int x, int y) const noexcept
@@ -103,13 +111,13 @@ bool PixelGrid::GuardsAreIntact() const noexcept
         return std::all_of(guard, guard + kGuardBytes,
                            [](std::byte value) { return value == kGuardPattern; });
     };
-    return isIntact(m_memory.get()) && isIntact(m_memory.get() + kGuardBytes + PixelsBytes());
+    return isIntact(m_pixels - kGuardBytes) && isIntact(m_pixels + PixelsBytes());
 }
 
 void PixelGrid::RestoreGuards() noexcept
 {
-    std::fill_n(m_memory.get(), kGuardBytes, kGuardPattern);
-    std::fill_n(m_memory.get() + kGuardBytes + PixelsBytes(), kGuardBytes, kGuardPattern);
+    std::fill_n(m_pixels - kGuardBytes, kGuardBytes, kGuardPattern);
+    std::fill_n(m_pixels + PixelsBytes(), kGuardBytes, kGuardPattern);
 }
 
 void LoadSamples(const std::byte* pixels, SurfaceFormat format, bool wantPremultiplied,

@@ -2,10 +2,10 @@
 // Pure: no windows.h. Tests: tests/tools/glazelhost/surface/pixel_grid_test.cpp.
 #pragma once
 
+#include "tools/glazelhost/media/pixel_buffer.h"
 #include "tools/glazelhost/surface/sample.h"
 
 #include <cstddef>
-#include <memory>
 #include <span>
 
 namespace GlazelHost
@@ -34,14 +34,19 @@ struct SurfaceLayout
     std::size_t RowBytes() const noexcept { return static_cast<std::size_t>(width) * PixelBytes(); }
 };
 
-// Rows without padding, zero at first, between two guard bands that show whether somebody wrote
-// past either end. Throws std::bad_alloc. Not synchronised: the surface's locks do that.
+// Rows without padding, between two guard bands that show whether somebody wrote past either end.
+// Not synchronised: the surface's locks do that.
 class PixelGrid
 {
 public:
+    // In memory of its own, zero at first. Throws std::bad_alloc.
     explicit PixelGrid(const SurfaceLayout& layout);
+    // In memory that it borrows: the pixels with as many bytes as a guard band has on either side.
+    // Null: it has none yet.
+    PixelGrid(const SurfaceLayout& layout, std::byte* pixels) noexcept;
 
     const SurfaceLayout& Layout() const noexcept { return m_layout; }
+    bool HasMemory() const noexcept { return m_pixels != nullptr; }
     // First pixel of row `y`, counted from the top of the picture; 0 <= y < height.
     std::byte* Row(int y) const noexcept;
     std::byte* At(int x, int y) const noexcept;
@@ -52,12 +57,13 @@ public:
     void RestoreGuards() noexcept;
 
 private:
-    static constexpr std::size_t kGuardBytes = 64; // keeps the pixels on a cache line's start
+    static constexpr std::size_t kGuardBytes = PixelBuffer::kGuardBytes;
 
     std::size_t PixelsBytes() const noexcept;
 
     SurfaceLayout m_layout;
-    std::unique_ptr<std::byte[]> m_memory; // guard, pixels, guard
+    PixelBuffer m_own;             // empty while it borrows
+    std::byte* m_pixels = nullptr; // a guard band lies before them and one behind
 };
 
 // Converts `samples.size()` pixels at `pixels` (of a surface in `format`) to samples. Floats are

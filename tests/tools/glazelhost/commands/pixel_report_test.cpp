@@ -47,7 +47,7 @@ TEST(PixelReport, PixelsAreTakenFromTheirPlace)
     Image image;
     image.width = 2;
     image.height = 2;
-    image.pixels.assign(16, std::byte{0});
+    image.pixels = PixelBuffer(16, std::byte{0});
     image.pixels[8 + 4 + 2] = std::byte{51};
     EXPECT_EQ(PixelAt(image, 1, 1).colour.r, 0.2F);
     EXPECT_EQ(PixelAt(image, 0, 1).colour.r, 0.0F);

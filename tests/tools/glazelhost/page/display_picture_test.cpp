@@ -14,7 +14,7 @@ namespace
 
 Image OnePixel(std::array<float, 4> channels, bool hasAlpha)
 {
-    Image image{1, 1, SampleType::Float, hasAlpha, std::vector<std::byte>(16)};
+    Image image{1, 1, SampleType::Float, hasAlpha, PixelBuffer(16, std::byte{0})};
     std::memcpy(image.pixels.data(), channels.data(), 16);
     return image;
 }
@@ -52,7 +52,7 @@ TEST(Placements, AreEmptyWithoutRoom)
 
 TEST(DisplayPictures, KeepTheCodesOfAnOpaquePicture)
 {
-    Image image{2, 1, SampleType::Byte, false, std::vector<std::byte>(8)};
+    Image image{2, 1, SampleType::Byte, false, PixelBuffer(8, std::byte{0})};
     const unsigned char codes[]{1, 2, 3, 0, 255, 128, 7, 0}; // an alpha that does not count
     std::memcpy(image.pixels.data(), codes, sizeof codes);
     EXPECT_EQ(DisplayPixels(image), (std::vector<std::uint32_t>{0x030201, 0x0780FF}));
@@ -65,7 +65,8 @@ TEST(DisplayPictures, LimitFloatsToWhatADisplayShows)
 
 TEST(DisplayPictures, ShowAChequeredGroundThroughTransparentPixels)
 {
-    Image image{16, 16, SampleType::Byte, true, std::vector<std::byte>(16 * 16 * 4)};
+    Image image{16, 16, SampleType::Byte, true,
+                PixelBuffer(std::size_t{16} * 16 * 4, std::byte{0})};
     const std::vector<std::uint32_t> shown = DisplayPixels(image);
     EXPECT_EQ(shown[0], 0x666666U);
     EXPECT_EQ(shown[8], 0x999999U);

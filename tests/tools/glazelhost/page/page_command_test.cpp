@@ -235,7 +235,7 @@ protected:
     PageCommands()
     {
         EXPECT_EQ(::CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-        Image grey{64, 32, SampleType::Byte, false, std::vector<std::byte>(64 * 32 * 4)};
+        Image grey{64, 32, SampleType::Byte, false, {64 * 32 * 4, std::byte{}}};
         for (std::size_t i = 0; i < grey.pixels.size(); ++i)
         {
             grey.pixels[i] = std::byte{i % 4 == 3 ? std::uint8_t{255} : std::uint8_t{80}};

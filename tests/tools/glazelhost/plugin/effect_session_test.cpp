@@ -97,6 +97,16 @@ TEST_F(EffectSessions, APictureGoesThroughTheEffectRowByRow)
     }
 }
 
+TEST_F(EffectSessions, ThePictureThatIsRenderedStaysAsItWas)
+{
+    EffectSession session(m_plugin);
+    const Image input = Picture(5, 4, SampleType::Float);
+    Image output;
+    session.Render(input, output, {});
+    EXPECT_EQ(input.pixels, Picture(5, 4, SampleType::Float).pixels);
+    EXPECT_NE(output.pixels, input.pixels);
+}
+
 TEST_F(EffectSessions, BottomUpSurfacesGiveTheSamePictureWithANegativePitch)
 {
     Image topDown;

@@ -61,7 +61,7 @@ protected:
     }
 
     // The picture that an effect of its own makes with this look alone.
-    Record PlainRender(const Record& look)
+    PixelBuffer PlainRender(const Record& look)
     {
         EffectSession session(m_plugin);
         EffectControls(session.Effect(), {}).LoadLook(look);

@@ -19,13 +19,13 @@ protected:
     }
 
     // The pictures of these frames, in this order, by an effect of their own.
-    std::vector<Record> Play(const std::vector<std::int64_t>& frames, Ease ease = Ease::Linear)
+    std::vector<PixelBuffer> Play(const std::vector<std::int64_t>& frames, Ease ease = Ease::Linear)
     {
         EffectSession session(m_plugin);
         EffectControls controls(session.Effect(), "the effect");
         KeyframeTrack track(m_keyframes, kRate, ease);
         KeyframePlayer player(session, controls, m_keyframes, track);
-        std::vector<Record> pictures;
+        std::vector<PixelBuffer> pictures;
         for (const std::int64_t frame : frames)
         {
             Image output;

@@ -85,6 +85,22 @@ private:
 
 } // namespace
 
+TEST(HostSurface, WithoutPixelsThereIsNothingToLock)
+{
+    const SurfaceLayout layout{8, 6, SurfaceFormat::Straight8, false};
+    const CComPtr<CHostSurface> surface(new CHostSurface(PixelGrid(layout, nullptr)));
+    const auto lock = [&] {
+        CComPtr<IDXARGBReadPtr> pointer;
+        return surface->LockSurface(nullptr, 0, 0, IID_IDXARGBReadPtr,
+                                    reinterpret_cast<void**>(&pointer), nullptr);
+    };
+    EXPECT_EQ(lock(), DXTERR_UNINITIALIZED);
+    PixelBuffer pixels;
+    pixels.resize(std::size_t{8} * 6 * 4);
+    surface->Show(PixelGrid(layout, pixels.data()));
+    EXPECT_EQ(lock(), S_OK);
+}
+
 TEST(HostSurface, AnswersItsInterfacesWithOneIdentity)
 {
     const CComPtr<CHostSurface> surface = Surface();

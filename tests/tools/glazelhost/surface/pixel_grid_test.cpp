@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace GlazelHost
@@ -61,6 +62,51 @@ TEST(PixelGrid, AWriteJustBeforeOrAfterThePixelsShows)
         grid.RestoreGuards();
         EXPECT_TRUE(grid.GuardsAreIntact());
     }
+}
+
+TEST(PixelGrid, BorrowedPixelsAreGuardedWhereTheyEndNotWhereTheirMemoryEnds)
+{
+    PixelBuffer buffer;
+    buffer.resize(1000); // used before, for a larger picture
+    buffer.resize(16);
+    PixelGrid grid({2, 2, SurfaceFormat::Straight8, false}, buffer.data());
+    EXPECT_EQ(grid.Row(0), buffer.data());
+    EXPECT_TRUE(grid.GuardsAreIntact());
+    buffer.data()[16] = std::byte{0};
+    EXPECT_FALSE(grid.GuardsAreIntact());
+    grid.RestoreGuards();
+    buffer.data()[-1] = std::byte{0};
+    EXPECT_FALSE(grid.GuardsAreIntact());
+}
+
+TEST(PixelGrid, WithoutMemoryItSaysSo)
+{
+    const SurfaceLayout layout{2, 2, SurfaceFormat::Straight8, false};
+    EXPECT_FALSE(PixelGrid(layout, nullptr).HasMemory());
+    EXPECT_TRUE(PixelGrid(layout).HasMemory());
+}
+
+TEST(PixelBuffer, CopiesHaveMemoryOfTheirOwnAndMovedOnesTakeIt)
+{
+    PixelBuffer first{std::byte{1}, std::byte{2}};
+    const PixelBuffer copy = first;
+    EXPECT_EQ(copy, first);
+    first[0] = std::byte{3};
+    EXPECT_EQ(copy[0], std::byte{1});
+    const std::byte* const memory = first.data();
+    const PixelBuffer moved = std::move(first);
+    EXPECT_EQ(moved.data(), memory);
+    EXPECT_EQ(moved.size(), 2U);
+}
+
+TEST(PixelBuffer, MemoryThatIsEnoughIsUsedAgain)
+{
+    PixelBuffer buffer;
+    buffer.resize(100);
+    const std::byte* const memory = buffer.data();
+    buffer.resize(10);
+    buffer.resize(100);
+    EXPECT_EQ(buffer.data(), memory);
 }
 
 TEST(PixelGrid, EveryByteSurvivesTheWayThroughFloat)
