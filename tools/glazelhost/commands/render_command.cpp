@@ -93,11 +93,12 @@ public:
           m_pixelAspect(source->Info().pixelAspect),
           m_rate(source->Info().framesPerSecond > 0.0 ? source->Info().framesPerSecond
                                                       : kUsualRate),
+          m_inStages(InStages(source->Info())),
           m_reading(source,
                     {command.frames.value_or(FrameList()), FirstNumber(source->Info()), depth,
                      command.skipBadFrames},
-                    InStages(source->Info())),
-          m_writing(sink, InStages(source->Info()), [this] { m_reading.BreakOff(); })
+                    m_inStages),
+          m_writing(sink, m_inStages, [this] { m_reading.BreakOff(); })
     {
     }
 
@@ -172,6 +173,10 @@ private:
         Image& graded = m_writing.Place();
         m_look.Render(frame.index, frame.image, graded,
                       {m_pixelAspect, m_rate, FrameTime(frame.index, m_rate)});
+        if (!m_inStages)
+        {
+            frame.image.pixels = {}; // writing takes memory of its own
+        }
         if (!std::exchange(m_sizeIsTold, true))
         {
             m_reporter.Size(graded.width, graded.height);
@@ -214,6 +219,7 @@ private:
     Reporter& m_reporter;
     double m_pixelAspect;
     double m_rate;
+    const bool m_inStages;
     bool m_sizeIsTold = false;
     std::int64_t m_told = 0; // frames written, as far as it has been said
     std::int64_t m_bad = 0;
