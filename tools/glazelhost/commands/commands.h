@@ -1,5 +1,5 @@
-// The commands of the program. Each runs on one thread, which has initialised COM (for RunPage as a
-// single-threaded apartment), and throws HostError when the job failed.
+// The commands of the program. Each runs on one thread, which has initialised COM (for the page as
+// a single-threaded apartment), and throws HostError when the job failed.
 #pragma once
 
 #include "tools/glazelhost/commands/command_line.h"
