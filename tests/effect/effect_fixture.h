@@ -3,8 +3,8 @@
 #pragma once
 
 #include "effect/plugin.h"
-#include "tests/doubles/fake_stream.h"
 #include "tests/doubles/renderers/renderer_variant.h"
+#include "tools/glazelhost/validate/fake_stream.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +14,7 @@
 #include <vector>
 
 using Bytes = std::vector<std::uint8_t>;
+using GlazelHost::FakeStream;
 
 class OpenPlugin : public CPlugin
 {

@@ -1,9 +1,12 @@
 // The census sees one more of each kind.
-#include "tests/module/process_census.h"
+#include "tools/glazelhost/validate/process_census.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
+
+using GlazelHost::ProcessCensus;
+using GlazelHost::TakeCensus;
 
 TEST(ProcessCensus, CountsOneMoreOfEachKind)
 {

@@ -5,7 +5,7 @@
 #include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/module/plugin_module.h"
-#include "tests/module/process_census.h"
+#include "tools/glazelhost/validate/process_census.h"
 
 #include <gtest/gtest.h>
 
@@ -22,6 +22,9 @@
 
 namespace
 {
+
+using GlazelHost::ProcessCensus;
+using GlazelHost::TakeCensus;
 
 constexpr wchar_t kRenderer[] = L"GZ3Renderer_x64.dll";
 

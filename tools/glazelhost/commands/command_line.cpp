@@ -6,6 +6,7 @@
 #include "tools/glazelhost/commands/help_texts.h"
 #include "tools/glazelhost/commands/render_options.h"
 #include "tools/glazelhost/commands/shared_options.h"
+#include "tools/glazelhost/commands/validate_options.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/one_line.h"
 
@@ -92,16 +93,16 @@ void AddBlendPlaces(CLI::App& command, BlendCommand& blend)
 // CLI11 would only say that a command is required.
 void CheckCommandName(const std::vector<std::string>& arguments)
 {
-    constexpr std::array<std::string_view, 8> kNames{"render",  "page",    "look",    "blend",
-                                                     "compare", "explain", "presets", "info"};
+    constexpr std::array<std::string_view, 9> kNames{
+        "render", "page", "look", "blend", "compare", "explain", "presets", "info", "validate"};
     const std::string first = arguments.empty() ? std::string() : arguments.front();
     if (first.empty() ||
         (first.front() != '-' && std::find(kNames.begin(), kNames.end(), first) == kNames.end()))
     {
         throw HostError(first.empty() ? "command line" : OneLine(first),
                         first.empty() ? "there is no command" : "there is no such command",
-                        "use render, page, look, blend, compare, explain, presets or info, or see "
-                        "\"glazelhost --help\"",
+                        "use render, page, look, blend, compare, explain, presets, info or "
+                        "validate, or see \"glazelhost --help\"",
                         ExitCode::WrongUsage);
     }
 }
@@ -195,6 +196,12 @@ Command ParseCommandLine(const std::vector<std::string>& arguments)
     infoCommand->add_flag("--json", info.json, "as one JSON object");
     AddToolOptions(*infoCommand, info.tools, true);
 
+    ValidateCommand validate;
+    CLI::App* const validateCommand =
+        program.add_subcommand("validate", "Judge a plug-in or a renderer by its contract.");
+    validateCommand->footer(kValidateFooter);
+    AddValidateOptions(*validateCommand, validate);
+
     CheckCommandName(arguments);
     try
     {
@@ -248,6 +255,10 @@ Command ParseCommandLine(const std::vector<std::string>& arguments)
     if (*presetsCommand)
     {
         return presets;
+    }
+    if (*validateCommand)
+    {
+        return FinishValidate(std::move(validate));
     }
     return info;
 }

@@ -7,6 +7,7 @@
 #include "tools/glazelhost/media/open_frames.h"
 #include "tools/glazelhost/plugin/tool_paths.h"
 #include "tools/glazelhost/project/keyframe_track.h"
+#include "tools/glazelhost/validate/group_choice.h"
 
 #include <array>
 #include <optional>
@@ -125,14 +126,28 @@ struct InfoCommand
     ToolPaths tools;
 };
 
+struct ValidateCommand
+{
+    std::string file;                 // a plug-in or a renderer; empty with list or again
+    ValidateOptions options;          // with again the report's count
+    ToolPaths tools;                  // of which the renderer, with again where it is given
+    bool list = false;                // name the groups and judge nothing
+    std::optional<std::string> again; // a report to repeat
+    std::optional<std::string> report;
+    std::optional<std::string> junit;
+    bool overwrite = false;
+    std::string group; // to be run in this process, which another one has started for it
+};
+
 // Help or the version: to standard output, and nothing else to do.
 struct TextCommand
 {
     std::string text;
 };
 
-using Command = std::variant<RenderCommand, PageCommand, LookCommand, BlendCommand, CompareCommand,
-                             ExplainCommand, PresetsCommand, InfoCommand, TextCommand>;
+using Command =
+    std::variant<RenderCommand, PageCommand, LookCommand, BlendCommand, CompareCommand,
+                 ExplainCommand, PresetsCommand, InfoCommand, ValidateCommand, TextCommand>;
 
 // `arguments` without the program's name. Throws HostError (WrongUsage) with one line.
 Command ParseCommandLine(const std::vector<std::string>& arguments);

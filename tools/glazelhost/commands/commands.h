@@ -27,6 +27,9 @@ void RunCommand(const ExplainCommand& command, Reporter& reporter);
 void RunCommand(const PresetsCommand& command, Reporter& reporter);
 // Everything goes to standard output; that something is missing is an answer, not a failure.
 void RunCommand(const InfoCommand& command, Reporter& reporter);
+// States and reasons go to standard output, a verdict last. Throws HostError (OverWarning,
+// OverLimit) behind that when not all held. Runs this program again for each group of checks.
+void RunCommand(const ValidateCommand& command, Reporter& reporter);
 // The text goes to standard output.
 void RunCommand(const TextCommand& command, Reporter& reporter);
 

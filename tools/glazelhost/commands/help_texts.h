@@ -8,7 +8,8 @@ inline constexpr char kProgramHelp[] =
     "Renders pictures and video through the Glazel DX plug-in, as an editor would.";
 
 inline constexpr char kProgramFooter[] = R"text(
-Exit codes: 0 done, 1 the job failed, 2 wrong usage; "compare" has 3 and 4 besides.
+Exit codes: 0 done, 1 the job failed, 2 wrong usage; "compare" and "validate" have 3 and 4
+besides.
 "glazelhost COMMAND --help" tells more about a command.)text";
 
 inline constexpr char kRenderFooter[] = R"text(
@@ -139,6 +140,22 @@ inline constexpr char kPresetsFooter[] = R"text(
 Examples:
   glazelhost presets
   glazelhost presets --json)text";
+
+inline constexpr char kValidateFooter[] = R"text(
+FILE is a plug-in's or a renderer's DLL; which of both is seen from its exports. Each group of
+checks runs in a process of its own, so that a crash or a hang is a result: passed, warning,
+failed, skipped, crashed or timed out. A group has a level: up to 5 a host can live with what
+is judged, 10 is all that can be asked. PATTERN is a group's name, in which * stands for any
+characters; --only and --skip may be given several times. The same --seed gives the same report, times
+apart. A plug-in is judged together with a renderer. docs/validate.md tells what is asked.
+The last line of standard output is the verdict. Exit codes: 0 all held, 1 it could not be
+judged, 2 wrong usage, 3 all held, with warnings or (--again) differences, 4 something did not hold.
+
+Examples:
+  glazelhost validate --list
+  glazelhost validate GZ3Renderer_x64.dll
+  glazelhost validate GlazelDX_x64.dll --level 10 --json report.json
+  glazelhost validate --again report.json)text";
 
 inline constexpr char kInfoFooter[] = R"text(
 Examples:

@@ -1,19 +1,14 @@
 #include "contract/class_ids.h"
 #include "tools/glazelhost/commands/commands.h"
 
-#include "contract/host_interfaces.h"
-#include "platform/dxtransform/dxtrans.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/plugin/effect_interfaces.h"
 #include "tools/glazelhost/plugin/plugin_module.h"
 #include "tools/glazelhost/plugin/renderer_library.h"
 #include "tools/glazelhost/ui/console.h"
 #include "tools/glazelhost/windows_text.h"
 
 #include <nlohmann/json.hpp>
-
-#include <objsafe.h>
-
-#include <array>
 
 namespace GlazelHost
 {
@@ -22,38 +17,6 @@ namespace
 {
 
 using Json = nlohmann::ordered_json;
-
-struct NamedInterface
-{
-    const char* name;
-    IID iid;
-};
-
-// The plug-in's own interface, which only scripts use.
-// clang-format off
-constexpr IID kPluginInterface{0xAC047D4A, 0xB6BB, 0x41DA, {0x82, 0x84, 0x91, 0x0F, 0xC0, 0xBA, 0x31, 0x65}};
-// clang-format on
-
-// Not constexpr: the system's identifiers are objects of its library.
-const std::array kInterfaces{
-    NamedInterface{"ISfVideoPluginExtension", IID_ISfVideoPluginExtension},
-    NamedInterface{"IDXTSfAutomation", IID_IDXTSfAutomation},
-    NamedInterface{"IStaticFilterPreset", IID_IStaticFilterPreset},
-    NamedInterface{"IPersistStreamInit", IID_IPersistStreamInit},
-    NamedInterface{"ISfExchangeProps", IID_ISfExchangeProps},
-    NamedInterface{"IPlugin", kPluginInterface},
-    NamedInterface{"IDispatch", IID_IDispatch},
-    NamedInterface{"IMarshal", IID_IMarshal},
-    NamedInterface{"IDXEffect", IID_IDXEffect},
-    NamedInterface{"IObjectSafety", IID_IObjectSafety},
-    NamedInterface{"IPersistStorage", IID_IPersistStorage},
-    NamedInterface{"ISpecifyPropertyPages", IID_ISpecifyPropertyPages},
-    NamedInterface{"IPersistPropertyBag", IID_IPersistPropertyBag},
-    NamedInterface{"IDXTransform", IID_IDXTransform},
-    NamedInterface{"IDXBaseObject", IID_IDXBaseObject},
-    NamedInterface{"IDXSurfacePick", IID_IDXSurfacePick},
-    NamedInterface{"IObjectWithSite", IID_IObjectWithSite},
-};
 
 Json RendererJson(const RendererState& state)
 {
@@ -92,7 +55,7 @@ Json EffectJson(const PluginModule& module)
     {
         const CComPtr<IUnknown> effect = module.CreateEffect();
         Json interfaces = Json::array();
-        for (const NamedInterface& row : kInterfaces)
+        for (const NamedInterface& row : kEffectInterfaces)
         {
             CComPtr<IUnknown> found;
             const HRESULT result =

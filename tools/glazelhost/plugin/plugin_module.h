@@ -25,6 +25,8 @@ public:
     PluginModule& operator=(const PluginModule&) = delete;
 
     const std::string& Path() const noexcept { return m_path; }
+    HMODULE Get() const noexcept { return m_library.Get(); }
+    HRESULT CanUnloadNow() const noexcept { return m_canUnloadNow(); }
     HRESULT GetClassObject(REFCLSID classId, CComPtr<IClassFactory>& factory) const noexcept;
     // Throws HostError; a message box that the creation wanted to show is part of its line.
     CComPtr<IUnknown> CreateEffect() const;

@@ -162,6 +162,28 @@ TEST(CommandLine, LookAndInfoHaveTheirOwnOptions)
     EXPECT_TRUE(std::get<InfoCommand>(ParseCommandLine({"info", "--json"})).json);
 }
 
+TEST(CommandLine, ValidateTakesAFileOrAReportOrAList)
+{
+    const auto validate = std::get<ValidateCommand>(ParseCommandLine(
+        {"validate", "--only", "a.*", "b.dll", "--only", "c", "--skip", "d", "--level", "10",
+         "--time-limit", "5", "--seed", "4294967295", "--json", "r.json", "--renderer", "dir"}));
+    EXPECT_EQ(validate.file, "b.dll");
+    EXPECT_EQ(validate.options,
+              (ValidateOptions{10, {"a.*", "c"}, {"d"}, 4294967295U, 0, 5, "dir"}));
+    EXPECT_EQ(validate.report, "r.json");
+    EXPECT_EQ(std::get<ValidateCommand>(ParseCommandLine({"validate", "--again", "r"})).again, "r");
+    EXPECT_TRUE(std::get<ValidateCommand>(ParseCommandLine({"validate", "--list"})).list);
+    for (const std::vector<std::string>& words :
+         std::vector<std::vector<std::string>>{{"validate"},
+                                               {"validate", "a.dll", "--list"},
+                                               {"validate", "a.dll", "--level", "11"},
+                                               {"validate", "--again", "r", "--seed", "1"},
+                                               {"validate", "a.dll", "--jobs", "0"}})
+    {
+        EXPECT_NE(ErrorOf(words).find("--help"), std::string::npos) << words.back();
+    }
+}
+
 TEST(CommandLine, HelpAndVersionAreTexts)
 {
     const auto text = [](std::vector<std::string> words) {

@@ -1,10 +1,16 @@
-#include "tests/module/process_census.h"
+#include "tools/glazelhost/validate/process_census.h"
+
+#include "support/win32/file_handle.h"
 
 #include <psapi.h>
+#include <tlhelp32.h>
 
 #include <array>
 #include <cstdint>
 #include <vector>
+
+namespace GlazelHost
+{
 
 namespace
 {
@@ -94,6 +100,20 @@ std::size_t Modules()
     return bytes / sizeof(HMODULE);
 }
 
+std::size_t Threads()
+{
+    const FileHandle all(::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    std::size_t threads = 0;
+    for (BOOL found = ::Thread32First(all.get(), &entry); found != FALSE;
+         found = ::Thread32Next(all.get(), &entry))
+    {
+        threads += entry.th32OwnerProcessID == ::GetCurrentProcessId() ? 1U : 0U;
+    }
+    return threads;
+}
+
 } // namespace
 
 ProcessCensus TakeCensus(HMODULE module)
@@ -108,6 +128,9 @@ ProcessCensus TakeCensus(HMODULE module)
     PROCESS_MEMORY_COUNTERS memory{};
     ::GetProcessMemoryInfo(::GetCurrentProcess(), &memory, sizeof memory);
     census.privateBytes = memory.PagefileUsage;
+    census.threads = Threads();
+    census.gdiObjects = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
+    census.userObjects = ::GetGuiResources(::GetCurrentProcess(), GR_USEROBJECTS);
     census.handles = Handles();
     return census;
 }
@@ -118,5 +141,8 @@ std::ostream& operator<<(std::ostream& stream, const ProcessCensus& census)
                   << census.heapBlocks << " heap blocks, " << census.freeTlsSlots
                   << " free TLS slots, " << census.freeFlsSlots << " free FLS slots, "
                   << census.atoms << " atoms, " << census.classes << " classes, " << census.modules
-                  << " modules";
+                  << " modules, " << census.threads << " threads, " << census.gdiObjects
+                  << " GDI objects, " << census.userObjects << " user objects";
 }
+
+} // namespace GlazelHost

@@ -10,7 +10,10 @@
 #include <functional>
 #include <vector>
 
-// Lives on the test's stack; its reference count is only checked. Not thread-safe.
+namespace GlazelHost
+{
+
+// Lives on the stack of a check or a test; its reference count is only checked. Not thread-safe.
 class FakeStream : public IStream
 {
 public:
@@ -114,3 +117,5 @@ public:
     int seeks = 0;
     ULONG references = 0;
 };
+
+} // namespace GlazelHost
