@@ -1,0 +1,269 @@
+"""What "validate" says of our own plug-in and renderer, and of a zoo of broken ones."""
+
+import concurrent.futures
+import json
+import os
+import re
+import shutil
+import subprocess
+import xml.etree.ElementTree
+
+import pytest
+
+from conftest import BIN, BUILD, ROOT, host
+
+PLUG_IN = BIN / "GlazelDX_x64.dll"
+RENDERER = BIN / "GZ3Renderer_x64.dll"
+SOURCES = ROOT / "tests/doubles/zoo"
+DOCUMENT = ROOT / "docs/validate.md"
+NOT_HELD = 4
+
+# Each animal has one defect; this group of checks must find it.
+RENDERERS = {
+    "without_RenderFrame": "renderer.exports",
+    "init_fails": "renderer.start",
+    "starts_only_once": "renderer.start",
+    "shows_a_box": "renderer.start",
+    "writes_small_buffers": "renderer.import",
+    "keeps_what_failed": "renderer.import",
+    "forgets_the_option_chunk": "renderer.record",
+    "new_records_are_off": "renderer.record",
+    "blends_the_option": "renderer.blend",
+    "blends_too_far": "renderer.blend",
+    "writes_between_rows": "renderer.frames",
+    "writes_past_the_end": "renderer.frames",
+    "writes_before_the_start": "renderer.frames",
+    "loses_alpha": "renderer.frames",
+    "differs_in_place": "renderer.in_place",
+    "draws_no_thumbnail": "renderer.thumbnail",
+    "draws_anything": "renderer.thumbnail",
+    "waits_for_ever": "renderer.thumbnail",
+    "differs_every_time": "renderer.determinism",
+    "differs_on_threads": "renderer.determinism",
+    "writes_refused_frames": "renderer.frame_errors",
+    "refuses_no_frame": "renderer.frame_errors",
+    "imports_anything": "renderer.import_errors",
+    "leaks_handles": "renderer.unload",
+    "leaks_slots": "renderer.unload",
+    "leaks_memory": "renderer.unload",
+    "trusts_records": "renderer.hostile_records",
+    "changes_records": "renderer.hostile_records",
+    "pretends_to_edit": "renderer.no_desktop",
+    "shares_a_buffer": "renderer.concurrency",
+}
+PLUG_INS = {
+    "without_DllCanUnloadNow": "plugin.exports",
+    "creates_unknown_classes": "plugin.exports",
+    "never_unloads": "plugin.factory",
+    "always_unloads": "plugin.factory",
+    "shows_a_box": "plugin.factory",
+    "answers_unknown_interfaces": "plugin.identity",
+    "leaks_references": "plugin.identity",
+    "hides_in_aggregates": "plugin.aggregation",
+    "takes_two_inputs": "plugin.setup",
+    "takes_any_progress": "plugin.properties",
+    "names_no_page": "plugin.pages",
+    "terminates_full_names": "plugin.presets",
+    "applies_any_preset": "plugin.presets",
+    "tells_too_much": "plugin.extension",
+    "stores_a_byte_more": "plugin.state",
+    "stays_clean": "plugin.state",
+    "executes_nothing": "plugin.frames",
+    "holds_keyframes": "plugin.keyframes",
+    "limits_no_fraction": "plugin.automation",
+    "takes_a_second_site": "plugin.page",
+    "tells_nobody": "plugin.exchange",
+    "hides_broken_streams": "plugin.streams",
+    "stays_open": "plugin.page_window",
+    "stores_elsewhere": "plugin.storage",
+    "is_safe_for_all": "plugin.safety",
+    "hides_failed_frames": "plugin.failing_surfaces",
+    "leaks_slots": "plugin.unload",
+    "refuses_strange_looks": "plugin.hostile_state",
+    "dies_on_threads": "plugin.threads",
+}
+RENDERERS_BUILT_ALONE = ("without_RenderFrame", "init_fails")
+PLUG_IN_BUILT_ALONE = "without_DllCanUnloadNow"
+
+
+# Where nobody ever has a desktop: other tests of this time may have one in the usual prefix.
+NO_DESKTOP = {"GLAZEL_WINEPREFIX": str(BUILD / "wineprefix-without-desktop")}
+
+
+def desktop():
+    display = os.environ.get("DISPLAY")
+    assert display, "the page needs a display: run this under xvfb-run"
+    return {"DISPLAY": display}
+
+
+def validate(file, *options):
+    """Plug-ins have a page to show; editors of renderers have to refuse."""
+    env = NO_DESKTOP if "enderer" in file.name else desktop()
+    return host("validate", file, "--level", 10, *options, env=env)
+
+
+def cage(folder, animal, kind):
+    """A file of the animal, in a folder whose name tells it what to be."""
+    if animal in RENDERERS_BUILT_ALONE:
+        return BIN / "renderers" / animal / RENDERER.name
+    name = "zoo_plug_in_without_unload" if animal == PLUG_IN_BUILT_ALONE else f"zoo_{kind}"
+    path = folder / animal / f"{name}.dll"
+    path.parent.mkdir(parents=True)
+    shutil.copy(BIN / f"zoo/{name}.dll", path)
+    return path
+
+
+def states(result):
+    return {name: state for state, name in
+            re.findall(r"^([A-Za-z ]+?) +(\w+\.\w+) \(level", result.output.decode(), re.M)}
+
+
+def groups():
+    """Name, level and sentence of each."""
+    listed = host("validate", "--list", "--level", 10).output.decode()
+    return re.findall(r"^(\w+\.\w+) \(level (\d+)\): (.+?)\r?$", listed, re.M)
+
+
+def kill_matrix():
+    """The table of the document; this file as a program prints it."""
+    lines = ["| Group | Level | What holds | Animals that it catches |", "|---|---|---|---|"]
+    for name, level, sentence in groups():
+        caught = [animal for animals in (RENDERERS, PLUG_INS) for animal in animals
+                  if animals[animal] == name]
+        lines.append(f"| `{name}` | {level} | {sentence} | "
+                     + ", ".join(f"`{animal}`" for animal in caught) + " |")
+    return "\n".join(lines) + "\n"
+
+
+@pytest.fixture(scope="module", autouse=True)
+def prefix_without_desktop():
+    """Kept in memory: setting it up for each run would take most of the time."""
+    prefix = {"WINEPREFIX": NO_DESKTOP["GLAZEL_WINEPREFIX"], "WINEDEBUG": "-all"}
+    assert host("--version", env=NO_DESKTOP).code == 0
+    subprocess.run(["wineserver", "-p"], env=os.environ | prefix, check=False)
+    yield
+    subprocess.run(["wineserver", "-k"], env=os.environ | prefix, check=False)
+
+
+@pytest.fixture(scope="module")
+def report(tmp_path_factory):
+    """Of our own plug-in."""
+    folder = tmp_path_factory.mktemp("report")
+    result = validate(PLUG_IN, "--json", folder / "report.json", "--junit", folder / "report.xml",
+                      "--seed", 7)
+    assert result.code == 0, result.output.decode()
+    return folder
+
+
+@pytest.mark.parametrize("kind, animals", [("renderer", RENDERERS), ("plug_in", PLUG_INS)])
+def test_every_animal_is_caught_by_its_check(kind, animals, tmp_path):
+    def survivor(animal):
+        file = cage(tmp_path, animal, kind)
+        limit = 3 if animal == "waits_for_ever" else 60
+        result = validate(file, "--only", animals[animal], "--time-limit", limit)
+        text = result.output.decode()
+        caught = result.code == NOT_HELD and "verdict: NOT held" in text.splitlines()[-1]
+        return None if caught else f"{animal}: {result.code} {text} {result.lines}"
+
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        survivors = [answer for answer in pool.map(survivor, animals) if answer]
+    assert not survivors, "\n".join(survivors)
+
+
+def test_every_check_catches_an_animal():
+    assert {name for name, _, _ in groups()} == {*RENDERERS.values(), *PLUG_INS.values()}
+
+
+@pytest.mark.parametrize("kind, animals", [("renderer", RENDERERS), ("plug_in", PLUG_INS)])
+def test_every_animal_of_the_sources_is_in_the_zoo(kind, animals):
+    text = (SOURCES / f"zoo_{kind}.cpp").read_text()
+    table = text[text.index("const Animal kAnimals"):text.index("// clang-format on")]
+    assert set(re.findall(r'^    \{"(\w+)"', table, re.M)) == set(animals) - set(RENDERERS_BUILT_ALONE)
+
+
+def test_the_document_has_the_whole_kill_matrix():
+    assert kill_matrix() in DOCUMENT.read_text()
+
+
+def test_our_own_renderer_holds_at_every_level():
+    result = validate(RENDERER)
+    assert result.code == 0, result.output.decode()
+    assert set(states(result).values()) == {"passed"}
+
+
+def test_our_own_plug_in_holds_at_every_level_and_its_report_says_where(report):
+    told = json.loads((report / "report.json").read_text())
+    assert told["version"] == 1 and told["kind"] == "plug-in"
+    assert [file["role"] for file in told["files"]] == ["plug-in", "renderer"]
+    assert all(re.fullmatch("[0-9a-f]{64}", file["sha256"]) for file in told["files"])
+    assert told["machine"]["wine"] and told["machine"]["processor"]
+    assert told["options"]["seed"] == 7 and told["options"]["level"] == 10
+    assert {group["state"] for group in told["groups"]} == {"passed"}
+    assert told["verdict"].startswith("held: ")
+
+
+def test_the_report_for_build_servers_is_xml_with_a_case_for_each_group(report):
+    suite = xml.etree.ElementTree.parse(report / "report.xml").getroot()
+    told = json.loads((report / "report.json").read_text())
+    assert [case.get("name") for case in suite] == [group["name"] for group in told["groups"]]
+    assert suite.get("failures") == "0" and suite.get("errors") == "0"
+
+
+def test_the_same_seed_gives_the_same_report_again(report):
+    result = host("validate", "--again", report / "report.json", env=desktop())
+    assert result.code == 0, result.output.decode()
+    assert "the same as" in result.output.decode()
+
+
+def test_again_tells_where_it_differs(report, tmp_path):
+    changed = tmp_path / "changed.json"
+    told = json.loads((report / "report.json").read_text())
+    told["options"]["only"] = ["plugin.state", "plugin.pages"]
+    told["groups"] = [group for group in told["groups"] if group["name"] == "plugin.state"]
+    told["groups"][0]["state"] = "failed"
+    told["files"][1]["sha256"] = "0" * 64
+    changed.write_text(json.dumps(told))
+    result = host("validate", "--again", changed, env=desktop())
+    text = result.output.decode()
+    assert result.code == 3, text
+    assert 'differs: plugin.state: was "failed", is "passed"' in text
+    assert 'differs: plugin.pages: was not asked, is "passed"' in text
+    assert "differs: renderer, SHA-256: was" in text
+
+
+def test_a_crash_and_a_hang_are_results_and_not_the_end(tmp_path):
+    for animal, group, state in (("waits_for_ever", "renderer.thumbnail", "TIMED OUT"),
+                                 ("blends_too_far", "renderer.blend", "CRASHED")):
+        file = cage(tmp_path, animal, "renderer")
+        result = validate(file, "--only", group, "--only", "renderer.start", "--time-limit", 3)
+        assert states(result) == {group: state, "renderer.start": "passed"}
+        assert len(result.lines) == 1, result.lines
+
+
+def test_what_is_no_plug_in_or_renderer_cannot_be_judged(tmp_path):
+    words = tmp_path / "words.dll"
+    words.write_text("no DLL at all")
+    for file in (tmp_path / "nowhere.dll", words, "C:\\windows\\system32\\version.dll"):
+        result = host("validate", file)
+        assert result.code == 1 and not result.output, result.output
+        assert len(result.lines) == 1
+
+
+def test_a_report_that_is_none_is_refused(tmp_path):
+    for text in ("words", "{}", '{"format": "glazelhost validate report", "version": 2}'):
+        path = tmp_path / "report.json"
+        path.write_text(text)
+        result = host("validate", "--again", path)
+        assert result.code == 1 and "report.json" in result.only_line()
+
+
+@pytest.mark.parametrize("words", [
+    [], ["--list", "a.dll"], ["a.dll", "--level", "11"], ["a.dll", "--level", "0"],
+    ["--again", "a.json", "--level", "3"], ["a.dll", "--time-limit", "0"]])
+def test_wrong_words_are_told(words):
+    result = host("validate", *words)
+    assert result.code == 2 and result.only_line().startswith("glazelhost: ")
+
+
+if __name__ == "__main__":
+    print(kill_matrix(), end="")
