@@ -389,7 +389,7 @@ def test_an_installation_renders_without_the_tree(small, tmp_path):
 
 
 @pytest.mark.parametrize("command", ["render", "page", "look", "blend", "presets", "info", "compare",
-                                     "explain"])
+                                     "explain", "validate"])
 def test_the_front_door_knows_every_option_of_the_host_program(command):
     def options(text):
         return set(re.findall(r"^ +(?:-h,)?(--[a-z-]+)", text.decode(), re.MULTILINE))

@@ -38,7 +38,7 @@ _OPTIONS = """
 --encoder-options "..." words for ffmpeg's encoder, such as "-preset slow -crf 12"
 --bits 8|16|32        bits a channel of output pictures: PNG, TIFF
 --dither              spread the rounding of floats to 8-bit pictures, instead of banding
---seed N              another pattern of --dither (default: 0)
+--seed N              another pattern of --dither, other random numbers (default: 0)
 --matrix bt601|bt709|bt2020 of a video that does not say (default: by its size)
 --range limited|full  of a video that does not say (default: limited; gray: full)
 --size WxH            size of raw input
@@ -48,7 +48,7 @@ _OPTIONS = """
 --expect N            frames to expect of raw input, for the time left
 --progress auto|bar|plain|json|none  how to show progress (default: auto)
 --quiet               say nothing but errors
---jobs N              farm local: pieces at a time (default: half of the processor's cores)
+--jobs N              so many at a time (default: half of the processor's cores)
 --chunks N            pieces to split it into (default: one for each 500 frames, and each job)
 --sbatch "..."        farm slurm: words for sbatch, such as "--partition=fast --cpus-per-task=4"
 --folder DIR          where pieces and state are kept until the end (default: OUTPUT.farm)
@@ -64,6 +64,13 @@ _OPTIONS = """
 --colour R,G,B        a colour instead of a pixel
 --frame N             number of the frame, as --frames of "render" has it (default: the first)
 --json                as one JSON object
+--level 1-10          how much to ask (default: 5, what a host can live with)
+--only PATTERN        groups to ask (default: all)
+--skip PATTERN        groups not to ask
+--time-limit SECONDS  that a group may take (default: 60)
+--list                name the groups and judge nothing
+--again REPORT        repeat a report and tell where it differs
+--junit FILE          where to put the report as JUnit's XML
 --renderer DIR        folder of GZ3Renderer_x64.dll (default: beside the host program)
 --plugin FILE         the plug-in (default: GlazelDX_x64.dll beside the host program)
 """
@@ -81,6 +88,7 @@ COMMANDS = {  # positional words and what the command is for
     "info": ("", "Tell versions, classes, interfaces and the state of the renderer."),
     "compare": ("ONE OTHER", "Tell how far apart two pictures or sequences are."),
     "explain": ("...", "Tell what a look does to one pixel: X,Y INPUT, or --colour."),
+    "validate": ("...", "Judge a plug-in or a renderer by its contract: FILE, --list or --again."),
     "install": ("PREFIX", "Copy the programs to PREFIX/lib/glazel and link PREFIX/bin/glazel."),
 }
 _HOSTS = "look key ease preset project linear unclamped bits dither seed"  # as "render" gets them
@@ -100,6 +108,7 @@ _OPTIONS_OF = {  # x:A|B takes these words alone
     "info": f"json {_TOOLS}",
     "compare": "threshold warn-over fail-over picture amplify overwrite size json",
     "explain": f"colour look linear unclamped depth frame size json {_TOOLS}",
+    "validate": "level only skip seed jobs time-limit list again json:FILE junit overwrite renderer",
     "install": "",
 }
 _RENDER_HELP = """
@@ -175,11 +184,11 @@ def _parser(command: str) -> _Parser:
         name, _, narrower = option.partition(":")
         _, value, text = _ROWS[name].groups()
         words: dict[str, Any] = {"help": text.replace("%", "%%")}
+        value = narrower or value
         if value:
-            value = narrower or value
             words |= {"metavar": value, "type": _TYPES.get(name, str)}
             words |= {"choices": value.split("|")} if "|" in value else {}
-            words |= {"action": "append"} if name == "key" else {}
+            words |= {"action": "append"} if name in ("key", "only", "skip") else {}
         else:
             words["action"] = "store_true"
         parser.add_argument(f"--{name}", **words)
