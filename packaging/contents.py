@@ -68,7 +68,7 @@ def items(build, notices):
              Item("renderer", RENDERER, binaries / RENDERER, "MIT"),
              Item("host", HOST, binaries / HOST, "MIT")]
     found += [Item("host", f"{name}.md", ROOT / f"docs/{name}.md", "MIT")
-              for name in ("video", "windows")]
+              for name in ("validate", "video", "windows")]
     found += [Item("host", f"glazel/{path.name}", path, "MIT")
               for path in sorted((ROOT / "tools/glazel").glob("*.py"))]
     found += [Item("looks", f"looks/{path.name}", path, "CC0-1.0")

@@ -50,7 +50,7 @@ def windows_lines(path):
 
 def portable_entries(items, folder):
     entries = {f"{folder}/{item.name}": item.source.read_bytes() for item in items}
-    for name in ("register.cmd", "unregister.cmd"):
+    for name in ("register.cmd", "unregister.cmd", "validate.cmd"):
         entries[f"{folder}/{name}"] = windows_lines(HERE / name)
     return entries
 

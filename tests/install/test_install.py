@@ -35,7 +35,7 @@ OTHER_WINDOWS = 10
 NO_REGISTRAR = {"WINEDLLOVERRIDES": "mscoree,mshtml,atl="}  # the plug-in cannot change its entries
 PLUGIN_ONLY = {"GlazelDX_x64.dll", "LICENSE.txt", "third-party-licences.txt",
                "troubleshooting.md", "uninstall.exe"}
-HOST = ({"glazelhost.exe", "video.md", "windows.md"} |
+HOST = ({"glazelhost.exe", "validate.md", "video.md", "windows.md"} |
         {f"glazel/{path.name}" for path in (ROOT / "tools/glazel").glob("*.py")})
 EVERYTHING = PLUGIN_ONLY | HOST | {"GZ3Renderer_x64.dll", "looks/README.md",
                                    "looks/bleach_bypass.cube", "looks/cool_night.cc",
@@ -798,6 +798,10 @@ def test_the_portable_archive_registers_where_it_is_unpacked(machine, out):
     assert machine.key(SERVER)["@"] == expected
     seen = machine.prefix.run(BIN / "com_probe.exe", "create", "BrellinGlazel_x64.Plugin").output
     assert seen.splitlines() == ["create 00000000", f"module {expected}"]
+    assert machine.prefix.run("cmd", "/c", "validate.cmd", "quietly", cwd=place).code == 0
+    for judged in ("plugin", "renderer"):
+        report = json.loads((place / f"validate-{judged}.json").read_text(encoding="utf-8"))
+        assert report["verdict"].startswith("held: "), report["verdict"]
     result = machine.prefix.run("cmd", "/c", "unregister.cmd", cwd=place, env=NO_REGISTRAR)
     assert result.code == 1 and "could not be unregistered" in result.errors
     assert machine.key(SERVER)["@"] == expected
