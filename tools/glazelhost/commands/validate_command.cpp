@@ -1,7 +1,6 @@
 #include "tools/glazelhost/commands/commands.h"
 
 #include "contract/entry_points.h"
-#include "support/win32/utf8.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/file_stream.h"
 #include "tools/glazelhost/media/safe_output.h"

@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace GlazelHost
@@ -22,7 +24,8 @@ std::string ResultName(HRESULT result);
 class Check
 {
 public:
-    Check(std::string file, std::string group, const ValidateOptions& options, Findings& findings)
+    Check(std::string file, std::string_view group, const ValidateOptions& options,
+          Findings& findings)
         : m_file(std::move(file)), m_rendererFolder(options.rendererFolder),
           m_random(SeedOf(group, options.seed)), m_findings(findings)
     {

@@ -29,11 +29,13 @@ DWORD WINAPI Run(void* parameter) noexcept
 void OnThreads(unsigned count, const std::function<void(unsigned)>& work)
 {
     std::vector<Task> tasks;
+    tasks.reserve(count);
     for (unsigned number = 0; number < count; ++number)
     {
         tasks.push_back({&work, number});
     }
     std::vector<FileHandle> threads;
+    threads.reserve(count);
     for (Task& task : tasks)
     {
         threads.emplace_back(::CreateThread(nullptr, 0, Run, &task, 0, nullptr));
