@@ -10,7 +10,7 @@ import xml.etree.ElementTree
 
 import pytest
 
-from conftest import BIN, BUILD, ROOT, host
+from conftest import BIN, BUILD, DEADLINE, ROOT, environment, host, host_command
 
 PLUG_IN = BIN / "GlazelDX_x64.dll"
 RENDERER = BIN / "GZ3Renderer_x64.dll"
@@ -136,13 +136,25 @@ def kill_matrix():
 
 
 @pytest.fixture(scope="module", autouse=True)
-def prefix_without_desktop():
-    """Kept in memory: setting it up for each run would take most of the time."""
-    prefix = {"WINEPREFIX": NO_DESKTOP["GLAZEL_WINEPREFIX"], "WINEDEBUG": "-all"}
-    assert host("--version", env=NO_DESKTOP).code == 0
-    subprocess.run(["wineserver", "-p"], env=os.environ | prefix, check=False)
+def prefixes():
+    """Both kept in memory. Wine's own programs inherit the outputs of the run that starts them, which
+    would then not end while another one goes on; here they have got outputs that nobody reads. And a
+    desktop that goes with the last window of a run would take those of the next one along."""
+    pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL}
+    silent = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    shells = []
+    for env in (environment() | NO_DESKTOP, environment() | desktop()):
+        shells.append(subprocess.Popen(host_command(program="cmd"), env=env, **pipes))
+        shells[-1].stdout.readline()  # it greets when it is there
+    window = subprocess.Popen(host_command(program="notepad"), env=env, **silent)
+    subprocess.run(host_command("validate", PLUG_IN, "--only", "plugin.page_window"), env=env,
+                   timeout=DEADLINE, check=False, **silent)
     yield
-    subprocess.run(["wineserver", "-k"], env=os.environ | prefix, check=False)
+    window.terminate()
+    window.wait()
+    for shell in shells:
+        shell.stdin.close()
+        shell.wait()
 
 
 @pytest.fixture(scope="module")
