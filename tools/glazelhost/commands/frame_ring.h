@@ -14,7 +14,7 @@ namespace GlazelHost
 // `Gate` is a lock with lock and unlock, and while it is held with Wait, which lets go of it until
 // somebody calls WakeAll. What a place held stays in it for whoever has it next, so that memory is
 // used again.
-template <typename Item, std::size_t kPlaces, typename Gate>
+template <typename Item, std::size_t Places, typename Gate>
 class FrameRing
 {
 public:
@@ -26,11 +26,11 @@ public:
     Item* Free()
     {
         const std::lock_guard guard(m_gate);
-        while (!m_closed && m_filled - m_givenBack == kPlaces)
+        while (!m_closed && m_filled - m_givenBack == Places)
         {
             m_gate.Wait();
         }
-        return m_closed ? nullptr : &m_places[m_filled % kPlaces];
+        return m_closed ? nullptr : &m_places[m_filled % Places];
     }
     // Filling thread. The place that Free gave is filled.
     void HandOver()
@@ -65,7 +65,7 @@ public:
         {
             m_gate.Wait();
         }
-        return m_closed || m_filled == m_givenBack ? nullptr : &m_places[m_givenBack % kPlaces];
+        return m_closed || m_filled == m_givenBack ? nullptr : &m_places[m_givenBack % Places];
     }
     // Taking thread. The place that Next gave may be filled again.
     void GiveBack()
@@ -85,8 +85,8 @@ public:
 
 private:
     Gate m_gate;
-    std::array<Item, kPlaces> m_places{}; // each belongs to the thread that has it
-    std::uint64_t m_filled = 0;           // all below are guarded by m_gate
+    std::array<Item, Places> m_places{}; // each belongs to the thread that has it
+    std::uint64_t m_filled = 0;          // all below are guarded by m_gate
     std::uint64_t m_givenBack = 0;
     bool m_ended = false;
     bool m_closed = false;

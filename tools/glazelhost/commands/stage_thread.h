@@ -6,6 +6,8 @@
 
 #include <functional>
 #include <memory>
+#include <tuple>
+#include <utility>
 
 #include <windows.h>
 
@@ -50,7 +52,7 @@ public:
         {
             return false;
         }
-        kept.release();
+        std::ignore = kept.release(); // the thread has it
         return true;
     }
     bool IsStarted() const noexcept { return m_handle != nullptr; }

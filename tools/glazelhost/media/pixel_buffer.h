@@ -49,7 +49,7 @@ public:
     }
 
     // The bytes are arbitrary afterwards. Memory that is enough is kept.
-    void resize(std::size_t size)
+    void resize(std::size_t size) // NOLINT(readability-identifier-naming): as std::vector has it
     {
         if (!m_memory || size > m_room)
         {
