@@ -55,7 +55,7 @@ def test_includes_follow_the_arrows():
             target = folder_of(include, allowed)
             if target not in (folder, *allowed[folder]):
                 wrong.append(f"{path} includes {include}")
-    assert wrong == []
+    assert wrong == [], "\n".join(wrong)
 
 
 def test_what_others_copy_needs_no_other_file_and_says_its_terms():

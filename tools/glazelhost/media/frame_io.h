@@ -4,7 +4,7 @@
 
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/picture_facts.h"
-#include "tools/glazelhost/media/pixel_buffer.h"
+#include "tools/glazelhost/surface/pixel_buffer.h"
 
 #include <cstddef>
 #include <cstdint>

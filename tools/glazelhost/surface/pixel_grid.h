@@ -2,7 +2,7 @@
 // Pure: no windows.h. Tests: tests/tools/glazelhost/surface/pixel_grid_test.cpp.
 #pragma once
 
-#include "tools/glazelhost/media/pixel_buffer.h"
+#include "tools/glazelhost/surface/pixel_buffer.h"
 #include "tools/glazelhost/surface/sample.h"
 
 #include <cstddef>
