@@ -9,7 +9,7 @@ namespace GlazelHost
 namespace
 {
 
-constexpr std::string_view kDigits =
+constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr char kPadding = '=';
 constexpr unsigned kDigitBits = 6;
@@ -30,7 +30,7 @@ std::string Base64Of(std::span<const std::byte> bytes)
         }
         for (unsigned digit = 0; digit < 4; ++digit)
         {
-            text += digit <= count ? kDigits[group >> (3 - digit) * kDigitBits & 63] : kPadding;
+            text += digit <= count ? kAlphabet[group >> (3 - digit) * kDigitBits & 63] : kPadding;
         }
     }
     return text;
@@ -44,7 +44,7 @@ std::optional<std::vector<std::byte>> ParseBase64(std::string_view text)
     unsigned bits = 0;
     for (const char character : text.substr(0, text.find(kPadding)))
     {
-        const std::size_t digit = kDigits.find(character);
+        const std::size_t digit = kAlphabet.find(character);
         if (digit == std::string_view::npos)
         {
             return std::nullopt;
