@@ -22,13 +22,13 @@ void StoreBytes(std::uint8_t* target, __m128i bytes) noexcept
     _mm_storeu_si128(reinterpret_cast<__m128i*>(target), bytes);
 }
 
-// Byte number `kChannel` of each of sixteen pixels in four registers.
-template <int kChannel>
+// Byte number `Channel` of each of sixteen pixels in four registers.
+template <int Channel>
 __m128i ChannelOf(const __m128i (&pixels)[4]) noexcept
 {
     const __m128i lowest = _mm_set1_epi32(0xFF);
     const auto channel = [&](int index) {
-        return _mm_and_si128(_mm_srli_epi32(pixels[index], 8 * kChannel), lowest);
+        return _mm_and_si128(_mm_srli_epi32(pixels[index], 8 * Channel), lowest);
     };
     return _mm_packus_epi16(_mm_packs_epi32(channel(0), channel(1)),
                             _mm_packs_epi32(channel(2), channel(3)));
