@@ -18,42 +18,37 @@ public:
     void lock() noexcept
     {
         ::AcquireSRWLockExclusive(&m_lock);
-#ifndef NDEBUG
-        m_owner = ::GetCurrentThreadId();
-#endif
+        m_owner.Set(true);
     }
     void unlock() noexcept
     {
-#ifndef NDEBUG
-        m_owner = 0;
-#endif
+        m_owner.Set(false);
         ::ReleaseSRWLockExclusive(&m_lock);
     }
-    void lock_shared() noexcept
-    {
-        ::AcquireSRWLockShared(&m_lock);
-    }
-    void unlock_shared() noexcept
-    {
-        ::ReleaseSRWLockShared(&m_lock);
-    }
+    void lock_shared() noexcept { ::AcquireSRWLockShared(&m_lock); }
+    void unlock_shared() noexcept { ::ReleaseSRWLockShared(&m_lock); }
 
-    // The calling thread holds it alone.
-    void AssertHeld() const noexcept
-    {
-#ifndef NDEBUG
-        assert(m_owner == ::GetCurrentThreadId());
-#endif
-    }
+    // The calling thread holds it alone. Not behind a wait for a condition variable.
+    void AssertHeld() const noexcept { m_owner.AssertOwn(); }
 
-    SRWLOCK& Native() noexcept
-    {
-        return m_lock;
-    } // for a condition variable
+    SRWLOCK& Native() noexcept { return m_lock; } // for a condition variable
 
 private:
-    SRWLOCK m_lock = SRWLOCK_INIT;
-#ifndef NDEBUG
-    std::atomic<DWORD> m_owner = 0;
+#ifdef NDEBUG
+    struct Owner
+    {
+        void Set(bool) noexcept {}
+        void AssertOwn() const noexcept {}
+    };
+#else
+    struct Owner
+    {
+        void Set(bool held) noexcept { thread = held ? ::GetCurrentThreadId() : 0; }
+        void AssertOwn() const noexcept { assert(thread == ::GetCurrentThreadId()); }
+        std::atomic<DWORD> thread = 0;
+    };
 #endif
+
+    SRWLOCK m_lock = SRWLOCK_INIT;
+    Owner m_owner;
 };
