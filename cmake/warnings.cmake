@@ -4,6 +4,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   # option of the target: clang reads the sources with those, and does not know this one.
   string(APPEND CMAKE_CXX_FLAGS " -Wno-restrict")
 endif()
+if(WIN32)
+  # Of an inline function's copies in several objects the linker keeps one. GCC for Windows holds
+  # the copy beside a caller for that one and leaves in registers what only its own copy spares;
+  # compiled with other options, the one kept destroys it. Clang does not know this option either.
+  string(APPEND CMAKE_CXX_FLAGS " -fno-ipa-ra")
+endif()
 
 # ON for test code, which is not optimised and has no symbols: it only costs time to compile.
 define_property(TARGET PROPERTY GLAZEL_TEST INITIALIZE_FROM_VARIABLE GLAZEL_TEST)
