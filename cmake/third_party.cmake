@@ -37,9 +37,9 @@ include(GoogleTest)
 # for long ones, which run at the same time. ALONE names tests, as --gtest_filter does, that run in a
 # process of their own each: those that need one in which a state of the process is as it starts.
 # FOLDER names a folder below bin/ for programs that must not find the other programs' DLLs around
-# them.
+# them. OPTIMISED compiles it like the product.
 function(glazel_add_test name label)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "FOLDER;SHARDS" "ALONE;SOURCES;LIBS;PROPERTIES")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "OPTIMISED" "FOLDER;SHARDS" "ALONE;SOURCES;LIBS;PROPERTIES")
   set(folder ${CMAKE_BINARY_DIR}/bin)
   if(arg_FOLDER)
     string(APPEND folder /${arg_FOLDER})
@@ -47,7 +47,11 @@ function(glazel_add_test name label)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBS} glazel_options GTest::gtest_main)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
-  glazel_precompiled(${name} test)
+  if(arg_OPTIMISED)
+    set_target_properties(${name} PROPERTIES GLAZEL_TEST OFF)
+  else()
+    glazel_precompiled(${name} test)
+  endif()
   if(WIN32)
     set_target_properties(${name} PROPERTIES
       CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/wine-test.sh)
