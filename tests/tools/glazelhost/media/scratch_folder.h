@@ -23,9 +23,15 @@ public:
         static unsigned counter = 0;
         wchar_t temporary[MAX_PATH + 1];
         ::GetTempPathW(MAX_PATH + 1, temporary);
-        m_path = std::wstring(temporary) + L"glazelhost-test-" +
-                 std::to_wstring(::GetCurrentProcessId()) + L'-' + std::to_wstring(++counter);
-        EXPECT_TRUE(::CreateDirectoryW(m_path.c_str(), nullptr));
+        const std::wstring start = std::wstring(temporary) + L"glazelhost-test-" +
+                                   std::to_wstring(::GetCurrentProcessId()) + L'-';
+        bool made = false;
+        do // past what a test that was ended left under the number of its process
+        {
+            m_path = start + std::to_wstring(++counter);
+            made = ::CreateDirectoryW(m_path.c_str(), nullptr);
+        } while (!made && ::GetLastError() == ERROR_ALREADY_EXISTS);
+        EXPECT_TRUE(made);
     }
     ~ScratchFolder()
     {
