@@ -101,7 +101,7 @@ _RAW = "size input-format input-light expect"
 _OPTIONS_OF = {  # x:A|B takes these words alone
     "render": f"{_JOB} skip-bad-frames save-project {_RAW} output-format",
     "farm": f"jobs chunks sbatch folder keep {_JOB}",
-    "page": f"image look linear:on|off unclamped depth save-look overwrite {_TOOLS}",
+    "page": f"image frame look linear:on|off unclamped depth save-look overwrite {_TOOLS}",
     "look": f"points overwrite linear:on|off unclamped {_TOOLS}",
     "blend": f"overwrite unclamped {_TOOLS}",
     "presets": f"json {_TOOLS}",

@@ -37,6 +37,7 @@ void AddPageOptions(CLI::App& command, PageCommand& page, PageWords& words)
 {
     command.add_option("--image", page.image, "the picture to grade (default: a test chart)")
         ->type_name("FILE");
+    AddFrame(command, page.frame);
     command.add_option("--look", page.look, "the look to begin with (default: none)")
         ->type_name("FILE");
     AddLookOptions(command, words.linear, page.unclamped);
@@ -61,6 +62,10 @@ PageCommand FinishPage(PageCommand page, const PageWords& words)
     if (page.overwrite && !page.savedLook)
     {
         refuse("--overwrite", "it is for --save-look, which is not there");
+    }
+    if (page.frame && !page.image)
+    {
+        refuse("--frame", "it is for --image, which is not there");
     }
     if (page.image == kStandardStream)
     {

@@ -59,9 +59,10 @@ struct RenderCommand
 
 struct PageCommand
 {
-    std::optional<std::string> image; // none: a test chart
-    std::optional<std::string> look;  // none: the effect has no look at first
-    std::optional<bool> linear;       // none: as the look says
+    std::optional<std::string> image;  // none: a test chart
+    std::optional<std::int64_t> frame; // number in a sequence; none: the first
+    std::optional<std::string> look;   // none: the effect has no look at first
+    std::optional<bool> linear;        // none: as the look says
     bool unclamped = false;
     std::optional<SampleType> depth;      // none: as a render chooses it
     std::optional<std::string> savedLook; // where the look is kept when the window closes

@@ -4,6 +4,7 @@
 #include "tools/glazelhost/commands/pixel_report.h"
 #include "tools/glazelhost/commands/render_look.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/media/chosen_frame.h"
 #include "tools/glazelhost/plugin/look.h"
 #include "tools/glazelhost/ui/console.h"
 
@@ -30,23 +31,12 @@ struct Source
 
 Source PictureOf(const ExplainCommand& command)
 {
-    const std::string& path = command.render.source.path;
     const auto frames = OpenSource(command.render.source);
     Source source;
     source.info = frames->Info();
     source.depth = DepthOf(command.render.depth, source.info);
-    const std::int64_t first = source.info.firstNumber.value_or(1);
-    source.frame = command.frame.value_or(first);
-    bool isThere = source.frame >= first;
-    for (std::int64_t number = first; isThere && number < source.frame; ++number)
-    {
-        isThere = frames->Skip();
-    }
-    if (!isThere || !frames->Read(source.image, source.depth))
-    {
-        throw HostError(path, "it has no frame " + std::to_string(source.frame),
-                        "choose one of its frames with --frame");
-    }
+    source.frame = ReadChosenFrame(*frames, command.render.source.path, command.frame, source.depth,
+                                   source.image);
     const Image& image = source.image;
     if (command.x >= image.width || command.y >= image.height)
     {

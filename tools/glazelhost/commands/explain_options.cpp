@@ -86,10 +86,7 @@ void AddExplainOptions(CLI::App& command, ExplainCommand& explain, ExplainWords&
     AddRenderLinear(command, words.linear);
     AddUnclamped(command, explain.render.unclamped);
     AddDepth(command, words.depth);
-    command
-        .add_option("--frame", explain.frame,
-                    "number of the frame, as --frames of \"render\" has it (default: the first)")
-        ->type_name("N");
+    AddFrame(command, explain.frame);
     command.add_option("--size", words.size, "size of raw input")->type_name("WxH");
     command.add_flag("--json", explain.json, "as one JSON object");
     AddToolOptions(command, explain.render.tools, true);

@@ -73,6 +73,8 @@ The window shows the picture as the effect renders it, and below it the effect's
 "Edit..." opens the look editor, "Assume Linear Gamma" is obeyed where the effect works in
 float. The line at the bottom says what it does for this picture, and whether the picture is
 linear light. Every change is rendered at once.
+Of a sequence, Page Up and Page Down show the picture before and the next one, Home and End the
+first and the last.
 "Save look..." keeps the look as a .look file. "Copy command" puts the "glazelhost render" command
 that makes the same picture on the clipboard; a look that no file holds is saved first.
 With --save-look the window closes without asking; else it asks when a changed look would be
@@ -80,7 +82,8 @@ lost.
 
 Examples:
   glazelhost page --image photo.png --look warm.cube
-  glazelhost page --image photo.tif --save-look mine.look)text";
+  glazelhost page --image photo.tif --save-look mine.look
+  glazelhost page --image shot_%04d.png --frame 1017)text";
 
 inline constexpr char kLookFooter[] = R"text(
 OUT's ending says what is written; others are refused:

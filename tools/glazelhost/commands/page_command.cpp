@@ -2,6 +2,7 @@
 
 #include "tools/glazelhost/commands/look_record.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/media/chosen_frame.h"
 #include "tools/glazelhost/media/file_kind.h"
 #include "tools/glazelhost/media/light_choice.h"
 #include "tools/glazelhost/media/open_frames.h"
@@ -29,14 +30,16 @@ struct Still
     Image image;
     FrameInformation information;
     Light light;
-    std::optional<std::int64_t> number; // among several
+    std::string name;                   // of the file; empty: a test chart
+    std::optional<std::int64_t> number; // in the sequence
+    std::optional<StillSequence> sequence;
 };
 
 Still OpenStill(const PageCommand& command)
 {
     if (!command.image)
     {
-        return {TestChart(command.depth.value_or(SampleType::Byte)), {}, {}, std::nullopt};
+        return {TestChart(command.depth.value_or(SampleType::Byte)), {}, {}, {}, {}, {}};
     }
     SourceOptions options;
     options.path = *command.image;
@@ -50,14 +53,15 @@ Still OpenStill(const PageCommand& command)
     Still still;
     still.information = {info.pixelAspect, info.framesPerSecond, 0};
     still.light = info.light;
-    if (info.frameCount != 1)
-    {
-        still.number = info.firstNumber.value_or(1);
-    }
     const SampleType type = DepthOf(command.depth, info);
-    if (!source->Read(still.image, type))
+    const std::int64_t number =
+        ReadChosenFrame(*source, options.path, command.frame, type, still.image);
+    still.name = source->FrameName();
+    if (!info.isPicture)
     {
-        throw HostError(*command.image, "there is no picture in it", "name another --image");
+        const std::int64_t first = info.firstNumber.value_or(1);
+        still.number = number;
+        still.sequence.emplace(options.path, first, first + info.frameCount.value_or(1) - 1, type);
     }
     return still;
 }
@@ -82,9 +86,8 @@ std::optional<LookFile> OriginOf(const PageCommand& command)
 PageWindow::Options WindowOptions(const PageCommand& command, const Still& still)
 {
     PageWindow::Options options;
-    options.pictureName = command.image
-                              ? command.image->substr(command.image->find_last_of("\\/:") + 1)
-                              : "Test chart";
+    options.picture = still.name;
+    options.sequence = still.sequence;
     options.overwrite = command.overwrite;
     options.depth = still.image.type;
     options.light = still.light;

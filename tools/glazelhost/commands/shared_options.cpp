@@ -87,6 +87,14 @@ void AddDepth(CLI::App& command, std::string& depth)
         ->type_name("8|float");
 }
 
+void AddFrame(CLI::App& command, std::optional<std::int64_t>& frame)
+{
+    command
+        .add_option("--frame", frame,
+                    "number of the frame, as --frames of \"render\" has it (default: the first)")
+        ->type_name("N");
+}
+
 std::optional<bool> SwitchOf(const std::string& word)
 {
     return word.empty() || word == "auto" ? std::nullopt : std::optional(word == "on");

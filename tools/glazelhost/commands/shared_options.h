@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,7 @@ void AddUnclamped(CLI::App& command, bool& unclamped);
 // `linear` is the option that the record of an imported look gets.
 void AddLookOptions(CLI::App& command, std::string& linear, bool& unclamped);
 void AddDepth(CLI::App& command, std::string& depth);
+void AddFrame(CLI::App& command, std::optional<std::int64_t>& frame);
 
 // Of words that the options have checked; none for an empty one and for "auto".
 std::optional<bool> SwitchOf(const std::string& word);

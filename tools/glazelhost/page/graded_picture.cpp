@@ -17,4 +17,18 @@ void GradedPicture::Render()
     m_pixels = DisplayPixels(m_graded);
 }
 
+void GradedPicture::Show(Image source)
+{
+    std::swap(m_source, source);
+    try
+    {
+        Render();
+    }
+    catch (...)
+    {
+        std::swap(m_source, source);
+        throw;
+    }
+}
+
 } // namespace GlazelHost

@@ -22,6 +22,8 @@ public:
 
     // Renders anew. Throws HostError; the picture before then stays.
     void Render();
+    // Another picture from now on, of any size; rendered at once, as Render does.
+    void Show(Image source);
 
     Geometry::Extent Size() const noexcept { return {m_source.width, m_source.height}; }
     double PixelAspect() const noexcept { return m_information.pixelAspect; }

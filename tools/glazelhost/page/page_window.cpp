@@ -167,15 +167,15 @@ void PageWindow::Open()
     const Geometry::Extent client = ClientFor(m_picture.Size(), m_page.Size().cy, most);
     RECT outer{0, 0, client.width, client.height};
     ::AdjustWindowRectEx(&outer, kStyle, FALSE, WS_EX_CONTROLPARENT);
-    const std::wstring title = Wide(m_options.pictureName) + L" \u2013 " + m_page.Title();
-    if (windowClass == 0 || ::CreateWindowExW(WS_EX_CONTROLPARENT, kPageWindowClass, title.c_str(),
-                                              kStyle, CW_USEDEFAULT, CW_USEDEFAULT,
-                                              std::min<int>(outer.right - outer.left, most.width),
-                                              std::min<int>(outer.bottom - outer.top, most.height),
-                                              nullptr, nullptr, ThisProgram(), this) == nullptr)
+    if (windowClass == 0 ||
+        ::CreateWindowExW(WS_EX_CONTROLPARENT, kPageWindowClass, nullptr, kStyle, CW_USEDEFAULT,
+                          CW_USEDEFAULT, std::min<int>(outer.right - outer.left, most.width),
+                          std::min<int>(outer.bottom - outer.top, most.height), nullptr, nullptr,
+                          ThisProgram(), this) == nullptr)
     {
         ThrowWindowError("it cannot be made");
     }
+    SetTitle();
     AddControls();
     m_page.Activate(m_window, RectOf(LayoutOf(client, m_page.Size().cy).page));
     m_isOpen = true;
@@ -256,7 +256,7 @@ void PageWindow::Run()
         {
             return; // somebody else ended the thread's messages
         }
-        if (m_page.Translate(message) || ::IsDialogMessageW(m_window, &message))
+        if (Step(message) || m_page.Translate(message) || ::IsDialogMessageW(m_window, &message))
         {
             continue;
         }
@@ -350,6 +350,67 @@ void PageWindow::OnCommand(int id)
     }
 }
 
+bool PageWindow::Step(const MSG& message)
+{
+    const bool isMine = message.hwnd == m_window || ::IsChild(m_window, message.hwnd);
+    if (!m_options.sequence || message.message != WM_KEYDOWN || !isMine)
+    {
+        return false;
+    }
+    const StillSequence& sequence = *m_options.sequence;
+    const std::int64_t shown = m_options.command->frame.value();
+    Try([&] {
+        switch (message.wParam)
+        {
+        case VK_PRIOR:
+            return ShowPicture(shown - 1, false);
+        case VK_NEXT:
+            return ShowPicture(shown + 1, true);
+        case VK_HOME:
+            return ShowPicture(sequence.First(), true);
+        case VK_END:
+            return ShowPicture(sequence.Last(), false);
+        default:
+            return;
+        }
+    });
+    return message.wParam >= VK_PRIOR && message.wParam <= VK_HOME;
+}
+
+void PageWindow::ShowPicture(std::int64_t number, bool forwards)
+{
+    std::string remark;
+    auto found = m_options.sequence->Nearest(number, forwards, remark);
+    if (found)
+    {
+        m_picture.Show(std::move(found->image));
+        m_options.picture = found->name;
+        m_options.command->frame = found->number;
+        SetTitle();
+        TellLight();
+        ::InvalidateRect(m_window, nullptr, FALSE);
+    }
+    if (!remark.empty())
+    {
+        Tell(remark);
+    }
+    else if (!found)
+    {
+        Tell(forwards ? "This is the last picture." : "This is the first picture.");
+    }
+}
+
+void PageWindow::SetTitle() const
+{
+    std::string title = m_options.picture.empty() ? "Test chart" : NameOf(m_options.picture);
+    if (m_keeper.HasLook())
+    {
+        const std::optional<LookFile> look = m_keeper.File();
+        title += ", " + (look ? NameOf(look->path) : "changed look");
+    }
+    ::SetWindowTextW(m_window, (Wide(title) + L" \u2013 " + m_page.Title()).c_str());
+}
+
 void PageWindow::OnLookChanged()
 {
     // A look is changed many times while this is busy: they are rendered once.
@@ -361,6 +422,7 @@ void PageWindow::OnLookChanged()
     {
         m_picture.Render();
         TellLight(); // what it said was of the look before
+        SetTitle();
     }
     catch (const HostError& error)
     {
@@ -372,6 +434,7 @@ void PageWindow::OnLookChanged()
 void PageWindow::SaveTo(const std::string& path, bool overwrite)
 {
     m_keeper.Save(path, overwrite);
+    SetTitle();
     Tell("Look saved as " + path);
 }
 

@@ -4,6 +4,7 @@
 #include "tools/glazelhost/page/graded_picture.h"
 #include "tools/glazelhost/page/look_keeper.h"
 #include "tools/glazelhost/page/page_container.h"
+#include "tools/glazelhost/page/still_sequence.h"
 #include "tools/glazelhost/page/window_layout.h"
 
 #include <windows.h>
@@ -27,7 +28,8 @@ class PageWindow
 public:
     struct Options
     {
-        std::string pictureName;
+        std::string picture;                   // path of its file; empty: a test chart
+        std::optional<StillSequence> sequence; // that the picture is of, and has command->frame in
         // The command to copy but for output and look; none: there is no file to render.
         std::optional<RepeatedRender> command;
         // Where the look goes when the window closes; none: the user is asked.
@@ -61,6 +63,11 @@ private:
     void Paint();
     void OnLookChanged();
     void OnCommand(int id);
+    // True when the key steps through the pictures of a sequence; another is shown then.
+    bool Step(const MSG& message);
+    void ShowPicture(std::int64_t number, bool forwards);
+    // The picture, the look and the page.
+    void SetTitle() const;
     // False when the user wants the window to stay, or is busy with one that stands over it.
     bool MayClose();
     bool SaveBeforeClosing();

@@ -259,10 +259,12 @@ TEST(CommandLine, APageNeedsNoOption)
 
 TEST(CommandLine, APageTakesAPictureALookAndWhereToKeepIt)
 {
-    const auto page = std::get<PageCommand>(ParseCommandLine(
-        {"page", "--image", "a.png", "--look", "b.cube", "--linear", "off", "--unclamped",
-         "--depth", "float", "--save-look", "c.look", "--overwrite", "--renderer", "d"}));
+    const auto page = std::get<PageCommand>(
+        ParseCommandLine({"page", "--image", "a.png", "--frame", "7", "--look", "b.cube",
+                          "--linear", "off", "--unclamped", "--depth", "float", "--save-look",
+                          "c.look", "--overwrite", "--renderer", "d"}));
     EXPECT_EQ(page.image, "a.png");
+    EXPECT_EQ(page.frame, 7);
     EXPECT_EQ(page.look, "b.cube");
     EXPECT_EQ(page.linear, false);
     EXPECT_TRUE(page.unclamped);
@@ -276,6 +278,7 @@ TEST(CommandLine, HowALookIsReadNeedsALook)
 {
     EXPECT_NE(ErrorOf({"page", "--linear", "on"}).find("--linear"), std::string::npos);
     EXPECT_NE(ErrorOf({"page", "--unclamped"}).find("--unclamped"), std::string::npos);
+    EXPECT_NE(ErrorOf({"page", "--frame", "2"}).find("--frame"), std::string::npos);
 }
 
 TEST(CommandLine, APageWorksOnFilesAndOverwritesOnlyTheLookThatItSaves)

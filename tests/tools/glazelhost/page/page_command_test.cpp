@@ -127,6 +127,17 @@ public:
     {
         ::PostMessageW(m_window, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), 0);
     }
+    std::wstring Title() const
+    {
+        wchar_t title[64] = L"";
+        ::GetWindowTextW(m_window, title, 64);
+        return title;
+    }
+    // To the control that a user would have at hand.
+    void PressKey(WPARAM key) const
+    {
+        ::PostMessageW(::GetDlgItem(m_window, kSaveLookId), WM_KEYDOWN, key, 0);
+    }
     std::wstring Status() const
     {
         wchar_t text[1024] = L"";
@@ -294,7 +305,7 @@ protected:
     PageCommand m_command;
 };
 
-const std::wstring kTitle = L"gr\u00E4y & co.png \u2013 Brellin Glazel";
+const std::wstring kTitle = L"gr\u00E4y & co.png, red.cc \u2013 Brellin Glazel";
 constexpr int kPictureX = 240; // in the middle of a picture that is narrower than the window
 constexpr int kPictureY = 45;  // and lower than the room for it
 
@@ -309,9 +320,7 @@ TEST_F(PageCommands, ShowThePictureGradedAndThePageBelowIt)
     ::GetWindowRect(shown.Page(), &page);
     ::MapWindowPoints(nullptr, shown.Window(), reinterpret_cast<POINT*>(&page), 2);
     EXPECT_EQ(page.top, 90) << "right below the picture's room";
-    wchar_t title[64] = L"";
-    ::GetWindowTextW(shown.Window(), title, 64);
-    EXPECT_EQ(title, kTitle);
+    EXPECT_EQ(shown.Title(), kTitle);
     EXPECT_EQ(shown.Close(), "");
     EXPECT_TRUE(shown.warnings.empty());
 }
@@ -379,6 +388,74 @@ TEST_F(PageCommands, CopyTheLooksOwnFileWhileItIsUnchanged)
     ::PostMessageW(shown.Window(), WM_CLOSE, 0, 0);
     shown.Answer(IDNO);
     EXPECT_EQ(shown.Error(), "");
+}
+
+TEST_F(PageCommands, StepThroughASequenceFromTheFrameThatWasNamed)
+{
+    for (const int number : {7, 8, 10, 11})
+    {
+        Image grey{64, number == 11 ? 16 : 32, SampleType::Byte, false, {}};
+        grey.pixels.resize(static_cast<std::size_t>(grey.width) *
+                           static_cast<std::size_t>(grey.height) * 4);
+        std::fill(grey.pixels.begin(), grey.pixels.end(), static_cast<std::byte>(number * 8));
+        WritePicture(m_folder / ("shot_" + std::to_string(number) + ".png"), grey);
+    }
+    m_command.image = m_folder / "shot_%d.png";
+    m_command.frame = 8;
+    ShownPage shown(m_command);
+    ASSERT_NE(shown.Window(), nullptr) << shown.Error();
+    const auto shows = [&shown](int number) {
+        const int code = number * 8;
+        const std::wstring name = L"shot_" + std::to_wstring(number) + L".png, red.cc";
+        return Eventually([&] {
+            return shown.Title().starts_with(name) &&
+                   shown.PixelAt(kPictureX, kPictureY) == RGB(2 * code, code, code);
+        });
+    };
+    const auto tells = [&shown](const wchar_t* words) {
+        return Eventually([&] { return shown.Status().find(words) != std::wstring::npos; });
+    };
+    EXPECT_TRUE(shows(8));
+    shown.PressKey(VK_NEXT);
+    EXPECT_TRUE(shows(10)) << "the next that is there";
+    EXPECT_TRUE(tells(L"shot_9.png")) << "and which is not";
+    shown.PressKey(VK_NEXT);
+    EXPECT_TRUE(shows(11)) << "which has another size";
+    shown.PressKey(VK_NEXT);
+    EXPECT_TRUE(tells(L"last picture"));
+    shown.PressKey(VK_HOME);
+    EXPECT_TRUE(shows(7));
+    shown.PressKey(VK_PRIOR);
+    EXPECT_TRUE(tells(L"first picture"));
+    shown.PressKey(VK_END);
+    EXPECT_TRUE(shows(11));
+    shown.PressKey(VK_PRIOR);
+    EXPECT_TRUE(shows(10));
+    ClearClipboard();
+    shown.Press(kCopyCommandId);
+    EXPECT_TRUE(Eventually([&] { return Clipboard().find(L"--frames 10") != std::wstring::npos; }));
+    EXPECT_EQ(shown.Close(), "");
+}
+
+TEST_F(PageCommands, NameTheLookInTheTitleAsLongAsAFileHoldsIt)
+{
+    ShownPage shown(m_command);
+    ASSERT_NE(shown.Window(), nullptr) << shown.Error();
+    shown.ClickPage(kOnEdit);
+    {
+        const ShownEditor editor(shown.Thread());
+        ASSERT_NE(editor.Window(), nullptr);
+        editor.Type(Control::SlopeRed, L"1");
+        editor.Click(IDOK);
+    }
+    const auto names = [&shown](const wchar_t* look) {
+        return Eventually([&] { return shown.Title().find(look) != std::wstring::npos; });
+    };
+    EXPECT_TRUE(names(L", changed look"));
+    shown.Press(kSaveLookId);
+    shown.NameFile(m_folder / "kept.look");
+    EXPECT_TRUE(names(L", kept.look"));
+    EXPECT_EQ(shown.Close(), "");
 }
 
 TEST_F(PageCommands, SayWhatTheCheckBoxDoesAndHaveItInTheCommand)
@@ -513,6 +590,9 @@ TEST_F(PageCommands, FailBeforeAnyWindowWhenTheyCannotSucceed)
     PageCommand noImage = m_command;
     noImage.image = m_folder / "missing.png";
     EXPECT_NE(errorOf(noImage).find("missing.png"), std::string::npos);
+    PageCommand noFrame = m_command;
+    noFrame.frame = 2;
+    EXPECT_NE(errorOf(noFrame).find("it has no frame 2"), std::string::npos);
     PageCommand raw = m_command;
     for (const char* name : {"frames.BGRA", "frames.raw"})
     {
