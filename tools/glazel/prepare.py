@@ -20,7 +20,7 @@ if sys.platform != "win32":
 _LONG = 1.0  # seconds: what takes longer is told
 _SHOWN = 30  # lines of a failed step
 _LAUNCHER = """#!/bin/sh
-PYTHONPATH='{}' PYTHONDONTWRITEBYTECODE=1 exec python3 -P -m glazel "$@"
+GLAZEL_COMMAND=$0 PYTHONPATH='{}' PYTHONDONTWRITEBYTECODE=1 exec python3 -P -m glazel "$@"
 """
 _TARGETS = ("glazelhost", "GlazelDX_x64", "GZ3Renderer_x64")
 

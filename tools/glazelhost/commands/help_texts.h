@@ -75,8 +75,9 @@ float. The line at the bottom says what it does for this picture, and whether th
 linear light. Every change is rendered at once.
 Of a sequence, Page Up and Page Down show the picture before and the next one, Home and End the
 first and the last.
-"Save look..." keeps the look as a .look file. "Copy command" puts the "glazelhost render" command
-that makes the same picture on the clipboard; a look that no file holds is saved first.
+"Save look..." keeps the look as a .look file. "Copy command" puts the "render" command that makes
+the same picture on the clipboard, as a line for the prompt that this was started from; a look
+that no file holds is saved first.
 With --save-look the window closes without asking; else it asks when a changed look would be
 lost.
 

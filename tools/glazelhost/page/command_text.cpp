@@ -42,6 +42,21 @@ std::string Quoted(const std::string& word)
     return quoted + '"';
 }
 
+std::string ShellQuoted(const std::string& word)
+{
+    if (!word.empty() && word.find('\\') == std::string::npos &&
+        std::all_of(word.begin(), word.end(), IsPlain))
+    {
+        return word;
+    }
+    std::string quoted = "'";
+    for (const char character : word)
+    {
+        quoted += character == '\'' ? "'\\''" : std::string(1, character);
+    }
+    return quoted + '\'';
+}
+
 // The last separator or the start of the name; npos when there is no extension.
 std::size_t ExtensionAt(const std::string& path)
 {
@@ -54,10 +69,11 @@ std::size_t ExtensionAt(const std::string& path)
 
 } // namespace
 
-std::string CommandText(const RepeatedRender& render)
+std::string CommandText(const RepeatedRender& render, const Prompt& prompt)
 {
-    std::string text = "glazelhost render";
-    const auto add = [&text](const std::string& word) { text += " " + Quoted(word); };
+    const auto quoted = prompt.isUnixShell ? ShellQuoted : Quoted;
+    std::string text = quoted(prompt.program) + " render";
+    const auto add = [&](const std::string& word) { text += " " + quoted(word); };
     const auto addOption = [&add](const char* name, const std::string& value) {
         add(name);
         add(value);

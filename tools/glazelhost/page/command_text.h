@@ -1,4 +1,4 @@
-// The "glazelhost render" command that repeats a picture, as a line for a Windows command prompt.
+// The "glazelhost render" command that repeats a picture, as a line for a prompt.
 // Pure: no windows.h. Tests: tests/tools/glazelhost/page/command_text_test.cpp.
 #pragma once
 
@@ -34,9 +34,16 @@ struct RepeatedRender
     ToolPaths tools;
 };
 
-// Every word that a prompt or the program would take apart is quoted. A percent sign is left as it
-// is: a prompt has no way to quote it.
-std::string CommandText(const RepeatedRender& render);
+// Where a line is typed, and what the program is called there.
+struct Prompt
+{
+    bool isUnixShell = false; // else the one of Windows
+    std::string program = "glazelhost";
+};
+
+// Every word that the prompt or the program would take apart is quoted. A percent sign is left as
+// it is: the prompt of Windows has no way to quote it, and a shell no need.
+std::string CommandText(const RepeatedRender& render, const Prompt& prompt = {});
 
 // Beside the image: "C:\a\photo.png" gives "C:\a\photo_graded.png", or, where that `exists`,
 // "photo_graded_2.png" and so on. An extension that a render cannot write becomes ".png".

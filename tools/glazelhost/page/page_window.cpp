@@ -6,6 +6,7 @@
 #include "tools/glazelhost/media/light_choice.h"
 #include "tools/glazelhost/page/clipboard.h"
 #include "tools/glazelhost/page/page_site.h"
+#include "tools/glazelhost/page/unix_shell.h"
 #include "tools/glazelhost/plugin/look.h"
 #include "tools/glazelhost/windows_text.h"
 
@@ -92,6 +93,31 @@ HWND BusyWindow(HWND disabled) noexcept
     HWND found = ::GetLastActivePopup(disabled);
     ::EnumThreadWindows(::GetCurrentThreadId(), FindBusyWindow, reinterpret_cast<LPARAM>(&found));
     return found;
+}
+
+// "A|B" is two files.
+std::string UnixLook(const std::string& look)
+{
+    const std::size_t bar = look.find('|');
+    const std::string first = UnixPath(look.substr(0, bar));
+    return bar == std::string::npos ? first : first + "|" + UnixLook(look.substr(bar + 1));
+}
+
+// For the prompt that this program was started from.
+std::string CommandLine(RepeatedRender render)
+{
+    const std::optional<std::string> program = UnixCommand();
+    if (!program)
+    {
+        return CommandText(render);
+    }
+    for (std::string* const path :
+         {&render.image, &render.output, &render.tools.rendererFolder, &render.tools.plugin})
+    {
+        *path = path->empty() ? "" : UnixPath(*path);
+    }
+    render.look.path = UnixLook(render.look.path);
+    return CommandText(render, {true, *program});
 }
 
 void DrawPicture(HDC dc, const GradedPicture& picture, const Geometry::Rect& place)
@@ -505,7 +531,7 @@ void PageWindow::CopyCommand()
     {
         command.look.linear = true;
     }
-    PutOnClipboard(m_window, Wide(CommandText(command)));
+    PutOnClipboard(m_window, Wide(CommandLine(command)));
     Tell("Command copied: " + NameOf(command.look.path) + " into " + NameOf(command.output));
 }
 

@@ -76,6 +76,18 @@ TEST(CommandTexts, QuoteWhatAPromptWouldTakeApart)
               R"( --look "day.ccc#shot12|warm.cube" --renderer "C:\the renderer\\")");
 }
 
+TEST(CommandTexts, AreQuotedForAShellWhereOneTakesThem)
+{
+    RepeatedRender render;
+    render.image = "/home/ann/my pictures/it's $HOME.png";
+    render.output = "/home/ann/a_b-1.png";
+    render.look.path = "a.cc|b.cube";
+    render.tools.plugin = R"(a\b.dll)";
+    EXPECT_EQ(CommandText(render, {true, "./glazel"}),
+              R"(./glazel render '/home/ann/my pictures/it'\''s $HOME.png' /home/ann/a_b-1.png)"
+              R"( --look 'a.cc|b.cube' --plugin 'a\b.dll')");
+}
+
 TEST(CommandTexts, KeepLettersBeyondAsciiPlain)
 {
     RepeatedRender render = Render();

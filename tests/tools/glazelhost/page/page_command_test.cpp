@@ -8,6 +8,7 @@
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/open_frames.h"
 #include "tools/glazelhost/page/page_window.h"
+#include "tools/glazelhost/page/unix_shell.h"
 #include "tools/glazelhost/ui/reporter.h"
 
 #include <dlgs.h>
@@ -388,6 +389,29 @@ TEST_F(PageCommands, CopyTheLooksOwnFileWhileItIsUnchanged)
     ::PostMessageW(shown.Window(), WM_CLOSE, 0, 0);
     shown.Answer(IDNO);
     EXPECT_EQ(shown.Error(), "");
+}
+
+TEST_F(PageCommands, CopyALineForTheShellThatStartedTheProgram)
+{
+    ::SetEnvironmentVariableW(L"GLAZEL_COMMAND", L"./glazel");
+    {
+        ShownPage shown(m_command);
+        ASSERT_NE(shown.Window(), nullptr) << shown.Error();
+        ClearClipboard();
+        shown.Press(kCopyCommandId);
+        EXPECT_TRUE(
+            Eventually([&] { return shown.Status().find(L"red.cc") != std::wstring::npos; }));
+        EXPECT_EQ(shown.Close(), "");
+    }
+    ::SetEnvironmentVariableW(L"GLAZEL_COMMAND", nullptr);
+    const std::wstring line = Clipboard();
+    if (UnixPath(m_folder / "red.cc") == m_folder / "red.cc")
+    {
+        GTEST_SKIP() << "there are no such shells here";
+    }
+    EXPECT_TRUE(line.starts_with(L"./glazel render '/")) << Utf8(line);
+    EXPECT_NE(line.find(L"/gr\u00E4y & co.png' '/"), std::wstring::npos) << Utf8(line);
+    EXPECT_EQ(line.find(L'\\'), std::wstring::npos) << Utf8(line);
 }
 
 TEST_F(PageCommands, StepThroughASequenceFromTheFrameThatWasNamed)
