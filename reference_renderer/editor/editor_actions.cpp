@@ -4,6 +4,7 @@
 #include "reference_renderer/editor/look_files.h"
 #include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/resource.h"
+#include "reference_renderer/editor/window_object.h"
 #include "reference_renderer/editor/windows_files.h"
 #include "support/win32/utf8.h"
 
@@ -107,29 +108,30 @@ bool EditorActions::OnKey(HWND child, WPARAM key)
     return (number && OnNumberKey(*number, key)) || (key == VK_ESCAPE && m_controls.CancelDrag());
 }
 
+bool EditorActions::OnPress(HWND child) noexcept
+{
+    const bool arrives = m_controls.NumberOf(child).has_value() && ::GetFocus() != child;
+    if (arrives)
+    {
+        ::SetFocus(child);
+    }
+    return arrives;
+}
+
 bool EditorActions::OnNumberKey(std::size_t index, WPARAM key)
 {
-    const float small = ::GetKeyState(VK_SHIFT) < 0 ? kFineStep : kKeyStep;
-    float amount = 0.0F;
-    switch (key)
+    const bool ctrl = IsDown(VK_CONTROL);
+    const bool isPage = key == VK_PRIOR || key == VK_NEXT;
+    if (!isPage && key != VK_UP && key != VK_DOWN)
     {
-    case VK_UP:
-        amount = small;
-        break;
-    case VK_DOWN:
-        amount = -small;
-        break;
-    case VK_PRIOR:
-        amount = kPageStep;
-        break;
-    case VK_NEXT:
-        amount = -kPageStep;
-        break;
-    default:
         return false;
     }
+    const KeyStep step = isPage ? KeyStep{kPageStep, ctrl} : ArrowStep(IsDown(VK_SHIFT), ctrl);
+    const bool isUp = key == VK_UP || key == VK_PRIOR;
     const ControlFacts& facts = kControls[index];
-    if (m_draft.Set(facts.control, Nudged(facts, m_draft.Value(facts.control), amount)))
+    const float value = Nudged(facts, m_draft.Value(facts.control), isUp ? step.size : -step.size);
+    if (step.all ? m_draft.SetTogether(facts.control, value, m_draft.NumbersOf(facts.step))
+                 : m_draft.Set(facts.control, value))
     {
         m_controls.ShowText(facts.control, m_draft.Value(facts.control));
         ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
@@ -249,7 +251,8 @@ void EditorActions::OnNumber(std::size_t index, int what)
             OnNumberTyped(index);
         }
         break;
-    case EN_SETFOCUS:
+    case EN_SETFOCUS: // whichever way it came: typing replaces the number
+        ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
         MarkNumbers(index, m_texts.wrongNumber);
         break;
     case EN_KILLFOCUS:

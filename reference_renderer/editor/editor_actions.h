@@ -47,6 +47,9 @@ public:
     void OnDrop(HDROP files);
     // A key that goes to a child window. True when it is done with.
     bool OnKey(HWND child, WPARAM key);
+    // The left button goes down on a child window. True when it is done with: a box would put the
+    // caret where the first click meets its number, and undo that all of it is selected.
+    bool OnPress(HWND child) noexcept;
     // Whether the look can be accepted; says why not.
     bool CanAccept();
 

@@ -109,10 +109,28 @@ inline double ShownPosition(const ControlFacts& facts, float value) noexcept
     return std::clamp(PositionOf(facts, value), 0.0, 1.0);
 }
 
-// What one press of an arrow key, a page key or a fine arrow key adds to a value.
+// What one press of an arrow key adds to a value: alone, coarse or as a page key does, and fine.
 inline constexpr float kKeyStep = 0.01F;
 inline constexpr float kPageStep = 0.1F;
 inline constexpr float kFineStep = 0.001F;
+
+struct KeyStep
+{
+    float size = 0.0F;
+    bool all = false; // channels of the step together
+
+    friend bool operator==(const KeyStep&, const KeyStep&) = default;
+};
+
+// Of an arrow key: Shift is fine and Ctrl coarse, so both are what takes all channels along.
+constexpr KeyStep ArrowStep(bool shift, bool ctrl) noexcept
+{
+    if (shift && ctrl)
+    {
+        return {kKeyStep, true};
+    }
+    return {shift ? kFineStep : ctrl ? kPageStep : kKeyStep, false};
+}
 
 // `value` plus `amount`, within the values that can be typed, rounded to thousandths.
 float Nudged(const ControlFacts& facts, float value, float amount) noexcept;

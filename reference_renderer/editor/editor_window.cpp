@@ -89,6 +89,10 @@ bool EditorWindow::Translate(MSG& message)
             return true;
         }
     }
+    if (message.message == WM_LBUTTONDOWN && m_actions.OnPress(message.hwnd))
+    {
+        return true;
+    }
     return ::IsDialogMessageW(Window(), &message) != FALSE;
 }
 

@@ -10,16 +10,6 @@
 namespace ReferenceRenderer
 {
 
-namespace
-{
-
-bool IsDown(int key) noexcept
-{
-    return ::GetKeyState(key) < 0;
-}
-
-} // namespace
-
 bool SliderWindow::Create(HWND parent, const ControlFacts& facts, const EditorTheme& theme, int id)
 {
     m_facts = &facts;
@@ -148,28 +138,29 @@ void SliderWindow::Tell(WORD what) noexcept
 
 bool SliderWindow::OnKey(WPARAM key) noexcept
 {
-    const float step = IsDown(VK_SHIFT) ? kFineStep : kKeyStep;
-    const auto move = [&](float amount) {
-        MoveTo(Nudged(*m_facts, m_value, amount), IsDown(VK_CONTROL));
+    const bool ctrl = IsDown(VK_CONTROL);
+    const KeyStep arrow = ArrowStep(IsDown(VK_SHIFT), ctrl);
+    const auto move = [&](float amount, bool all) {
+        MoveTo(Nudged(*m_facts, m_value, amount), all);
         return true;
     };
     switch (key)
     {
     case VK_LEFT:
     case VK_DOWN:
-        return move(-step);
+        return move(-arrow.size, arrow.all);
     case VK_RIGHT:
     case VK_UP:
-        return move(step);
+        return move(arrow.size, arrow.all);
     case VK_NEXT:
-        return move(-kPageStep);
+        return move(-kPageStep, ctrl);
     case VK_PRIOR:
-        return move(kPageStep);
+        return move(kPageStep, ctrl);
     case VK_HOME:
-        MoveTo(m_facts->sliderLow, IsDown(VK_CONTROL));
+        MoveTo(m_facts->sliderLow, ctrl);
         return true;
     case VK_END:
-        MoveTo(m_facts->sliderHigh, IsDown(VK_CONTROL));
+        MoveTo(m_facts->sliderHigh, ctrl);
         return true;
     case VK_DELETE:
     case VK_BACK:

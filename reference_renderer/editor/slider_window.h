@@ -1,6 +1,6 @@
-// The slider of one number. Arrow keys move by a hundredth (with Shift by a thousandth), page keys
-// by a tenth, Home and End to the ends; Delete or a double click resets. With Shift the mouse moves
-// it a tenth as fast; with Ctrl all channels of the step move together.
+// The slider of one number. Arrow keys move as ArrowStep says, page keys by a tenth, Home and End
+// to the ends; Delete or a double click resets. With Shift the mouse moves it a tenth as fast; with
+// Ctrl the mouse, page keys, Home and End move all channels of the step together.
 #pragma once
 
 #include "reference_renderer/editor/editor_control.h"

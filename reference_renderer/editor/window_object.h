@@ -14,6 +14,12 @@ namespace ReferenceRenderer
 // This library's own handle, under which its window classes are registered.
 HINSTANCE ThisModule() noexcept;
 
+// Whether a key was down when the message that is being handled was made.
+inline bool IsDown(int key) noexcept
+{
+    return ::GetKeyState(key) < 0;
+}
+
 // `Object` derives from this and has LRESULT OnMessage(UINT, WPARAM, LPARAM), which may throw: the
 // message then counts as not handled, nothing escapes the window procedure. Window thread.
 template <typename Object>

@@ -75,6 +75,14 @@ TEST(EditorControl, NudgingStopsAtTheLimits)
     EXPECT_FLOAT_EQ(Nudged(slope, 1.0F, kFineStep), 1.001F);
 }
 
+TEST(EditorControl, ShiftMakesArrowKeysFineAndCtrlCoarseAndBothTakeAllChannelsAlong)
+{
+    EXPECT_EQ(ArrowStep(false, false), (KeyStep{0.01F, false}));
+    EXPECT_EQ(ArrowStep(true, false), (KeyStep{0.001F, false}));
+    EXPECT_EQ(ArrowStep(false, true), (KeyStep{0.1F, false}));
+    EXPECT_EQ(ArrowStep(true, true), (KeyStep{0.01F, true}));
+}
+
 TEST(EditorControl, NudgingBackToZeroLeavesNoMinus)
 {
     const float zero = Nudged(FactsOf(Control::OffsetRed), 0.01F, -kKeyStep);

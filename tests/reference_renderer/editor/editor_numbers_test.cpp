@@ -278,6 +278,61 @@ TEST_F(EditorNumbers, UpAndDownInABoxMoveItsNumber)
     EXPECT_TRUE(Eventually([&] { return editor.NumberText(Control::Saturation) == "1.110"; }));
 }
 
+TEST_F(EditorNumbers, AClickIntoANumberSelectsItSoThatTypingReplacesIt)
+{
+    OpenEditor editor = Open();
+    editor.ClickInto(editor.Number(Control::SlopeRed));
+    editor.TypeLetters(L"1.5");
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.5");
+    EXPECT_EQ(editor.Status(), L"") << "no red mark";
+    editor.ClickInto(editor.Number(Control::SlopeGreen));
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.500");
+    EXPECT_EQ(editor.CloseWith(IDOK), RendererAPI::kEditorAccepted);
+    EXPECT_EQ(Produced()->cdl.slope[0], 1.5F);
+}
+
+TEST_F(EditorNumbers, ASecondClickIntoANumberPlacesTheCaret)
+{
+    OpenEditor editor = Open();
+    const HWND number = editor.Number(Control::SlopeRed);
+    editor.ClickInto(number);
+    RECT client{};
+    ::GetClientRect(number, &client);
+    const POINT end{client.right - 1, client.bottom / 2}; // behind the last digit
+    editor.Mouse(number, WM_LBUTTONDOWN, end, MK_LBUTTON);
+    editor.Mouse(number, WM_LBUTTONUP, end);
+    editor.TypeLetters(L"5");
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.0005");
+}
+
+TEST_F(EditorNumbers, TheTabKeySelectsTheNumberThatItReaches)
+{
+    OpenEditor editor = Open();
+    ASSERT_TRUE(Eventually([&] { return editor.Focus() == editor.Slider(Control::SlopeRed); }));
+    editor.PressKey(VK_TAB, {});
+    ASSERT_EQ(editor.Focus(), editor.Number(Control::SlopeRed));
+    editor.TypeLetters(L".75");
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), ".75");
+}
+
+TEST_F(EditorNumbers, ShiftMakesArrowKeysFineAndCtrlCoarse)
+{
+    OpenEditor editor = Open();
+    for (const HWND from : {editor.Slider(Control::SlopeRed), editor.Number(Control::SlopeRed)})
+    {
+        editor.Click(IDC_RESET_ALL);
+        editor.ClickInto(from); // in the middle of the slider is where it stands already
+        editor.PressKey(VK_UP, {VK_SHIFT});
+        EXPECT_EQ(SlopeOf(editor), "1.001 1.000 1.000");
+        editor.PressKey(VK_UP, {VK_CONTROL});
+        EXPECT_EQ(SlopeOf(editor), "1.101 1.000 1.000");
+        editor.PressKey(VK_DOWN, {VK_CONTROL, VK_SHIFT});
+        EXPECT_EQ(SlopeOf(editor), "1.091 0.990 0.990") << "both: all channels";
+        editor.PressKey(VK_PRIOR, {VK_CONTROL});
+        EXPECT_EQ(SlopeOf(editor), "1.191 1.090 1.090");
+    }
+}
+
 TEST_F(EditorNumbers, TheButtonBesideANumberResetsThatOneAlone)
 {
     OpenEditor editor = Open();

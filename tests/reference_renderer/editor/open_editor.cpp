@@ -23,6 +23,47 @@ std::wstring TextOf(HWND window)
     return text.data();
 }
 
+// Messages to the editor's window that TakenByLoop acts on when the loop gets to them.
+constexpr UINT kHoldKey = WM_APP + 100; // wParam is down from then on, or up where lParam is 0
+constexpr UINT kSignal = WM_APP + 101;  // wParam is an event
+
+LRESULT CALLBACK TakenByLoop(int code, WPARAM removed, LPARAM lParam) noexcept
+{
+    const auto& message = *reinterpret_cast<const MSG*>(lParam);
+    if (code == HC_ACTION && removed == PM_REMOVE && message.message == kHoldKey)
+    {
+        std::array<BYTE, 256> keys{};
+        ::GetKeyboardState(keys.data());
+        keys[message.wParam] = message.lParam != 0 ? 0x80 : 0;
+        ::SetKeyboardState(keys.data()); // of the thread that takes the message
+    }
+    else if (code == HC_ACTION && removed == PM_REMOVE && message.message == kSignal)
+    {
+        ::SetEvent(reinterpret_cast<HANDLE>(message.wParam));
+    }
+    return ::CallNextHookEx(nullptr, code, removed, lParam);
+}
+
+// Listens to what a thread's loop takes, for as long as this lives.
+class LoopListener
+{
+public:
+    explicit LoopListener(DWORD thread)
+        : m_hook(::SetWindowsHookExW(WH_GETMESSAGE, TakenByLoop, nullptr, thread))
+    {
+        if (m_hook == nullptr)
+        {
+            throw std::runtime_error("cannot listen to the editor's loop");
+        }
+    }
+    ~LoopListener() { ::UnhookWindowsHookEx(m_hook); }
+    LoopListener(const LoopListener&) = delete;
+    LoopListener& operator=(const LoopListener&) = delete;
+
+private:
+    HHOOK m_hook;
+};
+
 } // namespace
 
 BOOL CALLBACK FindEditor(HWND window, LPARAM found) noexcept
@@ -184,6 +225,59 @@ void ShownEditor::Resize(int width, int height) const
 void ShownEditor::PostKey(WPARAM key) const
 {
     ::PostMessageW(Focus(), WM_KEYDOWN, key, 0);
+}
+
+void ShownEditor::Settle() const
+{
+    const LoopListener listener(m_threadId);
+    const HANDLE taken = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    ::PostMessageW(m_window, kSignal, reinterpret_cast<WPARAM>(taken), 0);
+    const bool settled = ::WaitForSingleObject(taken, kDeadlineMs) == WAIT_OBJECT_0;
+    ::CloseHandle(taken);
+    if (!settled)
+    {
+        throw std::runtime_error("the editor's loop takes no messages");
+    }
+}
+
+void ShownEditor::PressKey(WPARAM key, std::initializer_list<WPARAM> held) const
+{
+    const LoopListener listener(m_threadId);
+    for (const WPARAM other : held)
+    {
+        ::PostMessageW(m_window, kHoldKey, other, 1);
+    }
+    PostKey(key);
+    for (const WPARAM other : held)
+    {
+        ::PostMessageW(m_window, kHoldKey, other, 0);
+    }
+    Settle();
+}
+
+void ShownEditor::Mouse(HWND child, UINT message, POINT point, WPARAM keys) const
+{
+    ::PostMessageW(child, message, keys, MAKELPARAM(point.x, point.y));
+    Settle();
+}
+
+void ShownEditor::ClickInto(HWND child) const
+{
+    RECT client{};
+    ::GetClientRect(child, &client);
+    const POINT middle{client.right / 2, client.bottom / 2};
+    Mouse(child, WM_LBUTTONDOWN, middle, MK_LBUTTON);
+    Mouse(child, WM_MOUSEMOVE, middle, MK_LBUTTON); // no hand holds still
+    Mouse(child, WM_LBUTTONUP, middle);
+}
+
+void ShownEditor::TypeLetters(const std::wstring& text) const
+{
+    for (const wchar_t letter : text)
+    {
+        ::PostMessageW(Focus(), WM_CHAR, letter, 1);
+    }
+    Settle();
 }
 
 } // namespace ReferenceRenderer

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <string>
 
 namespace ReferenceRenderer
@@ -56,6 +57,12 @@ public:
     // A key as the keyboard gives it: to the window that has the focus, by way of the editor's
     // message loop. Returns at once.
     void PostKey(WPARAM key) const;
+    // The same while others are down; returns after the loop has taken it.
+    void PressKey(WPARAM key, std::initializer_list<WPARAM> held) const;
+    // Mouse messages and letters by way of the loop too; return after it has taken them.
+    void Mouse(HWND child, UINT message, POINT point, WPARAM keys = 0) const;
+    void ClickInto(HWND child) const;                 // the left button at its middle
+    void TypeLetters(const std::wstring& text) const; // to the window that has the focus
 
 protected:
     ShownEditor() = default;
@@ -63,6 +70,8 @@ protected:
 
 private:
     HWND ChildOf(int first, Control control) const;
+    // Until the loop has taken every message that was posted before.
+    void Settle() const;
 
     HWND m_window = nullptr;
     DWORD m_threadId = 0;
