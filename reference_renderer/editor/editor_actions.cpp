@@ -8,6 +8,8 @@
 #include "reference_renderer/editor/windows_files.h"
 #include "support/win32/utf8.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <new>
 
@@ -45,6 +47,31 @@ std::wstring RangeText(const ControlFacts& facts)
                 " to " + ShortNumberText(facts.highest));
 }
 
+// What a change of a control is called.
+std::string DeedText(const ControlFacts& facts, bool all)
+{
+    const std::string name = facts.name;
+    return all ? name.substr(0, name.find(',')) + ", all channels" : name;
+}
+
+struct CommandKey
+{
+    WPARAM key;
+    bool ctrl;
+    bool shift;
+    int command;
+};
+
+// clang-format off
+constexpr std::array kCommandKeys{
+    CommandKey{'Z',   true,  false, IDC_UNDO},
+    CommandKey{'Z',   true,  true,  IDC_REDO},
+    CommandKey{'Y',   true,  false, IDC_REDO},
+    CommandKey{VK_F7, false, false, IDC_STORE_STATE},
+    CommandKey{VK_F8, false, false, IDC_SWAP_STATE},
+};
+// clang-format on
+
 // The waiting cursor for as long as this lives.
 class WaitCursor
 {
@@ -67,8 +94,8 @@ bool IsChosen(int what, HWND from) noexcept
 
 EditorActions::EditorActions(const FrameBufferDesc* preview, std::span<const std::uint8_t> record,
                              bool linear, RowRunner& runner)
-    : m_preview(preview, linear), m_draft(record), m_record(kRecordSize),
-      m_picture(m_preview, m_look, runner)
+    : m_preview(preview, linear), m_draft(record), m_history(m_draft.State()),
+      m_record(kRecordSize), m_picture(m_preview, m_look, runner)
 {
     PrepareLook();
 }
@@ -82,6 +109,7 @@ bool EditorActions::Create(HWND window, const EditorTheme& theme)
 void EditorActions::ShowLook()
 {
     m_controls.Show(m_draft);
+    ShowMemory();
     Say(OriginText(m_draft.Origin()));
     Changed();
 }
@@ -104,8 +132,30 @@ void EditorActions::Place(const EditorLayout& layout)
 
 bool EditorActions::OnKey(HWND child, WPARAM key)
 {
+    if (child != m_window && !::IsChild(m_window, child))
+    {
+        return false; // the host's windows may be on this thread too
+    }
     const std::optional<std::size_t> number = m_controls.NumberOf(child);
-    return (number && OnNumberKey(*number, key)) || (key == VK_ESCAPE && m_controls.CancelDrag());
+    return OnCommandKey(key) || (number && OnNumberKey(*number, key)) ||
+           (key == VK_ESCAPE && m_controls.CancelDrag());
+}
+
+bool EditorActions::OnCommandKey(WPARAM key)
+{
+    const CommandKey pressed{key, IsDown(VK_CONTROL), IsDown(VK_SHIFT), 0};
+    const auto* const found =
+        std::find_if(kCommandKeys.begin(), kCommandKeys.end(), [&](const CommandKey& known) {
+            return known.key == pressed.key && known.ctrl == pressed.ctrl &&
+                   known.shift == pressed.shift;
+        });
+    // Ctrl with Alt types a character on some keyboards.
+    if (found == kCommandKeys.end() || IsDown(VK_MENU))
+    {
+        return false;
+    }
+    OnCommand(found->command, 0, nullptr);
+    return true;
 }
 
 bool EditorActions::OnPress(HWND child) noexcept
@@ -136,6 +186,7 @@ bool EditorActions::OnNumberKey(std::size_t index, WPARAM key)
         m_controls.ShowText(facts.control, m_draft.Value(facts.control));
         ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
         OnNumberTyped(index); // it may have been wrong before
+        DidInRun(step.all ? Run::Kind::StepsOfAll : Run::Kind::Steps, facts);
     }
     return true;
 }
@@ -181,6 +232,18 @@ void EditorActions::OnCommand(int id, int what, HWND from)
     case IDC_RESET_ALL:
         ResetAll();
         break;
+    case IDC_STORE_STATE:
+        StoreState();
+        break;
+    case IDC_SWAP_STATE:
+        SwapState();
+        break;
+    case IDC_UNDO:
+        Undo();
+        break;
+    case IDC_REDO:
+        Redo();
+        break;
     default:
         break;
     }
@@ -217,6 +280,10 @@ void EditorActions::OnSlider(std::size_t index, int what)
         break;
     case SLIDER_BEGAN:
         m_beforeDrag = m_draft.NumbersOf(facts.step);
+        m_draggedAll = false;
+        break;
+    case SLIDER_ENDED:
+        Did(DeedText(facts, m_draggedAll));
         break;
     case SLIDER_CANCELLED:
         m_draft.SetNumbers(facts.step, m_beforeDrag);
@@ -232,12 +299,17 @@ void EditorActions::OnSliderMoved(std::size_t index)
     const ControlFacts& facts = kControls[index];
     const float value = m_controls.SliderValue(index);
     // In a drag from where it began: going step by step, what a limit cut off would not come back.
-    const StepNumbers from =
-        m_controls.IsSliderDragged(index) ? m_beforeDrag : m_draft.NumbersOf(facts.step);
-    if (m_controls.SliderMovesAll(index) ? m_draft.SetTogether(facts.control, value, from)
-                                         : m_draft.Set(facts.control, value))
+    const bool dragged = m_controls.IsSliderDragged(index);
+    const bool all = m_controls.SliderMovesAll(index);
+    const StepNumbers from = dragged ? m_beforeDrag : m_draft.NumbersOf(facts.step);
+    if (all ? m_draft.SetTogether(facts.control, value, from) : m_draft.Set(facts.control, value))
     {
         Changed();
+        m_draggedAll = m_draggedAll || all;
+        if (!dragged)
+        {
+            DidInRun(all ? Run::Kind::StepsOfAll : Run::Kind::Steps, facts);
+        }
     }
 }
 
@@ -246,9 +318,9 @@ void EditorActions::OnNumber(std::size_t index, int what)
     switch (what)
     {
     case EN_CHANGE:
-        if (!m_controls.IsWriting())
+        if (!m_controls.IsWriting() && OnNumberTyped(index))
         {
-            OnNumberTyped(index);
+            DidInRun(Run::Kind::Typing, kControls[index]);
         }
         break;
     case EN_SETFOCUS: // whichever way it came: typing replaces the number
@@ -260,6 +332,7 @@ void EditorActions::OnNumber(std::size_t index, int what)
         {
             break; // it must not be taken back and the rest accepted in one click
         }
+        m_history.EndRun();
         MarkNumbers({}, {});
         m_controls.ShowText(kControls[index].control, m_draft.Value(kControls[index].control));
         break;
@@ -268,7 +341,7 @@ void EditorActions::OnNumber(std::size_t index, int what)
     }
 }
 
-void EditorActions::OnNumberTyped(std::size_t index)
+bool EditorActions::OnNumberTyped(std::size_t index)
 {
     const ControlFacts& facts = kControls[index];
     const std::string typed = m_controls.NumberTyped(index);
@@ -280,7 +353,7 @@ void EditorActions::OnNumberTyped(std::size_t index)
         {
             Say(RangeText(facts), true);
         }
-        return;
+        return false;
     }
     MarkNumbers(index, {});
     if (m_statusIsWrong)
@@ -293,6 +366,7 @@ void EditorActions::OnNumberTyped(std::size_t index)
         m_draft.Set(facts.control, *value);
     }
     Changed();
+    return true;
 }
 
 void EditorActions::Reset(Control control)
@@ -301,6 +375,7 @@ void EditorActions::Reset(Control control)
     m_controls.ShowText(control, m_draft.Value(control)); // it may have the focus
     MarkNumbers(m_texts.focusedNumber, {});
     Changed();
+    Did("reset of " + std::string(FactsOf(control).name));
 }
 
 void EditorActions::ResetAll()
@@ -309,6 +384,7 @@ void EditorActions::ResetAll()
     ShowNumbers();
     Say(L"All numbers are neutral");
     Changed();
+    Did("reset of all numbers");
 }
 
 void EditorActions::RemoveTables()
@@ -316,6 +392,7 @@ void EditorActions::RemoveTables()
     m_draft.RemoveTables();
     Say(L"The LUT is removed");
     Changed();
+    Did("removal of the LUT");
 }
 
 void EditorActions::AskWhatToImport()
@@ -338,8 +415,10 @@ void EditorActions::Import(const std::vector<std::wstring>& files)
     const WaitCursor waiting;
     std::wstring said;
     std::wstring failed;
+    std::string deed = "import";
     for (const std::wstring& file : files)
     {
+        deed = "import of " + Utf8(FileNameOf(file));
         try
         {
             said = ImportOne(file);
@@ -356,6 +435,7 @@ void EditorActions::Import(const std::vector<std::wstring>& files)
     Say(failed.empty() ? said : failed, !failed.empty());
     ShowNumbers();
     Changed();
+    Did(std::move(deed));
 }
 
 std::wstring EditorActions::ImportOne(const std::wstring& file)
@@ -383,6 +463,116 @@ void EditorActions::SetCompare(Compare compare) noexcept
     {
         ::InvalidateRect(::GetDlgItem(m_window, button), nullptr, FALSE);
     }
+}
+
+void EditorActions::Undo()
+{
+    if (m_controls.CancelDrag() || TakeBackTyping())
+    {
+        return;
+    }
+    const HistoryStep* const step = m_history.Undo();
+    if (step == nullptr)
+    {
+        Say(L"There is nothing to undo");
+        return;
+    }
+    BringBack(*step);
+    Say(L"Undone: " + Wide(step->what));
+}
+
+void EditorActions::Redo()
+{
+    if (m_controls.CancelDrag())
+    {
+        return;
+    }
+    const HistoryStep* const step = m_history.Redo();
+    if (step == nullptr)
+    {
+        Say(L"There is nothing to redo");
+        return;
+    }
+    BringBack(*step);
+    Say(L"Done again: " + Wide(step->what));
+}
+
+bool EditorActions::TakeBackTyping()
+{
+    if (!m_texts.focusedNumber)
+    {
+        return false;
+    }
+    const std::size_t index = *m_texts.focusedNumber;
+    const Control control = kControls[index].control;
+    const float value = m_draft.Value(control);
+    if (m_history.IsTyping(control) || m_controls.NumberTyped(index) == NumberText(value))
+    {
+        return false; // what was typed is the last step, or there is nothing typed
+    }
+    m_controls.ShowText(control, value);
+    ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
+    MarkNumbers(index, {});
+    Say(L"Undone: typing");
+    return true;
+}
+
+void EditorActions::BringBack(const HistoryStep& step)
+{
+    if (step.swapsMemory && m_memory == m_history.Now()) // no other was stored since
+    {
+        m_memory = m_draft.State();
+        m_showsStored = !m_showsStored;
+        ShowMemory();
+    }
+    m_draft.Restore(m_history.Now());
+    ShowNumbers();
+    Changed();
+    if (m_texts.focusedNumber)
+    {
+        ::SendMessageW(m_controls.Number(*m_texts.focusedNumber), EM_SETSEL, 0, -1);
+    }
+}
+
+void EditorActions::StoreState()
+{
+    m_memory = m_draft.State();
+    m_showsStored = false;
+    ShowMemory();
+    Say(L"This look is stored as A; F8 brings it back");
+}
+
+void EditorActions::SwapState()
+{
+    if (m_controls.CancelDrag() || !m_memory)
+    {
+        return;
+    }
+    LookState shown = m_draft.State();
+    m_draft.Restore(*m_memory);
+    m_memory = std::move(shown);
+    m_showsStored = !m_showsStored;
+    ShowMemory();
+    ShowNumbers();
+    Changed();
+    Did("swap of A and B", true);
+    Say(m_showsStored ? L"This is A, the look that was stored" : L"This is B");
+}
+
+void EditorActions::ShowMemory() noexcept
+{
+    m_controls.ShowMemory(m_memory.has_value(), m_showsStored);
+}
+
+void EditorActions::Did(std::string what, bool swapsMemory)
+{
+    m_history.Did({std::move(what), m_draft.State(), swapsMemory});
+}
+
+void EditorActions::DidInRun(Run::Kind kind, const ControlFacts& facts)
+{
+    m_history.DidInRun({kind, facts.control}, ::GetTickCount64(),
+                       {DeedText(facts, kind == Run::Kind::StepsOfAll), m_draft.State(), false});
 }
 
 void EditorActions::Changed()
@@ -421,10 +611,10 @@ void EditorActions::TellPicture()
     if (!m_preview.IsEmpty())
     {
         constexpr double kPercent = 100.0;
-        m_texts.picture = std::to_wstring(m_preview.Size().width) + L" \u00D7 " +
+        m_texts.picture = std::to_wstring(std::lround(m_picture.Zoom() * kPercent)) + L" %, " +
+                          std::to_wstring(m_preview.Size().width) + L" \u00D7 " +
                           std::to_wstring(m_preview.Size().height) +
-                          (m_preview.IsLinear() ? L", linear light" : L"") + L", " +
-                          std::to_wstring(std::lround(m_picture.Zoom() * kPercent)) + L" %";
+                          (m_preview.IsLinear() ? L", linear light" : L"");
     }
 }
 

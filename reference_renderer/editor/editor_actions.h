@@ -7,6 +7,7 @@
 #include "reference_renderer/editor/editor_painting.h"
 #include "reference_renderer/editor/editor_theme.h"
 #include "reference_renderer/editor/look_draft.h"
+#include "reference_renderer/editor/look_history.h"
 #include "reference_renderer/editor/picture_window.h"
 #include "reference_renderer/editor/preview_picture.h"
 
@@ -62,10 +63,12 @@ public:
 
 private:
     bool OnNumberKey(std::size_t index, WPARAM key);
+    bool OnCommandKey(WPARAM key);
     void OnSlider(std::size_t index, int what);
     void OnSliderMoved(std::size_t index);
     void OnNumber(std::size_t index, int what);
-    void OnNumberTyped(std::size_t index);
+    // Takes the number over. False when it is none that the look can have.
+    bool OnNumberTyped(std::size_t index);
     void Reset(Control control);
     void ResetAll();
     void RemoveTables();
@@ -74,8 +77,20 @@ private:
     std::wstring ImportOne(const std::wstring& file); // what there is to say about it
     void SetCompare(Compare compare) noexcept;
 
+    void Undo();
+    void Redo();
+    // Typing that is not a number of the look yet, in the box that has the focus, is all that is
+    // taken back. True when there was some.
+    bool TakeBackTyping();
+    void StoreState();
+    void SwapState();
+
     // What follows from it.
     void Changed();
+    void Did(std::string what, bool swapsMemory = false); // a whole gesture
+    void DidInRun(Run::Kind kind, const ControlFacts& facts);
+    void BringBack(const HistoryStep& step); // the look to where the history is
+    void ShowMemory() noexcept;
     void PrepareLook();
     void TellPicture();
     void ShowNumbers();
@@ -85,6 +100,9 @@ private:
     HWND m_window = nullptr;
     PreviewPicture m_preview;
     LookDraft m_draft;
+    LookHistory m_history;
+    std::optional<LookState> m_memory; // the one of the two states that is not shown
+    bool m_showsStored = false;        // and what is shown is the one that was stored
     std::vector<std::uint8_t> m_record;
     PreparedLook m_look;
     EditorControls m_controls;
@@ -92,6 +110,7 @@ private:
     EditorLayout m_layout;
     GroundTexts m_texts;
     StepNumbers m_beforeDrag{}; // of the slider that was dragged last
+    bool m_draggedAll = false;  // it took other channels along
     bool m_statusIsWrong = false;
 };
 

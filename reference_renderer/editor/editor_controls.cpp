@@ -95,12 +95,15 @@ bool EditorControls::CreateButtons(HWND parent)
     m_compare = {Button(parent, L"&Graded", IDC_SHOW_GRADED),
                  Button(parent, L"&Split", IDC_SHOW_SPLIT),
                  Button(parent, L"&Original", IDC_SHOW_ORIGINAL)};
+    m_storeState = Button(parent, L"Store A", IDC_STORE_STATE);
+    m_swapState = Button(parent, L"", IDC_SWAP_STATE);
     m_resetAll = Button(parent, L"Reset &all", IDC_RESET_ALL);
     m_accept = Button(parent, L"OK", IDOK);
     m_cancel = Button(parent, L"Cancel", IDCANCEL);
     m_status = Child(parent, L"STATIC", L"", SS_OWNERDRAW | SS_NOPREFIX, IDC_STATUS);
-    const std::array all{m_import,   m_removeTables, m_compare[0], m_compare[1], m_compare[2],
-                         m_resetAll, m_accept,       m_cancel,     m_status};
+    const std::array all{m_import,     m_removeTables, m_compare[0], m_compare[1],
+                         m_compare[2], m_storeState,   m_swapState,  m_resetAll,
+                         m_accept,     m_cancel,       m_status};
     return std::find(all.begin(), all.end(), nullptr) == all.end();
 }
 
@@ -125,6 +128,8 @@ void EditorControls::Place(const EditorLayout& layout) noexcept
     {
         Put(m_compare[i], layout.compare[i]);
     }
+    Put(m_storeState, layout.storeState);
+    Put(m_swapState, layout.swapState);
     Put(m_import, layout.importFile);
     Put(m_removeTables, layout.removeTables);
     Put(m_resetAll, layout.resetAll);
@@ -180,6 +185,13 @@ void EditorControls::ShowText(Control control, float value)
     }
 }
 
+void EditorControls::ShowMemory(bool hasStored, bool showsStored) noexcept
+{
+    ::SetWindowTextW(m_swapState, !hasStored ? L"A / B" : showsStored ? L"Shows A" : L"Shows B");
+    Enable(m_swapState, hasStored);
+    ::InvalidateRect(m_swapState, nullptr, FALSE);
+}
+
 bool EditorControls::CancelDrag() noexcept
 {
     return std::any_of(m_sliders.begin(), m_sliders.end(),
@@ -209,8 +221,8 @@ bool EditorControls::IsHeading(HWND window) const noexcept
 
 bool EditorControls::IsButton(HWND window) const noexcept
 {
-    const std::array all{m_import,     m_removeTables, m_compare[0], m_compare[1],
-                         m_compare[2], m_resetAll,     m_accept,     m_cancel};
+    const std::array all{m_import,     m_removeTables, m_compare[0], m_compare[1], m_compare[2],
+                         m_storeState, m_swapState,    m_resetAll,   m_accept,     m_cancel};
     return window != nullptr && std::find(all.begin(), all.end(), window) != all.end();
 }
 

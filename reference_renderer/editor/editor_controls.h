@@ -35,6 +35,10 @@ public:
     // Shows the number as text even while it has the focus.
     void ShowText(Control control, float value);
 
+    // What the button beside the picture says of the two states: that there is no stored one yet,
+    // or which of both is shown.
+    void ShowMemory(bool hasStored, bool showsStored) noexcept;
+
     float SliderValue(std::size_t index) const noexcept { return m_sliders[index].Value(); }
     bool SliderMovesAll(std::size_t index) const noexcept { return m_sliders[index].MovesAll(); }
     bool IsSliderDragged(std::size_t index) const noexcept { return m_sliders[index].IsDragged(); }
@@ -64,6 +68,8 @@ private:
     std::array<HWND, kControlCount> m_numbers{};
     std::array<HWND, kControlCount> m_resets{};
     std::array<HWND, kCompareButtons> m_compare{};
+    HWND m_storeState = nullptr;
+    HWND m_swapState = nullptr;
     HWND m_import = nullptr;
     HWND m_removeTables = nullptr;
     HWND m_resetAll = nullptr;

@@ -17,7 +17,9 @@ constexpr int kGap = 8;
 constexpr int kFooter = 56;
 constexpr int kButtonHeight = 28;
 constexpr int kButtonWidth = 92;
-constexpr int kCompareWidth = 84;
+constexpr int kCompareWidth = 68;
+constexpr int kStoreWidth = 60;
+constexpr int kSwapWidth = 72;
 
 constexpr int kPanelPercent = 29; // of the window's width
 constexpr int kNarrowestPanel = 330;
@@ -34,7 +36,7 @@ constexpr int kNumberHeight = 22;
 constexpr int kNumberInset = 3; // of the edit control inside its frame, top and bottom
 constexpr int kNumberIndent = 7;
 constexpr int kResetSize = 22;
-constexpr int kHintLines = 2;
+constexpr int kHintLines = 3;
 constexpr int kStatusLines = 2;
 
 // Places the parts of one window. Positions run in pixels.
@@ -152,6 +154,9 @@ private:
             next = button.Right();
         }
         next += Px(kGap);
+        m_layout.storeState = {next, top, Px(kStoreWidth), Px(kButtonHeight)};
+        m_layout.swapState = {m_layout.storeState.Right(), top, Px(kSwapWidth), Px(kButtonHeight)};
+        next = m_layout.swapState.Right() + Px(kGap);
         m_layout.pictureFacts = {next, top + (Px(kButtonHeight) - Px(kTextHeight)) / 2,
                                  right - next, Px(kTextHeight)};
         m_layout.picture = {left, Px(kMargin), right - left, top - Px(kGap) - Px(kMargin)};

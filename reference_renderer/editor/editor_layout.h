@@ -38,7 +38,9 @@ struct EditorLayout
 {
     Geometry::Rect picture;
     std::array<Geometry::Rect, kCompareButtons> compare;
-    Geometry::Rect pictureFacts; // a line of text beside the compare buttons
+    Geometry::Rect storeState; // beside the compare buttons
+    Geometry::Rect swapState;
+    Geometry::Rect pictureFacts; // a line of text beside these
     Geometry::Rect panel;        // the part at the right with another ground
     std::array<Geometry::Rect, kHeadings> headings;
     std::array<ControlBoxes, kControlCount> controls;

@@ -11,8 +11,9 @@ namespace ReferenceRenderer
 namespace
 {
 
-constexpr wchar_t kHints[] = L"Shift: finer steps.  Ctrl: all channels together.\n"
-                             L"Double click or Delete: back to neutral.";
+constexpr wchar_t kHints[] = L"Mouse with Shift: finer.  With Ctrl: all channels.\n"
+                             L"Double click or Delete: back to neutral.\n"
+                             L"Ctrl+Z, Ctrl+Y: undo, redo.  F7, F8: store A, swap.";
 constexpr std::array<const wchar_t*, 3> kLetters{L"R", L"G", L"B"};
 
 RECT Grown(const Geometry::Rect& box, int by) noexcept

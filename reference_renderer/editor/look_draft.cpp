@@ -3,6 +3,7 @@
 #include "reference_renderer/core/text_scanning.h"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 
 namespace ReferenceRenderer
@@ -195,6 +196,35 @@ bool LookDraft::Merge(const ImportedLook& imported, std::string_view name)
         m_look.CopyTables(*look);
     }
     return true;
+}
+
+LookState LookDraft::State()
+{
+    std::vector<std::uint8_t> record(kRecordSize);
+    Write(RecordBytes(record.data(), kRecordSize));
+    LookState state;
+    std::copy_n(record.begin(), state.front.size(), state.front.begin());
+    if (!m_tables || *m_tables != m_look.coded)
+    {
+        m_tables = std::make_shared<const LookState::Tables>(m_look.coded);
+    }
+    state.tables = m_tables;
+    state.version = m_look.codedVersion;
+    state.modeGiven = m_modeGiven;
+    return state;
+}
+
+void LookDraft::Restore(const LookState& state)
+{
+    std::vector<std::uint8_t> record(state.front.begin(), state.front.end());
+    record.insert(record.end(), state.tables->begin(), state.tables->end());
+    if (state.version == kCodedVersion)
+    {
+        SealRecord(RecordBytes(record.data(), kRecordSize));
+    }
+    [[maybe_unused]] const RecordState read = ReadRecord(record, m_look);
+    assert(read == RecordState::Usable);
+    m_modeGiven = state.modeGiven;
 }
 
 void LookDraft::Write(RecordBytes record) const noexcept

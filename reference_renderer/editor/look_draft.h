@@ -8,9 +8,11 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ReferenceRenderer
 {
@@ -18,7 +20,24 @@ namespace ReferenceRenderer
 // The numbers of a step, by channel; a step with one number has it first and leaves the rest 0.
 using StepNumbers = std::array<float, 3>;
 
-// Allocates in its constructor only, except for titles.
+// All of a look at one moment. Copies share the tables, which are most of it.
+struct LookState
+{
+    using Tables = std::vector<std::uint8_t>;
+
+    std::array<std::uint8_t, kRecordTableOffset> front{}; // of its record
+    std::shared_ptr<const Tables> tables;                 // the rest, without the record's sum
+    std::uint32_t version = kCodedVersion;
+    CdlMode modeGiven = CdlMode::None;
+
+    friend bool operator==(const LookState& a, const LookState& b) noexcept
+    {
+        return a.front == b.front && a.version == b.version && a.modeGiven == b.modeGiven &&
+               (a.tables == b.tables || (a.tables && b.tables && *a.tables == *b.tables));
+    }
+};
+
+// Allocates in its constructor only, except for titles and states.
 class LookDraft
 {
 public:
@@ -54,6 +73,10 @@ public:
     // `name` is the title where the file has none. False when the record cannot be used.
     bool Merge(const ImportedLook& imported, std::string_view name);
 
+    // What Restore brings back, with its name, from any state that this draft has had.
+    LookState State();
+    void Restore(const LookState& state);
+
     // The record of the look as it is now. A look that was not changed gives the bytes it started
     // from; the option word is kept in any case.
     void Write(RecordBytes record) const noexcept;
@@ -66,7 +89,8 @@ private:
     RecordState m_origin; // what reading into m_look said, so declared after it
     // The mode that the look came with. A look without a CDL gets one as soon as a number differs.
     CdlMode m_modeGiven;
-    std::array<std::uint8_t, 4> m_option; // as in the record
+    std::array<std::uint8_t, 4> m_option;              // as in the record
+    std::shared_ptr<const LookState::Tables> m_tables; // of the last state
 };
 
 } // namespace ReferenceRenderer

@@ -20,11 +20,18 @@ namespace ReferenceRenderer
 #define IDC_REMOVE_TABLES 411
 #define IDC_RESET_ALL 412
 #define IDC_STATUS 420
+#define IDC_STORE_STATE 430
+#define IDC_SWAP_STATE 431
+
+// What keys do that no window stands for; WM_COMMANDs too.
+#define IDC_UNDO 440
+#define IDC_REDO 441
 
 // What a slider's WM_COMMAND says.
 #define SLIDER_MOVED 1
 #define SLIDER_RESET 2
 #define SLIDER_BEGAN 3     // a drag; before its first SLIDER_MOVED
 #define SLIDER_CANCELLED 4 // the drag that was begun last: everything as before it
+#define SLIDER_ENDED 5     // the drag that was begun last
 
 } // namespace ReferenceRenderer

@@ -40,7 +40,8 @@ bool SliderWindow::CancelDrag() noexcept
     {
         return false;
     }
-    ::ReleaseCapture(); // ends the drag
+    m_drag.reset(); // it has no end
+    ::ReleaseCapture();
     Tell(SLIDER_CANCELLED);
     return true;
 }
@@ -75,8 +76,12 @@ LRESULT SliderWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         ::ReleaseCapture();
         return 0;
     case WM_CAPTURECHANGED:
-        m_drag.reset();
         ::InvalidateRect(Window(), nullptr, FALSE);
+        if (m_drag)
+        {
+            m_drag.reset();
+            Tell(SLIDER_ENDED);
+        }
         return 0;
     case WM_LBUTTONDBLCLK:
         Tell(SLIDER_RESET);

@@ -22,10 +22,17 @@ struct Named
 // Everything that must not touch anything else.
 std::vector<Named> Parts(const EditorLayout& layout)
 {
-    std::vector<Named> parts{
-        {"picture", layout.picture},    {"facts", layout.pictureFacts},  {"tables", layout.tables},
-        {"import", layout.importFile},  {"remove", layout.removeTables}, {"status", layout.status},
-        {"reset all", layout.resetAll}, {"cancel", layout.cancel},       {"ok", layout.accept}};
+    std::vector<Named> parts{{"picture", layout.picture},
+                             {"facts", layout.pictureFacts},
+                             {"store", layout.storeState},
+                             {"swap", layout.swapState},
+                             {"tables", layout.tables},
+                             {"import", layout.importFile},
+                             {"remove", layout.removeTables},
+                             {"status", layout.status},
+                             {"reset all", layout.resetAll},
+                             {"cancel", layout.cancel},
+                             {"ok", layout.accept}};
     if (layout.hints.height > 0)
     {
         parts.push_back({"hints", layout.hints});

@@ -73,8 +73,8 @@ TEST_F(EditorWindowTest, TabGoesThroughSlidersAndNumbersInTheOrderOfTheWindow)
             expected.push_back(editor.Number(facts.control));
         }
     }
-    for (const int id : {IDC_IMPORT, IDC_SHOW_GRADED, IDC_SHOW_SPLIT, IDC_SHOW_ORIGINAL, IDOK,
-                         IDCANCEL, IDC_PICTURE})
+    for (const int id : {IDC_IMPORT, IDC_SHOW_GRADED, IDC_SHOW_SPLIT, IDC_SHOW_ORIGINAL,
+                         IDC_STORE_STATE, IDOK, IDCANCEL, IDC_PICTURE})
     {
         expected.push_back(editor.Child(id));
     }
@@ -426,10 +426,10 @@ TEST_F(EditorWindowTest, AWindowThatTheSystemRefusesMakesTheEditorUnavailable)
     const HWND host = MakeHostWindow();
     ::SetActiveWindow(host);
     Open().CloseWith(IDCANCEL); // what the system makes at first use it keeps
-    // The window itself, a slider, a number and a reset button for each control, the headings, nine
-    // more controls, the picture.
+    // The window itself, a slider, a number and a reset button for each control, the headings,
+    // eleven more controls, the picture.
     constexpr int kWindows =
-        1 + 3 * static_cast<int>(kControlCount) + static_cast<int>(kHeadings) + 9 + 1;
+        1 + 3 * static_cast<int>(kControlCount) + static_cast<int>(kHeadings) + 11 + 1;
     const GuiObjects before = CountGuiObjects();
     for (int refused = 1; refused <= kWindows; ++refused)
     {

@@ -265,6 +265,51 @@ TEST(LookDraft, AnImportThatIsNoRecordChangesNothing)
     EXPECT_EQ(Written(draft), record);
 }
 
+TEST(LookDraft, AStateBringsBackNumbersTablesAndNameToTheLastByte)
+{
+    const Bytes records[] = {RecordOf(FullLook()), PlainRecordOf(FullLook()), RecordOf(Look())};
+    for (const Bytes& record : records)
+    {
+        LookDraft draft(record);
+        const LookState state = draft.State();
+        EXPECT_TRUE(draft.Merge(Imported(CubeLook(CubeOf(5, Inverted)), "3D LUT"), "Other"));
+        draft.Set(Control::SlopeRed, 1.25F);
+        const LookState changed = draft.State();
+        const Bytes changedRecord = Written(draft);
+        EXPECT_FALSE(changed == state);
+        draft.Restore(state);
+        EXPECT_EQ(Written(draft), record);
+        EXPECT_TRUE(draft.State() == state);
+        draft.Restore(changed);
+        EXPECT_EQ(Written(draft), changedRecord);
+        EXPECT_EQ(draft.Title(), "Other");
+    }
+}
+
+TEST(LookDraft, AStateRemembersWhetherTheLookCameWithACdl)
+{
+    Look neutral = CubeLook(CubeOf(2, Inverted));
+    neutral.cdlMode = CdlMode::Unclamped;
+    LookDraft draft(RecordOf(Look()));
+    const LookState before = draft.State();
+    EXPECT_TRUE(draft.Merge(Imported(neutral, "look record"), "Other"));
+    draft.Restore(before);
+    draft.Set(Control::SlopeRed, 1.5F);
+    EXPECT_EQ(Read(Written(draft)).cdlMode, CdlMode::Clamped);
+    draft.Reset(Control::SlopeRed);
+    EXPECT_EQ(Read(Written(draft)).cdlMode, CdlMode::None);
+}
+
+TEST(LookDraft, StatesWithTheSameTablesShareThem)
+{
+    LookDraft draft(RecordOf(FullLook()));
+    const LookState first = draft.State();
+    draft.Set(Control::SlopeRed, 1.25F);
+    EXPECT_EQ(draft.State().tables, first.tables);
+    draft.RemoveTables();
+    EXPECT_NE(draft.State().tables, first.tables);
+}
+
 TEST(LookDraft, NumbersBeyondTheBoxesAreKeptUntilTheyAreEdited)
 {
     Cdl cdl;

@@ -29,13 +29,16 @@ constexpr UINT kSignal = WM_APP + 101;  // wParam is an event
 
 LRESULT CALLBACK TakenByLoop(int code, WPARAM removed, LPARAM lParam) noexcept
 {
+    static thread_local std::array<BYTE, 256> held{};
     const auto& message = *reinterpret_cast<const MSG*>(lParam);
     if (code == HC_ACTION && removed == PM_REMOVE && message.message == kHoldKey)
     {
-        std::array<BYTE, 256> keys{};
-        ::GetKeyboardState(keys.data());
-        keys[message.wParam] = message.lParam != 0 ? 0x80 : 0;
-        ::SetKeyboardState(keys.data()); // of the thread that takes the message
+        held[message.wParam] = message.lParam != 0 ? 0x80 : 0;
+        ::SetKeyboardState(held.data()); // of the thread that takes the message
+    }
+    else if (code == HC_ACTION && removed == PM_REMOVE && message.message == WM_KEYDOWN)
+    {
+        ::SetKeyboardState(held.data()); // the display may have told it of its own keys meanwhile
     }
     else if (code == HC_ACTION && removed == PM_REMOVE && message.message == kSignal)
     {
