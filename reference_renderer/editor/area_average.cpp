@@ -10,7 +10,7 @@ namespace
 
 void ScaleRow(const float* source, const AreaAxis& axis, float* target) noexcept
 {
-    for (std::size_t x = 0; x < axis.TargetLength(); ++x)
+    for (std::size_t x = 0; x < axis.Count(); ++x)
     {
         const AreaAxis::Cover cover = axis.Of(x);
         float sums[kChannels] = {};
@@ -30,9 +30,9 @@ void ScaleRow(const float* source, const AreaAxis& axis, float* target) noexcept
 class SidewaysRows
 {
 public:
-    SidewaysRows(const PixelRows& source, std::size_t width)
-        : m_source(source), m_axis(source.Width(), width), m_read(source.Width() * kChannels),
-          m_scaled(width * kChannels)
+    SidewaysRows(const PixelRows& source, const AreaAxis& axis)
+        : m_source(source), m_axis(axis), m_read(source.Width() * kChannels),
+          m_scaled(axis.Count() * kChannels)
     {
     }
 
@@ -49,7 +49,7 @@ public:
 
 private:
     const PixelRows& m_source;
-    AreaAxis m_axis;
+    const AreaAxis& m_axis;
     std::vector<float> m_read;
     std::vector<float> m_scaled;
     std::size_t m_row = SIZE_MAX;
@@ -58,22 +58,23 @@ private:
 } // namespace
 
 // Everything in units of 1 / (source x target) of the axis, so that no edge is rounded.
-AreaAxis::AreaAxis(std::size_t sourceLength, std::size_t targetLength)
+AreaAxis::AreaAxis(std::size_t sourceLength, std::size_t targetLength, std::size_t first,
+                   std::size_t count)
 {
-    m_starts.reserve(targetLength);
-    m_shares.reserve(sourceLength + 2 * targetLength);
-    for (std::size_t target = 0; target < targetLength; ++target)
+    m_starts.reserve(count);
+    m_shares.reserve(std::min(sourceLength, count * sourceLength / targetLength) + 2 * count);
+    for (std::size_t target = first; target < first + count; ++target)
     {
         const std::size_t begin = target * sourceLength;
         const std::size_t end = begin + sourceLength;
-        const std::size_t first = begin / targetLength;
+        const std::size_t from = begin / targetLength;
         const std::size_t last = (end - 1) / targetLength;
-        m_starts.push_back({first, last - first + 1, m_shares.size()});
-        for (std::size_t source = first; source <= last; ++source)
+        m_starts.push_back({from, last - from + 1, m_shares.size()});
+        for (std::size_t source = from; source <= last; ++source)
         {
-            const std::size_t from = std::max(begin, source * targetLength);
-            const std::size_t to = std::min(end, (source + 1) * targetLength);
-            m_shares.push_back(static_cast<float>(to - from) / static_cast<float>(sourceLength));
+            const std::size_t low = std::max(begin, source * targetLength);
+            const std::size_t high = std::min(end, (source + 1) * targetLength);
+            m_shares.push_back(static_cast<float>(high - low) / static_cast<float>(sourceLength));
         }
     }
 }
@@ -84,12 +85,13 @@ AreaAxis::Cover AreaAxis::Of(std::size_t target) const noexcept
     return {start.first, start.count, m_shares.data() + start.share};
 }
 
-void ScaleByArea(const PixelRows& source, std::size_t width, std::size_t height, PixelSink& sink)
+void ScaleByArea(const PixelRows& source, PixelSize whole, const PixelPart& part, PixelSink& sink)
 {
-    SidewaysRows rows(source, width);
-    const AreaAxis axis(source.Height(), height);
-    std::vector<float> sums(width * kChannels);
-    for (std::size_t y = 0; y < height; ++y)
+    const AreaAxis sideways(source.Width(), whole.width, part.left, part.size.width);
+    SidewaysRows rows(source, sideways);
+    const AreaAxis axis(source.Height(), whole.height, part.top, part.size.height);
+    std::vector<float> sums(part.size.width * kChannels);
+    for (std::size_t y = 0; y < axis.Count(); ++y)
     {
         const AreaAxis::Cover cover = axis.Of(y);
         std::fill(sums.begin(), sums.end(), 0.0F);

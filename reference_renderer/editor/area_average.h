@@ -12,12 +12,30 @@ namespace ReferenceRenderer
 
 inline constexpr std::size_t kChannels = 4; // of a pixel, alpha among them
 
+struct PixelSize
+{
+    std::size_t width = 0;
+    std::size_t height = 0;
+
+    friend bool operator==(const PixelSize&, const PixelSize&) = default;
+};
+
+struct PixelPart
+{
+    std::size_t left = 0;
+    std::size_t top = 0;
+    PixelSize size;
+
+    friend bool operator==(const PixelPart&, const PixelPart&) = default;
+};
+
 // One axis of a scaling: which source pixels a target pixel covers, and how much of each.
 class AreaAxis
 {
 public:
-    // Both at least 1.
-    AreaAxis(std::size_t sourceLength, std::size_t targetLength);
+    // Lengths are at least 1; of the target, `count` pixels from `first` on are wanted.
+    AreaAxis(std::size_t sourceLength, std::size_t targetLength, std::size_t first,
+             std::size_t count);
 
     struct Cover
     {
@@ -25,8 +43,8 @@ public:
         std::size_t count = 1;
         const float* shares = nullptr; // `count` of them; their sum is 1
     };
-    Cover Of(std::size_t target) const noexcept;
-    std::size_t TargetLength() const noexcept { return m_starts.size(); }
+    Cover Of(std::size_t target) const noexcept; // counted from the first that is wanted
+    std::size_t Count() const noexcept { return m_starts.size(); }
 
 private:
     struct Start
@@ -61,8 +79,9 @@ protected:
     ~PixelSink() = default;
 };
 
-// Hands every row of the scaled picture, `width` x `height` pixels, to `sink`, top to bottom.
-// Reads each source row at most twice. Throws std::bad_alloc before the first row.
-void ScaleByArea(const PixelRows& source, std::size_t width, std::size_t height, PixelSink& sink);
+// Hands every row of a part of the picture scaled to `whole` to `sink`, top to bottom: the pixels
+// that the whole would have there. Reads each source row at most twice. Throws std::bad_alloc
+// before the first row.
+void ScaleByArea(const PixelRows& source, PixelSize whole, const PixelPart& part, PixelSink& sink);
 
 } // namespace ReferenceRenderer

@@ -12,6 +12,7 @@
 #include <array>
 #include <cmath>
 #include <new>
+#include <utility>
 
 namespace ReferenceRenderer
 {
@@ -69,6 +70,9 @@ constexpr std::array kCommandKeys{
     CommandKey{'Y',   true,  false, IDC_REDO},
     CommandKey{VK_F7, false, false, IDC_STORE_STATE},
     CommandKey{VK_F8, false, false, IDC_SWAP_STATE},
+    CommandKey{'0',   true,  false, IDC_FIT},
+    CommandKey{'1',   true,  false, IDC_OWN_SIZE},
+    CommandKey{VK_F11, false, false, IDC_PICTURE_ALONE},
 };
 // clang-format on
 
@@ -130,6 +134,27 @@ void EditorActions::Place(const EditorLayout& layout)
     TellPicture();
 }
 
+void EditorActions::ShowPictureAlone(bool alone) noexcept
+{
+    if (alone)
+    {
+        ::SetFocus(m_picture.Window()); // the keyboard must not stay with a window that is hidden
+    }
+    for (HWND child = ::GetWindow(m_window, GW_CHILD); child != nullptr;
+         child = ::GetWindow(child, GW_HWNDNEXT))
+    {
+        if (child != m_picture.Window())
+        {
+            ::ShowWindow(child, alone ? SW_HIDE : SW_SHOWNA);
+        }
+    }
+}
+
+bool EditorActions::IsOverPicture(POINT screen) const noexcept
+{
+    return ::WindowFromPoint(screen) == m_picture.Window();
+}
+
 bool EditorActions::OnKey(HWND child, WPARAM key)
 {
     if (child != m_window && !::IsChild(m_window, child))
@@ -154,7 +179,7 @@ bool EditorActions::OnCommandKey(WPARAM key)
     {
         return false;
     }
-    OnCommand(found->command, 0, nullptr);
+    ::SendMessageW(m_window, WM_COMMAND, static_cast<WPARAM>(found->command), 0);
     return true;
 }
 
@@ -203,6 +228,11 @@ void EditorActions::OnCommand(int id, int what, HWND from)
         OnNumber(*number, what);
         return;
     }
+    if (id == IDC_PICTURE && what == PICTURE_VIEWED)
+    {
+        TellPicture();
+        return;
+    }
     if (!IsChosen(what, from))
     {
         return;
@@ -237,6 +267,12 @@ void EditorActions::OnCommand(int id, int what, HWND from)
         break;
     case IDC_SWAP_STATE:
         SwapState();
+        break;
+    case IDC_FIT:
+        m_picture.Fit();
+        break;
+    case IDC_OWN_SIZE:
+        m_picture.ShowOwnSize();
         break;
     case IDC_UNDO:
         Undo();
@@ -607,6 +643,8 @@ void EditorActions::PrepareLook()
 
 void EditorActions::TellPicture()
 {
+    const RECT area = RectOf(m_layout.pictureFacts);
+    ::InvalidateRect(m_window, &area, FALSE);
     m_texts.picture.clear();
     if (!m_preview.IsEmpty())
     {

@@ -43,6 +43,10 @@ public:
     void ShowLook(); // as it was given
     void SetTheme(const EditorTheme& theme) noexcept;
     void Place(const EditorLayout& layout);
+    // Hides everything else, or shows it again.
+    void ShowPictureAlone(bool alone) noexcept;
+    bool IsOverPicture(POINT screen) const noexcept;
+    HWND Picture() const noexcept { return m_picture.Window(); }
 
     void OnCommand(int id, int what, HWND from);
     void OnDrop(HDROP files);

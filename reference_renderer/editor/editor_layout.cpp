@@ -187,4 +187,13 @@ EditorLayout LayoutOf(Geometry::Extent client, int dpi) noexcept
     return Placing(client, dpi).Layout();
 }
 
+EditorLayout PictureAloneIn(Geometry::Extent client) noexcept
+{
+    EditorLayout layout;
+    layout.picture = {0, 0, client.width, client.height};
+    layout.panel = {client.width, 0, 0, client.height};
+    layout.footerTop = client.height;
+    return layout;
+}
+
 } // namespace ReferenceRenderer

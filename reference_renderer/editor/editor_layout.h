@@ -57,5 +57,7 @@ struct EditorLayout
 
 // Client areas below SmallestClient are laid out as if they had that size.
 EditorLayout LayoutOf(Geometry::Extent client, int dpi) noexcept;
+// The picture in the whole of it; everything else is empty.
+EditorLayout PictureAloneIn(Geometry::Extent client) noexcept;
 
 } // namespace ReferenceRenderer

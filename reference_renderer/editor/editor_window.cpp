@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include <windowsx.h>
+
 namespace ReferenceRenderer
 {
 
@@ -93,13 +95,22 @@ bool EditorWindow::Translate(MSG& message)
     {
         return true;
     }
+    if (message.message == WM_MOUSEWHEEL && ::IsChild(Window(), message.hwnd) &&
+        m_actions.IsOverPicture({GET_X_LPARAM(message.lParam), GET_Y_LPARAM(message.lParam)}))
+    {
+        message.hwnd = m_actions.Picture(); // and not the slider that happens to have the keyboard
+    }
     return ::IsDialogMessageW(Window(), &message) != FALSE;
 }
 
 // The two that end it are the window's, the others the look's.
 void EditorWindow::OnCommand(int id, int what, HWND from)
 {
-    if (id != IDOK && id != IDCANCEL)
+    if (id == IDC_PICTURE_ALONE || (m_pictureAlone && (id == IDOK || id == IDCANCEL)))
+    {
+        ShowPictureAlone(!m_pictureAlone); // Enter and Esc lead back, not out
+    }
+    else if (id != IDOK && id != IDCANCEL)
     {
         m_actions.OnCommand(id, what, from);
     }
@@ -107,6 +118,19 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
     {
         End(id == IDOK);
     }
+}
+
+void EditorWindow::ShowPictureAlone(bool alone)
+{
+    const HWND focus = ::GetFocus();
+    m_pictureAlone = alone;
+    m_actions.ShowPictureAlone(alone);
+    Lay();
+    if (!alone && ::IsChild(Window(), m_focusBefore))
+    {
+        ::SetFocus(m_focusBefore);
+    }
+    m_focusBefore = focus;
 }
 
 void EditorWindow::End(bool accepted) noexcept
@@ -171,7 +195,8 @@ void EditorWindow::Lay()
     {
         return;
     }
-    m_layout = LayoutOf(ClientSize(Window()), m_theme->Dpi());
+    const Geometry::Extent client = ClientSize(Window());
+    m_layout = m_pictureAlone ? PictureAloneIn(client) : LayoutOf(client, m_theme->Dpi());
     m_actions.Place(m_layout);
     ::InvalidateRect(Window(), nullptr, FALSE);
 }

@@ -1,6 +1,7 @@
 #include "reference_renderer/editor/picture_window.h"
 
 #include "reference_renderer/editor/resource.h"
+#include "support/win32/window_glue.h"
 
 #include <algorithm>
 #include <cmath>
@@ -71,9 +72,19 @@ void PictureWindow::SetCompare(Compare compare) noexcept
 
 double PictureWindow::Zoom() const noexcept
 {
-    return m_hasPixels ? static_cast<double>(m_picture.ScaledSize().height) /
-                             static_cast<double>(m_picture.Size().height)
-                       : 0.0;
+    return m_hasPixels ? m_view.Scale() : 0.0;
+}
+
+void PictureWindow::Fit() noexcept
+{
+    m_view.Fit();
+    Viewed();
+}
+
+void PictureWindow::ShowOwnSize() noexcept
+{
+    m_view.ZoomTo(1.0, m_view.Middle());
+    Viewed();
 }
 
 LRESULT PictureWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
@@ -99,29 +110,21 @@ LRESULT PictureWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         ::InvalidateRect(Window(), nullptr, FALSE);
         return 0;
     case WM_LBUTTONDOWN:
-        ::SetFocus(Window());
-        if (m_compare == Compare::Split)
-        {
-            ::SetCapture(Window());
-            m_dragging = true;
-            Drag(point.x);
-        }
+    case WM_MBUTTONDOWN:
+        Press(point, message == WM_MBUTTONDOWN);
         return 0;
     case WM_MOUSEMOVE:
-        if (m_dragging)
-        {
-            Drag(point.x);
-        }
-        else if (IsOnSplit(point))
-        {
-            ::SetCursor(::LoadCursorW(nullptr, IDC_SIZEWE));
-        }
+        Move(point);
         return 0;
     case WM_LBUTTONUP:
+    case WM_MBUTTONUP:
         ::ReleaseCapture();
         return 0;
     case WM_CAPTURECHANGED:
-        m_dragging = false;
+        m_drag = Drag::None;
+        return 0;
+    case WM_MOUSEWHEEL:
+        OnWheel(wParam, point);
         return 0;
     case WM_KEYDOWN:
         if (OnKey(wParam))
@@ -138,21 +141,30 @@ LRESULT PictureWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
 void PictureWindow::Resize() noexcept
 {
     m_hasPixels = false;
-    RECT client{};
-    ::GetClientRect(Window(), &client);
-    if (m_picture.IsEmpty() || client.right <= 0 || client.bottom <= 0)
+    const Geometry::Extent room = ClientSize(Window());
+    if (m_picture.IsEmpty() || room.width <= 0 || room.height <= 0)
     {
         return;
     }
+    m_view.SetRoom(room);
+    Scale();
+    Grade(Detail::Fine);
+    ::InvalidateRect(Window(), nullptr, FALSE);
+}
+
+void PictureWindow::Scale() noexcept
+{
     try
     {
-        const PixelSize size = m_picture.SizeWithin(
-            {static_cast<std::size_t>(client.right), static_cast<std::size_t>(client.bottom)});
-        PixelBitmap original(size.width, size.height);
-        PixelBitmap graded(size.width, size.height);
-        m_picture.Scale(size);
-        PixelBitmap coarse;
-        if (m_picture.HasCoarse())
+        const ViewPlace place = m_view.Place();
+        const PixelSize size = place.part.size;
+        const bool fits = m_hasPixels && size == m_picture.ScaledSize();
+        m_hasPixels = false;
+        PixelBitmap original = fits ? std::move(m_original) : PixelBitmap(size.width, size.height);
+        PixelBitmap graded = fits ? std::move(m_graded) : PixelBitmap(size.width, size.height);
+        m_picture.Scale(place.whole, place.part);
+        PixelBitmap coarse = fits ? std::move(m_coarse) : PixelBitmap();
+        if (m_picture.HasCoarse() && !fits)
         {
             const PixelSize smaller = m_picture.ScaledSize(Detail::Coarse);
             coarse = PixelBitmap(smaller.width, smaller.height);
@@ -169,8 +181,71 @@ void PictureWindow::Resize() noexcept
         m_graded = {};
         m_coarse = {}; // Paint says so
     }
-    Grade(Detail::Fine);
-    ::InvalidateRect(Window(), nullptr, FALSE);
+}
+
+// Shows what the view has come to.
+void PictureWindow::Viewed() noexcept
+{
+    if (m_picture.IsEmpty())
+    {
+        return;
+    }
+    Scale();
+    Regrade();
+    ::SendMessageW(::GetParent(Window()), WM_COMMAND,
+                   MAKEWPARAM(::GetDlgCtrlID(Window()), PICTURE_VIEWED),
+                   reinterpret_cast<LPARAM>(Window()));
+}
+
+void PictureWindow::OnWheel(WPARAM wParam, POINT screen) noexcept
+{
+    POINT point = screen;
+    ::ScreenToClient(Window(), &point);
+    const double notches = static_cast<double>(GET_WHEEL_DELTA_WPARAM(wParam)) / WHEEL_DELTA;
+    m_view.ZoomBy(notches, {point.x, point.y});
+    Viewed();
+}
+
+// The middle button always takes the picture; the left one does where it does not take the line,
+// which a picture that is shown whole leaves to it everywhere.
+void PictureWindow::Press(POINT point, bool middle) noexcept
+{
+    ::SetFocus(Window());
+    const bool canPan = m_view.CanPan();
+    if (!middle && m_compare == Compare::Split && (!canPan || IsOnSplit(point)))
+    {
+        ::SetCapture(Window());
+        m_drag = Drag::Split;
+        DragSplit(point.x);
+    }
+    else if (canPan)
+    {
+        ::SetCapture(Window());
+        m_drag = Drag::Picture;
+        m_last = point;
+    }
+}
+
+void PictureWindow::Move(POINT point) noexcept
+{
+    if (m_drag == Drag::Split)
+    {
+        DragSplit(point.x);
+    }
+    else if (m_drag == Drag::Picture)
+    {
+        m_view.PanBy(point.x - m_last.x, point.y - m_last.y);
+        m_last = point;
+        Viewed();
+    }
+    else if (IsOnSplit(point))
+    {
+        ::SetCursor(::LoadCursorW(nullptr, IDC_SIZEWE));
+    }
+    else if (m_view.CanPan())
+    {
+        ::SetCursor(::LoadCursorW(nullptr, IDC_SIZEALL));
+    }
 }
 
 void PictureWindow::Grade(Detail detail) noexcept
@@ -188,13 +263,7 @@ void PictureWindow::Grade(Detail detail) noexcept
 
 RECT PictureWindow::Area() const noexcept
 {
-    RECT client{};
-    ::GetClientRect(Window(), &client);
-    const auto width = static_cast<LONG>(m_picture.ScaledSize().width);
-    const auto height = static_cast<LONG>(m_picture.ScaledSize().height);
-    const LONG left = (client.right - width) / 2;
-    const LONG top = (client.bottom - height) / 2;
-    return {left, top, left + width, top + height};
+    return RectOf(m_view.Place().shown);
 }
 
 // The column, within the picture, where the graded part begins.
@@ -213,20 +282,49 @@ void PictureWindow::SplitAt(double share) noexcept
     ::RedrawWindow(Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
 }
 
-void PictureWindow::Drag(int pixel) noexcept
+void PictureWindow::DragSplit(int pixel) noexcept
 {
     const RECT area = Area();
     SplitAt(static_cast<double>(pixel - area.left) / std::max<LONG>(area.right - area.left, 1));
 }
 
+// Left and Right move the line where there is one; with Ctrl, as the other arrows do, the picture.
 bool PictureWindow::OnKey(WPARAM key) noexcept
 {
     constexpr double kStep = 0.01;
-    if (m_compare != Compare::Split || (key != VK_LEFT && key != VK_RIGHT))
+    const bool sideways = key == VK_LEFT || key == VK_RIGHT;
+    if (sideways && m_compare == Compare::Split && !IsDown(VK_CONTROL))
     {
+        SplitAt(m_split + (key == VK_LEFT ? -kStep : kStep));
+        return true;
+    }
+    const int step = m_theme->Px(40);
+    switch (key)
+    {
+    case VK_LEFT:
+        m_view.PanBy(step, 0);
+        break;
+    case VK_RIGHT:
+        m_view.PanBy(-step, 0);
+        break;
+    case VK_UP:
+        m_view.PanBy(0, step);
+        break;
+    case VK_DOWN:
+        m_view.PanBy(0, -step);
+        break;
+    case VK_ADD:
+    case VK_OEM_PLUS:
+        m_view.ZoomBy(1.0, m_view.Middle());
+        break;
+    case VK_SUBTRACT:
+    case VK_OEM_MINUS:
+        m_view.ZoomBy(-1.0, m_view.Middle());
+        break;
+    default:
         return false;
     }
-    SplitAt(m_split + (key == VK_LEFT ? -kStep : kStep));
+    Viewed();
     return true;
 }
 

@@ -1,11 +1,13 @@
 // The picture in the editor: graded, as it was, or both beside each other with a line between that
-// can be dragged, or moved with the arrow keys.
+// can be dragged, or moved with the arrow keys. The wheel zooms about the pointer; a picture that
+// is larger than its window is dragged.
 #pragma once
 
 #include "reference_renderer/core/row_runner.h"
 #include "reference_renderer/editor/editor_theme.h"
 #include "reference_renderer/editor/gdi_objects.h"
 #include "reference_renderer/editor/grading_pace.h"
+#include "reference_renderer/editor/picture_view.h"
 #include "reference_renderer/editor/preview_picture.h"
 #include "reference_renderer/editor/window_object.h"
 
@@ -19,12 +21,16 @@ enum class Compare
     Original,
 };
 
-// Window thread. What it is given is borrowed.
+// Tells its parent with WM_COMMAND when the view changes. Window thread. What it is given is
+// borrowed.
 class PictureWindow : public WindowObject<PictureWindow>
 {
 public:
     PictureWindow(PreviewPicture& picture, const PreparedLook& look, RowRunner& runner) noexcept
-        : m_picture(picture), m_look(look), m_runner(runner)
+        : m_picture(picture), m_look(look), m_runner(runner),
+          m_view(picture.IsEmpty()
+                     ? PictureView(1.0, 1.0)
+                     : PictureView(picture.Shape(), static_cast<double>(picture.Size().height)))
     {
     }
     ~PictureWindow() { Destroy(); }
@@ -39,17 +45,31 @@ public:
     Compare Shown() const noexcept { return m_compare; }
     // Pixels shown for each of the picture's, vertically.
     double Zoom() const noexcept;
+    void Fit() noexcept;
+    void ShowOwnSize() noexcept; // a pixel shown for each of the picture's
 
     LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
 
 private:
+    enum class Drag
+    {
+        None,
+        Split,
+        Picture,
+    };
+
     void Resize() noexcept;
+    void Scale() noexcept; // to what the view shows
+    void Viewed() noexcept;
+    void OnWheel(WPARAM wParam, POINT screen) noexcept;
+    void Press(POINT point, bool middle) noexcept;
+    void Move(POINT point) noexcept;
     void Grade(Detail detail) noexcept;
     void Sharpen() noexcept;
     RECT Area() const noexcept; // of the picture within the window
     LONG SplitColumn() const noexcept;
     void SplitAt(double share) noexcept;
-    void Drag(int pixel) noexcept;
+    void DragSplit(int pixel) noexcept;
     bool OnKey(WPARAM key) noexcept;
     bool IsOnSplit(POINT point) const noexcept;
     void Paint() const noexcept;
@@ -63,8 +83,10 @@ private:
     RowRunner& m_runner;
     const EditorTheme* m_theme = nullptr;
     Compare m_compare = Compare::Graded;
-    double m_split = 0.5; // share of the picture's width
-    bool m_dragging = false;
+    PictureView m_view;
+    double m_split = 0.5; // share of what is shown of the picture's width
+    Drag m_drag = Drag::None;
+    POINT m_last{};           // of the mouse, while the picture is dragged
     bool m_hasPixels = false; // the bitmaps are of the size that the picture is scaled to
     PixelBitmap m_original;
     PixelBitmap m_graded;

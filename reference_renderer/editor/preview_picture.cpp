@@ -2,7 +2,6 @@
 
 #include "contract/entry_points.h"
 #include "reference_renderer/core/colour_math.h"
-#include "reference_renderer/editor/area_average.h"
 
 #include <algorithm>
 #include <array>
@@ -168,48 +167,44 @@ PreviewPicture::PreviewPicture(const FrameBufferDesc* preview, bool linear)
     m_size = {preview->width, preview->height};
 }
 
-PixelSize PreviewPicture::SizeWithin(PixelSize room) const noexcept
+double PreviewPicture::Shape() const noexcept
 {
-    const double width = static_cast<double>(m_size.width) * m_aspect;
-    const auto height = static_cast<double>(m_size.height);
-    const double scale = std::min(static_cast<double>(room.width) / width,
-                                  static_cast<double>(room.height) / height);
-    const auto length = [scale](double full, std::size_t most) {
-        const auto scaled = static_cast<std::size_t>(std::lround(full * scale));
-        return std::clamp<std::size_t>(scaled, 1, std::max<std::size_t>(most, 1));
-    };
-    return {length(width, room.width), length(height, room.height)};
+    return static_cast<double>(m_size.width) * m_aspect / static_cast<double>(m_size.height);
 }
 
-void PreviewPicture::Scale(PixelSize size)
+void PreviewPicture::Scale(PixelSize whole, const PixelPart& part)
 {
-    if (IsEmpty() || size == m_fine.size)
+    if (IsEmpty() || (whole == m_whole && part == m_part))
     {
         return;
     }
-    ScaledCopy fine = Scaled(m_pixels.data(), m_size, size, m_linear);
+    ScaledCopy fine = Scaled(m_pixels.data(), m_size, whole, part, m_linear);
     ScaledCopy coarse;
-    if (const PixelSize smaller = CoarseSize(size); smaller != size)
+    if (const PixelSize smaller = CoarseSize(part.size); smaller != part.size)
     {
-        coarse = Scaled(fine.pixels.data(), size, smaller, false);
+        coarse = Scaled(fine.pixels.data(), part.size, smaller, {0, 0, smaller}, false);
     }
     m_fine = std::move(fine);
     m_coarse = std::move(coarse);
+    m_whole = whole;
+    m_part = part;
 }
 
 PreviewPicture::ScaledCopy PreviewPicture::Scaled(const std::byte* pixels, PixelSize from,
-                                                  PixelSize to, bool linear) const
+                                                  PixelSize whole, const PixelPart& part,
+                                                  bool linear) const
 {
+    const PixelSize to = part.size;
     ScaledCopy copy{to, std::vector<std::byte>(to.width * to.height * BytesPerPixel(m_format))};
     if (m_format == kFormatBgra8)
     {
         ByteSink sink(copy.pixels.data(), to.width);
-        ScaleByArea(ByteRows(pixels, from), to.width, to.height, sink);
+        ScaleByArea(ByteRows(pixels, from), whole, part, sink);
     }
     else
     {
         FloatSink sink(copy.pixels.data(), to.width, linear);
-        ScaleByArea(FloatRows(pixels, from), to.width, to.height, sink);
+        ScaleByArea(FloatRows(pixels, from), whole, part, sink);
     }
     return copy;
 }

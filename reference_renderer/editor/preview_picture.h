@@ -5,6 +5,7 @@
 
 #include "contract/frame_buffer_desc.h"
 #include "reference_renderer/core/frame_render.h"
+#include "reference_renderer/editor/area_average.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,14 +14,6 @@
 
 namespace ReferenceRenderer
 {
-
-struct PixelSize
-{
-    std::size_t width = 0;
-    std::size_t height = 0;
-
-    friend bool operator==(const PixelSize&, const PixelSize&) = default;
-};
 
 // How much of a picture there is to grade.
 enum class Detail
@@ -45,13 +38,14 @@ public:
     PixelSize Size() const noexcept { return m_size; }
     bool IsLinear() const noexcept { return m_linear; }
 
-    // The largest size inside `room` that keeps the shape of the picture, its pixel aspect
-    // included; at least 1 x 1.
-    PixelSize SizeWithin(PixelSize room) const noexcept;
+    // Width over height as a display with square pixels shows it.
+    double Shape() const noexcept;
 
-    // Makes the scaled copies, unless they have that size already. Linear light is averaged as such
-    // and then encoded. Throws std::bad_alloc, and keeps the copies that it had.
-    void Scale(PixelSize size);
+    // Makes the scaled copies: of a part of the picture when that had the size `whole`. Those that
+    // are of that part already stay. Linear light is averaged as such and then encoded. Throws
+    // std::bad_alloc, and keeps the copies that it had.
+    void Scale(PixelSize whole, const PixelPart& part);
+    void Scale(PixelSize whole) { Scale(whole, {0, 0, whole}); }
     // The coarse copy has at most kMostCoarsePixels; it is the fine one when that is as small.
     PixelSize ScaledSize(Detail detail = Detail::Fine) const noexcept { return Copy(detail).size; }
     bool HasCoarse() const noexcept { return !m_coarse.pixels.empty(); }
@@ -73,13 +67,16 @@ private:
     {
         return detail == Detail::Coarse && HasCoarse() ? m_coarse : m_fine;
     }
-    ScaledCopy Scaled(const std::byte* pixels, PixelSize from, PixelSize to, bool linear) const;
+    ScaledCopy Scaled(const std::byte* pixels, PixelSize from, PixelSize whole,
+                      const PixelPart& part, bool linear) const;
 
     std::uint32_t m_format = 0;
     bool m_linear = false;
     float m_aspect = 1.0F;
     PixelSize m_size;
     std::vector<std::byte> m_pixels; // rows without padding
+    PixelSize m_whole;               // what m_fine is a part of, and which
+    PixelPart m_part;
     ScaledCopy m_fine;
     ScaledCopy m_coarse; // empty when the fine one is small enough
 };

@@ -26,6 +26,9 @@ namespace ReferenceRenderer
 // What keys do that no window stands for; WM_COMMANDs too.
 #define IDC_UNDO 440
 #define IDC_REDO 441
+#define IDC_FIT 442
+#define IDC_OWN_SIZE 443
+#define IDC_PICTURE_ALONE 444
 
 // What a slider's WM_COMMAND says.
 #define SLIDER_MOVED 1
@@ -33,5 +36,8 @@ namespace ReferenceRenderer
 #define SLIDER_BEGAN 3     // a drag; before its first SLIDER_MOVED
 #define SLIDER_CANCELLED 4 // the drag that was begun last: everything as before it
 #define SLIDER_ENDED 5     // the drag that was begun last
+
+// What the picture's WM_COMMAND says: another part of it is shown, or another size.
+#define PICTURE_VIEWED 1
 
 } // namespace ReferenceRenderer

@@ -45,7 +45,7 @@ Floats RandomPicture(std::size_t width, std::size_t height)
 Floats Scaled(const Floats& source, std::size_t width, std::size_t height)
 {
     Floats target(width, height);
-    ScaleByArea(source, width, height, target);
+    ScaleByArea(source, {width, height}, {0, 0, {width, height}}, target);
     return target;
 }
 
@@ -115,7 +115,7 @@ TEST(AreaAverage, TheSharesOfAPixelAddUpToOneAndStayInside)
     {
         for (const std::size_t target : {1U, 3U, 8U, 853U, 1921U})
         {
-            const AreaAxis axis(source, target);
+            const AreaAxis axis(source, target, 0, target);
             for (std::size_t i = 0; i < target; ++i)
             {
                 const AreaAxis::Cover cover = axis.Of(i);

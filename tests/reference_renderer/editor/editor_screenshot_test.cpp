@@ -155,6 +155,23 @@ TEST_F(EditorScreenshot, ShowsAWindowOfItsFirstSizeWithoutALut)
     EXPECT_EQ(editor.CloseWith(IDCANCEL), 0);
 }
 
+TEST_F(EditorScreenshot, ShowsAPartOfAPhotographInMoreThanItsOwnSize)
+{
+    Load("rocket.jpg");
+    OpenEditor editor = Open();
+    ASSERT_NE(editor.Window(), nullptr);
+    editor.Click(IDC_STORE_STATE);
+    Grade(editor);
+    editor.Click(IDC_SHOW_SPLIT);
+    POINT pointer{300, 400};
+    ::ClientToScreen(editor.Child(IDC_PICTURE), &pointer);
+    ::SendMessageW(editor.Child(IDC_PICTURE), WM_MOUSEWHEEL, MAKEWPARAM(0, 5 * WHEEL_DELTA),
+                   MAKELPARAM(pointer.x, pointer.y));
+    Take(editor, "editor-close-up.png");
+    editor.PressKey(VK_F11, {});
+    Take(editor, "editor-picture-alone.png");
+}
+
 TEST_F(EditorScreenshot, ShowsADisplayOf144DotsPerInch)
 {
     Load("coffee.png");

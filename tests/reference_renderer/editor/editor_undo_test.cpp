@@ -3,6 +3,9 @@
 
 #include "tests/reference_renderer/core/look_fixtures.h"
 
+#include <array>
+#include <utility>
+
 namespace ReferenceRenderer
 {
 

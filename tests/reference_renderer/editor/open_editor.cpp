@@ -27,45 +27,33 @@ std::wstring TextOf(HWND window)
 constexpr UINT kHoldKey = WM_APP + 100; // wParam is down from then on, or up where lParam is 0
 constexpr UINT kSignal = WM_APP + 101;  // wParam is an event
 
+// In the wParam of a mouse message, that a test has made it.
+constexpr WPARAM kMade = 0x4000;
+
 LRESULT CALLBACK TakenByLoop(int code, WPARAM removed, LPARAM lParam) noexcept
 {
     static thread_local std::array<BYTE, 256> held{};
-    const auto& message = *reinterpret_cast<const MSG*>(lParam);
-    if (code == HC_ACTION && removed == PM_REMOVE && message.message == kHoldKey)
+    auto& message = *reinterpret_cast<MSG*>(lParam);
+    const bool taken = code == HC_ACTION && removed == PM_REMOVE;
+    if (taken && message.message == kHoldKey)
     {
         held[message.wParam] = message.lParam != 0 ? 0x80 : 0;
         ::SetKeyboardState(held.data()); // of the thread that takes the message
     }
-    else if (code == HC_ACTION && removed == PM_REMOVE && message.message == WM_KEYDOWN)
+    else if (taken && message.message == WM_KEYDOWN)
     {
         ::SetKeyboardState(held.data()); // the display may have told it of its own keys meanwhile
     }
-    else if (code == HC_ACTION && removed == PM_REMOVE && message.message == kSignal)
+    else if (taken && message.message == WM_MOUSEMOVE && (message.wParam & kMade) == 0)
+    {
+        message.message = WM_NULL; // the display's own pointer would move what a test holds
+    }
+    else if (taken && message.message == kSignal)
     {
         ::SetEvent(reinterpret_cast<HANDLE>(message.wParam));
     }
     return ::CallNextHookEx(nullptr, code, removed, lParam);
 }
-
-// Listens to what a thread's loop takes, for as long as this lives.
-class LoopListener
-{
-public:
-    explicit LoopListener(DWORD thread)
-        : m_hook(::SetWindowsHookExW(WH_GETMESSAGE, TakenByLoop, nullptr, thread))
-    {
-        if (m_hook == nullptr)
-        {
-            throw std::runtime_error("cannot listen to the editor's loop");
-        }
-    }
-    ~LoopListener() { ::UnhookWindowsHookEx(m_hook); }
-    LoopListener(const LoopListener&) = delete;
-    LoopListener& operator=(const LoopListener&) = delete;
-
-private:
-    HHOOK m_hook;
-};
 
 } // namespace
 
@@ -109,8 +97,17 @@ void ShownEditor::WaitFor(DWORD thread, const std::function<bool()>& gaveUp)
     });
     if (m_window != nullptr)
     {
+        m_hook = ::SetWindowsHookExW(WH_GETMESSAGE, TakenByLoop, nullptr, m_threadId);
         // Until its loop runs: it answers once everything that opening does is done.
         ::SendMessageW(m_window, WM_NULL, 0, 0);
+    }
+}
+
+ShownEditor::~ShownEditor()
+{
+    if (m_hook != nullptr)
+    {
+        ::UnhookWindowsHookEx(m_hook);
     }
 }
 
@@ -232,7 +229,6 @@ void ShownEditor::PostKey(WPARAM key) const
 
 void ShownEditor::Settle() const
 {
-    const LoopListener listener(m_threadId);
     const HANDLE taken = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
     ::PostMessageW(m_window, kSignal, reinterpret_cast<WPARAM>(taken), 0);
     const bool settled = ::WaitForSingleObject(taken, kDeadlineMs) == WAIT_OBJECT_0;
@@ -245,7 +241,6 @@ void ShownEditor::Settle() const
 
 void ShownEditor::PressKey(WPARAM key, std::initializer_list<WPARAM> held) const
 {
-    const LoopListener listener(m_threadId);
     for (const WPARAM other : held)
     {
         ::PostMessageW(m_window, kHoldKey, other, 1);
@@ -260,7 +255,8 @@ void ShownEditor::PressKey(WPARAM key, std::initializer_list<WPARAM> held) const
 
 void ShownEditor::Mouse(HWND child, UINT message, POINT point, WPARAM keys) const
 {
-    ::PostMessageW(child, message, keys, MAKELPARAM(point.x, point.y));
+    ::PostMessageW(child, message, keys | (message == WM_MOUSEMOVE ? kMade : 0),
+                   MAKELPARAM(point.x, point.y));
     Settle();
 }
 

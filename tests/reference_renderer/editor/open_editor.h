@@ -32,6 +32,7 @@ public:
     // or when `gaveUp` says that it will not.
     explicit ShownEditor(
         DWORD thread, const std::function<bool()>& gaveUp = [] { return false; });
+    ~ShownEditor();
     ShownEditor(const ShownEditor&) = delete;
     ShownEditor& operator=(const ShownEditor&) = delete;
 
@@ -59,7 +60,8 @@ public:
     void PostKey(WPARAM key) const;
     // The same while others are down; returns after the loop has taken it.
     void PressKey(WPARAM key, std::initializer_list<WPARAM> held) const;
-    // Mouse messages and letters by way of the loop too; return after it has taken them.
+    // Mouse messages and letters by way of the loop too; return after it has taken them. The
+    // display's own pointer moves nothing meanwhile.
     void Mouse(HWND child, UINT message, POINT point, WPARAM keys = 0) const;
     void ClickInto(HWND child) const;                 // the left button at its middle
     void TypeLetters(const std::wstring& text) const; // to the window that has the focus
@@ -75,6 +77,7 @@ private:
 
     HWND m_window = nullptr;
     DWORD m_threadId = 0;
+    HHOOK m_hook = nullptr; // on what the editor's loop takes
 };
 
 // An editor that is open on a thread of its own.

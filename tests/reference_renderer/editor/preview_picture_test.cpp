@@ -222,17 +222,44 @@ TEST(PreviewPicture, WithoutReadablePixelsThereIsNone)
     EXPECT_TRUE(PreviewPicture(&frame, false).IsEmpty());
 }
 
-TEST(PreviewPicture, FillsTheRoomInItsOwnShape)
+TEST(PreviewPicture, HasTheShapeThatItsPixelAspectGivesIt)
 {
     std::vector<std::uint32_t> pixels(std::size_t{72} * 40);
     FrameBufferDesc frame = Describe(kFormatBgra8, pixels.data(), 72, 40);
-    EXPECT_EQ(PreviewPicture(&frame, false).SizeWithin({720, 1000}), (PixelSize{720, 400}));
-    EXPECT_EQ(PreviewPicture(&frame, false).SizeWithin({1000, 20}), (PixelSize{36, 20}));
-    EXPECT_EQ(PreviewPicture(&frame, false).SizeWithin({0, 0}), (PixelSize{1, 1}));
+    EXPECT_DOUBLE_EQ(PreviewPicture(&frame, false).Shape(), 1.8);
     frame.aspect = 2.0F;
-    EXPECT_EQ(PreviewPicture(&frame, false).SizeWithin({720, 1000}), (PixelSize{720, 200}));
+    EXPECT_DOUBLE_EQ(PreviewPicture(&frame, false).Shape(), 3.6);
     frame.aspect = std::nanf("");
-    EXPECT_EQ(PreviewPicture(&frame, false).SizeWithin({720, 1000}), (PixelSize{720, 400}));
+    EXPECT_DOUBLE_EQ(PreviewPicture(&frame, false).Shape(), 1.8);
+}
+
+TEST(PreviewPicture, APartHasThePixelsThatTheWholeHasThere)
+{
+    std::vector<std::uint32_t> pixels(std::size_t{40} * 30);
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+    {
+        pixels[i] = static_cast<std::uint32_t>(i * 2654435761U);
+    }
+    const FrameBufferDesc frame = Describe(kFormatBgra8, pixels.data(), 40, 30);
+    for (const PixelSize whole : {PixelSize{17, 13}, PixelSize{40, 30}, PixelSize{95, 71}})
+    {
+        PreviewPicture all(&frame, false);
+        all.Scale(whole);
+        std::vector<std::uint32_t> expected(whole.width * whole.height);
+        all.WriteOriginal(expected);
+        PreviewPicture picture(&frame, false);
+        const PixelPart part{5, 3, {9, 7}};
+        picture.Scale(whole, part);
+        EXPECT_EQ(picture.ScaledSize(), part.size);
+        std::vector<std::uint32_t> found(part.size.width * part.size.height);
+        picture.WriteOriginal(found);
+        for (std::size_t i = 0; i < found.size(); ++i)
+        {
+            const std::size_t y = part.top + i / part.size.width;
+            const std::size_t x = part.left + i % part.size.width;
+            ASSERT_EQ(found[i], expected[y * whole.width + x]) << whole.width << " at " << i;
+        }
+    }
 }
 
 } // namespace
