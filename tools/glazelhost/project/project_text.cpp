@@ -1,8 +1,8 @@
 #include "tools/glazelhost/project/project_text.h"
 
+#include "reference_renderer/core/base64.h"
 #include "support/crc32.h"
 #include "tools/glazelhost/host_error.h"
-#include "tools/glazelhost/project/base64.h"
 
 #include <nlohmann/json.hpp>
 
@@ -35,7 +35,7 @@ std::uint32_t SealOf(const Json& json)
 
 std::vector<std::byte> RecordOf(const Json& json, const std::string& path, const std::string& whose)
 {
-    auto record = ParseBase64(json.get_ref<const std::string&>());
+    auto record = ReferenceRenderer::ParseBase64(json.get_ref<const std::string&>());
     if (!record)
     {
         ThrowDamagedProject(path, whose);
@@ -83,12 +83,12 @@ std::string TextOf(const StoredProject& stored)
               {"version", kVersion},
               {"effect", stored.effect},
               {"ease", stored.project.ease == Ease::Smooth ? kSmooth : kLinear},
-              {"look", Base64Of(stored.look)},
+              {"look", ReferenceRenderer::Base64Of(stored.look)},
               {"keyframes", Json::array()}};
     for (const Keyframe& keyframe : stored.project.keyframes)
     {
-        json["keyframes"].push_back(
-            {{"time", TextOf(keyframe.time)}, {"look", Base64Of(keyframe.record)}});
+        json["keyframes"].push_back({{"time", TextOf(keyframe.time)},
+                                     {"look", ReferenceRenderer::Base64Of(keyframe.record)}});
     }
     json["crc32"] = SealOf(json); // as it is without this member
     return json.dump(2) + '\n';

@@ -1,8 +1,8 @@
-#include "tools/glazelhost/project/base64.h"
+#include "reference_renderer/core/base64.h"
 
 #include <gtest/gtest.h>
 
-namespace GlazelHost
+namespace ReferenceRenderer
 {
 
 namespace
@@ -45,4 +45,4 @@ TEST(Base64, IsReadInItsOneSpellingAlone)
     }
 }
 
-} // namespace GlazelHost
+} // namespace ReferenceRenderer

@@ -1,9 +1,9 @@
-#include "tools/glazelhost/project/base64.h"
+#include "reference_renderer/core/base64.h"
 
 #include <algorithm>
 #include <cstdint>
 
-namespace GlazelHost
+namespace ReferenceRenderer
 {
 
 namespace
@@ -61,4 +61,4 @@ std::optional<std::vector<std::byte>> ParseBase64(std::string_view text)
     return Base64Of(bytes) == text ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
-} // namespace GlazelHost
+} // namespace ReferenceRenderer
