@@ -1,7 +1,9 @@
 #include "reference_renderer/editor/editor_actions.h"
 
 #include "reference_renderer/core/look_import.h"
+#include "reference_renderer/editor/clipboard_text.h"
 #include "reference_renderer/editor/look_files.h"
+#include "reference_renderer/editor/look_text.h"
 #include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/resource.h"
 #include "reference_renderer/editor/window_object.h"
@@ -48,6 +50,9 @@ std::wstring RangeText(const ControlFacts& facts)
                 " to " + ShortNumberText(facts.highest));
 }
 
+constexpr wchar_t kNoClipboard[] =
+    L"The clipboard cannot be used, perhaps because another program has it open: try again";
+
 // What a change of a control is called.
 std::string DeedText(const ControlFacts& facts, bool all)
 {
@@ -61,6 +66,7 @@ struct CommandKey
     bool ctrl;
     bool shift;
     int command;
+    bool alsoInNumbers = true; // where the box has no use of its own for the key
 };
 
 // clang-format off
@@ -68,6 +74,8 @@ constexpr std::array kCommandKeys{
     CommandKey{'Z',   true,  false, IDC_UNDO},
     CommandKey{'Z',   true,  true,  IDC_REDO},
     CommandKey{'Y',   true,  false, IDC_REDO},
+    CommandKey{'C',   true,  false, IDC_COPY_LOOK,  false},
+    CommandKey{'V',   true,  false, IDC_PASTE_LOOK, false},
     CommandKey{VK_F7, false, false, IDC_STORE_STATE},
     CommandKey{VK_F8, false, false, IDC_SWAP_STATE},
     CommandKey{'0',   true,  false, IDC_FIT},
@@ -162,17 +170,17 @@ bool EditorActions::OnKey(HWND child, WPARAM key)
         return false; // the host's windows may be on this thread too
     }
     const std::optional<std::size_t> number = m_controls.NumberOf(child);
-    return OnCommandKey(key) || (number && OnNumberKey(*number, key)) ||
+    return OnCommandKey(key, number.has_value()) || (number && OnNumberKey(*number, key)) ||
            (key == VK_ESCAPE && m_controls.CancelDrag());
 }
 
-bool EditorActions::OnCommandKey(WPARAM key)
+bool EditorActions::OnCommandKey(WPARAM key, bool inNumber)
 {
     const CommandKey pressed{key, IsDown(VK_CONTROL), IsDown(VK_SHIFT), 0};
     const auto* const found =
         std::find_if(kCommandKeys.begin(), kCommandKeys.end(), [&](const CommandKey& known) {
             return known.key == pressed.key && known.ctrl == pressed.ctrl &&
-                   known.shift == pressed.shift;
+                   known.shift == pressed.shift && (known.alsoInNumbers || !inNumber);
         });
     // Ctrl with Alt types a character on some keyboards.
     if (found == kCommandKeys.end() || IsDown(VK_MENU))
@@ -267,6 +275,12 @@ void EditorActions::OnCommand(int id, int what, HWND from)
         break;
     case IDC_SWAP_STATE:
         SwapState();
+        break;
+    case IDC_COPY_LOOK:
+        CopyLook();
+        break;
+    case IDC_PASTE_LOOK:
+        PasteLook();
         break;
     case IDC_FIT:
         m_picture.Fit();
@@ -490,6 +504,43 @@ std::wstring EditorActions::ImportOne(const std::wstring& file)
         said += L"; " + Wide(warning);
     }
     return said;
+}
+
+void EditorActions::CopyLook()
+{
+    if (!PutOnClipboard(m_window, LookText(m_record)))
+    {
+        Say(kNoClipboard, true);
+        return;
+    }
+    Say(L"The look is copied as text: paste it into another editor or a message");
+}
+
+void EditorActions::PasteLook()
+{
+    if (m_controls.CancelDrag())
+    {
+        return;
+    }
+    const std::optional<std::string> text = TextOnClipboard(m_window);
+    if (!text)
+    {
+        Say(kNoClipboard, true);
+        return;
+    }
+    ImportedLook pasted;
+    pasted.record = RecordOfText(*text).value_or(std::vector<std::uint8_t>());
+    pasted.kind = "look record";
+    pasted.title = LookDraft(pasted.record).Title();
+    if (!m_draft.Merge(pasted, ""))
+    {
+        Say(L"The clipboard holds no whole look: copy one in an editor and paste again", true);
+        return;
+    }
+    Say(L"The look is pasted");
+    ShowNumbers();
+    Changed();
+    Did("paste of a look");
 }
 
 void EditorActions::SetCompare(Compare compare) noexcept

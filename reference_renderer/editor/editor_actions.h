@@ -67,7 +67,7 @@ public:
 
 private:
     bool OnNumberKey(std::size_t index, WPARAM key);
-    bool OnCommandKey(WPARAM key);
+    bool OnCommandKey(WPARAM key, bool inNumber);
     void OnSlider(std::size_t index, int what);
     void OnSliderMoved(std::size_t index);
     void OnNumber(std::size_t index, int what);
@@ -79,6 +79,8 @@ private:
     void AskWhatToImport();
     void Import(const std::vector<std::wstring>& files);
     std::wstring ImportOne(const std::wstring& file); // what there is to say about it
+    void CopyLook();
+    void PasteLook();
     void SetCompare(Compare compare) noexcept;
 
     void Undo();

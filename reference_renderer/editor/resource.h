@@ -29,6 +29,8 @@ namespace ReferenceRenderer
 #define IDC_FIT 442
 #define IDC_OWN_SIZE 443
 #define IDC_PICTURE_ALONE 444
+#define IDC_COPY_LOOK 445
+#define IDC_PASTE_LOOK 446
 
 // What a slider's WM_COMMAND says.
 #define SLIDER_MOVED 1
