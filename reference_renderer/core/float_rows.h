@@ -1,9 +1,10 @@
 // Rows of pixels in floats, several at a time: to the last bit what the row functions give pixel by
-// pixel (row_functions.h). Pure: no windows.h. Tests:
-// tests/reference_renderer/core/float_rows_test.cpp.
+// pixel (row_functions.h). Codes not as fast as CodeLook (code_look.h), but for every look. Pure:
+// no windows.h. Tests: tests/reference_renderer/core/float_rows_test.cpp.
 #pragma once
 
 #include "reference_renderer/core/instruction_set.h"
+#include "reference_renderer/core/pixel_kind.h"
 
 #include <cstddef>
 
@@ -11,13 +12,6 @@ namespace ReferenceRenderer
 {
 
 class PreparedLook;
-
-enum class PixelKind
-{
-    Codes, // 8 bits a channel; not as fast as CodeLook (code_look.h), but for every look
-    Floats,
-    LinearFloats,
-};
 
 // Renders pixels of blue, green, red, alpha from the front of a row, as many as fill whole groups,
 // and answers how many. Source and target are the same memory or do not overlap.

@@ -110,7 +110,7 @@ LookExplanation Explain(const PreparedLook& look, PixelKind kind, const Rgb& inp
     LookExplanation told;
     told.input = EachOf(input, Finite<float>);
     Rgb value = told.input;
-    if (kind == PixelKind::LinearFloat)
+    if (kind == PixelKind::LinearFloats)
     {
         value = told.encoded.emplace(EachOf(value, EncodeSrgb<float>));
     }
@@ -131,13 +131,12 @@ LookExplanation Explain(const PreparedLook& look, PixelKind kind, const Rgb& inp
         }
         value = told.mixed.emplace(AtStrength(stored.strength, before, value));
     }
-    if (kind == PixelKind::LinearFloat)
+    if (kind == PixelKind::LinearFloats)
     {
         value = told.decoded.emplace(EachOf(EachOf(value, Finite<float>), DecodeSrgb<float>));
     }
-    told.result = kind == PixelKind::EightBit ? value : EachOf(value, Finite<float>);
-    told.codes =
-        kind == PixelKind::EightBit ? RenderedCodes(look, told.input) : CodesOf(told.result);
+    told.result = kind == PixelKind::Codes ? value : EachOf(value, Finite<float>);
+    told.codes = kind == PixelKind::Codes ? RenderedCodes(look, told.input) : CodesOf(told.result);
     return told;
 }
 

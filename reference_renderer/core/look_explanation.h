@@ -3,6 +3,7 @@
 #pragma once
 
 #include "reference_renderer/core/lut_sampling.h"
+#include "reference_renderer/core/pixel_kind.h"
 #include "reference_renderer/core/prepared_look.h"
 
 #include <array>
@@ -11,14 +12,6 @@
 
 namespace ReferenceRenderer
 {
-
-// How the pixel is rendered.
-enum class PixelKind
-{
-    EightBit,    // codes; never linear light
-    Float,       // display values
-    LinearFloat, // linear light
-};
 
 // What each step of a correction leaves.
 struct CdlSteps

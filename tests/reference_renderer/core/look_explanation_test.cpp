@@ -91,12 +91,12 @@ TEST(LookExplanation, ItsResultIsThatOfRenderedFloatsToTheLastBit)
         const auto prepared = Prepared(look);
         for (int i = 0; i < 400; ++i)
         {
-            for (const PixelKind kind : {PixelKind::Float, PixelKind::LinearFloat})
+            for (const PixelKind kind : {PixelKind::Floats, PixelKind::LinearFloats})
             {
                 const Rgb input{ValueOf(random), ValueOf(random), ValueOf(random)};
                 std::array<float, 4> pixel{input.b, input.g, input.r, 1.0F};
                 auto* const bytes = reinterpret_cast<std::byte*>(pixel.data());
-                prepared->RowFloat(kind == PixelKind::LinearFloat)(*prepared, bytes, bytes, 1);
+                prepared->RowFloat(kind == PixelKind::LinearFloats)(*prepared, bytes, bytes, 1);
                 const Rgb told = Explain(*prepared, kind, input).result;
                 ASSERT_TRUE(IsSame(told.r, pixel[2]) && IsSame(told.g, pixel[1]) &&
                             IsSame(told.b, pixel[0]))
@@ -119,7 +119,7 @@ TEST(LookExplanation, ItsCodesAreThoseOfRenderedCodes)
             const Rgb input{static_cast<float>(pixel[2]) / 255.0F,
                             static_cast<float>(pixel[1]) / 255.0F,
                             static_cast<float>(pixel[0]) / 255.0F};
-            const LookExplanation told = Explain(*prepared, PixelKind::EightBit, input);
+            const LookExplanation told = Explain(*prepared, PixelKind::Codes, input);
             auto* const bytes = reinterpret_cast<std::byte*>(pixel.data());
             prepared->Row8()(*prepared, bytes, bytes, 1);
             ASSERT_EQ(told.codes, (std::array<std::uint32_t, 3>{pixel[2], pixel[1], pixel[0]}));
@@ -133,7 +133,7 @@ TEST(LookExplanation, ItsCodesAreThoseOfRenderedCodes)
 TEST(LookExplanation, EveryStepOfACorrectionIsThere)
 {
     const Cdl cdl{{2.0F, 0.5F, 1.0F}, {0.25F, 0.125F, -0.5F}, {2.0F, 2.0F, 1.0F}, 0.5F};
-    const auto told = Explain(*Prepared(CdlLook(cdl)), PixelKind::Float, {0.5F, 0.25F, 0.25F});
+    const auto told = Explain(*Prepared(CdlLook(cdl)), PixelKind::Floats, {0.5F, 0.25F, 0.25F});
     ASSERT_TRUE(told.cdl);
     EXPECT_EQ(Distance(told.cdl->slope, {1.0F, 0.125F, 0.25F}), 0.0);
     EXPECT_EQ(Distance(told.cdl->offset, {1.25F, 0.25F, -0.25F}), 0.0);
@@ -144,7 +144,7 @@ TEST(LookExplanation, EveryStepOfACorrectionIsThere)
     EXPECT_EQ(Distance(told.cdl->result, told.result), 0.0);
     EXPECT_FALSE(told.encoded || told.curves || told.cube || told.mixed || told.decoded);
 
-    const auto free = Explain(*Prepared(CdlLook(cdl, CdlMode::Unclamped)), PixelKind::Float,
+    const auto free = Explain(*Prepared(CdlLook(cdl, CdlMode::Unclamped)), PixelKind::Floats,
                               {0.5F, 0.25F, 0.25F});
     EXPECT_EQ(Distance(free.cdl->limited, free.cdl->offset), 0.0);
     EXPECT_EQ(free.cdl->power.b, -0.25F);
@@ -156,7 +156,7 @@ TEST(LookExplanation, EntriesNodesAndWeightsAreThoseThatTheValueLiesBetween)
     look.curves = CurvesOf(3, [](double x) { return x; });
     look.strength = 0.5F;
     const auto prepared = Prepared(look);
-    const auto told = Explain(*prepared, PixelKind::Float, {0.75F, 0.3F, 1.0F});
+    const auto told = Explain(*prepared, PixelKind::Floats, {0.75F, 0.3F, 1.0F});
     ASSERT_TRUE(told.curves && told.cube && told.mixed);
     EXPECT_EQ(told.curves->places[0].entry, 1U);
     EXPECT_NEAR(told.curves->places[0].fraction, 0.5, 1e-5);
@@ -183,7 +183,7 @@ TEST(LookExplanation, EntriesNodesAndWeightsAreThoseThatTheValueLiesBetween)
 
 TEST(LookExplanation, LinearLightIsEncodedAndDecoded)
 {
-    const auto told = Explain(*Prepared(CubeLook(CubeOf(2, Inverted))), PixelKind::LinearFloat,
+    const auto told = Explain(*Prepared(CubeLook(CubeOf(2, Inverted))), PixelKind::LinearFloats,
                               {DecodeSrgb(0.25F), 1.0F, 0.0F});
     ASSERT_TRUE(told.encoded && told.decoded);
     EXPECT_NEAR(told.encoded->r, 0.25, 1e-5);

@@ -78,9 +78,9 @@ Source ColourOf(const ExplainCommand& command)
 void TellSteps(const std::vector<std::byte>& record, const PreparedLook& look, PixelReport& report)
 {
     report.isLinear = report.depth == SampleType::Float && LinearOption(record).value_or(true);
-    const PixelKind kind = report.depth == SampleType::Byte ? PixelKind::EightBit
-                           : report.isLinear                ? PixelKind::LinearFloat
-                                                            : PixelKind::Float;
+    const PixelKind kind = report.depth == SampleType::Byte ? PixelKind::Codes
+                           : report.isLinear                ? PixelKind::LinearFloats
+                                                            : PixelKind::Floats;
     report.stored = &look.Stored();
     report.steps = Explain(look, kind, report.input.colour);
 }

@@ -35,7 +35,7 @@ PixelReport ReportOf(const PreparedLook& look, SampleType depth, const Rgb& inpu
     report.input.colour = input;
     report.stored = &look.Stored();
     report.steps =
-        Explain(look, depth == SampleType::Byte ? PixelKind::EightBit : PixelKind::Float, input);
+        Explain(look, depth == SampleType::Byte ? PixelKind::Codes : PixelKind::Floats, input);
     report.rendered.colour = report.steps->result;
     return report;
 }
