@@ -227,7 +227,7 @@ HWND PageWindow::AddControl(const wchar_t* windowClass, const wchar_t* text, DWO
 
 void PageWindow::AddControls()
 {
-    AddControl(L"STATIC", L"", SS_LEFT | SS_CENTERIMAGE | SS_PATHELLIPSIS | SS_NOPREFIX, kStatusId);
+    AddControl(L"STATIC", L"", SS_LEFT | SS_EDITCONTROL | SS_NOPREFIX, kStatusId);
     m_focus = AddControl(L"BUTTON", L"&Save look\u2026", WS_TABSTOP | BS_PUSHBUTTON, kSaveLookId);
     const HWND copy =
         AddControl(L"BUTTON", L"&Copy command", WS_TABSTOP | BS_PUSHBUTTON, kCopyCommandId);

@@ -10,8 +10,9 @@ namespace
 
 constexpr int kGap = 8;
 constexpr Geometry::Extent kButton{120, 26};
-constexpr int kBar = kButton.height + 2 * kGap;
-constexpr int kLeastWidth = 480;  // the buttons and half a line of status
+constexpr int kStatus = 28; // two lines
+constexpr int kBar = kStatus + kButton.height + 3 * kGap;
+constexpr int kLeastWidth = 480;  // what the longest status fills twice
 constexpr int kLeastPicture = 90; // rows
 
 } // namespace
@@ -22,15 +23,14 @@ WindowLayout LayoutOf(Geometry::Extent client, int pageHeight) noexcept
     const int pageTop = std::max(barTop - pageHeight, 0);
     const auto buttonAt = [&](int placesFromRight) {
         const int x = client.width - placesFromRight * (kButton.width + kGap);
-        return Geometry::RectAt({x, barTop + kGap}, kButton);
+        return Geometry::RectAt({x, barTop + kStatus + 2 * kGap}, kButton);
     };
     WindowLayout layout;
     layout.picture = {0, 0, client.width, pageTop};
     layout.page = {0, pageTop, client.width, barTop - pageTop};
     layout.copyCommand = buttonAt(1);
     layout.saveLook = buttonAt(2);
-    layout.status = {kGap, barTop + kGap, std::max(layout.saveLook.left - 2 * kGap, 0),
-                     kButton.height};
+    layout.status = {kGap, barTop + kGap, std::max(client.width - 2 * kGap, 0), kStatus};
     return layout;
 }
 

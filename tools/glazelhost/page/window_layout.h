@@ -1,6 +1,6 @@
-// Where the parts of the page's window stand: the picture above, the effect's page below it, a line
-// of status and the buttons at the bottom. Pure: no windows.h.
-// Tests: tests/tools/glazelhost/page/window_layout_test.cpp.
+// Where the parts of the page's window stand: the picture above, the effect's page below it, two
+// lines of status, the buttons at the bottom. Pure: no windows.h. Tests:
+// tests/tools/glazelhost/page/window_layout_test.cpp.
 #pragma once
 
 #include "support/geometry.h"

@@ -20,7 +20,8 @@ TEST(WindowLayouts, PutPicturePageAndBarBelowEachOther)
     EXPECT_EQ(layout.page.Size(), (Geometry::Extent{800, kPageHeight}));
     const int bar = layout.page.Bottom();
     EXPECT_GE(layout.status.top, bar);
-    EXPECT_LE(layout.status.Right(), layout.saveLook.left);
+    EXPECT_LE(layout.status.Bottom(), layout.saveLook.top);
+    EXPECT_LE(layout.status.Right(), 800);
     EXPECT_LE(layout.saveLook.Right(), layout.copyCommand.left);
     EXPECT_LE(layout.copyCommand.Right(), 800);
     EXPECT_LE(layout.copyCommand.Bottom(), 600);
