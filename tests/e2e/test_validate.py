@@ -82,6 +82,8 @@ PLUG_INS = {
     "refuses_strange_looks": "plugin.hostile_state",
     "dies_on_threads": "plugin.threads",
 }
+# Whoever loads these ends so: every group of checks, of renderers and of plug-ins.
+WHEN_LOADED = {"ends_when_loaded": "CRASHED", "hangs_when_loaded": "TIMED OUT"}
 RENDERERS_BUILT_ALONE = ("without_RenderFrame", "init_fails")
 PLUG_IN_BUILT_ALONE = "without_DllCanUnloadNow"
 
@@ -147,6 +149,8 @@ def kill_matrix():
                   if animals[animal] == name]
         lines.append(f"| `{name}` | {level} | {sentence} | "
                      + ", ".join(f"`{animal}`" for animal in caught) + " |")
+    for animal, state in WHEN_LOADED.items():
+        lines.append(f"| each group | | can load the file | `{animal}`: {state.lower()} |")
     return "\n".join(lines) + "\n"
 
 
@@ -205,7 +209,8 @@ def test_every_check_catches_an_animal():
 def test_every_animal_of_the_sources_is_in_the_zoo(kind, animals):
     text = (SOURCES / f"zoo_{kind}.cpp").read_text()
     table = text[text.index("const Animal kAnimals"):text.index("// clang-format on")]
-    assert set(re.findall(r'^    \{"(\w+)"', table, re.M)) == set(animals) - set(RENDERERS_BUILT_ALONE)
+    assert (set(re.findall(r'^    \{"(\w+)"', table, re.M))
+            == {*animals, *WHEN_LOADED} - {*RENDERERS_BUILT_ALONE})
 
 
 def test_the_document_has_the_whole_kill_matrix():
@@ -265,6 +270,25 @@ def test_a_crash_and_a_hang_are_results_and_not_the_end(tmp_path):
         result = validate(file, "--only", group, "--only", "renderer.start", "--time-limit", 3)
         assert states(result) == {group: state, "renderer.start": "passed"}
         assert len(result.lines) == 1, result.lines
+
+
+@pytest.mark.parametrize("kind, groups", [("renderer", ("renderer.exports", "renderer.start")),
+                                          ("plug_in", ("plugin.exports", "plugin.factory"))])
+@pytest.mark.parametrize("animal, state", WHEN_LOADED.items())
+def test_what_a_file_does_when_it_is_loaded_is_a_result_of_each_group(kind, groups, animal, state,
+                                                                      tmp_path):
+    result = validate(cage(tmp_path, animal, kind), "--only", groups[0], "--only", groups[1],
+                      "--time-limit", 3)
+    assert result.code == NOT_HELD and states(result) == dict.fromkeys(groups, state)
+
+
+@pytest.mark.parametrize("animal, state", WHEN_LOADED.items())
+def test_what_the_renderer_of_a_plug_in_does_when_it_is_loaded_is_a_result(animal, state, tmp_path):
+    file = cage(tmp_path, animal, "renderer")
+    file.rename(file.with_name(RENDERER.name))
+    result = validate(PLUG_IN, "--renderer", file.parent, "--only", "plugin.state",
+                      "--time-limit", 3)
+    assert result.code == NOT_HELD and states(result) == {"plugin.state": state}
 
 
 def test_what_is_no_plug_in_or_renderer_cannot_be_judged(tmp_path):

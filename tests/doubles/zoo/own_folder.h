@@ -1,4 +1,4 @@
-// Where an animal of the zoo lives.
+// What animals of the zoo share: where one lives, and how one takes the process with it.
 #pragma once
 
 #include <windows.h>
@@ -24,4 +24,10 @@ inline std::string ProgramFolderPath()
     std::string path(MAX_PATH, '\0');
     path.resize(::GetModuleFileNameA(nullptr, path.data(), MAX_PATH));
     return path.substr(0, path.find_last_of('\\') + 1);
+}
+
+// As a failed assertion does. A fault would not: in DllMain the loader catches it.
+inline void EndTheProcess()
+{
+    ::TerminateProcess(::GetCurrentProcess(), 3);
 }

@@ -76,6 +76,8 @@ constexpr CLSID kPage = CLSID_PluginPP;
 // clang-format off
 const Animal kAnimals[]{
     {"without_DllCanUnloadNow", nullptr, {}, 0, nullptr}, // built without it
+    {"ends_when_loaded", nullptr, {}, 0, nullptr},
+    {"hangs_when_loaded", nullptr, {}, 0, nullptr},
     {"creates_unknown_classes", nullptr, {}, 0, nullptr},
     {"never_unloads", nullptr, {}, 0, nullptr},
     {"always_unloads", nullptr, {}, 0, nullptr},
@@ -200,6 +202,14 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*)
         const std::string name = OwnFolderName(&calls);
         self = std::find_if(std::begin(kAnimals), std::end(kAnimals),
                             [&](const Animal& row) { return name == row.name; });
+        if (self != std::end(kAnimals) && Is("ends_when_loaded"))
+        {
+            EndTheProcess();
+        }
+        if (self != std::end(kAnimals) && Is("hangs_when_loaded"))
+        {
+            ::Sleep(INFINITE);
+        }
         real = self != std::end(kAnimals)
                    ? ::LoadLibraryA((ProgramFolderPath() + "GlazelDX_x64.dll").c_str())
                    : nullptr;

@@ -76,6 +76,8 @@ struct Animal
 
 // clang-format off
 const Animal kAnimals[]{
+    {"ends_when_loaded", [] { EndTheProcess(); }},
+    {"hangs_when_loaded", [] { ::Sleep(INFINITE); }},
     {"starts_only_once", [] {
         now.initRenderer = [](std::uint32_t mode) { return ++calls == 1 ? real.initRenderer(mode) : 1; };
     }},

@@ -28,23 +28,23 @@ namespace GlazelHost
 namespace
 {
 
-// By what it exports. Loads the file, which the processes of the groups do again.
+// By what its file exports. What it does when it is loaded, it does to the processes of the groups.
 SubjectKind KindOf(const std::string& path)
 {
     LibraryState state;
-    const LoadedLibrary library = LoadLibraryFile(path, state);
-    if (!library)
+    const std::vector<std::string> exports = ExportsOfFile(path, state);
+    if (state.problem != LibraryProblem::None)
     {
         throw HostError(path, state.why, state.remedy);
     }
-    const auto exports = [&library](const char* name) {
-        return ::GetProcAddress(library.Get(), name) != nullptr;
+    const auto has = [&exports](std::string_view name) {
+        return std::ranges::find(exports, name) != exports.end();
     };
-    if (exports("DllGetClassObject"))
+    if (has("DllGetClassObject"))
     {
         return SubjectKind::PlugIn;
     }
-    if (std::ranges::any_of(RendererAPI::kEntryPoints, exports, &RendererAPI::EntryPointName::name))
+    if (std::ranges::any_of(RendererAPI::kEntryPoints, has, &RendererAPI::EntryPointName::name))
     {
         return SubjectKind::Renderer;
     }
@@ -138,9 +138,9 @@ ValidateReport Judge(const std::string& path, const ValidateOptions& options)
     report.files.push_back(FactsOfFile(NameOf(report.kind), path));
     if (report.kind == SubjectKind::PlugIn)
     {
-        const RendererLibrary renderer(options.rendererFolder);
-        renderer.Require();
-        report.files.push_back(FactsOfFile("renderer", renderer.State().path));
+        const RendererState renderer = StateOfRendererFile(options.rendererFolder);
+        RequireRenderer(renderer);
+        report.files.push_back(FactsOfFile("renderer", renderer.path));
     }
     report.machine = FactsOfThisMachine();
     report.time = TimeText();

@@ -101,7 +101,8 @@ void CollectMissing(const std::string& path, std::set<std::string>& seen,
     }
 }
 
-LibraryState StateBeforeLoading(const std::string& path)
+// `image` becomes what the file holds when there is no problem.
+LibraryState StateBeforeLoading(const std::string& path, PeImage& image)
 {
     if (!FileExists(path))
     {
@@ -115,20 +116,21 @@ LibraryState StateBeforeLoading(const std::string& path)
                 "check the file and its access rights",
                 {}};
     }
-    const auto image = ReadPeImage(*bytes, PeLayout::File);
-    if (!image)
+    auto read = ReadPeImage(*bytes, PeLayout::File);
+    if (!read)
     {
         return {
             LibraryProblem::NotALibrary, "it is not a Windows DLL", "install the file again", {}};
     }
-    if (image->machine != kMachineX64)
+    if (read->machine != kMachineX64)
     {
         return {LibraryProblem::WrongMachine,
-                "it is " + MachineName(image->machine) + " but this program is " +
+                "it is " + MachineName(read->machine) + " but this program is " +
                     MachineName(kMachineX64),
                 "use the 64-bit (x64) one",
                 {}};
     }
+    image = std::move(*read);
     return {LibraryProblem::None, {}, {}, {}};
 }
 
@@ -163,20 +165,6 @@ std::vector<std::string> SearchedFolders()
         }
     }
     return folders;
-}
-
-// Empty when no folder has it.
-std::string FirstFileOfName(const std::string& name)
-{
-    for (std::string& path : SearchedFolders())
-    {
-        path.append("\\").append(name);
-        if (FileExists(path))
-        {
-            return FullPath(path);
-        }
-    }
-    return {};
 }
 
 LibraryState StateAfterFailure(const std::string& path, DWORD error)
@@ -220,7 +208,8 @@ LoadedLibrary& LoadedLibrary::operator=(LoadedLibrary&& other) noexcept
 
 LoadedLibrary LoadLibraryFile(const std::string& path, LibraryState& state)
 {
-    state = StateBeforeLoading(path);
+    PeImage image;
+    state = StateBeforeLoading(path, image);
     if (state.problem != LibraryProblem::None)
     {
         return {};
@@ -245,12 +234,33 @@ LoadedLibrary LoadLibraryByName(const std::string& name, std::string& path, Libr
         return library;
     }
     path = FirstFileOfName(name);
-    state = StateBeforeLoading(path);
+    PeImage image;
+    state = StateBeforeLoading(path, image);
     if (state.problem == LibraryProblem::None)
     {
         state = StateAfterFailure(path, error);
     }
     return library;
+}
+
+std::vector<std::string> ExportsOfFile(const std::string& path, LibraryState& state)
+{
+    PeImage image;
+    state = StateBeforeLoading(path, image);
+    return std::move(image.exports);
+}
+
+std::string FirstFileOfName(const std::string& name)
+{
+    for (std::string& path : SearchedFolders())
+    {
+        path.append("\\").append(name);
+        if (FileExists(path))
+        {
+            return FullPath(path);
+        }
+    }
+    return {};
 }
 
 bool FileExists(const std::string& path)

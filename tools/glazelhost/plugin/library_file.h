@@ -59,6 +59,13 @@ LoadedLibrary LoadLibraryFile(const std::string& path, LibraryState& state);
 // first file of that name when it does not load, or empty when there is none.
 LoadedLibrary LoadLibraryByName(const std::string& name, std::string& path, LibraryState& state);
 
+// The names that a library exports, read from its file: nothing of it runs. The state says why
+// there are none when it cannot be a library for this program.
+std::vector<std::string> ExportsOfFile(const std::string& path, LibraryState& state);
+// The file of a plain name in the first folder that the system searches and that has it, else
+// empty.
+std::string FirstFileOfName(const std::string& name);
+
 bool FileExists(const std::string& path);
 // Folder of this program, without a final separator.
 std::string ProgramFolder();

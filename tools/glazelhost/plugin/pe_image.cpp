@@ -17,6 +17,7 @@ constexpr std::size_t kFileHeaderBytes = 24; // with the signature before it
 constexpr std::uint16_t kOptionalHeader64 = 0x20B;
 constexpr std::size_t kDirectoryCountField = 108; // of the 64-bit optional header
 constexpr std::size_t kDirectories = 112;
+constexpr std::uint32_t kExportDirectory = 0;
 constexpr std::uint32_t kImportDirectory = 1;
 constexpr std::uint32_t kDelayedImportDirectory = 13;
 constexpr std::size_t kSectionBytes = 40;
@@ -27,7 +28,7 @@ constexpr std::uint64_t kImportedByNumber = 1ULL << 63;
 
 // A damaged image may chain records for ever: no real one has as many.
 constexpr std::size_t kMostLibraries = 4096;
-constexpr std::size_t kMostSlots = 65536;
+constexpr std::size_t kMostSlots = 65536; // exports have numbers of 16 bits too
 constexpr std::size_t kLongestName = 512;
 
 struct Section
@@ -160,6 +161,24 @@ std::vector<ImportedLibrary> DelayedImportsOf(const Reader& reader, std::uint32_
     return libraries;
 }
 
+std::vector<std::string> ExportsOf(const Reader& reader, std::uint32_t table)
+{
+    const auto count = reader.AtAddress<std::uint32_t>(std::uint64_t{table} + 24);
+    const auto names = reader.AtAddress<std::uint32_t>(std::uint64_t{table} + 32);
+    std::vector<std::string> exports;
+    for (std::size_t index = 0; count && names && index < std::min<std::size_t>(*count, kMostSlots);
+         ++index)
+    {
+        const auto name = reader.AtAddress<std::uint32_t>(*names + std::uint64_t{index} * 4U);
+        if (!name)
+        {
+            break;
+        }
+        exports.push_back(reader.TextAtAddress(*name));
+    }
+    return exports;
+}
+
 // Address of a directory's table, 0 when the image has none.
 std::uint32_t DirectoryOf(const Reader& reader, std::uint64_t optionalHeader, std::uint32_t index)
 {
@@ -194,7 +213,7 @@ std::optional<PeImage> ReadPeImage(std::span<const std::byte> bytes, PeLayout la
     {
         return std::nullopt;
     }
-    PeImage image{*machine, (*characteristics & kIsDll) != 0, {}, {}};
+    PeImage image{*machine, (*characteristics & kIsDll) != 0, {}, {}, {}};
     const std::uint64_t optionalHeader = start + kFileHeaderBytes;
     if (reader.At<std::uint16_t>(optionalHeader) != kOptionalHeader64)
     {
@@ -218,6 +237,10 @@ std::optional<PeImage> ReadPeImage(std::span<const std::byte> bytes, PeLayout la
     if (const std::uint32_t table = DirectoryOf(reader, optionalHeader, kDelayedImportDirectory))
     {
         image.delayedImports = DelayedImportsOf(reader, table);
+    }
+    if (const std::uint32_t table = DirectoryOf(reader, optionalHeader, kExportDirectory))
+    {
+        image.exports = ExportsOf(reader, table);
     }
     return image;
 }

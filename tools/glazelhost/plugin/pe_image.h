@@ -1,4 +1,5 @@
-// Reads what the host needs of an executable image: for which machine it is and what it imports.
+// Reads what the host needs of an executable image: for which machine it is, what it imports and
+// what it exports.
 // Pure: no windows.h; works on a file's bytes and on a loaded module's memory, and on damaged ones
 // without reading outside them. Tests: tests/tools/glazelhost/plugin/pe_image_test.cpp.
 #pragma once
@@ -37,6 +38,7 @@ struct PeImage
     // Only of 64-bit images. Cut where the tables are damaged.
     std::vector<ImportedLibrary> imports;
     std::vector<ImportedLibrary> delayedImports; // loaded at the first call: may be missing
+    std::vector<std::string> exports;            // those that have a name
 };
 
 enum class PeLayout

@@ -25,7 +25,65 @@ constexpr std::uint32_t kLargestRecord = 131072;
 // A description is a few lines of text.
 constexpr std::uint32_t kLargestDescription = 1U << 20;
 
+std::string PathIn(const std::string& folder)
+{
+    return FullPath(folder + "\\" + RendererAPI::kLibraryName);
+}
+
+void SetNotFound(RendererState& state)
+{
+    state.path = RendererAPI::kLibraryName;
+    state.library.why = "the renderer is in none of the places where the system looks";
+    state.library.remedy = "name its folder with --renderer DIR";
+}
+
+template <typename Exports>
+void FindEntryPoints(RendererState& state, Exports&& exports)
+{
+    for (const RendererAPI::EntryPointName& entry : RendererAPI::kEntryPoints)
+    {
+        if (!exports(entry.name))
+        {
+            (entry.required ? state.missingEntryPoints : state.absentOptions)
+                .emplace_back(entry.name);
+        }
+    }
+}
+
 } // namespace
+
+void RequireRenderer(const RendererState& state)
+{
+    if (state.library.problem != LibraryProblem::None)
+    {
+        throw HostError(state.path, state.library.why, state.library.remedy);
+    }
+    if (!state.missingEntryPoints.empty())
+    {
+        throw HostError(state.path,
+                        "the renderer does not export " + Joined(state.missingEntryPoints),
+                        "use a renderer that has every required entry point");
+    }
+}
+
+RendererState StateOfRendererFile(const std::string& folder)
+{
+    RendererState state;
+    state.path = folder.empty() ? FirstFileOfName(RendererAPI::kLibraryName) : PathIn(folder);
+    const std::vector<std::string> exports = ExportsOfFile(state.path, state.library);
+    if (state.path.empty())
+    {
+        SetNotFound(state);
+    }
+    state.version = FileVersion(state.path);
+    if (state.library.problem == LibraryProblem::None)
+    {
+        FindEntryPoints(state, [&exports](std::string_view name) {
+            return std::ranges::find(exports, name) != exports.end();
+        });
+    }
+    return state;
+}
 
 RendererLibrary::RendererLibrary(const std::string& folder)
 {
@@ -35,7 +93,7 @@ RendererLibrary::RendererLibrary(const std::string& folder)
     }
     else
     {
-        m_state.path = FullPath(folder + "\\" + RendererAPI::kLibraryName);
+        m_state.path = PathIn(folder);
         // The effect asks for the plain name, and the renderer for what lies beside it.
         ::SetDllDirectoryW(Wide(FullPath(folder)).c_str());
         m_library = LoadLibraryFile(m_state.path, m_state.library);
@@ -44,7 +102,9 @@ RendererLibrary::RendererLibrary(const std::string& folder)
     if (m_library)
     {
         RedirectMessageBoxesOfLoadedModules();
-        FindEntryPoints();
+        FindEntryPoints(m_state, [this](const char* name) {
+            return ::GetProcAddress(m_library.Get(), name) != nullptr;
+        });
     }
 }
 
@@ -53,35 +113,7 @@ void RendererLibrary::LoadAsTheEffectDoes()
     m_library = LoadLibraryByName(RendererAPI::kLibraryName, m_state.path, m_state.library);
     if (m_state.path.empty())
     {
-        m_state.path = RendererAPI::kLibraryName;
-        m_state.library.why = "the renderer is in none of the places where the system looks";
-        m_state.library.remedy = "name its folder with --renderer DIR";
-    }
-}
-
-void RendererLibrary::FindEntryPoints()
-{
-    for (const RendererAPI::EntryPointName& entry : RendererAPI::kEntryPoints)
-    {
-        if (::GetProcAddress(m_library.Get(), entry.name) == nullptr)
-        {
-            (entry.required ? m_state.missingEntryPoints : m_state.absentOptions)
-                .emplace_back(entry.name);
-        }
-    }
-}
-
-void RendererLibrary::Require() const
-{
-    if (m_state.library.problem != LibraryProblem::None)
-    {
-        throw HostError(m_state.path, m_state.library.why, m_state.library.remedy);
-    }
-    if (!m_state.missingEntryPoints.empty())
-    {
-        throw HostError(m_state.path,
-                        "the renderer does not export " + Joined(m_state.missingEntryPoints),
-                        "use a renderer that has every required entry point");
+        SetNotFound(m_state);
     }
 }
 

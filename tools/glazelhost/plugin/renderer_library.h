@@ -34,6 +34,11 @@ struct RendererState
     }
 };
 
+// Throws HostError unless the renderer is usable.
+void RequireRenderer(const RendererState& state);
+// What its file tells of the renderer that RendererLibrary would load: nothing of it runs.
+RendererState StateOfRendererFile(const std::string& folder);
+
 // One at a time in a process, on one thread.
 class RendererLibrary
 {
@@ -45,8 +50,7 @@ public:
     RendererLibrary& operator=(const RendererLibrary&) = delete;
 
     const RendererState& State() const noexcept { return m_state; }
-    // Throws HostError unless the renderer is usable.
-    void Require() const;
+    void Require() const { RequireRenderer(m_state); }
 
     // Starts the renderer as an effect does, for an import without an effect. Throws HostError.
     void Start();
@@ -64,7 +68,6 @@ private:
     template <typename Function>
     Function* EntryPoint(const char* name) const noexcept;
     void LoadAsTheEffectDoes();
-    void FindEntryPoints();
     // What the renderer last produced, empty when that is nothing; none when it does not copy it.
     std::optional<std::vector<std::byte>> LastProduced() const;
     // The renderer's own words about a look or its failure; empty parts when it has none.

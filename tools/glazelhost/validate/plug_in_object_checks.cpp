@@ -1,6 +1,7 @@
 // What the plug-in's module, class objects and objects owe to COM.
 #include "contract/class_ids.h"
 #include "tools/glazelhost/plugin/effect_interfaces.h"
+#include "tools/glazelhost/plugin/message_boxes.h"
 #include "tools/glazelhost/validate/judged_plug_in.h"
 #include "tools/glazelhost/validate/load_check.h"
 #include "tools/glazelhost/validate/parallel.h"
@@ -95,6 +96,7 @@ void CheckPlugInExports(Check& check)
     {
         return;
     }
+    RedirectMessageBoxesOfLoadedModules();
     bool complete = true;
     for (const char* const name :
          {"DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer", "DllUnregisterServer"})

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 namespace GlazelHost
@@ -119,6 +120,17 @@ TEST(LibraryFile, ALibraryThatRefusesToStartGetsTheSystemsWords)
     EXPECT_EQ(state.problem, LibraryProblem::DoesNotLoad);
     EXPECT_NE(state.why.find("Windows error"), std::string::npos) << state.why;
     EXPECT_NE(state.remedy, "");
+}
+
+TEST(LibraryFile, WhatALibraryExportsIsReadWithoutRunningIt)
+{
+    LibraryState state;
+    ExportsOfFile(TestLibrary("refuses.dll"), state);
+    EXPECT_EQ(state.problem, LibraryProblem::None) << "it refuses only to be loaded";
+    const auto exports = ExportsOfFile("C:\\windows\\system32\\version.dll", state);
+    EXPECT_EQ(std::ranges::count(exports, "VerQueryValueW"), 1);
+    EXPECT_TRUE(ExportsOfFile(TestLibrary("nowhere.dll"), state).empty());
+    EXPECT_EQ(state.problem, LibraryProblem::NotFound);
 }
 
 TEST(LibraryFile, APlainNameGetsTheLibraryThatIsLoadedAlready)

@@ -35,6 +35,23 @@ TEST(PeImage, LibrariesThatAreLoadedAtTheFirstCallAreKeptApart)
     EXPECT_EQ(image->delayedImports[0].slots[0].function, "Later");
 }
 
+TEST(PeImage, AFileTellsTheNamesOfItsExports)
+{
+    const auto image = ReadPeImage(TinyDll().bytes, PeLayout::File);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->exports, (std::vector<std::string>{"First", "Second"}));
+}
+
+TEST(PeImage, ExportsEndWhereTheirTableLeavesTheFile)
+{
+    TinyDll file;
+    file.Put<std::uint32_t>(TinyDll::kFileOffset + 0x180 + 24, 0xFFFFFFFF); // names
+    const auto image = ReadPeImage(file.bytes, PeLayout::File);
+    ASSERT_TRUE(image);
+    ASSERT_EQ(image->exports.size(), (0x200u - 0x1B0u) / 4u); // to the end of the section
+    EXPECT_EQ(image->exports[1], "Second");
+}
+
 TEST(PeImage, ALoadedModuleIsReadByItsAddresses)
 {
     const TinyDll file;

@@ -78,6 +78,24 @@ TEST(RendererLibrary, AnEmptyFolderHasNoRenderer)
               std::string::npos);
 }
 
+TEST(RendererLibrary, TheFileAloneTellsWhatLoadingItTells)
+{
+    const std::string folders[]{Variant("complete"), Variant("without_optional"),
+                                Variant("without_GetSessionIcon"), ProgramFolder() + "\\libraries"};
+    for (const std::string& folder : folders)
+    {
+        const RendererState file = StateOfRendererFile(folder);
+        EXPECT_EQ(::GetModuleHandleA(RendererAPI::kLibraryName), nullptr) << "it was loaded";
+        const RendererLibrary renderer(folder);
+        EXPECT_EQ(file.path, renderer.State().path);
+        EXPECT_EQ(file.version, renderer.State().version);
+        EXPECT_EQ(file.library.problem, renderer.State().library.problem);
+        EXPECT_EQ(file.library.why, renderer.State().library.why);
+        EXPECT_EQ(file.missingEntryPoints, renderer.State().missingEntryPoints);
+        EXPECT_EQ(file.absentOptions, renderer.State().absentOptions);
+    }
+}
+
 TEST(RendererLibrary, ARendererThatDoesNotStartSaysWhatItAnswered)
 {
     RendererLibrary renderer(Variant("init_fails"));

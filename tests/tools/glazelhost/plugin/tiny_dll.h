@@ -12,8 +12,9 @@
 namespace GlazelHost
 {
 
-// The smallest 64-bit DLL that imports two functions of one library and one by number, and one
-// function of a library at its first call. One section: address 0x1000, file offset 0x200.
+// The smallest 64-bit DLL that imports two functions of one library and one by number, one function
+// of a library at its first call, and exports two functions. One section: address 0x1000, file
+// offset 0x200.
 class TinyDll
 {
 public:
@@ -32,6 +33,7 @@ public:
         constexpr std::size_t kOptional = 0x58;
         Put<std::uint16_t>(kOptional, 0x20B);
         Put<std::uint32_t>(kOptional + 108, 16);
+        Put<std::uint32_t>(kOptional + 112, kAddress + 0x180);         // exports
         Put<std::uint32_t>(kOptional + 112 + 8 * 1, kAddress);         // imports
         Put<std::uint32_t>(kOptional + 112 + 8 * 13, kAddress + 0x40); // delayed imports
         constexpr std::size_t kSection = kOptional + 240;
@@ -54,6 +56,12 @@ public:
         Put("Beep", kFileOffset + 0x112);
         Put<std::uint64_t>(kFileOffset + 0x150, kAddress + 0x160);
         Put("Later", kFileOffset + 0x162);
+        Put<std::uint32_t>(kFileOffset + 0x180 + 24, 2); // names
+        Put<std::uint32_t>(kFileOffset + 0x180 + 32, kAddress + 0x1B0);
+        Put<std::uint32_t>(kFileOffset + 0x1B0, kAddress + 0x1C0);
+        Put<std::uint32_t>(kFileOffset + 0x1B4, kAddress + 0x1D0);
+        Put("First", kFileOffset + 0x1C0);
+        Put("Second", kFileOffset + 0x1D0);
     }
 
     template <typename Number>
