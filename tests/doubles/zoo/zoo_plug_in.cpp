@@ -51,6 +51,25 @@ void Replace(IUnknown* object, std::size_t slot, void* call)
     }
 }
 
+// A surface that cannot be asked counts as one of the usual ones.
+bool HasAlignedRows(IUnknown& object)
+{
+    IDXSurface* surface = nullptr;
+    IDXARGBReadPtr* pointer = nullptr;
+    DXNATIVETYPEINFO native{};
+    if (SUCCEEDED(object.QueryInterface(IID_IDXSurface, reinterpret_cast<void**>(&surface))))
+    {
+        if (SUCCEEDED(surface->LockSurface(nullptr, 0, DXLOCKF_READ, IID_IDXARGBReadPtr,
+                                           reinterpret_cast<void**>(&pointer), nullptr)))
+        {
+            pointer->GetNativeType(&native);
+            pointer->Release();
+        }
+        surface->Release();
+    }
+    return native.lPitch % 4 == 0;
+}
+
 // What is replaced: one slot of one interface, counted from 0 with those of IUnknown.
 struct Animal
 {
@@ -106,6 +125,9 @@ const Animal kAnimals[]{
     {"takes_two_inputs", &kEffect, IID_IDXTransform, 6, Call(+[](void* object, IUnknown* const* in, ULONG ins, IUnknown* const* out, ULONG outs, DWORD flags) {
         return Original<IUnknown* const*, ULONG, IUnknown* const*, ULONG, DWORD>(object, in, std::min(ins, 1UL), out, outs, flags);
     })},
+    {"needs_aligned_rows", &kEffect, IID_IDXTransform, 6, Call(+[](void* object, IUnknown* const* in, ULONG ins, IUnknown* const* out, ULONG outs, DWORD flags) {
+        return ins == 1 && in != nullptr && in[0] != nullptr && !HasAlignedRows(*in[0]) ? E_INVALIDARG : Original<IUnknown* const*, ULONG, IUnknown* const*, ULONG, DWORD>(object, in, ins, out, outs, flags);
+    })},
     {"hides_failed_frames", &kEffect, IID_IDXTransform, 7, Call(+[](void* object, const GUID* id, const DXBNDS* clip, const DXVEC* place) {
         const HRESULT result = Original<const GUID*, const DXBNDS*, const DXVEC*>(object, id, clip, place);
         return result == DXTERR_UNINITIALIZED ? result : S_OK;
@@ -143,6 +165,12 @@ const Animal kAnimals[]{
         const ULONGLONG size = facts.cbSize.QuadPart;
         return size > 0 && size < 20 ? E_FAIL : Original<IStream*>(object, stream);
     })},
+    {"refuses_longer_looks", &kEffect, IID_IPersistStreamInit, 5, Call(+[](void* object, IStream* stream) {
+        STATSTG facts{};
+        if (stream == nullptr || FAILED(stream->Stat(&facts, STATFLAG_NONAME))) { return Original<IStream*>(object, stream); }
+        const ULONGLONG size = facts.cbSize.QuadPart;
+        return size > 130654 && size < 131072 ? E_FAIL : Original<IStream*>(object, stream);
+    })},
     {"tells_nobody", &kEffect, IID_IDXTSfAutomation, 9, Call(+[](void* object, ISfChangeSink*) { return Original<ISfChangeSink*>(object, nullptr); })},
     {"holds_keyframes", &kEffect, IID_IDXTSfAutomation, 6, Call(+[](void* object, IStream* out, IStream* a, IStream* b, double n) {
         return Original<IStream*, IStream*, IStream*, double>(object, out, a, b, n < 1.0 ? 0.0 : n);
@@ -161,6 +189,12 @@ const Animal kAnimals[]{
     {"takes_a_second_site", &kPage, IID_IPropertyPage, 3, Call(+[](void* object, IPropertyPageSite* site) {
         if (site != nullptr) { Original<IPropertyPageSite*>(object, nullptr); }
         return Original<IPropertyPageSite*>(object, site);
+    })},
+    {"stays_small", &kPage, IID_IPropertyPage, 4, Call(+[](void* object, HWND parent, const RECT* area, BOOL modal) {
+        if (area == nullptr) { return E_POINTER; }
+        RECT small = *area;
+        small.right = std::min(small.right, small.left + 1000);
+        return Original<HWND, const RECT*, BOOL>(object, parent, &small, modal);
     })},
     {"stays_open", &kPage, IID_IPropertyPage, 5, Call(+[](void*) { return S_OK; })},
 };

@@ -11,6 +11,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <string>
 
 namespace
@@ -26,6 +27,17 @@ bool failedImport = false;
 std::uint8_t* Pixels(const FrameBufferDesc& frame)
 {
     return static_cast<std::uint8_t*>(frame.pixels);
+}
+
+// 0 for 8 bits.
+float FirstBlue(const FrameBufferDesc& frame)
+{
+    float blue = 0.0F;
+    if (frame.format == kFormatBgraFloat)
+    {
+        std::memcpy(&blue, Pixels(frame), sizeof blue);
+    }
+    return blue;
 }
 
 // Changes the first pixel's blue.
@@ -146,6 +158,13 @@ const Animal kAnimals[]{
             if (target.pixels != nullptr) { const_cast<volatile std::uint8_t*>(Pixels(target))[-1] = 0; }
         });
     }},
+    {"believes_flipped_pitches", [] {
+        now.renderFrame = [](FrameBufferDesc* source, FrameBufferDesc* target, const void* record, std::uint32_t size, std::uint32_t flags, std::int32_t frame) {
+            const std::int32_t result = Render(source, target, record, size, flags, frame);
+            if ((flags & kRenderFlipped) != 0) { const_cast<volatile std::uint8_t*>(Pixels(*target))[-1] = 0; }
+            return result;
+        };
+    }},
     {"loses_alpha", [] {
         AfterEachFrame([](FrameBufferDesc&, FrameBufferDesc& target) {
             Pixels(target)[BytesPerPixel(target.format) - 1] ^= 1U;
@@ -217,6 +236,33 @@ const Animal kAnimals[]{
             static_cast<void>(size > 0 && bytes[0] == 'G' ? bytes[130000] : 0);
             return Render(source, target, record, size, flags, frame);
         };
+    }},
+    {"believes_later_versions", [] {
+        now.renderFrame = [](FrameBufferDesc* source, FrameBufferDesc* target, const void* record, std::uint32_t size, std::uint32_t flags, std::int32_t frame) {
+            const volatile auto* const bytes = static_cast<const volatile std::uint8_t*>(record);
+            // The next version is believed to be longer.
+            static_cast<void>(size > 8 && bytes[0] == 'G' && bytes[4] == 3 ? bytes[size] : 0);
+            return Render(source, target, record, size, flags, frame);
+        };
+    }},
+    {"refuses_longer_records", [] {
+        now.renderFrame = [](FrameBufferDesc* source, FrameBufferDesc* target, const void* record, std::uint32_t size, std::uint32_t flags, std::int32_t frame) {
+            const bool isLonger = size > 130654 && static_cast<const char*>(record)[0] == 'G';
+            return isLonger ? -7 : Render(source, target, record, size, flags, frame);
+        };
+    }},
+    {"trusts_numbers", [] {
+        AfterEachFrame([](FrameBufferDesc& source, FrameBufferDesc&) {
+            static const volatile std::uint8_t table[256]{};
+            // What a conversion answers that has no answer.
+            const volatile std::ptrdiff_t index = std::isnan(FirstBlue(source)) ? std::numeric_limits<std::ptrdiff_t>::min() : 0;
+            static_cast<void>(table[index]);
+        });
+    }},
+    {"differs_where_no_number_is", [] {
+        AfterEachFrame([](FrameBufferDesc& source, FrameBufferDesc& target) {
+            if (std::isnan(FirstBlue(source)) && ++calls % 2 == 0) { Pixels(target)[0] ^= 1U; }
+        });
     }},
     {"changes_records", [] {
         now.getSessionIcon = [](const void* record, std::uint32_t size, FrameBufferDesc* icon) {

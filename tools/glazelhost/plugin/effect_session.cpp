@@ -132,7 +132,7 @@ void EffectSession::CheckSurfaces()
 void EffectSession::Render(const Image& input, Image& output, const FrameInformation& information)
 {
     const SurfaceLayout layout{input.width, input.height, FormatFor(input.type, m_options),
-                               m_options.bottomUp};
+                               m_options.bottomUp, m_options.padding};
     if (!m_input || m_input->Pixels().Layout() != layout)
     {
         SetUp(layout);

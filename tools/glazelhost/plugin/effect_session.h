@@ -20,6 +20,7 @@ struct SurfaceOptions
 {
     bool bottomUp = false;
     bool premultiplied = false; // of 8-bit surfaces
+    int padding = 0;            // bytes behind each row
 };
 
 // On one thread, which has initialised COM; the module outlives it.
@@ -43,7 +44,10 @@ public:
 
 private:
     // Surfaces whose rows are those of an Image show the images' own memory.
-    bool ShowsImages() const noexcept { return !m_options.bottomUp && !m_options.premultiplied; }
+    bool ShowsImages() const noexcept
+    {
+        return !m_options.bottomUp && !m_options.premultiplied && m_options.padding == 0;
+    }
     void SetUp(const SurfaceLayout& layout);
     void Execute();
     void CheckSurfaces();

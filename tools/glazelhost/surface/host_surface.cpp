@@ -134,7 +134,7 @@ HRESULT CHostSurface::GetObjectSize(ULONG* size) noexcept
     }
     const SurfaceLayout& layout = m_pixels.Layout();
     const std::size_t bytes =
-        sizeof(*this) + layout.RowBytes() * static_cast<std::size_t>(layout.height);
+        sizeof(*this) + layout.PitchBytes() * static_cast<std::size_t>(layout.height);
     *size =
         static_cast<ULONG>(std::min<std::size_t>(bytes, MAXDWORD)); // large float images are larger
     return S_OK;

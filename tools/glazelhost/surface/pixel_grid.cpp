@@ -86,7 +86,7 @@ std::byte* PixelGrid::Row(int y) const noexcept
 {
     assert(y >= 0 && y < m_layout.height);
     const int stored = m_layout.bottomUp ? m_layout.height - 1 - y : y;
-    return m_pixels + m_layout.RowBytes() * static_cast<std::size_t>(stored);
+    return m_pixels + m_layout.PitchBytes() * static_cast<std::size_t>(stored);
 }
 
 std::byte* PixelGrid::At(int x, int y) const noexcept
@@ -96,13 +96,13 @@ std::byte* PixelGrid::At(int x, int y) const noexcept
 
 std::ptrdiff_t PixelGrid::Pitch() const noexcept
 {
-    const auto rowBytes = static_cast<std::ptrdiff_t>(m_layout.RowBytes());
-    return m_layout.bottomUp ? -rowBytes : rowBytes;
+    const auto pitch = static_cast<std::ptrdiff_t>(m_layout.PitchBytes());
+    return m_layout.bottomUp ? -pitch : pitch;
 }
 
 std::size_t PixelGrid::PixelsBytes() const noexcept
 {
-    return m_layout.RowBytes() * static_cast<std::size_t>(m_layout.height);
+    return m_layout.PitchBytes() * static_cast<std::size_t>(m_layout.height);
 }
 
 bool PixelGrid::GuardsAreIntact() const noexcept

@@ -25,6 +25,7 @@ struct SurfaceLayout
     int height = 0; // rows, > 0
     SurfaceFormat format = SurfaceFormat::Straight8;
     bool bottomUp = false; // the bottom row has the lowest address
+    int padding = 0;       // bytes behind each row, >= 0
 
     friend bool operator==(const SurfaceLayout&, const SurfaceLayout&) = default;
     std::size_t PixelBytes() const noexcept
@@ -32,9 +33,14 @@ struct SurfaceLayout
         return format == SurfaceFormat::StraightFloat ? 16U : 4U;
     }
     std::size_t RowBytes() const noexcept { return static_cast<std::size_t>(width) * PixelBytes(); }
+    // From one row to the next; how much of that is pixels says RowBytes.
+    std::size_t PitchBytes() const noexcept
+    {
+        return RowBytes() + static_cast<std::size_t>(padding);
+    }
 };
 
-// Rows without padding, between two guard bands that show whether somebody wrote past either end.
+// Rows and their padding, between two guard bands that show whether somebody wrote past either end.
 // Not synchronised: the surface's locks do that.
 class PixelGrid
 {

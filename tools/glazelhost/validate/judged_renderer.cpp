@@ -158,6 +158,34 @@ void JudgedPicture::FillAtRandom(Check& check)
     }
 }
 
+void JudgedPicture::FillWithStrangeNumbers(Check& check)
+{
+    constexpr std::array<std::uint32_t, 12> kBits{
+        0x7FC00000, // not a number
+        0xFFC00000, // the same, negative
+        0x7F800001, // signalling
+        0x7F800000, // infinite
+        0xFF800000, // the same, negative
+        0x7F7FFFFF, // the largest
+        0xFF7FFFFF, // the smallest
+        0x00000001, // beside zero
+        0x80000000, // negative zero
+        0x4F000000, // beyond 32-bit integers
+        0xBF800000, // -1
+        0x3F000000, // 0.5
+    };
+    for (std::uint32_t y = 0; y < m_shape.height; ++y)
+    {
+        const std::span<std::byte> row = Row(y);
+        for (std::size_t at = 0; at < row.size(); at += sizeof(float))
+        {
+            // The first of every picture is one of the strangest.
+            const std::uint32_t chosen = y == 0 && at == 0 ? 0 : check.Random(kBits.size());
+            std::memcpy(&row[at], &kBits[chosen], sizeof(float));
+        }
+    }
+}
+
 void JudgedPicture::Fill(std::byte value) noexcept
 {
     std::ranges::fill(m_memory.Bytes(), value);

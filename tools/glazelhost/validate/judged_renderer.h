@@ -82,6 +82,8 @@ public:
     std::span<std::byte> Row(std::uint32_t y) const noexcept;
     // Colours and alpha from 0 to 1 in whatever format.
     void FillAtRandom(Check& check);
+    // What floats can hold besides numbers from 0 to 1, alpha too: not a number, infinite, ...
+    void FillWithStrangeNumbers(Check& check);
     // Everything, the gaps included, with one byte.
     void Fill(std::byte value) noexcept;
     bool GapsHold(std::byte value) const noexcept;

@@ -22,6 +22,18 @@ struct FrameSize
     int width;
     int height;
 };
+constexpr int kWholePixels = 16; // the largest pixel; rows apart by these alone go to the renderer
+
+// How the rows lie, the way a host may have them: padded by whole pixels of both kinds, by some of
+// 8 bits only, and by no whole pixels.
+constexpr std::array kOrders{
+    SurfaceOptions{false, false},     SurfaceOptions{true, false},
+    SurfaceOptions{false, true},      SurfaceOptions{true, true},
+    SurfaceOptions{false, false, 16}, SurfaceOptions{true, false, 48},
+    SurfaceOptions{true, false, 4},   SurfaceOptions{false, false, 7},
+    SurfaceOptions{true, false, 21},
+};
+
 // clang-format off
 constexpr std::array kFrameSizes{
     FrameSize{1, 1}, FrameSize{2, 1}, FrameSize{1, 3}, FrameSize{17, 5}, FrameSize{64, 64},
@@ -67,7 +79,10 @@ std::string NameOf(const Image& image, const SurfaceOptions& options)
     return std::to_string(image.width) + " x " + std::to_string(image.height) +
            (image.type == SampleType::Byte ? " 8-bit" : " float") +
            (options.premultiplied ? " premultiplied" : "") +
-           (options.bottomUp ? " bottom-up" : "") + " frame";
+           (options.bottomUp ? " bottom-up" : "") + " frame" +
+           (options.padding != 0
+                ? " with " + std::to_string(options.padding) + " bytes behind each row"
+                : "");
 }
 
 // Two surfaces of which one refuses a call, and the effect between them.
@@ -133,8 +148,7 @@ void CheckEffectFrames(Check& check)
     const CComPtr<IUnknown> starter = plugIn.module.CreateEffect(); // it starts the renderer
     const JudgedRenderer renderer(plugIn.renderer.State().path);
     const Record look = plugIn.LookOf();
-    for (const SurfaceOptions& options :
-         {SurfaceOptions{false, false}, SurfaceOptions{true, false}, SurfaceOptions{false, true}})
+    for (const SurfaceOptions& options : kOrders)
     {
         EffectSession session(plugIn.module, options);
         EffectControls controls(session.Effect(), check.File());
@@ -149,8 +163,11 @@ void CheckEffectFrames(Check& check)
                     const Image picture = RandomImage(check, size, type);
                     Image output;
                     session.Render(picture, output, {1.0, 25.0, 400000});
-                    // A premultiplied surface rounds on the way in and out.
-                    const bool isExact = !options.premultiplied || type == SampleType::Float;
+                    // A premultiplied surface rounds on the way in and out, and the renderer is
+                    // told the pitch in pixels: of others it is asked that nothing else is written.
+                    const bool isExact = type == SampleType::Float
+                                             ? options.padding % kWholePixels == 0
+                                             : !options.premultiplied;
                     check.That(!isExact || output.pixels ==
                                                RenderedDirectly(renderer, picture, record).pixels,
                                NameOf(picture, options) + " is not what the renderer makes of it");

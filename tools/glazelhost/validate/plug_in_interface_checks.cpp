@@ -329,6 +329,28 @@ void CheckPageWindow(Check& check)
         check.Answers(S_OK, page->Deactivate(), "Deactivate");
         check.That(::GetWindow(parent, GW_CHILD) == nullptr, "after Deactivate there is a window");
     }
+    // A page has no scale of its own: on a larger display the host gives it a larger area.
+    PROPPAGEINFO info{};
+    info.cb = sizeof info;
+    std::ignore = page->GetPageInfo(&info);
+    const TaskMemory<WCHAR> title(info.pszTitle);
+    const TaskMemory<WCHAR> text(info.pszDocString);
+    const TaskMemory<WCHAR> help(info.pszHelpFile);
+    for (const LONG percent : {100L, 150L, 200L})
+    {
+        const RECT scaled{0, 0, info.size.cx * percent / 100, info.size.cy * percent / 100};
+        check.Answers(S_OK, page->Activate(parent, &scaled, FALSE), "Activate");
+        const HWND window = ::GetWindow(parent, GW_CHILD);
+        std::ignore = page->Show(SW_SHOW);
+        RECT client{};
+        ::GetClientRect(window, &client);
+        check.That(::EqualRect(&client, &scaled) != FALSE,
+                   "at " + std::to_string(percent) + " % the page does not fill its area");
+        ::UpdateWindow(window);
+        check.That(::GetUpdateRect(window, nullptr, FALSE) == FALSE,
+                   "at " + std::to_string(percent) + " % the page does not paint its whole area");
+        std::ignore = page->Deactivate();
+    }
     // A host that goes down may take the window away first.
     check.Answers(S_OK, page->Activate(parent, &area, FALSE), "Activate");
     ::DestroyWindow(parent);

@@ -1,6 +1,7 @@
 // What an effect keeps of a look: streams, storages, keyframes and what it tells of changes.
 #include "contract/class_ids.h"
 #include "contract/host_interfaces.h"
+#include "contract/option_chunk.h"
 #include "tools/glazelhost/media/memory_stream.h"
 #include "tools/glazelhost/plugin/effect_session.h"
 #include "tools/glazelhost/validate/fake_stream.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string>
 
 namespace GlazelHost
@@ -18,6 +20,7 @@ namespace
 {
 
 constexpr std::size_t kLargestStored = 131072; // bytes
+constexpr std::size_t kRendererHeader = kOptionChunk;
 
 std::vector<std::uint8_t> Octets(const Record& record)
 {
@@ -204,6 +207,16 @@ void CheckEffectHostileState(Check& check)
         flipped[at] ^= static_cast<std::byte>(1U << check.Random(8));
         keep("a record with a flipped bit", flipped);
     }
+    for (std::size_t at = 0; at < kRendererHeader; ++at)
+    {
+        Record later = look;
+        later[at] = static_cast<std::byte>(std::to_integer<unsigned>(later[at]) + 1);
+        keep("a record of another version", later);
+    }
+    Record longer = look;
+    std::ranges::copy(check.RandomBytes(std::min<std::size_t>(64, kLargestStored - look.size())),
+                      std::back_inserter(longer));
+    keep("a record with more behind it", longer);
     controls.LoadLook(Record(kLargestStored + 1));
     check.That(controls.StoredLook().empty(), "a record of more than 131072 bytes is stored");
     controls.LoadLook(look);

@@ -33,6 +33,7 @@ void CheckRendererFrameErrors(Check& check, const JudgedRenderer& renderer, cons
 void CheckRendererImportErrors(Check& check);
 void CheckRendererHostileRecords(Check& check);
 void CheckRendererUnload(Check& check);
+void CheckRendererHostilePixels(Check& check, const JudgedRenderer& renderer, const Record& look);
 void CheckRendererNoDesktop(Check& check);
 
 } // namespace GlazelHost

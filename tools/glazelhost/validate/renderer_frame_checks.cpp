@@ -1,4 +1,5 @@
 // What a renderer owes to those who give it frames: contract/entry_points.h.
+#include "contract/option_chunk.h"
 #include "tools/glazelhost/validate/parallel.h"
 #include "tools/glazelhost/validate/renderer_checks.h"
 
@@ -73,8 +74,12 @@ void CheckRendererFrames(Check& check, const JudgedRenderer& renderer, const Rec
             source.Memory().MakeReadOnly();
             FrameBufferDesc from = source.Description();
             FrameBufferDesc to = target.Description();
-            const std::int32_t result = renderer.Render(from, to, look);
             const std::string name = NameOf(shape);
+            check.That(renderer.Render(from, to, look, kRenderFrame | kRenderFlipped) ==
+                           kFrameRendered,
+                       name + ": stored bottom row first it is not rendered");
+            target.Fill(kUntouched);
+            const std::int32_t result = renderer.Render(from, to, look);
             check.That(result == kFrameRendered,
                        name + ": RenderFrame answers " + std::to_string(result) + " instead of 0");
             check.That(target.GapsHold(kUntouched), name + ": bytes between the rows are written");
@@ -128,6 +133,40 @@ void CheckRendererDeterminism(Check& check, const JudgedRenderer& renderer, cons
             OnThreads(1, [&](unsigned) { renderer.Render(from, to, look); });
             check.That(elsewhere.SameAs(expected),
                        NameOf(shape) + ": on another thread it comes out differently");
+        }
+    }
+}
+
+void CheckRendererHostilePixels(Check& check, const JudgedRenderer& renderer, const Record& look)
+{
+    for (const PictureShape& shape : kShapes)
+    {
+        if (shape.format != kFormatBgraFloat)
+        {
+            continue; // 8 bits are always a number
+        }
+        for (const std::uint32_t flags :
+             {kRenderFrame, kRenderFrame | kRenderLinear, kRenderFrame | kRenderFlipped})
+        {
+            JudgedPicture source(shape);
+            JudgedPicture first(shape);
+            JudgedPicture second(shape);
+            source.FillWithStrangeNumbers(check);
+            source.Memory().MakeReadOnly();
+            FrameBufferDesc from = source.Description();
+            for (JudgedPicture* target : {&first, &second})
+            {
+                target->Fill(kUntouched);
+                FrameBufferDesc to = target->Description();
+                const std::int32_t result = renderer.Render(from, to, look, flags);
+                check.That(result == kFrameRendered, NameOf(shape) + ": RenderFrame answers " +
+                                                         std::to_string(result) + " instead of 0");
+                check.That(target->GapsHold(kUntouched),
+                           NameOf(shape) + ": bytes between the rows are written");
+                check.That(target->SameAlphaAs(source), NameOf(shape) + ": alpha is not copied");
+            }
+            check.That(first.SameAs(second),
+                       NameOf(shape) + ": another time it comes out differently");
         }
     }
 }
@@ -224,6 +263,15 @@ void CheckRendererHostileRecords(Check& check)
     };
     const Record look = renderer.LookOf(check);
     ask("an empty record", {}, look);
+    for (std::size_t at = 0; at < std::min(look.size(), kOptionChunk); ++at)
+    {
+        Record later = look;
+        later[at] = static_cast<std::byte>(std::to_integer<unsigned>(later[at]) + 1);
+        ask("a record of another version", later, look);
+    }
+    Record longer = look;
+    longer.resize(look.size() + 64, std::byte{0x5A});
+    ask("a record with more behind it", longer, look);
     for (const std::size_t size : {1U, 7U, 19U, 20U, 21U, 64U, 4096U, 65537U, 131072U})
     {
         ask("random bytes", check.RandomBytes(size), look);

@@ -36,6 +36,7 @@ constexpr std::array kRendererGroups{
     CheckGroup{"renderer.import_errors", 6, "a file that is no look is refused and leaves nothing", CheckRendererImportErrors},
     CheckGroup{"renderer.unload", 6, "loads and unloads leave nothing in the process", CheckRendererUnload},
     CheckGroup{"renderer.hostile_records", 7, "a record may hold any bytes", CheckRendererHostileRecords},
+    CheckGroup{"renderer.hostile_pixels", 7, "a picture may hold any numbers", WithLook<CheckRendererHostilePixels>},
     CheckGroup{"renderer.no_desktop", 8, "the editor refuses where no window can be made", CheckRendererNoDesktop},
     CheckGroup{"renderer.concurrency", 9, "frames may be rendered at the same time", WithLook<CheckRendererConcurrency>},
 };

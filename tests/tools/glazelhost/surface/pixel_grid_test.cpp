@@ -41,6 +41,20 @@ TEST(PixelGrid, BottomUpRowsFollowEachOtherDownwardsInMemory)
     EXPECT_EQ(grid.Row(1) - grid.Row(0), -48);
 }
 
+TEST(PixelGrid, PaddingStandsBehindEachRowInEitherOrientation)
+{
+    const PixelGrid down({3, 2, SurfaceFormat::Straight8, false, 5});
+    EXPECT_EQ(down.Pitch(), 17);
+    EXPECT_EQ(down.Row(1), down.Row(0) + 17);
+    const PixelGrid up({3, 2, SurfaceFormat::Straight8, true, 5});
+    EXPECT_EQ(up.Pitch(), -17);
+    EXPECT_EQ(up.Row(0), up.Row(1) + 17);
+    up.Row(0)[16] = std::byte{1};
+    EXPECT_TRUE(up.GuardsAreIntact());
+    up.Row(0)[17] = std::byte{1};
+    EXPECT_FALSE(up.GuardsAreIntact());
+}
+
 TEST(PixelGrid, ItsPixelsAreZeroAtFirst)
 {
     const PixelGrid grid({2, 2, SurfaceFormat::Straight8, false});
