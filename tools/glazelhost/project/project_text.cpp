@@ -33,6 +33,16 @@ std::uint32_t SealOf(const Json& json)
     return Crc32(std::as_bytes(std::span(text)));
 }
 
+// As it stands there: a float need not have a value as an integer.
+const Json& WholeNumber(const Json& number, const std::string& path)
+{
+    if (!number.is_number_integer())
+    {
+        ThrowDamagedProject(path, "its text");
+    }
+    return number;
+}
+
 std::vector<std::byte> RecordOf(const Json& json, const std::string& path, const std::string& whose)
 {
     auto record = ReferenceRenderer::ParseBase64(json.get_ref<const std::string&>());
@@ -110,7 +120,7 @@ StoredProject ParseProject(std::string_view text, const std::string& path)
             return true;
         });
         // Before anything else is looked at: a newer form may have another seal.
-        const auto version = json.at("version").get<std::int64_t>();
+        const auto version = WholeNumber(json.at("version"), path).get<std::int64_t>();
         if (version > kVersion)
         {
             throw HostError(path,
@@ -119,7 +129,7 @@ StoredProject ParseProject(std::string_view text, const std::string& path)
                                 std::to_string(kVersion) + ")",
                             "use that version");
         }
-        const auto seal = json.at("crc32").get<std::uint32_t>();
+        const auto seal = WholeNumber(json.at("crc32"), path).get<std::uint64_t>();
         json.erase("crc32");
         if (version < 1 || seal != SealOf(json))
         {

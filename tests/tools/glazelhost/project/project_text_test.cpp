@@ -124,6 +124,23 @@ TEST(ProjectTexts, ANewerFormIsSaidToBeNewerWhateverElseItHolds)
     EXPECT_TRUE(Says(ErrorOf(R"({"format":"glazelhost project","version":2})"), "form 2"));
 }
 
+TEST(ProjectTexts, ASealAndAVersionAreWholeNumbersAsTheyStand)
+{
+    const std::string members = R"("format":"glazelhost project","version":1,"effect":"",)"
+                                R"("ease":"linear","look":"","keyframes":[])";
+    const std::uint64_t seal = Crc32(BytesOf("{" + members + "}"));
+    const auto error = [&](const std::string& number) {
+        return ErrorOf("{" + members + ",\"crc32\":" + number + "}");
+    };
+    EXPECT_EQ(error(std::to_string(seal)), "");
+    for (const std::string& number : {std::to_string(seal) + ".0", std::string("4e11"),
+                                      std::to_string(seal + (std::uint64_t{1} << 32))})
+    {
+        EXPECT_TRUE(Says(error(number), "damaged")) << number;
+    }
+    EXPECT_TRUE(Says(ErrorOf(R"({"format":"glazelhost project","version":1e300})"), "damaged"));
+}
+
 TEST(ProjectTexts, ASealDoesNotMakeNonsenseAProject)
 {
     const std::string head = R"("format":"glazelhost project","version":)";
