@@ -1,13 +1,13 @@
 #include "reference_renderer/editor/editor_actions.h"
 
 #include "reference_renderer/core/look_import.h"
-#include "reference_renderer/editor/clipboard_text.h"
 #include "reference_renderer/editor/look_files.h"
 #include "reference_renderer/editor/look_text.h"
 #include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/resource.h"
 #include "reference_renderer/editor/window_object.h"
 #include "reference_renderer/editor/windows_files.h"
+#include "support/win32/clipboard_text.h"
 #include "support/win32/utf8.h"
 
 #include <algorithm>
@@ -508,7 +508,7 @@ std::wstring EditorActions::ImportOne(const std::wstring& file)
 
 void EditorActions::CopyLook()
 {
-    if (!PutOnClipboard(m_window, LookText(m_record)))
+    if (PutOnClipboard(m_window, Wide(LookText(m_record))) != ERROR_SUCCESS)
     {
         Say(kNoClipboard, true);
         return;
@@ -522,14 +522,14 @@ void EditorActions::PasteLook()
     {
         return;
     }
-    const std::optional<std::string> text = TextOnClipboard(m_window);
+    const std::optional<std::wstring> text = TextOnClipboard(m_window);
     if (!text)
     {
         Say(kNoClipboard, true);
         return;
     }
     ImportedLook pasted;
-    pasted.record = RecordOfText(*text).value_or(std::vector<std::uint8_t>());
+    pasted.record = RecordOfText(Utf8(*text)).value_or(std::vector<std::uint8_t>());
     pasted.kind = "look record";
     pasted.title = LookDraft(pasted.record).Title();
     if (!m_draft.Merge(pasted, ""))

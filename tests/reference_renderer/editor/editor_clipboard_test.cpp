@@ -1,7 +1,8 @@
 // Looks that go from one editor to another as text.
 #include "tests/reference_renderer/editor/editor_fixture.h"
 
-#include "reference_renderer/editor/clipboard_text.h"
+#include "support/win32/clipboard_text.h"
+#include "support/win32/utf8.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 
 namespace ReferenceRenderer
@@ -15,13 +16,14 @@ class EditorClipboard : public EditorTest
 protected:
     static void Put(const char* text)
     {
-        ASSERT_TRUE(Eventually([&] { return PutOnClipboard(nullptr, text); }));
+        ASSERT_TRUE(
+            Eventually([&] { return PutOnClipboard(nullptr, Wide(text)) == ERROR_SUCCESS; }));
     }
     static std::string Held()
     {
-        std::optional<std::string> text;
+        std::optional<std::wstring> text;
         EXPECT_TRUE(Eventually([&] { return (text = TextOnClipboard(nullptr)).has_value(); }));
-        return text.value_or("");
+        return Utf8(text.value_or(L""));
     }
 };
 

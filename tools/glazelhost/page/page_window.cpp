@@ -1,10 +1,10 @@
 #include "tools/glazelhost/page/page_window.h"
 
+#include "support/win32/clipboard_text.h"
 #include "support/win32/utf8.h"
 #include "support/win32/window_glue.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/light_choice.h"
-#include "tools/glazelhost/page/clipboard.h"
 #include "tools/glazelhost/page/page_site.h"
 #include "tools/glazelhost/page/unix_shell.h"
 #include "tools/glazelhost/plugin/look.h"
@@ -531,7 +531,11 @@ void PageWindow::CopyCommand()
     {
         command.look.linear = true;
     }
-    PutOnClipboard(m_window, Wide(CommandLine(command)));
+    if (const DWORD error = PutOnClipboard(m_window, Wide(CommandLine(command))))
+    {
+        throw HostError("the clipboard", WindowsErrorText(error),
+                        "another program may be using it; try again");
+    }
     Tell("Command copied: " + NameOf(command.look.path) + " into " + NameOf(command.output));
 }
 

@@ -1,6 +1,7 @@
 // The page's window as a user works it, over the product and the reference renderer.
 #include "tools/glazelhost/commands/commands.h"
 
+#include "support/win32/clipboard_text.h"
 #include "support/win32/utf8.h"
 #include "tests/propertypage/page_frame.h"
 #include "tests/reference_renderer/editor/open_editor.h"
@@ -263,15 +264,9 @@ protected:
 
     static std::wstring Clipboard()
     {
-        std::wstring text;
-        EXPECT_TRUE(Eventually([] { return ::OpenClipboard(nullptr) != FALSE; }));
-        if (const HANDLE data = ::GetClipboardData(CF_UNICODETEXT))
-        {
-            text = static_cast<const wchar_t*>(::GlobalLock(data));
-            ::GlobalUnlock(data);
-        }
-        ::CloseClipboard();
-        return text;
+        std::optional<std::wstring> text;
+        EXPECT_TRUE(Eventually([&] { return (text = TextOnClipboard(nullptr)).has_value(); }));
+        return text.value_or(L"");
     }
     static void ClearClipboard()
     {
