@@ -55,8 +55,13 @@ export DISPLAY
 cmake/wine-run.sh cmd /c exit # makes the prefix
 wineserver -w
 wineserver -p
-# One window that stays open: without any, Wine starts its desktop anew for every test.
+# One window that stays open: without any, Wine starts its desktop anew for every test. A test that
+# came before it would start the desktop, with its own outputs, and not be over before that is.
 cmake/wine-run.sh notepad >/dev/null 2>&1 &
+for ((try = 0; try < 600; try++)); do
+  grep -qs explorer.exe /proc/[0-9]*/cmdline && break
+  sleep 0.1
+done
 
 # The tests of each preset, one preset after the other.
 run_tests() {
