@@ -113,6 +113,24 @@ ViewPlace PictureView::Place() const noexcept
             {x.start, y.start, static_cast<int>(x.length), static_cast<int>(y.length)}};
 }
 
+std::optional<PicturePixel> PictureView::PixelAt(Geometry::Point point,
+                                                 PixelSize size) const noexcept
+{
+    const ViewPlace place = Place();
+    if (!place.shown.Contains(point))
+    {
+        return {};
+    }
+    const auto pixel = [](int at, int start, std::size_t from, std::size_t whole,
+                          std::size_t length) {
+        const auto within = static_cast<std::size_t>(at - start) + from;
+        return (2 * within + 1) * length / (2 * whole);
+    };
+    return PicturePixel{
+        pixel(point.x, place.shown.left, place.part.left, place.whole.width, size.width),
+        pixel(point.y, place.shown.top, place.part.top, place.whole.height, size.height)};
+}
+
 double PictureView::FittingScale() const noexcept
 {
     return std::min(m_room.width / m_width, m_room.height / m_height);

@@ -5,6 +5,8 @@
 #include "reference_renderer/editor/area_average.h"
 #include "support/geometry.h"
 
+#include <optional>
+
 namespace ReferenceRenderer
 {
 
@@ -16,6 +18,14 @@ struct ViewPlace
     PixelSize whole;      // of the picture at its scale
     PixelPart part;       // of that, as much as the window has room for
     Geometry::Rect shown; // where that stands in the window
+};
+
+struct PicturePixel
+{
+    std::size_t column = 0;
+    std::size_t row = 0;
+
+    friend bool operator==(const PicturePixel&, const PicturePixel&) = default;
 };
 
 // A picture that fits its window, or one at a scale of its own with one of its points in the middle
@@ -47,6 +57,9 @@ public:
     double Scale() const noexcept { return m_fitted ? FittingScale() : m_scale; }
     Geometry::Point Middle() const noexcept { return {m_room.width / 2, m_room.height / 2}; }
     ViewPlace Place() const noexcept;
+    // The pixel of the picture, of `size`, that holds the middle of the window's pixel at `point`,
+    // whatever the scale. Nothing beside the picture.
+    std::optional<PicturePixel> PixelAt(Geometry::Point point, PixelSize size) const noexcept;
 
 private:
     double FittingScale() const noexcept;

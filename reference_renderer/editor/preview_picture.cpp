@@ -167,6 +167,72 @@ PreviewPicture::PreviewPicture(const FrameBufferDesc* preview, bool linear)
     m_size = {preview->width, preview->height};
 }
 
+void PreviewPicture::ReadRow(std::size_t row, std::size_t column, std::size_t step,
+                             std::size_t count, std::byte* pixels) const noexcept
+{
+    const std::size_t bytes = PixelBytes();
+    const std::byte* from = m_pixels.data() + (row * m_size.width + column) * bytes;
+    if (step == 1)
+    {
+        std::memcpy(pixels, from, count * bytes);
+    }
+    for (std::size_t i = 0; step != 1 && i < count; ++i, from += step * bytes)
+    {
+        std::memcpy(pixels + i * bytes, from, bytes);
+    }
+    for (std::size_t i = 0; m_linear && i < count * kChannels; ++i)
+    {
+        if (i % kChannels != kChannels - 1)
+        {
+            float value = 0.0F;
+            std::memcpy(&value, pixels + i * sizeof value, sizeof value);
+            value = EncodeSrgb(Finite(value));
+            std::memcpy(pixels + i * sizeof value, &value, sizeof value);
+        }
+    }
+}
+
+void PreviewPicture::WriteCodes(const PreparedLook* look, const std::byte* pixels, std::byte* codes,
+                                std::size_t count) const noexcept
+{
+    if (look != nullptr)
+    {
+        RowToCodes (*look)(*look, pixels, codes, count);
+    }
+    else if (m_format == kFormatBgra8)
+    {
+        std::memcpy(codes, pixels, count * kChannels);
+    }
+    else
+    {
+        RoundRow(reinterpret_cast<const float*>(pixels), codes, count);
+    }
+}
+
+Rgb PreviewPicture::ValueAt(std::size_t column, std::size_t row,
+                            const PreparedLook* look) const noexcept
+{
+    const std::byte* const pixel = m_pixels.data() + (row * m_size.width + column) * PixelBytes();
+    std::array<float, kChannels> floats{};
+    if (m_format == kFormatBgra8)
+    {
+        std::array<std::byte, kChannels> codes{};
+        WriteCodes(look, pixel, codes.data(), 1);
+        std::transform(codes.begin(), codes.end(), floats.begin(),
+                       [](std::byte code) { return static_cast<float>(code) / 255.0F; });
+    }
+    else
+    {
+        std::memcpy(floats.data(), pixel, sizeof floats);
+        if (look != nullptr)
+        {
+            auto* const bytes = reinterpret_cast<std::byte*>(floats.data());
+            look->RowFloat(m_linear)(*look, bytes, bytes, 1);
+        }
+    }
+    return {floats[2], floats[1], floats[0]};
+}
+
 double PreviewPicture::Shape() const noexcept
 {
     return static_cast<double>(m_size.width) * m_aspect / static_cast<double>(m_size.height);
@@ -211,14 +277,13 @@ PreviewPicture::ScaledCopy PreviewPicture::Scaled(const std::byte* pixels, Pixel
 
 void PreviewPicture::WriteOriginal(std::span<std::uint32_t> pixels) const noexcept
 {
-    auto* const target = reinterpret_cast<std::byte*>(pixels.data());
-    const std::size_t count = m_fine.size.width * m_fine.size.height;
-    if (m_format == kFormatBgra8)
-    {
-        std::memcpy(target, m_fine.pixels.data(), count * kChannels);
-        return;
-    }
-    RoundRow(reinterpret_cast<const float*>(m_fine.pixels.data()), target, count);
+    WriteCodes(nullptr, m_fine.pixels.data(), reinterpret_cast<std::byte*>(pixels.data()),
+               m_fine.size.width * m_fine.size.height);
+}
+
+RowFunction* PreviewPicture::RowToCodes(const PreparedLook& look) const noexcept
+{
+    return m_format == kFormatBgra8 ? look.Row8() : GradeFloatRow;
 }
 
 FrameJob PreviewPicture::GradingJob(const PreparedLook& look, std::span<std::uint32_t> pixels,
@@ -234,7 +299,7 @@ FrameJob PreviewPicture::GradingJob(const PreparedLook& look, std::span<std::uin
     job.height = copy.size.height;
     job.pixelBytes = BytesPerPixel(m_format);
     job.look = &look;
-    job.row = m_format == kFormatBgra8 ? look.Row8() : GradeFloatRow;
+    job.row = RowToCodes(look);
     return job;
 }
 

@@ -38,6 +38,20 @@ public:
     PixelSize Size() const noexcept { return m_size; }
     bool IsLinear() const noexcept { return m_linear; }
 
+    // Pixels of the caller's picture itself, none averaged with another, with the encoding in which
+    // they are shown: of row `row` the `count` from column `column` on, each `step`-th. `pixels`
+    // has PixelBytes for each. Any thread.
+    std::size_t PixelBytes() const noexcept { return BytesPerPixel(m_format); }
+    void ReadRow(std::size_t row, std::size_t column, std::size_t step, std::size_t count,
+                 std::byte* pixels) const noexcept;
+    // Such pixels as 8 bits of blue, green, red and alpha each, through `look` unless that is null.
+    // Any thread.
+    void WriteCodes(const PreparedLook* look, const std::byte* pixels, std::byte* codes,
+                    std::size_t count) const noexcept;
+    // Red, green and blue of one of the caller's pixels as the renderer has them: floats as they
+    // are, in linear light too, 8-bit codes as shares of 255. Through `look` unless that is null.
+    Rgb ValueAt(std::size_t column, std::size_t row, const PreparedLook* look) const noexcept;
+
     // Width over height as a display with square pixels shows it.
     double Shape() const noexcept;
 
@@ -67,6 +81,7 @@ private:
     {
         return detail == Detail::Coarse && HasCoarse() ? m_coarse : m_fine;
     }
+    RowFunction* RowToCodes(const PreparedLook& look) const noexcept;
     ScaledCopy Scaled(const std::byte* pixels, PixelSize from, PixelSize whole,
                       const PixelPart& part, bool linear) const;
 

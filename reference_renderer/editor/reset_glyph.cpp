@@ -1,5 +1,7 @@
 #include "reference_renderer/editor/reset_glyph.h"
 
+#include "reference_renderer/editor/pixel_mix.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -35,18 +37,6 @@ bool IsOnHead(double x, double y) noexcept
     const double down = y - (headY - kHeadReach * 0.75);
     return right >= 0.0 && down >= 0.0 && right <= kHeadReach * 1.5 && down <= kHeadReach * 1.5 &&
            right <= down;
-}
-
-std::uint32_t Mixed(std::uint32_t ground, std::uint32_t ink, double share) noexcept
-{
-    std::uint32_t pixel = 0;
-    for (unsigned shift = 0; shift < 24; shift += 8)
-    {
-        const double from = ground >> shift & 0xFF;
-        const double to = ink >> shift & 0xFF;
-        pixel |= static_cast<std::uint32_t>(std::lround(from + (to - from) * share)) << shift;
-    }
-    return pixel;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // Compares graded pictures with those of an independent program. Needs ffmpeg.
 #include "reference_renderer/core/prepared_look.h"
+#include "tests/reference_renderer/core/ffmpeg_samples.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 
 #include <gtest/gtest.h>
@@ -27,32 +28,6 @@ namespace
 namespace fs = std::filesystem;
 
 const fs::path kSamples = fs::path(GLAZEL_SOURCE_DIR) / "samples";
-
-struct PipeCloser
-{
-    void operator()(std::FILE* pipe) const { ::pclose(pipe); }
-};
-
-// Everything that ffmpeg writes for these arguments. Throws when that is nothing.
-template <typename Sample>
-std::vector<Sample> SamplesFrom(const std::string& arguments)
-{
-    const std::string command = "ffmpeg -v error -nostdin " + arguments + " -f rawvideo -";
-    const std::unique_ptr<std::FILE, PipeCloser> pipe(::popen(command.c_str(), "r"));
-    std::vector<std::uint8_t> bytes;
-    std::array<std::uint8_t, 65536> block{};
-    while (const std::size_t got = std::fread(block.data(), 1, block.size(), pipe.get()))
-    {
-        bytes.insert(bytes.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(got));
-    }
-    if (bytes.empty() || bytes.size() % sizeof(Sample) != 0)
-    {
-        throw std::runtime_error("no picture from: " + command);
-    }
-    std::vector<Sample> samples(bytes.size() / sizeof(Sample));
-    std::memcpy(samples.data(), bytes.data(), bytes.size());
-    return samples;
-}
 
 std::string TextOf(const fs::path& path)
 {

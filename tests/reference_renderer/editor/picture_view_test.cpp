@@ -129,6 +129,36 @@ TEST(PictureView, ARoomThatIsLargerThanThePictureWasEnlargesIt)
     EXPECT_DOUBLE_EQ(view.Scale(), 0.2);
 }
 
+TEST(PictureView, ThePixelAtAPlaceIsThePicturesOwnWhateverTheScale)
+{
+    constexpr PixelSize kSize{1800, 1000};
+    PictureView view = ViewOf(kWide, 1000, {450, 300});
+    EXPECT_EQ(view.PixelAt({0, 25}, kSize), (PicturePixel{2, 2})) << "one in four";
+    EXPECT_EQ(view.PixelAt({449, 274}, kSize), (PicturePixel{1798, 998}));
+    EXPECT_EQ(view.PixelAt({0, 24}, kSize), std::nullopt) << "above the picture";
+    EXPECT_EQ(view.PixelAt({0, 275}, kSize), std::nullopt);
+    EXPECT_EQ(view.PixelAt({450, 100}, kSize), std::nullopt);
+    EXPECT_EQ(view.PixelAt({-1, 100}, kSize), std::nullopt);
+    view.ZoomTo(1.0, view.Middle());
+    const PicturePixel middle = *view.PixelAt(view.Middle(), kSize);
+    EXPECT_EQ(view.PixelAt({view.Middle().x + 7, view.Middle().y - 3}, kSize),
+              (PicturePixel{middle.column + 7, middle.row - 3}));
+    view.PanBy(10, 5);
+    EXPECT_EQ(view.PixelAt(view.Middle(), kSize),
+              (PicturePixel{middle.column - 10, middle.row - 5}));
+    view.ZoomTo(8.0, {100, 100});
+    const PicturePixel near = *view.PixelAt({100, 100}, kSize);
+    EXPECT_NEAR(ColumnAt(view, 1800, 100), static_cast<double>(near.column), 1.0);
+    EXPECT_EQ(view.PixelAt({108, 92}, kSize), (PicturePixel{near.column + 1, near.row - 1}));
+}
+
+TEST(PictureView, PixelsOfAPictureWithWidePixelsAreCountedInItsOwnColumns)
+{
+    const PictureView view = ViewOf(2.0, 100, {400, 200}); // 100 columns, twice as wide
+    EXPECT_EQ(view.PixelAt({399, 0}, {100, 100}), (PicturePixel{99, 0}));
+    EXPECT_EQ(view.PixelAt({202, 100}, {100, 100}), (PicturePixel{50, 50}));
+}
+
 } // namespace
 
 } // namespace ReferenceRenderer

@@ -262,6 +262,27 @@ TEST(PreviewPicture, APartHasThePixelsThatTheWholeHasThere)
     }
 }
 
+TEST(PreviewPicture, RowsOfThePictureItselfAreReadInStepsWithoutAnAverage)
+{
+    std::vector<std::uint32_t> pixels(std::size_t{10} * 3);
+    for (std::uint32_t i = 0; i < pixels.size(); ++i)
+    {
+        pixels[i] = i % 2 == 0 ? 0xFFFFFFFF : i;
+    }
+    const FrameBufferDesc frame = Describe(kFormatBgra8, pixels.data(), 10, 3);
+    PreviewPicture picture(&frame, false);
+    picture.Scale({5, 2}); // means, which must not be seen here
+    std::array<std::uint32_t, 3> read{};
+    auto* const bytes = reinterpret_cast<std::byte*>(read.data());
+    picture.ReadRow(1, 1, 3, 3, bytes);
+    EXPECT_EQ(read, (std::array{pixels[11], pixels[14], pixels[17]}));
+    picture.ReadRow(2, 7, 1, 3, bytes);
+    EXPECT_EQ(read, (std::array{pixels[27], pixels[28], pixels[29]}));
+    const auto inverting = Prepared(CubeLook(CubeOf(2, Inverted)));
+    picture.WriteCodes(inverting.get(), bytes, bytes, 3);
+    EXPECT_EQ(read[1], (pixels[28] & 0xFF000000U) | (~pixels[28] & 0xFFFFFFU));
+}
+
 } // namespace
 
 } // namespace ReferenceRenderer
