@@ -4,6 +4,7 @@
 #include "reference_renderer/editor/look_files.h"
 #include "reference_renderer/editor/look_text.h"
 #include "reference_renderer/editor/number_text.h"
+#include "reference_renderer/editor/pixel_text.h"
 #include "reference_renderer/editor/resource.h"
 #include "reference_renderer/editor/window_object.h"
 #include "reference_renderer/editor/windows_files.h"
@@ -81,6 +82,10 @@ constexpr std::array kCommandKeys{
     CommandKey{'0',   true,  false, IDC_FIT},
     CommandKey{'1',   true,  false, IDC_OWN_SIZE},
     CommandKey{VK_F11, false, false, IDC_PICTURE_ALONE},
+    CommandKey{kFirstScopeKey,     false, false, IDC_SCOPE_BUTTON},
+    CommandKey{kFirstScopeKey + 1, false, false, IDC_SCOPE_BUTTON + 1},
+    CommandKey{kFirstScopeKey + 2, false, false, IDC_SCOPE_BUTTON + 2},
+    CommandKey{kFirstScopeKey + 3, false, false, IDC_SCOPE_BUTTON + 3},
 };
 // clang-format on
 
@@ -107,7 +112,7 @@ bool IsChosen(int what, HWND from) noexcept
 EditorActions::EditorActions(const FrameBufferDesc* preview, std::span<const std::uint8_t> record,
                              bool linear, RowRunner& runner)
     : m_preview(preview, linear), m_draft(record), m_history(m_draft.State()),
-      m_record(kRecordSize), m_picture(m_preview, m_look, runner)
+      m_record(kRecordSize), m_picture(m_preview, m_look, runner), m_scope(m_preview, m_record)
 {
     PrepareLook();
 }
@@ -115,7 +120,8 @@ EditorActions::EditorActions(const FrameBufferDesc* preview, std::span<const std
 bool EditorActions::Create(HWND window, const EditorTheme& theme)
 {
     m_window = window;
-    return m_controls.Create(window, theme) && m_picture.Create(window, theme, IDC_PICTURE);
+    return m_controls.Create(window, theme) && m_picture.Create(window, theme, IDC_PICTURE) &&
+           m_scopeControls.Create(window, theme) && m_scope.Create(window, theme, IDC_SCOPE);
 }
 
 void EditorActions::ShowLook()
@@ -130,6 +136,8 @@ void EditorActions::SetTheme(const EditorTheme& theme) noexcept
 {
     m_controls.SetTheme(theme);
     m_picture.SetTheme(theme);
+    m_scopeControls.SetTheme(theme);
+    m_scope.SetTheme(theme);
 }
 
 void EditorActions::Place(const EditorLayout& layout)
@@ -139,6 +147,10 @@ void EditorActions::Place(const EditorLayout& layout)
     const Geometry::Rect& picture = layout.picture;
     ::SetWindowPos(m_picture.Window(), nullptr, picture.left, picture.top, picture.width,
                    picture.height, SWP_NOZORDER | SWP_NOACTIVATE);
+    const Geometry::Rect& scope = layout.scope;
+    ::SetWindowPos(m_scope.Window(), nullptr, scope.left, scope.top, scope.width, scope.height,
+                   SWP_NOZORDER | SWP_NOACTIVATE);
+    m_scopeControls.Place(layout);
     TellPicture();
 }
 
@@ -236,9 +248,9 @@ void EditorActions::OnCommand(int id, int what, HWND from)
         OnNumber(*number, what);
         return;
     }
-    if (id == IDC_PICTURE && what == PICTURE_VIEWED)
+    if (id == IDC_PICTURE && (what == PICTURE_VIEWED || what == PICTURE_POINTED))
     {
-        TellPicture();
+        what == PICTURE_VIEWED ? TellPicture() : TellPixel();
         return;
     }
     if (!IsChosen(what, from))
@@ -666,6 +678,8 @@ void EditorActions::Changed()
 {
     PrepareLook();
     m_picture.Regrade(); // first: what the eye waits for
+    m_scope.Follow();
+    TellPixel();
     m_controls.Show(m_draft);
     if (m_texts.wrongNumber && ::GetFocus() != m_controls.Number(*m_texts.wrongNumber))
     {
@@ -692,8 +706,21 @@ void EditorActions::PrepareLook()
     m_look.Read(m_record);
 }
 
+void EditorActions::ToggleScope(ScopeKind kind)
+{
+    m_scope.Toggle(kind);
+    m_scopeControls.ShowChosen();
+}
+
+void EditorActions::TellPixel()
+{
+    const std::optional<PicturePixel> pixel = m_picture.PixelPointedAt();
+    m_scopeControls.ShowPixel(pixel ? Wide(PixelText(m_preview, *pixel, m_look)) : L"");
+}
+
 void EditorActions::TellPicture()
 {
+    TellPixel();
     const RECT area = RectOf(m_layout.pictureFacts);
     ::InvalidateRect(m_window, &area, FALSE);
     m_texts.picture.clear();

@@ -10,6 +10,8 @@
 #include "reference_renderer/editor/look_history.h"
 #include "reference_renderer/editor/picture_window.h"
 #include "reference_renderer/editor/preview_picture.h"
+#include "reference_renderer/editor/scope_controls.h"
+#include "reference_renderer/editor/scope_window.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -63,10 +65,18 @@ public:
     const EditorControls& Controls() const noexcept { return m_controls; }
     const GroundTexts& Texts() const noexcept { return m_texts; }
     Compare Shown() const noexcept { return m_picture.Shown(); }
+    // Opens a scope, or closes it; then it has or needs no place.
+    void ToggleScope(ScopeKind kind);
+    std::optional<ScopeKind> ShownScope() const noexcept { return m_scope.Shown(); }
+    bool IsButton(HWND window) const noexcept
+    {
+        return m_controls.IsButton(window) || m_scopeControls.IsButton(window);
+    }
     bool StatusIsWrong() const noexcept { return m_statusIsWrong; }
 
 private:
     bool OnNumberKey(std::size_t index, WPARAM key);
+    void TellPixel();
     bool OnCommandKey(WPARAM key, bool inNumber);
     void OnSlider(std::size_t index, int what);
     void OnSliderMoved(std::size_t index);
@@ -113,6 +123,8 @@ private:
     PreparedLook m_look;
     EditorControls m_controls;
     PictureWindow m_picture;
+    ScopeControls m_scopeControls;
+    ScopeWindow m_scope;
     EditorLayout m_layout;
     GroundTexts m_texts;
     StepNumbers m_beforeDrag{}; // of the slider that was dragged last

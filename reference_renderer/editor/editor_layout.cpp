@@ -21,6 +21,12 @@ constexpr int kCompareWidth = 68;
 constexpr int kStoreWidth = 60;
 constexpr int kSwapWidth = 72;
 
+constexpr int kScopeButtonWidth = 72;
+constexpr int kFactsWidth = 160;  // beside the buttons, or they have a row of their own
+constexpr int kScopePercent = 42; // of the picture's height without a scope
+constexpr int kLowestScope = 170;
+constexpr int kHighestScope = 380;
+
 constexpr int kPanelPercent = 29; // of the window's width
 constexpr int kNarrowestPanel = 330;
 constexpr int kWidestPanel = 460;
@@ -50,11 +56,11 @@ public:
         m_height = std::max(client.height, smallest.height);
     }
 
-    EditorLayout Layout() noexcept
+    EditorLayout Layout(bool hasScope) noexcept
     {
         PlaceFooter();
         PlacePanel();
-        PlacePicture();
+        PlacePicture(hasScope);
         return m_layout;
     }
 
@@ -142,11 +148,16 @@ private:
         }
     }
 
-    void PlacePicture() noexcept
+    void PlacePicture(bool hasScope) noexcept
     {
         const int left = Px(kMargin);
         const int right = m_layout.panel.left - Px(kMargin);
-        const int top = m_layout.footerTop - Px(kMargin) - Px(kButtonHeight);
+        const int scopes = static_cast<int>(kScopeKinds) * Px(kScopeButtonWidth);
+        const int compares = static_cast<int>(kCompareButtons) * Px(kCompareWidth) + Px(kGap) +
+                             Px(kStoreWidth) + Px(kSwapWidth) + Px(kGap);
+        const bool isOneRow = right - left >= compares + scopes + Px(kGap) + Px(kFactsWidth);
+        const int lowest = m_layout.footerTop - Px(kMargin) - Px(kButtonHeight);
+        const int top = isOneRow ? lowest : lowest - Px(kGap) - Px(kButtonHeight);
         int next = left;
         for (Geometry::Rect& button : m_layout.compare)
         {
@@ -156,10 +167,26 @@ private:
         next += Px(kGap);
         m_layout.storeState = {next, top, Px(kStoreWidth), Px(kButtonHeight)};
         m_layout.swapState = {m_layout.storeState.Right(), top, Px(kSwapWidth), Px(kButtonHeight)};
-        next = m_layout.swapState.Right() + Px(kGap);
-        m_layout.pictureFacts = {next, top + (Px(kButtonHeight) - Px(kTextHeight)) / 2,
+        next = isOneRow ? m_layout.swapState.Right() + Px(kGap) : left;
+        for (Geometry::Rect& button : m_layout.scopeButtons)
+        {
+            button = {next, lowest, Px(kScopeButtonWidth), Px(kButtonHeight)};
+            next = button.Right();
+        }
+        next += Px(kGap);
+        m_layout.pictureFacts = {next, lowest + (Px(kButtonHeight) - Px(kTextHeight)) / 2,
                                  right - next, Px(kTextHeight)};
-        m_layout.picture = {left, Px(kMargin), right - left, top - Px(kGap) - Px(kMargin)};
+        m_layout.pixel = {left, top - Px(kGap) / 2 - Px(kTextHeight), right - left,
+                          Px(kTextHeight)};
+        const int height = m_layout.pixel.top - Px(kGap) / 2 - Px(kMargin);
+        m_layout.picture = {left, Px(kMargin), right - left, height};
+        if (hasScope)
+        {
+            const int scope =
+                std::clamp(height * kScopePercent / 100, Px(kLowestScope), Px(kHighestScope));
+            m_layout.picture.height -= scope + Px(kGap);
+            m_layout.scope = {left, m_layout.picture.Bottom() + Px(kGap), right - left, scope};
+        }
     }
 
     int m_dpi;
@@ -182,9 +209,9 @@ Geometry::Extent OpeningClient(int dpi) noexcept
     return {Scaled(kOpening.width, dpi), Scaled(kOpening.height, dpi)};
 }
 
-EditorLayout LayoutOf(Geometry::Extent client, int dpi) noexcept
+EditorLayout LayoutOf(Geometry::Extent client, int dpi, bool hasScope) noexcept
 {
-    return Placing(client, dpi).Layout();
+    return Placing(client, dpi).Layout(hasScope);
 }
 
 EditorLayout PictureAloneIn(Geometry::Extent client) noexcept

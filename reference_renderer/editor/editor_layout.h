@@ -3,6 +3,7 @@
 #pragma once
 
 #include "reference_renderer/editor/editor_control.h"
+#include "reference_renderer/editor/scope_bins.h"
 #include "support/geometry.h"
 
 #include <array>
@@ -40,7 +41,10 @@ struct EditorLayout
     std::array<Geometry::Rect, kCompareButtons> compare;
     Geometry::Rect storeState; // beside the compare buttons
     Geometry::Rect swapState;
+    std::array<Geometry::Rect, kScopeKinds> scopeButtons;
     Geometry::Rect pictureFacts; // a line of text beside these
+    Geometry::Rect pixel;        // a line of text below the picture
+    Geometry::Rect scope;        // between them; empty without one
     Geometry::Rect panel;        // the part at the right with another ground
     std::array<Geometry::Rect, kHeadings> headings;
     std::array<ControlBoxes, kControlCount> controls;
@@ -56,7 +60,7 @@ struct EditorLayout
 };
 
 // Client areas below SmallestClient are laid out as if they had that size.
-EditorLayout LayoutOf(Geometry::Extent client, int dpi) noexcept;
+EditorLayout LayoutOf(Geometry::Extent client, int dpi, bool hasScope = false) noexcept;
 // The picture in the whole of it; everything else is empty.
 EditorLayout PictureAloneIn(Geometry::Extent client) noexcept;
 

@@ -51,6 +51,10 @@ void PaintGround(HDC dc, SIZE client, const EditorLayout& layout, const EditorTh
     Fill(dc, {layout.panel.left, 0, layout.panel.left + thickness, layout.footerTop}, kLine);
     Fill(dc, {0, layout.footerTop, client.cx, layout.footerTop + thickness}, kLine);
     Frame(dc, Grown(layout.picture, thickness), kLine, thickness);
+    if (layout.scope.height > 0)
+    {
+        Frame(dc, Grown(layout.scope, thickness), kLine, thickness);
+    }
     for (std::size_t i = 0; i < kControlCount; ++i)
     {
         PaintControl(dc, i, layout, theme, texts);

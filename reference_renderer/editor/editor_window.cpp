@@ -85,7 +85,7 @@ bool EditorWindow::Translate(MSG& message)
         {
             return true;
         }
-        if (message.wParam == VK_RETURN && m_actions.Controls().IsButton(message.hwnd))
+        if (message.wParam == VK_RETURN && m_actions.IsButton(message.hwnd))
         {
             ::SendMessageW(message.hwnd, BM_CLICK, 0, 0); // and not the default button
             return true;
@@ -109,6 +109,14 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
     if (id == IDC_PICTURE_ALONE || (m_pictureAlone && (id == IDOK || id == IDCANCEL)))
     {
         ShowPictureAlone(!m_pictureAlone); // Enter and Esc lead back, not out
+    }
+    else if (const std::optional<ScopeKind> scope = ScopeOfCommand(id))
+    {
+        if (IsChosen(what, from) && !m_pictureAlone)
+        {
+            m_actions.ToggleScope(*scope);
+            Lay();
+        }
     }
     else if (id != IDOK && id != IDCANCEL)
     {
@@ -196,7 +204,8 @@ void EditorWindow::Lay()
         return;
     }
     const Geometry::Extent client = ClientSize(Window());
-    m_layout = m_pictureAlone ? PictureAloneIn(client) : LayoutOf(client, m_theme->Dpi());
+    const bool hasScope = m_actions.ShownScope().has_value();
+    m_layout = m_pictureAlone ? PictureAloneIn(client) : LayoutOf(client, m_theme->Dpi(), hasScope);
     m_actions.Place(m_layout);
     ::InvalidateRect(Window(), nullptr, FALSE);
 }
@@ -279,15 +288,16 @@ void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) const
         PaintResetButton(item);
         return;
     }
-    if (id == IDC_STATUS)
+    if (id == IDC_STATUS || id == IDC_PIXEL)
     {
-        PaintStatus(item, *m_theme, m_actions.StatusIsWrong());
+        PaintStatus(item, *m_theme, id == IDC_STATUS && m_actions.StatusIsWrong());
         return;
     }
     const bool chosen = (id == IDC_SHOW_GRADED && m_actions.Shown() == Compare::Graded) ||
                         (id == IDC_SHOW_SPLIT && m_actions.Shown() == Compare::Split) ||
                         (id == IDC_SHOW_ORIGINAL && m_actions.Shown() == Compare::Original);
-    PaintButton(item, *m_theme, chosen || id == IDOK);
+    const std::optional<ScopeKind> scope = ScopeOfCommand(id);
+    PaintButton(item, *m_theme, chosen || id == IDOK || (scope && scope == m_actions.ShownScope()));
 }
 
 LRESULT EditorWindow::ColoursOf(HDC dc, HWND child) const noexcept

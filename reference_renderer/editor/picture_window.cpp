@@ -115,6 +115,10 @@ LRESULT PictureWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_MOUSEMOVE:
         Move(point);
+        Pointed(Geometry::Point{point.x, point.y});
+        return 0;
+    case WM_MOUSELEAVE:
+        Pointed({});
         return 0;
     case WM_LBUTTONUP:
     case WM_MBUTTONUP:
@@ -192,9 +196,29 @@ void PictureWindow::Viewed() noexcept
     }
     Scale();
     Regrade();
-    ::SendMessageW(::GetParent(Window()), WM_COMMAND,
-                   MAKEWPARAM(::GetDlgCtrlID(Window()), PICTURE_VIEWED),
+    TellParent(PICTURE_VIEWED);
+}
+
+void PictureWindow::TellParent(int what) const noexcept
+{
+    ::SendMessageW(::GetParent(Window()), WM_COMMAND, MAKEWPARAM(::GetDlgCtrlID(Window()), what),
                    reinterpret_cast<LPARAM>(Window()));
+}
+
+void PictureWindow::Pointed(std::optional<Geometry::Point> at) noexcept
+{
+    if (at && !m_pointer)
+    {
+        TRACKMOUSEEVENT leaving{sizeof leaving, TME_LEAVE, Window(), 0};
+        ::TrackMouseEvent(&leaving);
+    }
+    m_pointer = at;
+    TellParent(PICTURE_POINTED);
+}
+
+std::optional<PicturePixel> PictureWindow::PixelPointedAt() const noexcept
+{
+    return m_pointer && m_hasPixels ? m_view.PixelAt(*m_pointer, m_picture.Size()) : std::nullopt;
 }
 
 void PictureWindow::OnWheel(WPARAM wParam, POINT screen) noexcept

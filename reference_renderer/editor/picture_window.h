@@ -21,8 +21,8 @@ enum class Compare
     Original,
 };
 
-// Tells its parent with WM_COMMAND when the view changes. Window thread. What it is given is
-// borrowed.
+// Tells its parent with WM_COMMAND when the view changes, and where the pointer is. Window thread.
+// What it is given is borrowed.
 class PictureWindow : public WindowObject<PictureWindow>
 {
 public:
@@ -46,6 +46,8 @@ public:
     // Pixels shown for each of the picture's, vertically.
     double Zoom() const noexcept;
     void Fit() noexcept;
+    // Of the caller's picture, under the pointer.
+    std::optional<PicturePixel> PixelPointedAt() const noexcept;
     void ShowOwnSize() noexcept; // a pixel shown for each of the picture's
 
     LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
@@ -64,6 +66,8 @@ private:
     void OnWheel(WPARAM wParam, POINT screen) noexcept;
     void Press(POINT point, bool middle) noexcept;
     void Move(POINT point) noexcept;
+    void Pointed(std::optional<Geometry::Point> at) noexcept;
+    void TellParent(int what) const noexcept;
     void Grade(Detail detail) noexcept;
     void Sharpen() noexcept;
     RECT Area() const noexcept; // of the picture within the window
@@ -86,7 +90,8 @@ private:
     PictureView m_view;
     double m_split = 0.5; // share of what is shown of the picture's width
     Drag m_drag = Drag::None;
-    POINT m_last{};           // of the mouse, while the picture is dragged
+    POINT m_last{}; // of the mouse, while the picture is dragged
+    std::optional<Geometry::Point> m_pointer;
     bool m_hasPixels = false; // the bitmaps are of the size that the picture is scaled to
     PixelBitmap m_original;
     PixelBitmap m_graded;

@@ -7,6 +7,7 @@ namespace ReferenceRenderer
 #define EDITOR_CLASS L"GlazelLookEditor"
 #define EDITOR_SLIDER_CLASS L"GlazelLookSlider"
 #define EDITOR_PICTURE_CLASS L"GlazelLookPicture"
+#define EDITOR_SCOPE_CLASS L"GlazelLookScope"
 
 // Children of the editor's window. The first three are counted on by the index of the Control.
 #define IDC_SLIDER 100
@@ -16,12 +17,16 @@ namespace ReferenceRenderer
 #define IDC_SHOW_GRADED 401
 #define IDC_SHOW_SPLIT 402
 #define IDC_SHOW_ORIGINAL 403
+#define IDC_SCOPE 404
+#define IDC_PIXEL 405
 #define IDC_IMPORT 410
 #define IDC_REMOVE_TABLES 411
 #define IDC_RESET_ALL 412
 #define IDC_STATUS 420
 #define IDC_STORE_STATE 430
 #define IDC_SWAP_STATE 431
+
+#define IDC_SCOPE_BUTTON 450 // counted on by ScopeKind
 
 // What keys do that no window stands for; WM_COMMANDs too.
 #define IDC_UNDO 440
@@ -39,7 +44,9 @@ namespace ReferenceRenderer
 #define SLIDER_CANCELLED 4 // the drag that was begun last: everything as before it
 #define SLIDER_ENDED 5     // the drag that was begun last
 
-// What the picture's WM_COMMAND says: another part of it is shown, or another size.
+// What the picture's WM_COMMAND says: another part of it is shown, or another size; the pointer is
+// over another place of it, or has left.
 #define PICTURE_VIEWED 1
+#define PICTURE_POINTED 2
 
 } // namespace ReferenceRenderer

@@ -3,6 +3,7 @@
 #include "reference_renderer/editor/editor_window.h"
 #include "reference_renderer/editor/picture_window.h"
 #include "reference_renderer/editor/resource.h"
+#include "reference_renderer/editor/scope_window.h"
 #include "reference_renderer/editor/slider_window.h"
 #include "support/win32/slim_lock.h"
 
@@ -27,10 +28,11 @@ struct ClassFacts
 };
 
 // clang-format off
-const std::array<ClassFacts, 3> kClasses{{
+const std::array<ClassFacts, 4> kClasses{{
     {EDITOR_CLASS,         EditorWindow::Procedure,  CS_HREDRAW | CS_VREDRAW, IDC_ARROW},
     {EDITOR_SLIDER_CLASS,  SliderWindow::Procedure,  CS_DBLCLKS,              IDC_ARROW},
     {EDITOR_PICTURE_CLASS, PictureWindow::Procedure, 0,                       IDC_ARROW},
+    {EDITOR_SCOPE_CLASS,   ScopeWindow::Procedure,   0,                       IDC_ARROW},
 }};
 // clang-format on
 

@@ -22,17 +22,12 @@ struct Named
 // Everything that must not touch anything else.
 std::vector<Named> Parts(const EditorLayout& layout)
 {
-    std::vector<Named> parts{{"picture", layout.picture},
-                             {"facts", layout.pictureFacts},
-                             {"store", layout.storeState},
-                             {"swap", layout.swapState},
-                             {"tables", layout.tables},
-                             {"import", layout.importFile},
-                             {"remove", layout.removeTables},
-                             {"status", layout.status},
-                             {"reset all", layout.resetAll},
-                             {"cancel", layout.cancel},
-                             {"ok", layout.accept}};
+    std::vector<Named> parts{{"picture", layout.picture},   {"facts", layout.pictureFacts},
+                             {"store", layout.storeState},  {"swap", layout.swapState},
+                             {"pixel", layout.pixel},       {"tables", layout.tables},
+                             {"import", layout.importFile}, {"remove", layout.removeTables},
+                             {"status", layout.status},     {"reset all", layout.resetAll},
+                             {"cancel", layout.cancel},     {"ok", layout.accept}};
     if (layout.hints.height > 0)
     {
         parts.push_back({"hints", layout.hints});
@@ -40,6 +35,14 @@ std::vector<Named> Parts(const EditorLayout& layout)
     for (const Geometry::Rect& button : layout.compare)
     {
         parts.push_back({"compare", button});
+    }
+    if (layout.scope.height > 0)
+    {
+        parts.push_back({"scope", layout.scope});
+    }
+    for (const Geometry::Rect& button : layout.scopeButtons)
+    {
+        parts.push_back({"scope button", button});
     }
     for (const Geometry::Rect& heading : layout.headings)
     {
@@ -62,10 +65,13 @@ bool Overlap(const Geometry::Rect& a, const Geometry::Rect& b)
     return a.left < b.Right() && b.left < a.Right() && a.top < b.Bottom() && b.top < a.Bottom();
 }
 
-void ExpectGood(Geometry::Extent client, int dpi)
+void ExpectGood(Geometry::Extent client, int dpi, bool hasScope)
 {
-    SCOPED_TRACE(testing::Message() << client.width << " x " << client.height << " at " << dpi);
-    const EditorLayout layout = LayoutOf(client, dpi);
+    SCOPED_TRACE(testing::Message() << client.width << " x " << client.height << " at " << dpi
+                                    << (hasScope ? " with a scope" : ""));
+    const EditorLayout layout = LayoutOf(client, dpi, hasScope);
+    EXPECT_EQ(layout.scope.height > 0, hasScope);
+    EXPECT_GE(layout.picture.height, Scaled(200, dpi));
     const std::vector<Named> parts = Parts(layout);
     for (std::size_t i = 0; i < parts.size(); ++i)
     {
@@ -91,12 +97,22 @@ void ExpectGood(Geometry::Extent client, int dpi)
 
 TEST(EditorLayout, NothingOverlapsOrLeavesTheWindowAtAnyResolution)
 {
-    for (const int dpi : kDpis)
+    for (const bool hasScope : {false, true})
     {
-        ExpectGood(SmallestClient(dpi), dpi);
-        ExpectGood(OpeningClient(dpi), dpi);
-        ExpectGood({SmallestClient(dpi).width + 1, SmallestClient(dpi).height + 1}, dpi);
-        ExpectGood({Scaled(3840, dpi), Scaled(2160, dpi)}, dpi);
+        for (const int dpi : kDpis)
+        {
+            const Geometry::Extent smallest = SmallestClient(dpi);
+            ExpectGood(smallest, dpi, hasScope);
+            ExpectGood(OpeningClient(dpi), dpi, hasScope);
+            ExpectGood({smallest.width + 1, smallest.height + 1}, dpi, hasScope);
+            ExpectGood({Scaled(3840, dpi), Scaled(2160, dpi)}, dpi, hasScope);
+            // Where the buttons below the picture go from two rows to one.
+            for (int width = 1100; width < 1240; width += 10)
+            {
+                ExpectGood({Scaled(width, dpi), Scaled(720, dpi)}, dpi, hasScope);
+            }
+        }
+        ExpectGood({1280, 720}, 96, hasScope);
     }
 }
 

@@ -93,6 +93,18 @@ protected:
         editor.Type(Control::Saturation, L"1.15");
         editor.Type(Control::Strength, L"0.85");
     }
+    static std::size_t CountColours(HWND window)
+    {
+        const Image shown = Photograph(window);
+        std::set<std::uint32_t> colours;
+        for (std::size_t i = 0; i < shown.pixels.size(); i += sizeof(std::uint32_t))
+        {
+            std::uint32_t pixel = 0;
+            std::memcpy(&pixel, shown.pixels.data() + i, sizeof pixel);
+            colours.insert(pixel);
+        }
+        return colours.size();
+    }
     // Whether a window and all its children are: asked from another thread, a window says so late.
     static bool IsPainted(HWND window)
     {
@@ -114,16 +126,8 @@ protected:
         ::RedrawWindow(editor.Window(), nullptr, nullptr,
                        RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
         ASSERT_TRUE(Eventually([&] { return IsPainted(editor.Window()); }));
-        const Image shown = Photograph(editor.Window());
-        std::set<std::uint32_t> colours;
-        for (std::size_t i = 0; i < shown.pixels.size(); i += sizeof(std::uint32_t))
-        {
-            std::uint32_t pixel = 0;
-            std::memcpy(&pixel, shown.pixels.data() + i, sizeof pixel);
-            colours.insert(pixel);
-        }
-        EXPECT_GT(colours.size(), 1000U) << "a photograph";
-        WritePicture(shown, name);
+        EXPECT_GT(CountColours(editor.Window()), 1000U) << "a photograph";
+        WritePicture(Photograph(editor.Window()), name);
     }
 
     ComScope m_com{true}; // for the picture codecs
@@ -184,6 +188,28 @@ TEST_F(EditorScreenshot, ShowsADisplayOf144DotsPerInch)
     editor.Drop(L"Z:\\a folder with a name that is long\\and another one\\no such look.cube");
     Take(editor, "editor-144-dpi.png");
     EXPECT_EQ(editor.CloseWith(IDCANCEL), 0);
+}
+
+TEST_F(EditorScreenshot, ShowsEachScopeBelowThePicture)
+{
+    Load("rocket.jpg");
+    OpenEditor editor = Open();
+    ASSERT_NE(editor.Window(), nullptr);
+    Grade(editor);
+    const HWND picture = editor.Child(IDC_PICTURE);
+    const std::array names{"parade", "waveform", "vectorscope", "histogram"};
+    for (std::size_t i = 0; i < names.size(); ++i)
+    {
+        editor.PressKey(VK_F2 + i, {});
+        editor.Mouse(picture, WM_MOUSEMOVE, {400, 150});
+        ASSERT_TRUE(Eventually([&] { return CountColours(editor.Child(IDC_SCOPE)) > 100; }));
+        Take(editor, std::string("editor-") + names[i] + ".png");
+    }
+    editor.Resize(0, 0);
+    Take(editor, "editor-histogram-smallest.png");
+    editor.PressKey(VK_F4, {});
+    ASSERT_TRUE(Eventually([&] { return CountColours(editor.Child(IDC_SCOPE)) > 100; }));
+    Take(editor, "editor-vectorscope-smallest.png");
 }
 
 } // namespace

@@ -427,9 +427,10 @@ TEST_F(EditorWindowTest, AWindowThatTheSystemRefusesMakesTheEditorUnavailable)
     ::SetActiveWindow(host);
     Open().CloseWith(IDCANCEL); // what the system makes at first use it keeps
     // The window itself, a slider, a number and a reset button for each control, the headings,
-    // eleven more controls, the picture.
-    constexpr int kWindows =
-        1 + 3 * static_cast<int>(kControlCount) + static_cast<int>(kHeadings) + 11 + 1;
+    // eleven more controls, the picture; the scopes' buttons, the line for a pixel, the tips and
+    // the scope.
+    constexpr int kWindows = 1 + 3 * static_cast<int>(kControlCount) + static_cast<int>(kHeadings) +
+                             11 + 1 + static_cast<int>(kScopeKinds) + 3;
     const GuiObjects before = CountGuiObjects();
     for (int refused = 1; refused <= kWindows; ++refused)
     {
@@ -472,7 +473,8 @@ TEST(EditorClasses, GoWithTheLibrary)
         EXPECT_TRUE(::GetClassInfoExW(module, EDITOR_CLASS, &found));
     }
     ASSERT_EQ(::GetModuleHandleA(RendererAPI::kLibraryName), nullptr);
-    for (const wchar_t* name : {EDITOR_CLASS, EDITOR_SLIDER_CLASS, EDITOR_PICTURE_CLASS})
+    for (const wchar_t* name :
+         {EDITOR_CLASS, EDITOR_SLIDER_CLASS, EDITOR_PICTURE_CLASS, EDITOR_SCOPE_CLASS})
     {
         WNDCLASSEXW found{};
         found.cbSize = sizeof found;

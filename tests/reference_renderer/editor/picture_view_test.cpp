@@ -147,9 +147,9 @@ TEST(PictureView, ThePixelAtAPlaceIsThePicturesOwnWhateverTheScale)
     EXPECT_EQ(view.PixelAt(view.Middle(), kSize),
               (PicturePixel{middle.column - 10, middle.row - 5}));
     view.ZoomTo(8.0, {100, 100});
-    const PicturePixel near = *view.PixelAt({100, 100}, kSize);
-    EXPECT_NEAR(ColumnAt(view, 1800, 100), static_cast<double>(near.column), 1.0);
-    EXPECT_EQ(view.PixelAt({108, 92}, kSize), (PicturePixel{near.column + 1, near.row - 1}));
+    const PicturePixel beside = *view.PixelAt({100, 100}, kSize);
+    EXPECT_NEAR(ColumnAt(view, 1800, 100), static_cast<double>(beside.column), 1.0);
+    EXPECT_EQ(view.PixelAt({108, 92}, kSize), (PicturePixel{beside.column + 1, beside.row - 1}));
 }
 
 TEST(PictureView, PixelsOfAPictureWithWidePixelsAreCountedInItsOwnColumns)
