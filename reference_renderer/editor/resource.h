@@ -49,4 +49,7 @@ namespace ReferenceRenderer
 #define PICTURE_VIEWED 1
 #define PICTURE_POINTED 2
 
+// Posted to the scope when it can show what was asked last, or something nearly as new.
+#define SCOPE_ANSWERED (WM_APP + 1)
+
 } // namespace ReferenceRenderer

@@ -16,6 +16,8 @@ namespace
 // All lengths are for 96 dots per inch.
 constexpr int kScopeMargin = 12;
 constexpr int kHeaderHeight = 18;
+constexpr int kNameWidth = 120;
+constexpr int kClippedLines = 3; // beside a square
 constexpr int kLabelWidth = 30;
 constexpr int kLabelHeight = 16;
 constexpr int kPlotGap = 10; // of a parade
@@ -25,12 +27,13 @@ constexpr int kTargetReach = 5; // from the middle of a target to its edge
 
 constexpr std::uint32_t kPlotGround = 0x141414;
 constexpr std::uint32_t kGraticule = 0x343434;
-constexpr std::uint32_t kBeforeInk = 0x8C8C8C;
+constexpr std::uint32_t kBeforeInk = 0xA0A0A0;
+constexpr std::uint32_t kBeforeLumaInk = 0x6E92C8; // the graded luma is grey itself
 constexpr std::uint32_t kLumaInk = 0xE2E2DA;
 constexpr std::uint32_t kSkinInk = 0xA8845C;
 constexpr std::uint32_t kLabelInk = 0x7C7C7C;
 constexpr std::array<std::uint32_t, kColours> kColourInks{0xFF6A5E, 0x6EDC78, 0x6CA0FF};
-constexpr double kBeforeShare = 0.42; // of its ink, at most
+constexpr double kBeforeShare = 0.5; // of its ink, at most
 
 constexpr double kCodes = 256.0; // along a plot
 constexpr double kWhite = 255.0;
@@ -237,7 +240,7 @@ private:
             {
                 Fill({plot.left, LevelRow(plot, mark.level), plot.width, 1}, kGraticule, 1.0);
             }
-            Trace(plot, under, plane, kBeforeInk, kBeforeShare);
+            Trace(plot, under, plane, isParade ? kBeforeInk : kBeforeLumaInk, kBeforeShare);
             Trace(plot, over, plane, isParade ? kColourInks[plane] : kLumaInk, 1.0);
             MarkColumns(after, plane, plot);
         }
@@ -465,6 +468,9 @@ ScopePlaces ScopePlacesIn(ScopeKind kind, Geometry::Extent size, int dpi) noexce
     ScopePlaces places;
     places.header = {margin, px(kScopeMargin) / 2, std::max(size.width - 2 * margin, 0),
                      px(kHeaderHeight)};
+    places.clipped = places.header;
+    places.clipped.left += px(kNameWidth);
+    places.clipped.width = std::max(places.header.width - px(kNameWidth), 0);
     const int top = places.header.Bottom() + px(kMarkGap) + px(kMarkHeight) + px(kMarkGap);
     const bool hasFoot = kind == ScopeKind::Histogram;
     const int bottom = size.height - (hasFoot ? px(kLabelHeight) + px(kMarkGap) : margin);
@@ -474,8 +480,12 @@ ScopePlaces ScopePlacesIn(ScopeKind kind, Geometry::Extent size, int dpi) noexce
                         std::max(bottom - top, 1)};
     if (kind == ScopeKind::Vectors)
     {
-        const int side = std::min(room.width, room.height);
-        places.plots[0] = {room.left + (room.width - side) / 2, room.top, side, side};
+        const int edge = margin / 2; // the texts stand beside the square
+        const int side = std::max(std::min(room.width, size.height - 2 * edge), 1);
+        places.plots[0] = {room.left + (room.width - side) / 2, edge, side, side};
+        places.clipped = {places.plots[0].Right() + margin, places.header.top,
+                          std::max(size.width - 2 * margin - places.plots[0].Right(), 0),
+                          kClippedLines * places.header.height};
         return places;
     }
     places.plots[0] = room;

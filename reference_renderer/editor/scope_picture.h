@@ -26,7 +26,8 @@ inline constexpr std::uint32_t kClipMark = 0xFFC84A;
 
 struct ScopePlaces
 {
-    Geometry::Rect header; // a line of text
+    Geometry::Rect header;  // a line of text
+    Geometry::Rect clipped; // ClippedText: the rest of that line, or lines beside a square
     // One for each colour of a parade, else the first. Vectors have a square.
     std::array<Geometry::Rect, kColours> plots{};
 };

@@ -10,8 +10,6 @@ namespace ReferenceRenderer
 namespace
 {
 
-constexpr UINT kAnswered = WM_APP + 1;
-
 constexpr COLORREF ColourOf(std::uint32_t pixel) noexcept
 {
     return (pixel & 0xFF) << 16 | (pixel & 0xFF00) | (pixel >> 16 & 0xFF);
@@ -49,7 +47,7 @@ void ScopeWindow::Follow()
     const Geometry::Extent size = ClientSize(Window());
     const bool isSeen = m_kind && size.width > 0 && size.height > 0 && ::IsWindowVisible(Window());
     if (isSeen && !m_picture.IsEmpty() &&
-        !m_worker.Ask({{*m_kind, size, m_theme->Dpi()}, m_record}, Window(), kAnswered))
+        !m_worker.Ask({{*m_kind, size, m_theme->Dpi()}, m_record}, Window(), SCOPE_ANSWERED))
     {
         m_trouble = L"The system has no thread for the scope: close other programs";
     }
@@ -68,7 +66,7 @@ LRESULT ScopeWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         Follow();
         ::InvalidateRect(Window(), nullptr, FALSE);
         return 0;
-    case kAnswered:
+    case SCOPE_ANSWERED:
         TakeAnswer();
         return 0;
     case WM_DESTROY:
@@ -152,15 +150,21 @@ void ScopeWindow::PaintLabels(HDC dc, Geometry::Extent size) const
         WriteLine(dc, m_theme->Text(), ColourOf(label.colour), RectOf(label.box), Wide(label.text),
                   format);
     }
-    RECT header = RectOf(ScopePlacesIn(*m_kind, size, dpi).header);
-    WriteLine(dc, m_theme->Text(), kQuietText, header, NameOf(*m_kind));
-    header.left += m_theme->Px(120);
+    const ScopePlaces places = ScopePlacesIn(*m_kind, size, dpi);
+    WriteLine(dc, m_theme->Text(), kQuietText, RectOf(places.header), NameOf(*m_kind));
     const bool isClipped = !m_answer.clipped.empty();
-    WriteLine(dc, m_theme->Text(), isClipped ? ColourOf(kClipMark) : kFaintText, header,
-              isClipped                 ? Wide(m_answer.clipped)
-              : m_answer.pixels.empty() ? L""
-                                        : L"nothing at 0 or 255",
-              DT_RIGHT);
+    const COLORREF colour = isClipped ? ColourOf(kClipMark) : kFaintText;
+    const std::wstring text = isClipped                 ? Wide(m_answer.clipped)
+                              : m_answer.pixels.empty() ? L""
+                                                        : L"nothing at 0 or 255";
+    if (places.clipped.height > places.header.height)
+    {
+        WriteLines(dc, m_theme->Text(), colour, RectOf(places.clipped), text);
+    }
+    else
+    {
+        WriteLine(dc, m_theme->Text(), colour, RectOf(places.clipped), text, DT_RIGHT);
+    }
 }
 
 } // namespace ReferenceRenderer

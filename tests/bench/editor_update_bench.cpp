@@ -46,9 +46,23 @@ FrameBufferDesc Gradient(const Size& size, std::vector<Sample>& samples, std::ui
     return frame;
 }
 
-// In a window that fills the display of the tests.
+// Set when the loop of the editor takes what its scope shows next.
+HANDLE g_answered = nullptr;
+
+LRESULT CALLBACK WatchScope(int code, WPARAM removed, LPARAM lParam) noexcept
+{
+    const auto& message = *reinterpret_cast<const MSG*>(lParam);
+    if (code == HC_ACTION && removed == PM_REMOVE && message.message == SCOPE_ANSWERED)
+    {
+        ::SetEvent(g_answered);
+    }
+    return ::CallNextHookEx(nullptr, code, removed, lParam);
+}
+
+// In a window that fills the display of the tests. With the key of a scope that is open, and then
+// once more until that shows the step too.
 void Measure(const LoadedRenderer& library, FrameBufferDesc& frame, const Look& look,
-             const std::string& name, Figures& figures)
+             const std::string& name, Figures& figures, WPARAM scopeKey = 0)
 {
     const std::vector<std::uint8_t> record = RecordOf(look);
     OpenEditor editor([&] {
@@ -57,13 +71,37 @@ void Measure(const LoadedRenderer& library, FrameBufferDesc& frame, const Look& 
     });
     editor.Resize(1280, 1024);
     bool up = false;
-    Figures steps;
-    steps.Add(name, 1.0, [&] {
+    const auto step = [&] {
         up = !up;
         editor.SlideKey(Control::SlopeGreen, up ? VK_RIGHT : VK_LEFT);
-    });
-    steps.Run(kRounds);
-    figures.Take(steps);
+    };
+    Figures steps;
+    steps.Add(name, 1.0, step);
+    if (scopeKey == 0)
+    {
+        steps.Run(kRounds);
+        figures.Take(steps);
+    }
+    else
+    {
+        g_answered = ::CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        const HHOOK hook = ::SetWindowsHookExW(WH_GETMESSAGE, WatchScope, nullptr, editor.Thread());
+        editor.PressKey(scopeKey, {});
+        ::WaitForSingleObject(g_answered, kDeadlineMs);
+        steps.Run(kRounds);
+        figures.Take(steps);
+        Figures untilScope;
+        untilScope.Add(name + ", until it shows", 1.0, [&] {
+            ::ResetEvent(g_answered);
+            step();
+            ::WaitForSingleObject(g_answered, kDeadlineMs);
+            ::SendMessageW(editor.Child(IDC_SCOPE), WM_NULL, 0, 0); // it is painted
+        });
+        untilScope.Run(kRounds);
+        figures.Take(untilScope);
+        ::UnhookWindowsHookEx(hook);
+        ::CloseHandle(g_answered);
+    }
     editor.CloseWith(IDCANCEL);
 }
 
@@ -90,6 +128,14 @@ int main()
         Measure(library, eightBit, CdlLook(powers), "slider 8-bit, CDL" + behind, figures);
         Measure(library, eightBit, all, "slider 8-bit, CDL and LUT" + behind, figures);
         Measure(library, linear, all, "slider linear float, CDL and LUT" + behind, figures);
+        const char* const scopes[] = {"parade", "waveform", "vectorscope", "histogram"};
+        for (std::size_t i = 0; i < std::size(scopes); ++i)
+        {
+            const std::string name = std::string(", ") + scopes[i] + behind;
+            Measure(library, eightBit, all, "slider 8-bit, CDL and LUT" + name, figures, VK_F2 + i);
+            Measure(library, linear, all, "slider linear float, CDL and LUT" + name, figures,
+                    VK_F2 + i);
+        }
     }
     figures.Print();
     return 0;

@@ -90,6 +90,11 @@ TIMES = [
     ("slider 8-bit, CDL, 3840x2160", "<= 16"),
     (SLIDER, "<= 16"),
     ("slider linear float, CDL and LUT, 3840x2160", "<= 16"),
+    *(
+        (f"slider {kind}, CDL and LUT, {scope}, 3840x2160, until it shows", "<= 33")
+        for kind in ("8-bit", "linear float")
+        for scope in ("parade", "waveform", "vectorscope", "histogram")
+    ),
     ("first effect", ""),
     ("further effect", ""),
     ("program start", ""),

@@ -494,6 +494,7 @@ void CALLBACK WorkAndClose(HWND, UINT, UINT_PTR timer, DWORD) noexcept
     ::KillTimer(nullptr, timer);
     ::SendMessageW(::GetDlgItem(editor, IDC_SLIDER), WM_KEYDOWN, VK_RIGHT, 0);
     ::SendMessageW(::GetDlgItem(editor, IDC_SHOW_SPLIT), BM_CLICK, 0, 0);
+    ::SendMessageW(::GetDlgItem(editor, IDC_SCOPE_BUTTON), BM_CLICK, 0, 0);
     ::SetWindowPos(editor, nullptr, 0, 0, 1000, 700, SWP_NOZORDER);
     ::RedrawWindow(editor, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
     ::SendMessageW(::GetDlgItem(editor, IDOK), BM_CLICK, 0, 0);
