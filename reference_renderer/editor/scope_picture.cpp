@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <functional>
 
 namespace ReferenceRenderer
 {
@@ -17,7 +18,8 @@ namespace
 constexpr int kScopeMargin = 12;
 constexpr int kHeaderHeight = 18;
 constexpr int kNameWidth = 120;
-constexpr int kClippedLines = 3; // beside a square
+constexpr int kClippedLines = 3;   // beside a square
+constexpr int kClippedWidth = 240; // where it has no room for one line
 constexpr int kLabelWidth = 30;
 constexpr int kLabelHeight = 16;
 constexpr int kPlotGap = 10; // of a parade
@@ -376,18 +378,23 @@ private:
         MarkEnds(after, plot);
     }
 
-    // As a share of the pixels. Bars at the ends may go beyond it: they would press the others
-    // down.
+    // As a share of the pixels. Bars at the ends and a few others may go beyond it: they would
+    // press the rest down.
     static double HighestBar(const ScopeBins& before, const ScopeBins& after) noexcept
     {
+        constexpr std::size_t kFew = 2;
+        constexpr double kTallest = 6.0; // bar, in heights of the plot
         double highest = 0.0;
         for (const ScopeBins* bins : {&before, &after})
         {
             for (std::size_t colour = 0; colour < kColours; ++colour)
             {
-                const auto& counts = bins->Histogram(colour);
-                const std::uint32_t most = *std::max_element(counts.begin() + 1, counts.end() - 1);
-                highest = std::max(highest, most / static_cast<double>(bins->Pixels()));
+                auto counts = bins->Histogram(colour);
+                auto* const first = counts.data() + 1;
+                std::partial_sort(first, first + kFew + 1, counts.data() + kLevels - 1,
+                                  std::greater<>());
+                const double bar = std::max<double>(first[kFew], *first / kTallest);
+                highest = std::max(highest, bar / static_cast<double>(bins->Pixels()));
             }
         }
         return highest > 0.0 ? highest : 1.0;
@@ -448,14 +455,16 @@ private:
 
 std::string PerCent(double share)
 {
-    constexpr double kLeast = 0.0005; // what is written as 0.1
-    if (share < kLeast)
+    constexpr double kLeast = 0.05; // what is written as 0.1
+    constexpr double kMany = 9.95;
+    const double perCent = share * 100.0;
+    if (perCent < kLeast)
     {
-        return "< 0.1";
+        return "<0.1";
     }
     std::array<char, 16> room{};
-    const auto [end, error] = std::to_chars(room.data(), room.data() + room.size(), share * 100.0,
-                                            std::chars_format::fixed, 1);
+    const auto [end, error] = std::to_chars(room.data(), room.data() + room.size(), perCent,
+                                            std::chars_format::fixed, perCent < kMany ? 1 : 0);
     return {room.data(), error == std::errc() ? end : room.data()};
 }
 
@@ -475,17 +484,18 @@ ScopePlaces ScopePlacesIn(ScopeKind kind, Geometry::Extent size, int dpi) noexce
     const bool hasFoot = kind == ScopeKind::Histogram;
     const int bottom = size.height - (hasFoot ? px(kLabelHeight) + px(kMarkGap) : margin);
     const bool hasSide = kind == ScopeKind::Parade || kind == ScopeKind::Waveform;
-    const int left = hasSide ? margin / 2 + px(kLabelWidth) : margin;
-    Geometry::Rect room{left, top, std::max(size.width - margin - left, 1),
+    const int start = hasSide ? margin / 2 + px(kLabelWidth) : margin;
+    Geometry::Rect room{start, top, std::max(size.width - margin - start, 1),
                         std::max(bottom - top, 1)};
     if (kind == ScopeKind::Vectors)
     {
         const int edge = margin / 2; // the texts stand beside the square
         const int side = std::max(std::min(room.width, size.height - 2 * edge), 1);
         places.plots[0] = {room.left + (room.width - side) / 2, edge, side, side};
-        places.clipped = {places.plots[0].Right() + margin, places.header.top,
-                          std::max(size.width - 2 * margin - places.plots[0].Right(), 0),
-                          kClippedLines * places.header.height};
+        const int left = places.plots[0].Right() + margin;
+        const int width = std::max(size.width - margin - left, 0);
+        const int lines = width < px(kClippedWidth) ? kClippedLines : 1;
+        places.clipped = {left, places.header.top, width, lines * places.header.height};
         return places;
     }
     places.plots[0] = room;
@@ -589,14 +599,13 @@ std::string ClippedText(const ScopeBins& bins)
             const auto& counts = bins.Histogram(colour);
             if (const std::uint32_t count = high ? counts.back() : counts.front(); count > 0)
             {
-                part += (part.empty() ? "" : ", ") + std::string(kLetters[colour]) +
+                part += (part.empty() ? "" : " ") + std::string(kLetters[colour]) +
                         PerCent(count / static_cast<double>(bins.Pixels()));
             }
         }
         if (!part.empty())
         {
-            text += std::string(text.empty() ? "" : ";  ") + (high ? "at 255: " : "at 0: ") + part +
-                    " %";
+            text += std::string(text.empty() ? "" : ", ") + (high ? "255: " : "0: ") + part + " %";
         }
     }
     return text;

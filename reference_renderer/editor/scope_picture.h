@@ -66,7 +66,7 @@ struct ScopeLabel
 // What is written on it, but for the header.
 std::vector<ScopeLabel> ScopeLabels(ScopeKind kind, Geometry::Extent size, int dpi);
 
-// How much of each colour is at its ends, in per cent: "at 0: R 1.2, B < 0.1 %; at 255: G 3.0 %".
+// How much of each colour is at its ends, in per cent: "0: R 1.2 B <0.1 %, 255: G 30 %".
 // Empty when there is none.
 std::string ClippedText(const ScopeBins& bins);
 

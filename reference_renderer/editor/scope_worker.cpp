@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <new>
+#include <utility>
 
 namespace ReferenceRenderer
 {

@@ -180,11 +180,11 @@ TEST_F(EditorScopes, TheCountsFollowASlider)
     {
         editor.SlideKey(Control::OffsetRed, VK_PRIOR); // to its end, 0.5
     }
-    EXPECT_TRUE(Says(editor, "RGB parade, at 255: R 100.0 %"));
+    EXPECT_TRUE(Says(editor, "RGB parade, 255: R 100 %"));
     EXPECT_TRUE(Traces(editor, ScopeKind::Parade, 0, 255));
     EXPECT_TRUE(Traces(editor, ScopeKind::Parade, 1, 128));
     editor.SlideKey(Control::SlopeGreen, VK_HOME);
-    EXPECT_TRUE(Says(editor, "RGB parade, at 0: G 100.0 %;  at 255: R 100.0 %"));
+    EXPECT_TRUE(Says(editor, "RGB parade, 0: G 100 %, 255: R 100 %"));
     EXPECT_TRUE(Traces(editor, ScopeKind::Parade, 1, 0));
     editor.PressKey(VK_F3, {});
     // 255, 0, 128.
@@ -206,9 +206,9 @@ TEST_F(EditorScopes, TheNewestLookIsTheOneThatStays)
         ::PostMessageW(editor.Slider(Control::SlopeBlue), WM_KEYDOWN, i % 2 == 0 ? VK_HOME : VK_END,
                        0);
     }
-    EXPECT_TRUE(Says(editor, "RGB histogram, at 255: B 100.0 %"));
+    EXPECT_TRUE(Says(editor, "RGB histogram, 255: B 100 %"));
     editor.SlideKey(Control::SlopeBlue, VK_HOME);
-    EXPECT_TRUE(Says(editor, "RGB histogram, at 0: B 100.0 %"));
+    EXPECT_TRUE(Says(editor, "RGB histogram, 0: B 100 %"));
 }
 
 TEST_F(EditorScopes, AFrameThatIsCountedInPartAtFirstIsCountedWholeOnceTheLookStandsStill)
@@ -221,7 +221,7 @@ TEST_F(EditorScopes, AFrameThatIsCountedInPartAtFirstIsCountedWholeOnceTheLookSt
     m_preview.height = 1080;
     OpenEditor editor = Open();
     editor.PressKey(VK_F5, {});
-    EXPECT_TRUE(Says(editor, "RGB histogram, at 255: R < 0.1 %"));
+    EXPECT_TRUE(Says(editor, "RGB histogram, 255: R <0.1 %"));
 }
 
 TEST_F(EditorScopes, ThePictureAloneHasNoScopeAndItComesBackWithTheRest)

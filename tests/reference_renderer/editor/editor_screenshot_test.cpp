@@ -205,11 +205,17 @@ TEST_F(EditorScreenshot, ShowsEachScopeBelowThePicture)
         ASSERT_TRUE(Eventually([&] { return CountColours(editor.Child(IDC_SCOPE)) > 100; }));
         Take(editor, std::string("editor-") + names[i] + ".png");
     }
+    // In the smallest window, with codes at both ends.
+    editor.Click(IDC_REMOVE_TABLES);
+    editor.Type(Control::SlopeRed, L"2.5");
+    editor.Type(Control::OffsetBlue, L"-0.15");
     editor.Resize(0, 0);
-    Take(editor, "editor-histogram-smallest.png");
-    editor.PressKey(VK_F4, {});
-    ASSERT_TRUE(Eventually([&] { return CountColours(editor.Child(IDC_SCOPE)) > 100; }));
-    Take(editor, "editor-vectorscope-smallest.png");
+    for (std::size_t i = 0; i < names.size(); ++i)
+    {
+        editor.PressKey(VK_F2 + i, {});
+        ASSERT_TRUE(Eventually([&] { return CountColours(editor.Child(IDC_SCOPE)) > 100; }));
+        Take(editor, std::string("editor-") + names[i] + "-clipped.png");
+    }
 }
 
 } // namespace
