@@ -72,6 +72,7 @@ void ExpectGood(Geometry::Extent client, int dpi, bool hasScope)
     const EditorLayout layout = LayoutOf(client, dpi, hasScope);
     EXPECT_EQ(layout.scope.height > 0, hasScope);
     EXPECT_GE(layout.picture.height, Scaled(200, dpi));
+    EXPECT_GE(layout.pictureFacts.width, Scaled(150, dpi));
     const std::vector<Named> parts = Parts(layout);
     for (std::size_t i = 0; i < parts.size(); ++i)
     {

@@ -36,11 +36,13 @@ TEST(PixelText, SaysCodesAndSharesBeforeAndAfter)
 
 TEST(PixelText, FloatsAreThoseOfTheFrameWhateverTheyAre)
 {
-    std::array<float, 8> samples{0.0F, 0.0F, 0.0F, 1.0F, -0.25F, 1.5F, 123456.0F, 1.0F};
+    std::array<float, 8> samples{0.0F, -0.0001F, -0.0F, 1.0F, -0.25F, 1.5F, 123456.0F, 1.0F};
     const PreviewPicture picture = PictureOf(samples, kFormatBgraFloat, false);
     EXPECT_EQ(PixelText(picture, {1, 0}, *Prepared(Look())),
               "1, 0:  255 255 0 \u2192 255 255 0   "
               "1.235e+05 1.500 -0.250 \u2192 1.235e+05 1.500 -0.250");
+    EXPECT_EQ(PixelText(picture, {0, 0}, *Prepared(Look())),
+              "0, 0:  0 0 0 \u2192 0 0 0   0.000 0.000 0.000 \u2192 0.000 0.000 0.000");
     samples[6] = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(PixelText(PictureOf(samples, kFormatBgraFloat, false), {1, 0}, *Prepared(Look())),
               "1, 0:  0 255 0 \u2192 0 255 0   nan 1.500 -0.250 \u2192 0.000 1.500 -0.250");

@@ -201,7 +201,7 @@ TEST(ScopePicture, TheLineOfSkinGoesUpAndToTheLeft)
 
 TEST(ScopePicture, TheHistogramHasABarForEachColourAndMarksTheEnds)
 {
-    const Scope scope(ScopeKind::Histogram, 0x404040, 0xC08020, 0xFF8000);
+    const Scope scope(ScopeKind::Histogram, 0x484848, 0xC08020, 0xFF8000);
     const Geometry::Rect& plot = scope.places.plots[0];
     const auto column = [&](int level) { return plot.left + (2 * level + 1) * plot.width / 512; };
     const auto ink = [&](int level) { return scope.At(column(level), plot.Bottom() - 8); };
@@ -209,8 +209,8 @@ TEST(ScopePicture, TheHistogramHasABarForEachColourAndMarksTheEnds)
     EXPECT_GT(part(ink(0xC0), 16), part(ink(0xC0), 8) + 20) << "red";
     EXPECT_GT(part(ink(0x80), 8), part(ink(0x80), 0) + 20) << "green";
     EXPECT_GT(part(ink(0x20), 0), part(ink(0x20), 16) + 20) << "blue";
-    EXPECT_GT(Scope::Brightness(ink(0x40)), Scope::Brightness(ink(0x50)) + 40) << "the original";
-    EXPECT_LT(Scope::Peak(ink(0x40)), Scope::Peak(ink(0xC0)) * 4 / 5) << "faint";
+    EXPECT_GT(Scope::Brightness(ink(0x48)), Scope::Brightness(ink(0x58)) + 40) << "the original";
+    EXPECT_LT(Scope::Peak(ink(0x48)), Scope::Peak(ink(0xC0)) * 4 / 5) << "faint";
     const auto mark = [&](bool high, int third) {
         return scope.At(high ? plot.Right() + 3 : plot.left - 4,
                         plot.top + plot.height * (2 * third + 1) / 6);

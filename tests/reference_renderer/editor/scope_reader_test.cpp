@@ -12,7 +12,8 @@ namespace ReferenceRenderer
 namespace
 {
 
-// A frame of `width` x `height`, 0xFF112233 all over but for its pixel in column 1 of row 1.
+// A frame of `width` x `height`, 0xFF112233 all over but for its pixel in column 1 of row 1 and its
+// last row.
 class Frame
 {
 public:
@@ -26,6 +27,7 @@ private:
     const FrameBufferDesc* Described(std::uint32_t width, std::uint32_t height)
     {
         m_pixels[width + 1] = 0xFFFF0000;
+        std::fill_n(m_pixels.rbegin(), width, 0xFF113333);
         m_frame.format = kFormatBgra8;
         m_frame.pixels = m_pixels.data();
         m_frame.width = width;
@@ -64,6 +66,7 @@ TEST(ScopeReader, OfALargeFrameSomePixelsAreCountedAtFirstAndThenAllOfThem)
     EXPECT_EQ(reader.After().Width(), 334U);
     EXPECT_EQ(reader.After().Rows(), 201U);
     EXPECT_EQ(reader.After().Histogram(0)[0x11], reader.After().Pixels());
+    EXPECT_EQ(reader.After().Histogram(1)[0x33], 334U) << "one row";
     ASSERT_TRUE(reader.Count(kView, *neutral, Detail::Fine, g_never));
     EXPECT_EQ(reader.After().Pixels(), std::uint64_t{1001} * 601);
     EXPECT_EQ(reader.After().Histogram(0)[255], 1U) << "the codes of the frame, without a mean";
@@ -94,7 +97,7 @@ TEST(ScopeReader, TheLookCountsAfterwardsAndNotBefore)
 
 TEST(ScopeReader, AnotherKindOrRoomIsCountedAnew)
 {
-    const Frame frame(640, 480);
+    const Frame frame(100, 480); // as many columns for any plot
     const auto neutral = Prepared(Look());
     ScopeReader reader(frame.picture);
     for (const ScopeView& view : {kView, ScopeView{ScopeKind::Waveform, {400, 200}, 96},
@@ -107,6 +110,11 @@ TEST(ScopeReader, AnotherKindOrRoomIsCountedAnew)
         std::vector<std::uint32_t> pixels(
             static_cast<std::size_t>(view.size.width * view.size.height));
         reader.Draw(pixels);
+        ScopeReader another(frame.picture);
+        ASSERT_TRUE(another.Count(view, *neutral, Detail::Coarse, g_never));
+        std::vector<std::uint32_t> expected(pixels.size());
+        another.Draw(expected);
+        EXPECT_EQ(pixels, expected);
         EXPECT_EQ(std::count(pixels.begin(), pixels.end(), 0U), 0) << "all of it is drawn";
     }
 }
