@@ -8,6 +8,7 @@
 #include "tests/reference_renderer/editor/gui_objects.h"
 
 #include <array>
+#include <cstdio>
 
 #include <commctrl.h>
 #include <tlhelp32.h>

@@ -4,6 +4,7 @@
 #include "support/win32/com_scope.h"
 #include "tools/glazelhost/media/open_frames.h"
 
+#include <array>
 #include <cstring>
 #include <filesystem>
 #include <set>

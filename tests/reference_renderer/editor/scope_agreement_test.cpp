@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cctype>
 #include <string>
 
 namespace ReferenceRenderer
