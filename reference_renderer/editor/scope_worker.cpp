@@ -1,7 +1,7 @@
 #include "reference_renderer/editor/scope_worker.h"
 
+#include <exception>
 #include <mutex>
-#include <new>
 #include <utility>
 
 namespace ReferenceRenderer
@@ -74,7 +74,7 @@ DWORD WINAPI ScopeWorker::Run(void* self) noexcept
             const auto look = std::make_unique<PreparedLook>();
             worker.Work(reader, *look);
         }
-        catch (const std::bad_alloc&)
+        catch (const std::exception&) // memory is short
         {
             worker.Fail();
         }
