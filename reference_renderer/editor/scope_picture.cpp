@@ -84,13 +84,23 @@ int LevelColumn(const Geometry::Rect& plot, double level) noexcept
     return plot.left + static_cast<int>((level + 0.5) * plot.width / kCodes);
 }
 
-// Means of a plot's counts as shares of all pixels that could be there.
+// Where the densities of the graded picture and of the original are among the channels below.
+constexpr std::size_t kOver = 0;
+constexpr std::size_t kUnder = 1;
+
+// A plane's counts, before and after, as shares of all pixels that could be there.
 class DensityRows final : public PixelRows
 {
 public:
-    explicit DensityRows(const ScopeBins& bins) noexcept : m_bins(bins) {}
+    DensityRows(const ScopeBins& before, const ScopeBins& after, std::size_t plane) noexcept
+        : m_bins{&after, &before}, m_plane(plane)
+    {
+    }
 
-    std::size_t Width() const noexcept override { return IsVectors() ? kLevels : m_bins.Columns(); }
+    std::size_t Width() const noexcept override
+    {
+        return IsVectors() ? kLevels : m_bins[kOver]->Columns();
+    }
     std::size_t Height() const noexcept override { return kLevels; }
     void ReadRow(std::size_t row, float* floats) const noexcept override
     {
@@ -98,25 +108,22 @@ public:
         std::fill_n(floats, Width() * kChannels, 0.0F);
         for (std::size_t x = 0; x < Width(); ++x, floats += kChannels)
         {
-            if (IsVectors())
+            for (const std::size_t channel : {kOver, kUnder})
             {
-                floats[0] = static_cast<float>(m_bins.Vector(x, level)) /
-                            static_cast<float>(m_bins.Pixels());
-                continue;
-            }
-            const float share = 1.0F / static_cast<float>(m_bins.PixelsIn(x));
-            const std::size_t planes = m_bins.Kind() == ScopeKind::Parade ? kColours : 1;
-            for (std::size_t plane = 0; plane < planes; ++plane)
-            {
-                floats[plane] = static_cast<float>(m_bins.Levels(plane, x)[level]) * share;
+                const ScopeBins& bins = *m_bins[channel];
+                floats[channel] = IsVectors() ? static_cast<float>(bins.Vector(x, level)) /
+                                                    static_cast<float>(bins.Pixels())
+                                              : static_cast<float>(bins.Levels(m_plane, x)[level]) /
+                                                    static_cast<float>(bins.PixelsIn(x));
             }
         }
     }
 
 private:
-    bool IsVectors() const noexcept { return m_bins.Kind() == ScopeKind::Vectors; }
+    bool IsVectors() const noexcept { return m_bins[kOver]->Kind() == ScopeKind::Vectors; }
 
-    const ScopeBins& m_bins;
+    std::array<const ScopeBins*, 2> m_bins;
+    std::size_t m_plane;
 };
 
 class FloatPicture final : public PixelSink
@@ -132,9 +139,11 @@ public:
         std::copy_n(floats, m_size.width * kChannels,
                     m_floats.begin() + static_cast<std::ptrdiff_t>(row * m_size.width * kChannels));
     }
-    const float* At(std::size_t x, std::size_t y) const noexcept
+    const float* At(int x, int y) const noexcept
     {
-        return m_floats.data() + (y * m_size.width + x) * kChannels;
+        return m_floats.data() +
+               (static_cast<std::size_t>(y) * m_size.width + static_cast<std::size_t>(x)) *
+                   kChannels;
     }
 
 private:
@@ -142,23 +151,24 @@ private:
     std::vector<float> m_floats;
 };
 
-FloatPicture DensitiesOf(const ScopeBins& bins, const Geometry::Rect& plot)
+FloatPicture DensitiesOf(const ScopeBins& before, const ScopeBins& after, std::size_t plane,
+                         const Geometry::Rect& plot)
 {
     const PixelSize size{static_cast<std::size_t>(plot.width),
                          static_cast<std::size_t>(plot.height)};
     FloatPicture densities(size);
-    ScaleByArea(DensityRows(bins), size, {0, 0, size}, densities);
+    ScaleByArea(DensityRows(before, after, plane), size, {0, 0, size}, densities);
     return densities;
 }
 
 // How bright a share of the pixels is: a few can be seen, and many have something to add.
-double LevelTone(double density) noexcept
+float LevelTone(float density) noexcept
 {
-    constexpr double kGain = 60.0;
-    return density * kGain / (1.0 + density * kGain);
+    constexpr float kGain = 60.0F;
+    return density * kGain / (1.0F + density * kGain);
 }
 
-double VectorTone(double density) noexcept
+float VectorTone(float density) noexcept
 {
     return LevelTone(std::sqrt(density)); // the greys in the middle are most of any picture
 }
@@ -214,7 +224,7 @@ private:
             auto& pixel =
                 m_pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_size.width) +
                          static_cast<std::size_t>(x)];
-            pixel = Mixed(pixel, ink, std::min(share, 1.0));
+            pixel = share < 1.0 ? Mixed(pixel, ink, share) : ink;
         }
     }
 
@@ -232,8 +242,6 @@ private:
     void DrawLevels(const ScopeBins& before, const ScopeBins& after, const ScopePlaces& places)
     {
         const bool isParade = after.Kind() == ScopeKind::Parade;
-        const FloatPicture under = DensitiesOf(before, places.plots[0]);
-        const FloatPicture over = DensitiesOf(after, places.plots[0]);
         for (std::size_t plane = 0; plane < (isParade ? kColours : 1); ++plane)
         {
             const Geometry::Rect& plot = places.plots[plane];
@@ -242,23 +250,20 @@ private:
             {
                 Fill({plot.left, LevelRow(plot, mark.level), plot.width, 1}, kGraticule, 1.0);
             }
-            Trace(plot, under, plane, isParade ? kBeforeInk : kBeforeLumaInk, kBeforeShare);
-            Trace(plot, over, plane, isParade ? kColourInks[plane] : kLumaInk, 1.0);
-            MarkColumns(after, plane, plot);
-        }
-    }
-
-    void Trace(const Geometry::Rect& plot, const FloatPicture& densities, std::size_t plane,
-               std::uint32_t ink, double most) noexcept
-    {
-        for (int y = 0; y < plot.height; ++y)
-        {
-            for (int x = 0; x < plot.width; ++x)
+            const std::uint32_t under = isParade ? kBeforeInk : kBeforeLumaInk;
+            const std::uint32_t over = isParade ? kColourInks[plane] : kLumaInk;
+            const FloatPicture densities = DensitiesOf(before, after, plane, plot);
+            for (int y = 0; y < plot.height; ++y)
             {
-                const double density =
-                    densities.At(static_cast<std::size_t>(x), static_cast<std::size_t>(y))[plane];
-                Mix(plot.left + x, plot.top + y, ink, most * LevelTone(density));
+                for (int x = 0; x < plot.width; ++x)
+                {
+                    const float* const density = densities.At(x, y);
+                    Mix(plot.left + x, plot.top + y, under,
+                        kBeforeShare * LevelTone(density[kUnder]));
+                    Mix(plot.left + x, plot.top + y, over, LevelTone(density[kOver]));
+                }
             }
+            MarkColumns(after, plane, plot);
         }
     }
 
@@ -295,8 +300,7 @@ private:
 
     void DrawVectors(const ScopeBins& before, const ScopeBins& after, const Geometry::Rect& plot)
     {
-        const FloatPicture under = DensitiesOf(before, plot);
-        const FloatPicture over = DensitiesOf(after, plot);
+        const FloatPicture densities = DensitiesOf(before, after, 0, plot);
         const double codesInPixel = kCodes / plot.width;
         const double scale = plot.width / kCodes;
         const double thickness = Px(1);
@@ -324,14 +328,12 @@ private:
                     Mix(left, top, kGraticule, line(std::min(std::abs(blue), std::abs(red))));
                     Mix(left, top, kSkinInk, along > 0.0 ? line(across) : 0.0);
                 }
-                const auto at = [&](const FloatPicture& of) {
-                    return double{
-                        of.At(static_cast<std::size_t>(x), static_cast<std::size_t>(y))[0]};
-                };
-                Mix(left, top, kBeforeInk, kBeforeShare * VectorTone(at(under)));
-                if (at(over) > 0.0)
+                const float* const density = densities.At(x, y);
+                Mix(left, top, kBeforeInk, kBeforeShare * VectorTone(density[kUnder]));
+                if (density[kOver] > 0.0F)
                 {
-                    Mix(left, top, VectorInk(blue + 128.0, red + 128.0), VectorTone(at(over)));
+                    Mix(left, top, VectorInk(blue + 128.0, red + 128.0),
+                        VectorTone(density[kOver]));
                 }
             }
         }
