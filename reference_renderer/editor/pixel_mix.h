@@ -11,7 +11,7 @@ namespace ReferenceRenderer
 inline std::uint32_t Mixed(std::uint32_t ground, std::uint32_t ink, double share) noexcept
 {
     constexpr std::int32_t kWhole = 65536;
-    const auto part = static_cast<std::int32_t>(share * kWhole + 0.5);
+    const auto part = static_cast<std::int32_t>(share * kWhole);
     std::uint32_t pixel = 0;
     for (unsigned shift = 0; shift < 24; shift += 8)
     {
