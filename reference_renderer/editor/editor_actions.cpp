@@ -38,10 +38,10 @@ const wchar_t* OriginText(RecordState origin) noexcept
     return L"";
 }
 
-std::optional<std::size_t> IndexIn(int id, int first) noexcept
+std::optional<std::size_t> IndexIn(int id, int first, std::size_t count = kControlCount) noexcept
 {
     const int index = id - first;
-    const bool within = index >= 0 && index < static_cast<int>(kControlCount);
+    const bool within = index >= 0 && index < static_cast<int>(count);
     return within ? std::optional(static_cast<std::size_t>(index)) : std::nullopt;
 }
 
@@ -49,6 +49,12 @@ std::wstring RangeText(const ControlFacts& facts)
 {
     return Wide(std::string(facts.name) + " takes a number from " + ShortNumberText(facts.lowest) +
                 " to " + ShortNumberText(facts.highest));
+}
+
+std::wstring OutOfReachText(const ControlFacts& facts)
+{
+    return Wide(std::string(facts.name) +
+                " cannot go there as the other numbers are: slopes and powers end at 0 and 100");
 }
 
 constexpr wchar_t kNoClipboard[] =
@@ -144,30 +150,10 @@ void EditorActions::Place(const EditorLayout& layout)
 {
     m_layout = layout;
     m_controls.Place(layout);
-    const Geometry::Rect& picture = layout.picture;
-    ::SetWindowPos(m_picture.Window(), nullptr, picture.left, picture.top, picture.width,
-                   picture.height, SWP_NOZORDER | SWP_NOACTIVATE);
-    const Geometry::Rect& scope = layout.scope;
-    ::SetWindowPos(m_scope.Window(), nullptr, scope.left, scope.top, scope.width, scope.height,
-                   SWP_NOZORDER | SWP_NOACTIVATE);
+    PlaceAt(m_picture.Window(), layout.picture);
+    PlaceAt(m_scope.Window(), layout.scope);
     m_scopeControls.Place(layout);
     TellPicture();
-}
-
-void EditorActions::ShowPictureAlone(bool alone) noexcept
-{
-    if (alone)
-    {
-        ::SetFocus(m_picture.Window()); // the keyboard must not stay with a window that is hidden
-    }
-    for (HWND child = ::GetWindow(m_window, GW_CHILD); child != nullptr;
-         child = ::GetWindow(child, GW_HWNDNEXT))
-    {
-        if (child != m_picture.Window())
-        {
-            ::ShowWindow(child, alone ? SW_HIDE : SW_SHOWNA);
-        }
-    }
 }
 
 bool EditorActions::IsOverPicture(POINT screen) const noexcept
@@ -225,14 +211,12 @@ bool EditorActions::OnNumberKey(std::size_t index, WPARAM key)
     const bool isUp = key == VK_UP || key == VK_PRIOR;
     const ControlFacts& facts = kControls[index];
     const float value = Nudged(facts, m_draft.Value(facts.control), isUp ? step.size : -step.size);
-    if (step.all ? m_draft.SetTogether(facts.control, value, m_draft.NumbersOf(facts.step))
-                 : m_draft.Set(facts.control, value))
-    {
-        m_controls.ShowText(facts.control, m_draft.Value(facts.control));
-        ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
-        OnNumberTyped(index); // it may have been wrong before
-        DidInRun(step.all ? Run::Kind::StepsOfAll : Run::Kind::Steps, facts);
-    }
+    step.all ? m_draft.MoveTogether(facts.control, value, m_draft.Numbers())
+             : m_draft.Approach(facts.control, value);
+    m_controls.ShowText(facts.control, m_draft.Value(facts.control));
+    ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
+    OnNumberTyped(index); // it may have been wrong before
+    DidInRun(step.all ? Run::Kind::StepsOfAll : Run::Kind::Steps, facts);
     return true;
 }
 
@@ -241,6 +225,11 @@ void EditorActions::OnCommand(int id, int what, HWND from)
     if (const auto slider = IndexIn(id, IDC_SLIDER))
     {
         OnSlider(*slider, what);
+        return;
+    }
+    if (const auto pad = IndexIn(id, IDC_PAD, kPadCount))
+    {
+        OnPad(*pad, what);
         return;
     }
     if (const auto number = IndexIn(id, IDC_NUMBER))
@@ -322,7 +311,9 @@ bool EditorActions::CanAccept()
     if (m_texts.wrongNumber)
     {
         const std::size_t index = *m_texts.wrongNumber;
-        Say(RangeText(kControls[index]), true);
+        const std::optional<float> typed = TypedNumber(m_controls.NumberTyped(index));
+        const bool inRange = typed && CanBeTyped(kControls[index], *typed);
+        Say(inRange ? OutOfReachText(kControls[index]) : RangeText(kControls[index]), true);
         ::SetFocus(m_controls.Number(index));
         return false;
     }
@@ -341,14 +332,14 @@ void EditorActions::OnSlider(std::size_t index, int what)
         Reset(facts.control);
         break;
     case SLIDER_BEGAN:
-        m_beforeDrag = m_draft.NumbersOf(facts.step);
+        m_beforeDrag = m_draft.Numbers();
         m_draggedAll = false;
         break;
     case SLIDER_ENDED:
         Did(DeedText(facts, m_draggedAll));
         break;
     case SLIDER_CANCELLED:
-        m_draft.SetNumbers(facts.step, m_beforeDrag);
+        m_draft.SetNumbers(m_beforeDrag);
         Changed();
         break;
     default:
@@ -363,15 +354,59 @@ void EditorActions::OnSliderMoved(std::size_t index)
     // In a drag from where it began: going step by step, what a limit cut off would not come back.
     const bool dragged = m_controls.IsSliderDragged(index);
     const bool all = m_controls.SliderMovesAll(index);
-    const StepNumbers from = dragged ? m_beforeDrag : m_draft.NumbersOf(facts.step);
-    if (all ? m_draft.SetTogether(facts.control, value, from) : m_draft.Set(facts.control, value))
+    all ? m_draft.MoveTogether(facts.control, value, dragged ? m_beforeDrag : m_draft.Numbers())
+        : m_draft.Approach(facts.control, value);
+    Changed();
+    m_draggedAll = m_draggedAll || all;
+    if (!dragged)
     {
+        DidInRun(all ? Run::Kind::StepsOfAll : Run::Kind::Steps, facts);
+    }
+}
+
+void EditorActions::OnPad(std::size_t index, int what)
+{
+    const std::string name = kPads[index].name;
+    switch (what)
+    {
+    case SLIDER_MOVED:
+        OnPadMoved(index);
+        break;
+    case SLIDER_RESET:
+    {
+        GradeNumbers numbers = m_draft.Numbers();
+        MoveToPadPoint(numbers, kPads[index], {});
+        m_draft.SetNumbers(numbers);
         Changed();
-        m_draggedAll = m_draggedAll || all;
-        if (!dragged)
-        {
-            DidInRun(all ? Run::Kind::StepsOfAll : Run::Kind::Steps, facts);
-        }
+        Did("reset of " + name);
+        break;
+    }
+    case SLIDER_BEGAN:
+        m_beforeDrag = m_draft.Numbers();
+        break;
+    case SLIDER_ENDED:
+        Did(name);
+        break;
+    case SLIDER_CANCELLED:
+        m_draft.SetNumbers(m_beforeDrag);
+        Changed();
+        break;
+    default:
+        break;
+    }
+}
+
+void EditorActions::OnPadMoved(std::size_t index)
+{
+    const bool dragged = m_controls.IsPadDragged(index);
+    GradeNumbers numbers = dragged ? m_beforeDrag : m_draft.Numbers();
+    MoveToPadPoint(numbers, kPads[index], m_controls.PadValue(index));
+    m_draft.SetNumbers(numbers);
+    Changed();
+    if (!dragged)
+    {
+        m_history.DidInRun({Run::Kind::Pad, kPads[index].first}, ::GetTickCount64(),
+                           {kPads[index].name, m_draft.State(), false});
     }
 }
 
@@ -408,12 +443,15 @@ bool EditorActions::OnNumberTyped(std::size_t index)
     const ControlFacts& facts = kControls[index];
     const std::string typed = m_controls.NumberTyped(index);
     const std::optional<float> value = TypedNumber(typed);
-    if (!value || *value < facts.lowest || *value > facts.highest)
+    const bool inRange = value && CanBeTyped(facts, *value);
+    // A value with more decimals than its text keeps them until the text says something else.
+    const bool same = inRange && NumberText(m_draft.Value(facts.control)) == NumberText(*value);
+    if (!inRange || (!same && !m_draft.Set(facts.control, *value)))
     {
         MarkNumbers(index, index);
         if (!typed.empty()) // nothing is not wrong yet
         {
-            Say(RangeText(facts), true);
+            Say(inRange ? OutOfReachText(facts) : RangeText(facts), true);
         }
         return false;
     }
@@ -421,11 +459,6 @@ bool EditorActions::OnNumberTyped(std::size_t index)
     if (m_statusIsWrong)
     {
         Say(L"");
-    }
-    // A value with more decimals than its text keeps them until the text says something else.
-    if (NumberText(m_draft.Value(facts.control)) != NumberText(*value))
-    {
-        m_draft.Set(facts.control, *value);
     }
     Changed();
     return true;

@@ -45,8 +45,6 @@ public:
     void ShowLook(); // as it was given
     void SetTheme(const EditorTheme& theme) noexcept;
     void Place(const EditorLayout& layout);
-    // Hides everything else, or shows it again.
-    void ShowPictureAlone(bool alone) noexcept;
     bool IsOverPicture(POINT screen) const noexcept;
     HWND Picture() const noexcept { return m_picture.Window(); }
 
@@ -68,10 +66,6 @@ public:
     // Opens a scope, or closes it; then it has or needs no place.
     void ToggleScope(ScopeKind kind);
     std::optional<ScopeKind> ShownScope() const noexcept { return m_scope.Shown(); }
-    bool IsButton(HWND window) const noexcept
-    {
-        return m_controls.IsButton(window) || m_scopeControls.IsButton(window);
-    }
     bool StatusIsWrong() const noexcept { return m_statusIsWrong; }
 
 private:
@@ -80,6 +74,8 @@ private:
     bool OnCommandKey(WPARAM key, bool inNumber);
     void OnSlider(std::size_t index, int what);
     void OnSliderMoved(std::size_t index);
+    void OnPad(std::size_t index, int what);
+    void OnPadMoved(std::size_t index);
     void OnNumber(std::size_t index, int what);
     // Takes the number over. False when it is none that the look can have.
     bool OnNumberTyped(std::size_t index);
@@ -127,8 +123,8 @@ private:
     ScopeWindow m_scope;
     EditorLayout m_layout;
     GroundTexts m_texts;
-    StepNumbers m_beforeDrag{}; // of the slider that was dragged last
-    bool m_draggedAll = false;  // it took other channels along
+    GradeNumbers m_beforeDrag; // of the slider or pad that was dragged last
+    bool m_draggedAll = false; // it took other channels along
     bool m_statusIsWrong = false;
 };
 

@@ -1,5 +1,6 @@
-// The numbers that the look editor offers: names, neutral values, limits, and the scale of each
-// slider. Pure: no windows.h. Tests: tests/reference_renderer/editor/editor_control_test.cpp.
+// The numbers that the look editor offers: names, neutral values, limits, the scale of each slider,
+// and the view that each belongs to; grade_numbers.h says what they are of a look.
+// Pure: no windows.h. Tests: tests/reference_renderer/editor/editor_control_test.cpp.
 #pragma once
 
 #include <algorithm>
@@ -9,9 +10,23 @@
 namespace ReferenceRenderer
 {
 
-// In the order of the window, top to bottom.
+// In the order of the window: view by view, each top to bottom, then what every view has.
 enum class Control
 {
+    Temperature,
+    Tint,
+    Exposure,
+    Contrast,
+    Pivot,
+    LiftRed,
+    LiftGreen,
+    LiftBlue,
+    GammaRed,
+    GammaGreen,
+    GammaBlue,
+    GainRed,
+    GainGreen,
+    GainBlue,
     SlopeRed,
     SlopeGreen,
     SlopeBlue,
@@ -25,7 +40,7 @@ enum class Control
     Strength, // of curves and cube
 };
 
-inline constexpr std::size_t kControlCount = 11;
+inline constexpr std::size_t kControlCount = 25;
 
 // How a slider's length is shared among values.
 enum class Scale
@@ -37,12 +52,47 @@ enum class Scale
 // A step of the look; its three channels stand together in the window.
 enum class Step
 {
+    Temperature,
+    Tint,
+    Exposure,
+    Contrast,
+    Pivot,
+    Lift,
+    Gamma,
+    Gain,
     Slope,
     Offset,
     Power,
     Saturation,
     Strength,
 };
+
+inline constexpr std::size_t kStepCount = 13;
+
+// One way to look at the same correction.
+enum class View
+{
+    Light,  // as a camera and a projector would say it
+    Wheels, // lift, gamma and gain
+    Cdl,    // the numbers of the record
+};
+
+inline constexpr std::size_t kViewCount = 3;
+
+// Saturation and strength are in every view.
+constexpr bool IsIn(Step step, View view) noexcept
+{
+    const View own = step <= Step::Pivot  ? View::Light
+                     : step <= Step::Gain ? View::Wheels
+                                          : View::Cdl;
+    return step >= Step::Saturation || own == view;
+}
+
+// Red, green and blue; any other step has one value for all.
+constexpr bool HasChannels(Step step) noexcept
+{
+    return step >= Step::Lift && step <= Step::Power;
+}
 
 struct ControlFacts
 {
@@ -58,8 +108,25 @@ struct ControlFacts
     float highest;
 };
 
+// An 18 % grey card in a picture that is encoded for a display (sRGB), to two digits.
+inline constexpr float kMiddleGrey = 0.46F;
+
 // clang-format off
 inline constexpr std::array<ControlFacts, kControlCount> kControls{{
+    {Control::Temperature, "Temperature",  Step::Temperature, 0, Scale::Even, 0.0F, -1.0F, 1.0F, -10.0F,  10.0F},
+    {Control::Tint,        "Tint",         Step::Tint,        0, Scale::Even, 0.0F, -1.0F, 1.0F, -10.0F,  10.0F},
+    {Control::Exposure,    "Exposure",     Step::Exposure,    0, Scale::Even, 0.0F, -3.0F, 3.0F, -20.0F,  20.0F},
+    {Control::Contrast,    "Contrast",     Step::Contrast,    0, Scale::EvenRatios, 1.0F, 0.5F, 2.0F, 0.01F, 100.0F},
+    {Control::Pivot,       "Pivot",        Step::Pivot,       0, Scale::Even, kMiddleGrey, 0.1F, 0.82F, 0.01F, 1.0F},
+    {Control::LiftRed,     "Lift, red",    Step::Lift,   0, Scale::Even,       0.0F, -0.5F,  0.5F, -100.0F, 100.0F},
+    {Control::LiftGreen,   "Lift, green",  Step::Lift,   1, Scale::Even,       0.0F, -0.5F,  0.5F, -100.0F, 100.0F},
+    {Control::LiftBlue,    "Lift, blue",   Step::Lift,   2, Scale::Even,       0.0F, -0.5F,  0.5F, -100.0F, 100.0F},
+    {Control::GammaRed,    "Gamma, red",   Step::Gamma,  0, Scale::EvenRatios, 1.0F, 0.25F,  4.0F,   0.01F, 100.0F},
+    {Control::GammaGreen,  "Gamma, green", Step::Gamma,  1, Scale::EvenRatios, 1.0F, 0.25F,  4.0F,   0.01F, 100.0F},
+    {Control::GammaBlue,   "Gamma, blue",  Step::Gamma,  2, Scale::EvenRatios, 1.0F, 0.25F,  4.0F,   0.01F, 100.0F},
+    {Control::GainRed,     "Gain, red",    Step::Gain,   0, Scale::Even,       1.0F,  0.0F,  2.0F, -100.0F, 100.0F},
+    {Control::GainGreen,   "Gain, green",  Step::Gain,   1, Scale::Even,       1.0F,  0.0F,  2.0F, -100.0F, 100.0F},
+    {Control::GainBlue,    "Gain, blue",   Step::Gain,   2, Scale::Even,       1.0F,  0.0F,  2.0F, -100.0F, 100.0F},
     {Control::SlopeRed,    "Slope, red",    Step::Slope,  0, Scale::Even,       1.0F,  0.0F,  2.0F,    0.0F, 100.0F},
     {Control::SlopeGreen,  "Slope, green",  Step::Slope,  1, Scale::Even,       1.0F,  0.0F,  2.0F,    0.0F, 100.0F},
     {Control::SlopeBlue,   "Slope, blue",   Step::Slope,  2, Scale::Even,       1.0F,  0.0F,  2.0F,    0.0F, 100.0F},
@@ -95,6 +162,11 @@ constexpr std::size_t IndexOf(Control control) noexcept
 constexpr const ControlFacts& FactsOf(Control control) noexcept
 {
     return kControls[IndexOf(control)];
+}
+
+constexpr bool CanBeTyped(const ControlFacts& facts, float value) noexcept
+{
+    return value >= facts.lowest && value <= facts.highest; // NaN is neither
 }
 
 // Where a value stands on its slider: 0 = left end, 1 = right end; beyond both for values that the

@@ -13,9 +13,13 @@ namespace ReferenceRenderer
 namespace
 {
 
-// The letter that is underlined leads to the first slider of the step.
-constexpr std::array<const wchar_t*, kHeadings> kHeadingTexts{L"S&lope", L"O&ffset", L"&Power",
-                                                              L"Sat&uration", L"LU&T strength"};
+// The letter that is underlined leads to the first control of the step. Letters are unique among
+// what is shown at one time.
+constexpr std::array<const wchar_t*, kStepCount> kHeadingTexts{
+    L"Te&mperature", L"Ti&nt",       L"&Exposure",    L"&Contrast", L"&Pivot",
+    L"Li&ft",        L"Ga&mma",      L"Gai&n",        L"S&lope",    L"O&ffset",
+    L"&Power",       L"Sat&uration", L"LU&T strength"};
+constexpr std::array<const wchar_t*, kViewCount> kViewTexts{L"Lig&ht", L"&Wheels", L"C&DL"};
 
 constexpr int kLongestNumber = 24; // characters that can be typed
 
@@ -25,12 +29,6 @@ HWND Child(HWND parent, const wchar_t* className, const std::wstring& text, DWOR
     const auto menu = reinterpret_cast<HMENU>(static_cast<INT_PTR>(id));
     return ::CreateWindowExW(0, className, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0,
                              parent, menu, ThisModule(), nullptr);
-}
-
-void Put(HWND window, const Geometry::Rect& box) noexcept
-{
-    ::SetWindowPos(window, nullptr, box.left, box.top, box.width, box.height,
-                   SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
 void Enable(HWND window, bool enabled) noexcept
@@ -50,12 +48,21 @@ void Enable(HWND window, bool enabled) noexcept
 
 bool EditorControls::Create(HWND parent, const EditorTheme& theme)
 {
-    if (!CreateNumbers(parent, theme) || !CreateButtons(parent))
+    if (!CreateViews(parent) || !CreateNumbers(parent, theme) || !CreateButtons(parent))
     {
         return false;
     }
     SetTheme(theme);
     return true;
+}
+
+bool EditorControls::CreateViews(HWND parent)
+{
+    for (std::size_t i = 0; i < kViewCount; ++i)
+    {
+        m_views[i] = Button(parent, kViewTexts[i], IDC_VIEW + static_cast<int>(i));
+    }
+    return std::find(m_views.begin(), m_views.end(), nullptr) == m_views.end();
 }
 
 bool EditorControls::CreateNumbers(HWND parent, const EditorTheme& theme)
@@ -84,14 +91,34 @@ bool EditorControls::CreateNumbers(HWND parent, const EditorTheme& theme)
             return false;
         }
         ::SendMessageW(m_numbers[i], EM_LIMITTEXT, kLongestNumber, 0);
+        if (!CreatePad(parent, kControls[i].control, theme))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The pad whose last channel the control is, where there is one: its sliders come first.
+bool EditorControls::CreatePad(HWND parent, Control last, const EditorTheme& theme)
+{
+    for (std::size_t i = 0; i < kPadCount; ++i)
+    {
+        if (LastOf(kPads[i]) == last &&
+            !m_pads[i].Create(parent, kPads[i], theme, IDC_PAD + static_cast<int>(i)))
+        {
+            return false;
+        }
     }
     return true;
 }
 
 bool EditorControls::CreateButtons(HWND parent)
 {
-    m_import = Button(parent, L"&Import look...", IDC_IMPORT);
-    m_removeTables = Button(parent, L"Re&move LUT", IDC_REMOVE_TABLES);
+    m_import = Button(parent, L"&Import...", IDC_IMPORT);
+    m_recent = Button(parent, L"&Recent", IDC_RECENT);
+    m_export = Button(parent, L"E&xport...", IDC_EXPORT);
+    m_removeTables = Button(parent, L"Remo&ve LUT", IDC_REMOVE_TABLES);
     m_compare = {Button(parent, L"&Graded", IDC_SHOW_GRADED),
                  Button(parent, L"&Split", IDC_SHOW_SPLIT),
                  Button(parent, L"&Original", IDC_SHOW_ORIGINAL)};
@@ -101,9 +128,9 @@ bool EditorControls::CreateButtons(HWND parent)
     m_accept = Button(parent, L"OK", IDOK);
     m_cancel = Button(parent, L"Cancel", IDCANCEL);
     m_status = Child(parent, L"STATIC", L"", SS_OWNERDRAW | SS_NOPREFIX, IDC_STATUS);
-    const std::array all{m_import,     m_removeTables, m_compare[0], m_compare[1],
-                         m_compare[2], m_storeState,   m_swapState,  m_resetAll,
-                         m_accept,     m_cancel,       m_status};
+    const std::array all{m_import,     m_recent,     m_export,     m_removeTables, m_compare[0],
+                         m_compare[1], m_compare[2], m_storeState, m_swapState,    m_resetAll,
+                         m_accept,     m_cancel,     m_status};
     return std::find(all.begin(), all.end(), nullptr) == all.end();
 }
 
@@ -116,26 +143,36 @@ void EditorControls::Place(const EditorLayout& layout) noexcept
 {
     for (std::size_t i = 0; i < kControlCount; ++i)
     {
-        Put(m_sliders[i].Window(), layout.controls[i].slider);
-        Put(m_numbers[i], layout.controls[i].number);
-        Put(m_resets[i], layout.controls[i].reset);
+        PlaceAt(m_sliders[i].Window(), layout.controls[i].slider);
+        PlaceAt(m_numbers[i], layout.controls[i].number);
+        PlaceAt(m_resets[i], layout.controls[i].reset);
     }
-    for (std::size_t i = 0; i < kHeadings; ++i)
+    for (std::size_t i = 0; i < kStepCount; ++i)
     {
-        Put(m_headings[i], layout.headings[i]);
+        PlaceAt(m_headings[i], layout.headings[i]);
+    }
+    for (std::size_t i = 0; i < kPadCount; ++i)
+    {
+        PlaceAt(m_pads[i].Window(), layout.pads[i]);
+    }
+    for (std::size_t i = 0; i < kViewCount; ++i)
+    {
+        PlaceAt(m_views[i], layout.views[i]);
     }
     for (std::size_t i = 0; i < kCompareButtons; ++i)
     {
-        Put(m_compare[i], layout.compare[i]);
+        PlaceAt(m_compare[i], layout.compare[i]);
     }
-    Put(m_storeState, layout.storeState);
-    Put(m_swapState, layout.swapState);
-    Put(m_import, layout.importFile);
-    Put(m_removeTables, layout.removeTables);
-    Put(m_resetAll, layout.resetAll);
-    Put(m_accept, layout.accept);
-    Put(m_cancel, layout.cancel);
-    Put(m_status, layout.status);
+    PlaceAt(m_storeState, layout.storeState);
+    PlaceAt(m_swapState, layout.swapState);
+    PlaceAt(m_import, layout.importFile);
+    PlaceAt(m_recent, layout.recentLooks);
+    PlaceAt(m_export, layout.exportFile);
+    PlaceAt(m_removeTables, layout.removeTables);
+    PlaceAt(m_resetAll, layout.resetAll);
+    PlaceAt(m_accept, layout.accept);
+    PlaceAt(m_cancel, layout.cancel);
+    PlaceAt(m_status, layout.status);
 }
 
 void EditorControls::SetTheme(const EditorTheme& theme) noexcept
@@ -146,6 +183,10 @@ void EditorControls::SetTheme(const EditorTheme& theme) noexcept
         m_sliders[i].SetTheme(theme);
         ::SendMessageW(m_numbers[i], WM_SETFONT, font, TRUE);
         ::SendMessageW(m_numbers[i], EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
+    }
+    for (PadWindow& pad : m_pads)
+    {
+        pad.SetTheme(theme);
     }
     for (const HWND heading : m_headings)
     {
@@ -168,6 +209,10 @@ void EditorControls::Show(const LookDraft& draft)
         Enable(m_sliders[i].Window(), usable);
         Enable(m_numbers[i], usable);
         Enable(m_resets[i], !draft.IsNeutral(control));
+    }
+    for (std::size_t i = 0; i < kPadCount; ++i)
+    {
+        m_pads[i].Show(PadPointOf(draft.Numbers(), kPads[i]));
     }
     Enable(m_removeTables, draft.HasTables());
     Enable(m_resetAll, !draft.IsNeutral());
@@ -194,8 +239,9 @@ void EditorControls::ShowMemory(bool hasStored, bool showsStored) noexcept
 
 bool EditorControls::CancelDrag() noexcept
 {
-    return std::any_of(m_sliders.begin(), m_sliders.end(),
-                       [](SliderWindow& slider) { return slider.CancelDrag(); });
+    const auto cancel = [](auto& window) { return window.CancelDrag(); };
+    return std::any_of(m_sliders.begin(), m_sliders.end(), cancel) ||
+           std::any_of(m_pads.begin(), m_pads.end(), cancel);
 }
 
 std::string EditorControls::NumberTyped(std::size_t index) const
@@ -217,13 +263,6 @@ bool EditorControls::IsHeading(HWND window) const noexcept
 {
     return window != nullptr &&
            std::find(m_headings.begin(), m_headings.end(), window) != m_headings.end();
-}
-
-bool EditorControls::IsButton(HWND window) const noexcept
-{
-    const std::array all{m_import,     m_removeTables, m_compare[0], m_compare[1], m_compare[2],
-                         m_storeState, m_swapState,    m_resetAll,   m_accept,     m_cancel};
-    return window != nullptr && std::find(all.begin(), all.end(), window) != all.end();
 }
 
 void EditorControls::Say(const std::wstring& status) noexcept

@@ -4,6 +4,7 @@
 #include "reference_renderer/editor/editor_layout.h"
 #include "reference_renderer/editor/editor_theme.h"
 #include "reference_renderer/editor/look_draft.h"
+#include "reference_renderer/editor/pad_window.h"
 #include "reference_renderer/editor/slider_window.h"
 
 #include <array>
@@ -26,6 +27,7 @@ public:
 
     // All but the picture, in the order of the Tab key. False when the system refuses a window.
     bool Create(HWND parent, const EditorTheme& theme);
+    // Hides what has no place.
     void Place(const EditorLayout& layout) noexcept;
     void SetTheme(const EditorTheme& theme) noexcept;
 
@@ -42,7 +44,9 @@ public:
     float SliderValue(std::size_t index) const noexcept { return m_sliders[index].Value(); }
     bool SliderMovesAll(std::size_t index) const noexcept { return m_sliders[index].MovesAll(); }
     bool IsSliderDragged(std::size_t index) const noexcept { return m_sliders[index].IsDragged(); }
-    // Takes back a drag of any slider. False when there is none.
+    PadPoint PadValue(std::size_t index) const noexcept { return m_pads[index].Value(); }
+    bool IsPadDragged(std::size_t index) const noexcept { return m_pads[index].IsDragged(); }
+    // Takes back a drag of any slider or pad. False when there is none.
     bool CancelDrag() noexcept;
 
     HWND Slider(std::size_t index) const noexcept { return m_sliders[index].Window(); }
@@ -50,8 +54,6 @@ public:
     std::string NumberTyped(std::size_t index) const;
     // The control whose number `window` shows.
     std::optional<std::size_t> NumberOf(HWND window) const noexcept;
-    // Whether `window` is one of the buttons.
-    bool IsButton(HWND window) const noexcept;
 
     void Say(const std::wstring& status) noexcept;
     bool IsHeading(HWND window) const noexcept;
@@ -61,9 +63,13 @@ public:
 private:
     bool CreateNumbers(HWND parent, const EditorTheme& theme);
     bool CreateButtons(HWND parent);
+    bool CreateViews(HWND parent);
+    bool CreatePad(HWND parent, Control last, const EditorTheme& theme);
     HWND Button(HWND parent, const wchar_t* text, int id, DWORD style = WS_TABSTOP) noexcept;
 
-    std::array<HWND, kHeadings> m_headings{};
+    std::array<HWND, kViewCount> m_views{};
+    std::array<HWND, kStepCount> m_headings{};
+    std::array<PadWindow, kPadCount> m_pads;
     std::array<SliderWindow, kControlCount> m_sliders;
     std::array<HWND, kControlCount> m_numbers{};
     std::array<HWND, kControlCount> m_resets{};
@@ -71,6 +77,8 @@ private:
     HWND m_storeState = nullptr;
     HWND m_swapState = nullptr;
     HWND m_import = nullptr;
+    HWND m_recent = nullptr;
+    HWND m_export = nullptr;
     HWND m_removeTables = nullptr;
     HWND m_resetAll = nullptr;
     HWND m_accept = nullptr;

@@ -9,7 +9,7 @@ namespace
 {
 
 // All lengths are for 96 dots per inch.
-constexpr Geometry::Extent kSmallest{820, 560};
+constexpr Geometry::Extent kSmallest{852, 560};
 constexpr Geometry::Extent kOpening{1200, 720};
 
 constexpr int kMargin = 16;
@@ -27,13 +27,15 @@ constexpr int kScopePercent = 42; // of the picture's height without a scope
 constexpr int kLowestScope = 170;
 constexpr int kHighestScope = 380;
 
-constexpr int kPanelPercent = 29; // of the window's width
-constexpr int kNarrowestPanel = 330;
-constexpr int kWidestPanel = 460;
+constexpr int kPanelPercent = 32; // of the window's width
+constexpr int kNarrowestPanel = 368;
+constexpr int kWidestPanel = 500;
 
-constexpr int kHeadingHeight = 20;
+constexpr int kViewHeight = 26;
+constexpr int kHeadingHeight = 18;
+constexpr int kPadSize = 66;
 constexpr int kRowHeight = 24;
-constexpr int kStepGap = 12;       // below the last row of a step, at least
+constexpr int kStepGap = 10;       // below the last row of a step, at least
 constexpr int kWidestStepGap = 24; // in a window with room to spare
 constexpr int kTextHeight = 18;
 constexpr int kLetterWidth = 16;
@@ -49,7 +51,7 @@ constexpr int kStatusLines = 2;
 class Placing
 {
 public:
-    Placing(Geometry::Extent client, int dpi) noexcept : m_dpi(dpi)
+    Placing(Geometry::Extent client, int dpi, View view) noexcept : m_dpi(dpi), m_view(view)
     {
         const Geometry::Extent smallest = SmallestClient(dpi);
         m_width = std::max(client.width, smallest.width);
@@ -89,41 +91,106 @@ private:
         m_layout.panel = {m_width - width, 0, width, m_layout.footerTop};
         m_left = m_layout.panel.left + Px(kMargin);
         m_right = m_layout.panel.Right() - Px(kMargin);
+        constexpr int kMostGaps = 5; // of any view
         const int spare = m_height - SmallestClient(m_dpi).height;
-        const int stepGap =
-            std::min(Px(kStepGap) + spare / static_cast<int>(kHeadings - 1), Px(kWidestStepGap));
+        m_stepGap = std::min(Px(kStepGap) + spare / kMostGaps, Px(kWidestStepGap));
         int top = Px(kMargin) - Px(kGap) / 2;
-        std::size_t control = 0;
-        for (std::size_t step = 0; step < kHeadings; ++step)
+        PlaceInARow(m_layout.views, top, Px(kViewHeight), 0);
+        top += Px(kViewHeight) + m_stepGap;
+        for (std::size_t step = 0; step < kStepCount; ++step)
         {
-            m_layout.headings[step] = {m_left, top, m_right - m_left, Px(kHeadingHeight)};
-            top += Px(kHeadingHeight);
-            if (static_cast<Step>(step) == Step::Strength)
+            if (IsIn(static_cast<Step>(step), m_view))
             {
-                m_layout.tables = {m_left, top, m_right - m_left, Px(kTextHeight)};
-                top += Px(kTextHeight) + Px(kGap) / 2;
+                top = PlaceStep(static_cast<Step>(step), top) + m_stepGap;
             }
-            while (control < kControlCount && kControls[control].step == static_cast<Step>(step))
-            {
-                PlaceControl(control, top);
-                top += Px(kRowHeight);
-                ++control;
-            }
-            top += stepGap;
         }
-        PlaceTableButtons(top - stepGap + Px(kGap));
+        std::array<Geometry::Rect, 4> buttons;
+        PlaceInARow(buttons, top - m_stepGap + Px(kGap), Px(kButtonHeight), Px(kGap));
+        m_layout.importFile = buttons[0];
+        m_layout.recentLooks = buttons[1];
+        m_layout.exportFile = buttons[2];
+        m_layout.removeTables = buttons[3];
+        PlaceHints();
     }
 
-    void PlaceControl(std::size_t index, int top) noexcept
+    // In equal widths, from the panel's left to its right.
+    template <std::size_t Count>
+    void PlaceInARow(std::array<Geometry::Rect, Count>& boxes, int top, int height,
+                     int gap) const noexcept
+    {
+        const int whole = m_right - m_left + gap;
+        for (int i = 0; i < static_cast<int>(Count); ++i)
+        {
+            const int left = m_left + whole * i / static_cast<int>(Count);
+            const int next = m_left + whole * (i + 1) / static_cast<int>(Count);
+            boxes[static_cast<std::size_t>(i)] = {left, top, next - gap - left, height};
+        }
+    }
+
+    // Returns where it ends. A step with a pad has its heading above, any other one beside it.
+    int PlaceStep(Step step, int top) noexcept
+    {
+        const int padColumn = m_left + Px(kPadSize) + Px(kGap);
+        const auto index = static_cast<std::size_t>(step);
+        if (step == Step::Strength)
+        {
+            m_layout.tables = {m_left, top, m_right - m_left, Px(kTextHeight)};
+            top += Px(kTextHeight);
+        }
+        if (IsBesidePad(step))
+        {
+            m_layout.headings[index] = {padColumn, top, m_right - padColumn, Px(kHeadingHeight)};
+            top += Px(kHeadingHeight);
+        }
+        else
+        {
+            m_layout.headings[index] = {m_left, top, padColumn + Px(kLetterWidth) - m_left,
+                                        Px(kRowHeight)};
+        }
+        const int begin = top;
+        for (std::size_t i = 0; i < kControlCount; ++i)
+        {
+            if (kControls[i].step == step)
+            {
+                PlaceControl(i, padColumn, top);
+                top += Px(kRowHeight);
+            }
+        }
+        PlacePad(step, begin, top);
+        return top;
+    }
+
+    // The pad of a step's channels stands beside their rows; the one of temperature and tint beside
+    // both of these, from the heading of the first.
+    void PlacePad(Step step, int begin, int end) noexcept
+    {
+        const auto* const pad =
+            std::find_if(kPads.begin(), kPads.end(),
+                         [&](const PadFacts& facts) { return FactsOf(facts.first).step == step; });
+        if (pad == kPads.end())
+        {
+            return;
+        }
+        if (step == Step::Temperature)
+        {
+            begin -= Px(kHeadingHeight);
+            end += m_stepGap + Px(kHeadingHeight) + Px(kRowHeight);
+        }
+        m_layout.pads[static_cast<std::size_t>(pad - kPads.begin())] = {
+            m_left, begin + (end - begin - Px(kPadSize)) / 2, Px(kPadSize), Px(kPadSize)};
+    }
+
+    static bool IsBesidePad(Step step) noexcept { return step <= Step::Tint || HasChannels(step); }
+
+    void PlaceControl(std::size_t index, int padColumn, int top) noexcept
     {
         const int height = Px(kRowHeight);
         const auto centred = [&](int length) { return top + (height - length) / 2; };
         ControlBoxes& boxes = m_layout.controls[index];
-        const Step step = kControls[index].step;
-        const int left = m_left + Px(kLetterWidth); // all sliders stand in one line
-        if (step != Step::Saturation && step != Step::Strength)
+        const int left = padColumn + Px(kLetterWidth); // all sliders stand in one line
+        if (HasChannels(kControls[index].step))
         {
-            boxes.letter = {m_left, centred(Px(kTextHeight)), Px(kLetterWidth), Px(kTextHeight)};
+            boxes.letter = {padColumn, centred(Px(kTextHeight)), Px(kLetterWidth), Px(kTextHeight)};
         }
         boxes.reset = {m_right - Px(kResetSize), centred(Px(kResetSize)), Px(kResetSize),
                        Px(kResetSize)};
@@ -135,11 +202,8 @@ private:
         boxes.slider = {left, top, boxes.frame.left - Px(kGap) - left, height};
     }
 
-    void PlaceTableButtons(int top) noexcept
+    void PlaceHints() noexcept
     {
-        const int width = (m_right - m_left - Px(kGap)) / 2;
-        m_layout.importFile = {m_left, top, width, Px(kButtonHeight)};
-        m_layout.removeTables = {m_right - width, top, width, Px(kButtonHeight)};
         const int hintHeight = kHintLines * Px(kTextHeight);
         const int hintTop = m_layout.footerTop - Px(kMargin) - hintHeight;
         if (hintTop >= m_layout.removeTables.Bottom() + Px(kMargin))
@@ -190,6 +254,8 @@ private:
     }
 
     int m_dpi;
+    View m_view;
+    int m_stepGap = 0;
     int m_width = 0;
     int m_height = 0;
     int m_left = 0; // of the panel's contents
@@ -209,9 +275,9 @@ Geometry::Extent OpeningClient(int dpi) noexcept
     return {Scaled(kOpening.width, dpi), Scaled(kOpening.height, dpi)};
 }
 
-EditorLayout LayoutOf(Geometry::Extent client, int dpi, bool hasScope) noexcept
+EditorLayout LayoutOf(Geometry::Extent client, int dpi, View view, bool hasScope) noexcept
 {
-    return Placing(client, dpi).Layout(hasScope);
+    return Placing(client, dpi, view).Layout(hasScope);
 }
 
 EditorLayout PictureAloneIn(Geometry::Extent client) noexcept

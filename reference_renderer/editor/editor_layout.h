@@ -2,7 +2,7 @@
 // Pure: no windows.h. Tests: tests/reference_renderer/editor/editor_layout_test.cpp.
 #pragma once
 
-#include "reference_renderer/editor/editor_control.h"
+#include "reference_renderer/editor/colour_pad.h"
 #include "reference_renderer/editor/scope_bins.h"
 #include "support/geometry.h"
 
@@ -32,9 +32,9 @@ struct ControlBoxes
     Geometry::Rect reset;
 };
 
-inline constexpr std::size_t kHeadings = 5; // one for each Step
 inline constexpr std::size_t kCompareButtons = 3;
 
+// What the view does not show is empty.
 struct EditorLayout
 {
     Geometry::Rect picture;
@@ -42,14 +42,18 @@ struct EditorLayout
     Geometry::Rect storeState; // beside the compare buttons
     Geometry::Rect swapState;
     std::array<Geometry::Rect, kScopeKinds> scopeButtons;
-    Geometry::Rect pictureFacts; // a line of text beside these
-    Geometry::Rect pixel;        // a line of text below the picture
-    Geometry::Rect scope;        // between them; empty without one
-    Geometry::Rect panel;        // the part at the right with another ground
-    std::array<Geometry::Rect, kHeadings> headings;
+    Geometry::Rect pictureFacts;                  // a line of text beside these
+    Geometry::Rect pixel;                         // a line of text below the picture
+    Geometry::Rect scope;                         // between them; empty without one
+    Geometry::Rect panel;                         // the part at the right with another ground
+    std::array<Geometry::Rect, kViewCount> views; // a button for each
+    std::array<Geometry::Rect, kStepCount> headings;
+    std::array<Geometry::Rect, kPadCount> pads;
     std::array<ControlBoxes, kControlCount> controls;
     Geometry::Rect tables; // a line of text: the name of the look's tables
     Geometry::Rect importFile;
+    Geometry::Rect recentLooks;
+    Geometry::Rect exportFile;
     Geometry::Rect removeTables;
     Geometry::Rect hints;  // lines of text at the foot of the panel; empty where there is no room
     Geometry::Rect status; // two lines of text
@@ -60,7 +64,7 @@ struct EditorLayout
 };
 
 // Client areas below SmallestClient are laid out as if they had that size.
-EditorLayout LayoutOf(Geometry::Extent client, int dpi, bool hasScope = false) noexcept;
+EditorLayout LayoutOf(Geometry::Extent client, int dpi, View view, bool hasScope = false) noexcept;
 // The picture in the whole of it; everything else is empty.
 EditorLayout PictureAloneIn(Geometry::Extent client) noexcept;
 

@@ -15,6 +15,20 @@ namespace
 
 constexpr DWORD kStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
 
+bool IsButton(HWND window) noexcept
+{
+    return (::SendMessageW(window, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) != 0;
+}
+
+// The first control of a view.
+std::size_t FirstIn(View view) noexcept
+{
+    const auto* const first =
+        std::find_if(kControls.begin(), kControls.end(),
+                     [&](const ControlFacts& facts) { return IsIn(facts.step, view); });
+    return static_cast<std::size_t>(first - kControls.begin());
+}
+
 } // namespace
 
 EditorWindow::EditorWindow(const FrameBufferDesc* preview, std::span<const std::uint8_t> record,
@@ -46,7 +60,7 @@ bool EditorWindow::Open(HWND host)
 bool EditorWindow::RunModal() noexcept
 {
     ::ShowWindow(Window(), SW_SHOWNORMAL);
-    ::SetFocus(m_actions.Controls().Slider(0));
+    ::SetFocus(m_actions.Controls().Slider(FirstIn(m_view)));
     MSG message{};
     while (!m_done)
     {
@@ -85,7 +99,8 @@ bool EditorWindow::Translate(MSG& message)
         {
             return true;
         }
-        if (message.wParam == VK_RETURN && m_actions.IsButton(message.hwnd))
+        if (message.wParam == VK_RETURN && ::IsChild(Window(), message.hwnd) &&
+            IsButton(message.hwnd))
         {
             ::SendMessageW(message.hwnd, BM_CLICK, 0, 0); // and not the default button
             return true;
@@ -118,6 +133,13 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
             Lay();
         }
     }
+    else if (id >= IDC_VIEW && id < IDC_VIEW + static_cast<int>(kViewCount))
+    {
+        if (IsChosen(what, from))
+        {
+            ShowView(static_cast<View>(id - IDC_VIEW));
+        }
+    }
     else if (id != IDOK && id != IDCANCEL)
     {
         m_actions.OnCommand(id, what, from);
@@ -128,11 +150,21 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
     }
 }
 
+void EditorWindow::ShowView(View view)
+{
+    m_view = view;
+    Lay();
+    ::SetFocus(m_actions.Controls().Slider(FirstIn(view))); // what had it may be hidden
+}
+
 void EditorWindow::ShowPictureAlone(bool alone)
 {
     const HWND focus = ::GetFocus();
     m_pictureAlone = alone;
-    m_actions.ShowPictureAlone(alone);
+    if (alone)
+    {
+        ::SetFocus(m_actions.Picture()); // the keyboard must not stay with a window that is hidden
+    }
     Lay();
     if (!alone && ::IsChild(Window(), m_focusBefore))
     {
@@ -205,7 +237,8 @@ void EditorWindow::Lay()
     }
     const Geometry::Extent client = ClientSize(Window());
     const bool hasScope = m_actions.ShownScope().has_value();
-    m_layout = m_pictureAlone ? PictureAloneIn(client) : LayoutOf(client, m_theme->Dpi(), hasScope);
+    m_layout = m_pictureAlone ? PictureAloneIn(client)
+                              : LayoutOf(client, m_theme->Dpi(), m_view, hasScope);
     m_actions.Place(m_layout);
     ::InvalidateRect(Window(), nullptr, FALSE);
 }
@@ -293,7 +326,8 @@ void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) const
         PaintStatus(item, *m_theme, id == IDC_STATUS && m_actions.StatusIsWrong());
         return;
     }
-    const bool chosen = (id == IDC_SHOW_GRADED && m_actions.Shown() == Compare::Graded) ||
+    const bool chosen = id == IDC_VIEW + static_cast<int>(m_view) ||
+                        (id == IDC_SHOW_GRADED && m_actions.Shown() == Compare::Graded) ||
                         (id == IDC_SHOW_SPLIT && m_actions.Shown() == Compare::Split) ||
                         (id == IDC_SHOW_ORIGINAL && m_actions.Shown() == Compare::Original);
     const std::optional<ScopeKind> scope = ScopeOfCommand(id);

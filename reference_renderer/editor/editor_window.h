@@ -39,6 +39,7 @@ private:
     // Keyboard and dialog work before a message goes to its window. True when it is done with.
     bool Translate(MSG& message);
     void OnCommand(int id, int what, HWND from);
+    void ShowView(View view);
     void ShowPictureAlone(bool alone);
     void End(bool accepted) noexcept;
 
@@ -57,6 +58,7 @@ private:
     EditorActions m_actions;
     EditorLayout m_layout;
     HWND m_lastFocus = nullptr;
+    View m_view = View::Light;
     bool m_pictureAlone = false;
     HWND m_focusBefore = nullptr; // when that began
     bool m_done = false;

@@ -15,31 +15,6 @@ namespace
 constexpr std::size_t kOptionOffset = 16;
 constexpr std::array<std::uint8_t, 4> kNewOption{1, 0, 0, 0};
 
-// The number of a look behind a control.
-template <typename Look>
-auto& NumberOf(Look& look, const ControlFacts& facts) noexcept
-{
-    switch (facts.step)
-    {
-    case Step::Slope:
-        return look.cdl.slope[facts.channel];
-    case Step::Offset:
-        return look.cdl.offset[facts.channel];
-    case Step::Power:
-        return look.cdl.power[facts.channel];
-    case Step::Saturation:
-        return look.cdl.saturation;
-    case Step::Strength:
-        break;
-    }
-    return look.strength;
-}
-
-bool CanBeTyped(const ControlFacts& facts, float value) noexcept
-{
-    return value >= facts.lowest && value <= facts.highest; // NaN is neither
-}
-
 std::array<std::uint8_t, 4> OptionOf(std::span<const std::uint8_t> record,
                                      RecordState state) noexcept
 {
@@ -61,12 +36,12 @@ LookDraft::LookDraft(std::span<const std::uint8_t> record)
 
 float LookDraft::Value(Control control) const noexcept
 {
-    return NumberOf(m_look, FactsOf(control));
+    return NumberOf(Numbers(), control);
 }
 
 bool LookDraft::IsNeutral(Control control) const noexcept
 {
-    return Value(control) == FactsOf(control).neutral;
+    return ReferenceRenderer::IsNeutral(Numbers(), control);
 }
 
 bool LookDraft::IsNeutral() const noexcept
@@ -97,70 +72,74 @@ std::string LookDraft::TablesText() const
 
 bool LookDraft::Set(Control control, float value) noexcept
 {
-    if (!CanBeTyped(FactsOf(control), value))
+    GradeNumbers numbers = Numbers();
+    if (!SetNumber(numbers, control, value))
     {
         return false;
     }
-    Store(control, value);
+    SetNumbers(numbers);
     return true;
 }
 
-bool LookDraft::SetTogether(Control control, float value, const StepNumbers& before) noexcept
+void LookDraft::Approach(Control control, float value) noexcept
+{
+    GradeNumbers numbers = Numbers();
+    ReferenceRenderer::Approach(numbers, control, value);
+    SetNumbers(numbers);
+}
+
+void LookDraft::MoveTogether(Control control, float value, const GradeNumbers& before) noexcept
 {
     const ControlFacts& facts = FactsOf(control);
-    if (!Set(control, value))
+    if (!CanBeTyped(facts, value))
     {
-        return false;
+        return;
     }
-    const double moved = PositionOf(facts, value) - PositionOf(facts, before[facts.channel]);
+    GradeNumbers numbers = before;
+    ReferenceRenderer::Approach(numbers, control, value);
+    const double moved = PositionOf(facts, value) - PositionOf(facts, NumberOf(before, control));
     for (const ControlFacts& other : kControls)
     {
-        if (other.step == facts.step && other.control != control)
+        const float from = NumberOf(before, other.control);
+        // Where nothing moved, nothing is rounded either.
+        if (other.step == facts.step && other.control != control && moved != 0.0 &&
+            CanBeTyped(other, from))
         {
-            const float from = before[other.channel];
-            // Where nothing moved, nothing is rounded either.
-            const bool stays = moved == 0.0 || !CanBeTyped(other, from);
-            Store(other.control, stays ? from : ValueAt(other, PositionOf(other, from) + moved));
+            ReferenceRenderer::Approach(numbers, other.control,
+                                        ValueAt(other, PositionOf(other, from) + moved));
         }
     }
-    return true;
+    SetNumbers(numbers);
 }
 
-StepNumbers LookDraft::NumbersOf(Step step) const noexcept
+GradeNumbers LookDraft::Numbers() const noexcept
 {
-    StepNumbers numbers{};
-    for (const ControlFacts& facts : kControls)
-    {
-        if (facts.step == step)
-        {
-            numbers[facts.channel] = Value(facts.control);
-        }
-    }
-    return numbers;
+    return {m_look.cdl, m_look.strength, m_pivot};
 }
 
-void LookDraft::SetNumbers(Step step, const StepNumbers& numbers) noexcept
+void LookDraft::SetNumbers(const GradeNumbers& numbers) noexcept
 {
-    for (const ControlFacts& facts : kControls)
+    m_look.cdl = numbers.cdl;
+    m_look.strength = numbers.strength;
+    m_pivot = numbers.pivot;
+    const Cdl neutral;
+    const Cdl& cdl = m_look.cdl;
+    const bool same = cdl.slope == neutral.slope && cdl.offset == neutral.offset &&
+                      cdl.power == neutral.power && cdl.saturation == neutral.saturation;
+    if (m_modeGiven == CdlMode::None)
     {
-        if (facts.step == step)
-        {
-            Store(facts.control, numbers[facts.channel]);
-        }
+        m_look.cdlMode = same ? CdlMode::None : CdlMode::Clamped;
     }
 }
 
 void LookDraft::Reset(Control control) noexcept
 {
-    Store(control, FactsOf(control).neutral);
+    Approach(control, FactsOf(control).neutral);
 }
 
 void LookDraft::ResetAll() noexcept
 {
-    for (const ControlFacts& facts : kControls)
-    {
-        Reset(facts.control);
-    }
+    SetNumbers({});
 }
 
 void LookDraft::RemoveTables() noexcept
@@ -211,6 +190,7 @@ LookState LookDraft::State()
     state.tables = m_tables;
     state.version = m_look.codedVersion;
     state.modeGiven = m_modeGiven;
+    state.pivot = m_pivot;
     return state;
 }
 
@@ -225,25 +205,13 @@ void LookDraft::Restore(const LookState& state)
     [[maybe_unused]] const RecordState read = ReadRecord(record, m_look);
     assert(read == RecordState::Usable);
     m_modeGiven = state.modeGiven;
+    m_pivot = state.pivot;
 }
 
 void LookDraft::Write(RecordBytes record) const noexcept
 {
     WriteRecord(m_look, record);
     std::copy(m_option.begin(), m_option.end(), record.begin() + kOptionOffset);
-}
-
-void LookDraft::Store(Control control, float value) noexcept
-{
-    NumberOf(m_look, FactsOf(control)) = value;
-    const Cdl neutral;
-    const Cdl& cdl = m_look.cdl;
-    const bool same = cdl.slope == neutral.slope && cdl.offset == neutral.offset &&
-                      cdl.power == neutral.power && cdl.saturation == neutral.saturation;
-    if (m_modeGiven == CdlMode::None)
-    {
-        m_look.cdlMode = same ? CdlMode::None : CdlMode::Clamped;
-    }
 }
 
 void LookDraft::SetTitle(std::string_view title)

@@ -4,7 +4,7 @@
 
 #include "reference_renderer/core/look_import.h"
 #include "reference_renderer/core/look_record.h"
-#include "reference_renderer/editor/editor_control.h"
+#include "reference_renderer/editor/grade_numbers.h"
 
 #include <array>
 #include <cstdint>
@@ -17,9 +17,6 @@
 namespace ReferenceRenderer
 {
 
-// The numbers of a step, by channel; a step with one number has it first and leaves the rest 0.
-using StepNumbers = std::array<float, 3>;
-
 // All of a look at one moment. Copies share the tables, which are most of it.
 struct LookState
 {
@@ -29,10 +26,12 @@ struct LookState
     std::shared_ptr<const Tables> tables;                 // the rest, without the record's sum
     std::uint32_t version = kCodedVersion;
     CdlMode modeGiven = CdlMode::None;
+    float pivot = kMiddleGrey;
 
     friend bool operator==(const LookState& a, const LookState& b) noexcept
     {
         return a.front == b.front && a.version == b.version && a.modeGiven == b.modeGiven &&
+               a.pivot == b.pivot &&
                (a.tables == b.tables || (a.tables && b.tables && *a.tables == *b.tables));
     }
 };
@@ -56,15 +55,17 @@ public:
     // One line on the tables, or "" without.
     std::string TablesText() const;
 
-    // False, and nothing changes, when `value` cannot be typed there or is NaN.
+    // False, and nothing changes, where SetNumber says so.
     bool Set(Control control, float value) noexcept;
+    // Goes to `value` from where the control stands, or as far that way as a look can.
+    void Approach(Control control, float value) noexcept;
     // Moves the control to `value` and the other channels of its step by as much of their sliders,
     // counted from `before`: from where a drag began, a limit on the way costs nothing. A channel
     // that was outside what can be typed there keeps that number.
-    bool SetTogether(Control control, float value, const StepNumbers& before) noexcept;
-    StepNumbers NumbersOf(Step step) const noexcept;
-    // As NumbersOf gave them, whatever they are.
-    void SetNumbers(Step step, const StepNumbers& numbers) noexcept;
+    void MoveTogether(Control control, float value, const GradeNumbers& before) noexcept;
+    GradeNumbers Numbers() const noexcept;
+    // As Numbers gave them, whatever they are.
+    void SetNumbers(const GradeNumbers& numbers) noexcept;
     void Reset(Control control) noexcept;
     void ResetAll() noexcept; // the numbers; tables stay
     void RemoveTables() noexcept;
@@ -82,13 +83,13 @@ public:
     void Write(RecordBytes record) const noexcept;
 
 private:
-    void Store(Control control, float value) noexcept;
     void SetTitle(std::string_view title);
 
     StoredLook m_look;
     RecordState m_origin; // what reading into m_look said, so declared after it
     // The mode that the look came with. A look without a CDL gets one as soon as a number differs.
     CdlMode m_modeGiven;
+    float m_pivot = kMiddleGrey;
     std::array<std::uint8_t, 4> m_option;              // as in the record
     std::shared_ptr<const LookState::Tables> m_tables; // of the last state
 };

@@ -24,6 +24,7 @@ struct Run
     {
         Steps,      // of the wheel or of keys
         StepsOfAll, // the same for all channels
+        Pad,        // of keys on a pad; `control` is its first
         Typing,     // lasts until its box is left
     };
     Kind kind = Kind::Steps;

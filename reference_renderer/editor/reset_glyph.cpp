@@ -2,7 +2,6 @@
 
 #include "reference_renderer/editor/pixel_mix.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace ReferenceRenderer

@@ -6,13 +6,17 @@ namespace ReferenceRenderer
 
 #define EDITOR_CLASS L"GlazelLookEditor"
 #define EDITOR_SLIDER_CLASS L"GlazelLookSlider"
+#define EDITOR_PAD_CLASS L"GlazelColourPad"
 #define EDITOR_PICTURE_CLASS L"GlazelLookPicture"
 #define EDITOR_SCOPE_CLASS L"GlazelLookScope"
 
-// Children of the editor's window. The first three are counted on by the index of the Control.
+// Children of the editor's window. The first three are counted on by the index of the Control, the
+// pads by that in kPads, and the views by the View.
 #define IDC_SLIDER 100
 #define IDC_NUMBER 200
 #define IDC_RESET 300
+#define IDC_PAD 350
+#define IDC_VIEW 390
 #define IDC_PICTURE 400
 #define IDC_SHOW_GRADED 401
 #define IDC_SHOW_SPLIT 402
@@ -22,6 +26,8 @@ namespace ReferenceRenderer
 #define IDC_IMPORT 410
 #define IDC_REMOVE_TABLES 411
 #define IDC_RESET_ALL 412
+#define IDC_RECENT 413
+#define IDC_EXPORT 414
 #define IDC_STATUS 420
 #define IDC_STORE_STATE 430
 #define IDC_SWAP_STATE 431
@@ -37,7 +43,7 @@ namespace ReferenceRenderer
 #define IDC_COPY_LOOK 445
 #define IDC_PASTE_LOOK 446
 
-// What a slider's WM_COMMAND says.
+// What the WM_COMMAND of a slider or a pad says.
 #define SLIDER_MOVED 1
 #define SLIDER_RESET 2
 #define SLIDER_BEGAN 3     // a drag; before its first SLIDER_MOVED

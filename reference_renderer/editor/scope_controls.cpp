@@ -18,12 +18,6 @@ namespace
 constexpr std::array<const wchar_t*, kScopeKinds> kButtonTexts{L"Parade", L"Waveform", L"Vectors",
                                                                L"Histogram"};
 
-void PlaceAt(HWND window, const Geometry::Rect& box) noexcept
-{
-    ::SetWindowPos(window, nullptr, box.left, box.top, box.width, box.height,
-                   SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
-}
-
 } // namespace
 
 std::optional<ScopeKind> ScopeOfCommand(int id) noexcept
@@ -102,12 +96,6 @@ void ScopeControls::Place(const EditorLayout& layout) noexcept
 void ScopeControls::SetTheme(const EditorTheme& theme) noexcept
 {
     ::SendMessageW(m_tips, WM_SETFONT, reinterpret_cast<WPARAM>(theme.Text()), TRUE);
-}
-
-bool ScopeControls::IsButton(HWND window) const noexcept
-{
-    return window != nullptr &&
-           std::find(m_buttons.begin(), m_buttons.end(), window) != m_buttons.end();
 }
 
 void ScopeControls::ShowChosen() noexcept

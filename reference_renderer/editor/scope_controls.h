@@ -32,7 +32,6 @@ public:
     bool Create(HWND parent, const EditorTheme& theme);
     void Place(const EditorLayout& layout) noexcept;
     void SetTheme(const EditorTheme& theme) noexcept;
-    bool IsButton(HWND window) const noexcept;
     void ShowChosen() noexcept; // another button is the chosen one
     void ShowPixel(const std::wstring& text);
 

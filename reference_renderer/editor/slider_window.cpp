@@ -223,8 +223,8 @@ void SliderWindow::PaintTrack(HDC dc, const RECT& groove, bool enabled) const no
     Fill(dc, {neutral - half / 2, middle - reach, neutral - half / 2 + half, middle + reach},
          kTrackMark);
     Fill(dc, groove, kTrack);
-    const bool channels = m_facts->step != Step::Saturation && m_facts->step != Step::Strength;
-    const COLORREF colour = channels ? kChannelColours[m_facts->channel] : kQuietText;
+    const COLORREF colour =
+        HasChannels(m_facts->step) ? kChannelColours[m_facts->channel] : kQuietText;
     const LONG inset = m_theme->Px(1);
     // A strength counts from nothing, everything else from where it changes nothing.
     const LONG from = m_facts->step == Step::Strength ? groove.left : neutral;

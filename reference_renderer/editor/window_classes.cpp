@@ -1,6 +1,7 @@
 #include "reference_renderer/editor/window_classes.h"
 
 #include "reference_renderer/editor/editor_window.h"
+#include "reference_renderer/editor/pad_window.h"
 #include "reference_renderer/editor/picture_window.h"
 #include "reference_renderer/editor/resource.h"
 #include "reference_renderer/editor/scope_window.h"
@@ -28,9 +29,10 @@ struct ClassFacts
 };
 
 // clang-format off
-const std::array<ClassFacts, 4> kClasses{{
+const std::array<ClassFacts, 5> kClasses{{
     {EDITOR_CLASS,         EditorWindow::Procedure,  CS_HREDRAW | CS_VREDRAW, IDC_ARROW},
     {EDITOR_SLIDER_CLASS,  SliderWindow::Procedure,  CS_DBLCLKS,              IDC_ARROW},
+    {EDITOR_PAD_CLASS,     PadWindow::Procedure,     CS_DBLCLKS,              IDC_ARROW},
     {EDITOR_PICTURE_CLASS, PictureWindow::Procedure, 0,                       IDC_ARROW},
     {EDITOR_SCOPE_CLASS,   ScopeWindow::Procedure,   0,                       IDC_ARROW},
 }};

@@ -20,6 +20,14 @@ inline bool IsDown(int key) noexcept
     return ::GetKeyState(key) < 0;
 }
 
+// Puts a child window there; one whose box is empty is hidden.
+inline void PlaceAt(HWND window, const Geometry::Rect& box) noexcept
+{
+    const UINT shown = box.width > 0 ? SWP_SHOWWINDOW : SWP_HIDEWINDOW;
+    ::SetWindowPos(window, nullptr, box.left, box.top, box.width, box.height,
+                   SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS | shown);
+}
+
 // `Object` derives from this and has LRESULT OnMessage(UINT, WPARAM, LPARAM), which may throw: the
 // message then counts as not handled, nothing escapes the window procedure. Window thread.
 template <typename Object>

@@ -49,7 +49,7 @@ TEST(EditorControl, CentredSlidersStandInTheMiddleWhenNeutral)
     for (const ControlFacts& facts : kControls)
     {
         const double expected = facts.control == Control::Strength ? 1.0 : 0.5;
-        EXPECT_NEAR(PositionOf(facts, facts.neutral), expected, 1e-9) << facts.name;
+        EXPECT_NEAR(PositionOf(facts, facts.neutral), expected, 1e-7) << facts.name;
     }
 }
 

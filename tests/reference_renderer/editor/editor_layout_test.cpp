@@ -11,6 +11,7 @@ namespace ReferenceRenderer
 namespace
 {
 
+constexpr View kViews[] = {View::Light, View::Wheels, View::Cdl};
 constexpr int kDpis[] = {96, 120, 144, 168, 192, 288};
 
 struct Named
@@ -20,12 +21,13 @@ struct Named
 };
 
 // Everything that must not touch anything else.
-std::vector<Named> Parts(const EditorLayout& layout)
+std::vector<Named> Parts(const EditorLayout& layout, View view)
 {
     std::vector<Named> parts{{"picture", layout.picture},   {"facts", layout.pictureFacts},
                              {"store", layout.storeState},  {"swap", layout.swapState},
                              {"pixel", layout.pixel},       {"tables", layout.tables},
-                             {"import", layout.importFile}, {"remove", layout.removeTables},
+                             {"import", layout.importFile}, {"recent", layout.recentLooks},
+                             {"export", layout.exportFile}, {"remove", layout.removeTables},
                              {"status", layout.status},     {"reset all", layout.resetAll},
                              {"cancel", layout.cancel},     {"ok", layout.accept}};
     if (layout.hints.height > 0)
@@ -44,12 +46,31 @@ std::vector<Named> Parts(const EditorLayout& layout)
     {
         parts.push_back({"scope button", button});
     }
-    for (const Geometry::Rect& heading : layout.headings)
+    for (const Geometry::Rect& button : layout.views)
     {
-        parts.push_back({"heading", heading});
+        parts.push_back({"view", button});
+    }
+    for (std::size_t i = 0; i < kStepCount; ++i)
+    {
+        if (IsIn(static_cast<Step>(i), view))
+        {
+            parts.push_back({"heading", layout.headings[i]});
+        }
+    }
+    for (std::size_t i = 0; i < kPadCount; ++i)
+    {
+        if (IsIn(FactsOf(kPads[i].first).step, view))
+        {
+            parts.push_back({kPads[i].name, layout.pads[i]});
+        }
     }
     for (std::size_t i = 0; i < kControlCount; ++i)
     {
+        if (!IsIn(kControls[i].step, view))
+        {
+            EXPECT_EQ(layout.controls[i].slider.width, 0) << kControls[i].name;
+            continue;
+        }
         const ControlBoxes& boxes = layout.controls[i];
         const std::string name = kControls[i].name;
         parts.push_back({name + " letter", boxes.letter});
@@ -65,15 +86,16 @@ bool Overlap(const Geometry::Rect& a, const Geometry::Rect& b)
     return a.left < b.Right() && b.left < a.Right() && a.top < b.Bottom() && b.top < a.Bottom();
 }
 
-void ExpectGood(Geometry::Extent client, int dpi, bool hasScope)
+void ExpectGood(Geometry::Extent client, int dpi, View view, bool hasScope)
 {
-    SCOPED_TRACE(testing::Message() << client.width << " x " << client.height << " at " << dpi
-                                    << (hasScope ? " with a scope" : ""));
-    const EditorLayout layout = LayoutOf(client, dpi, hasScope);
+    SCOPED_TRACE(testing::Message()
+                 << client.width << " x " << client.height << " at " << dpi << ", view "
+                 << static_cast<int>(view) << (hasScope ? " with a scope" : ""));
+    const EditorLayout layout = LayoutOf(client, dpi, view, hasScope);
     EXPECT_EQ(layout.scope.height > 0, hasScope);
     EXPECT_GE(layout.picture.height, Scaled(200, dpi));
     EXPECT_GE(layout.pictureFacts.width, Scaled(150, dpi));
-    const std::vector<Named> parts = Parts(layout);
+    const std::vector<Named> parts = Parts(layout, view);
     for (std::size_t i = 0; i < parts.size(); ++i)
     {
         const Geometry::Rect& box = parts[i].box;
@@ -100,35 +122,38 @@ TEST(EditorLayout, NothingOverlapsOrLeavesTheWindowAtAnyResolution)
 {
     for (const bool hasScope : {false, true})
     {
-        for (const int dpi : kDpis)
+        for (const View view : kViews)
         {
-            const Geometry::Extent smallest = SmallestClient(dpi);
-            ExpectGood(smallest, dpi, hasScope);
-            ExpectGood(OpeningClient(dpi), dpi, hasScope);
-            ExpectGood({smallest.width + 1, smallest.height + 1}, dpi, hasScope);
-            ExpectGood({Scaled(3840, dpi), Scaled(2160, dpi)}, dpi, hasScope);
-            // Where the buttons below the picture go from two rows to one.
-            for (int width = 1100; width < 1240; width += 10)
+            for (const int dpi : kDpis)
             {
-                ExpectGood({Scaled(width, dpi), Scaled(720, dpi)}, dpi, hasScope);
+                const Geometry::Extent least = SmallestClient(dpi);
+                ExpectGood(least, dpi, view, hasScope);
+                ExpectGood(OpeningClient(dpi), dpi, view, hasScope);
+                ExpectGood({least.width + 1, least.height + 1}, dpi, view, hasScope);
+                ExpectGood({Scaled(3840, dpi), Scaled(2160, dpi)}, dpi, view, hasScope);
+                // Where the buttons below the picture go from two rows to one.
+                for (int width = 1100; width < 1240; width += 10)
+                {
+                    ExpectGood({Scaled(width, dpi), Scaled(720, dpi)}, dpi, view, hasScope);
+                }
             }
+            ExpectGood({1280, 720}, 96, view, hasScope);
         }
-        ExpectGood({1280, 720}, 96, hasScope);
     }
 }
 
 TEST(EditorLayout, AWindowThatIsTooSmallIsLaidOutAsTheSmallest)
 {
-    const EditorLayout smallest = LayoutOf(SmallestClient(96), 96);
-    const EditorLayout tiny = LayoutOf({0, 0}, 96);
+    const EditorLayout smallest = LayoutOf(SmallestClient(96), 96, View::Light);
+    const EditorLayout tiny = LayoutOf({0, 0}, 96, View::Light);
     EXPECT_EQ(tiny.picture, smallest.picture);
     EXPECT_EQ(tiny.accept, smallest.accept);
 }
 
 TEST(EditorLayout, ThePictureGetsTheRoomThatAWiderWindowHas)
 {
-    const EditorLayout narrow = LayoutOf({1600, 900}, 96);
-    const EditorLayout wide = LayoutOf({2600, 900}, 96);
+    const EditorLayout narrow = LayoutOf({1600, 900}, 96, View::Cdl);
+    const EditorLayout wide = LayoutOf({2600, 900}, 96, View::Cdl);
     EXPECT_GT(wide.picture.width, narrow.picture.width + 900);
 }
 
@@ -136,13 +161,23 @@ TEST(EditorLayout, SlidersAndNumbersStandInColumns)
 {
     for (const int dpi : kDpis)
     {
-        const EditorLayout layout = LayoutOf(OpeningClient(dpi), dpi);
-        for (const ControlBoxes& boxes : layout.controls)
+        const auto boxesOf = [&](Control control, View view) {
+            return LayoutOf(OpeningClient(dpi), dpi, view).controls[IndexOf(control)];
+        };
+        const ControlBoxes first = boxesOf(Control::Temperature, View::Light);
+        for (const ControlFacts& facts : kControls)
         {
-            EXPECT_EQ(boxes.slider.left, layout.controls[0].slider.left);
-            EXPECT_EQ(boxes.slider.width, layout.controls[0].slider.width);
-            EXPECT_EQ(boxes.frame.left, layout.controls[0].frame.left);
-            EXPECT_EQ(boxes.reset.left, layout.controls[0].reset.left);
+            for (const View view : kViews)
+            {
+                if (IsIn(facts.step, view))
+                {
+                    const ControlBoxes boxes = boxesOf(facts.control, view);
+                    EXPECT_EQ(boxes.slider.left, first.slider.left);
+                    EXPECT_EQ(boxes.slider.width, first.slider.width);
+                    EXPECT_EQ(boxes.frame.left, first.frame.left);
+                    EXPECT_EQ(boxes.reset.left, first.reset.left);
+                }
+            }
         }
     }
 }
@@ -151,8 +186,8 @@ TEST(EditorLayout, HintsStandWhereThereIsRoomForThem)
 {
     for (const int dpi : kDpis)
     {
-        EXPECT_GE(LayoutOf(OpeningClient(dpi), dpi).hints.height, Scaled(36, dpi) - 1);
-        EXPECT_EQ(LayoutOf(SmallestClient(dpi), dpi).hints.height, 0);
+        EXPECT_GE(LayoutOf(OpeningClient(dpi), dpi, View::Cdl).hints.height, Scaled(36, dpi) - 1);
+        EXPECT_EQ(LayoutOf(SmallestClient(dpi), dpi, View::Cdl).hints.height, 0);
     }
 }
 
@@ -160,8 +195,10 @@ TEST(EditorLayout, EveryNumberStandsInsideItsFrame)
 {
     for (const int dpi : kDpis)
     {
-        for (const ControlBoxes& boxes : LayoutOf(SmallestClient(dpi), dpi).controls)
+        const EditorLayout layout = LayoutOf(SmallestClient(dpi), dpi, View::Cdl);
+        for (std::size_t i = IndexOf(Control::SlopeRed); i < kControlCount; ++i)
         {
+            const ControlBoxes& boxes = layout.controls[i];
             EXPECT_GT(boxes.number.left, boxes.frame.left);
             EXPECT_GT(boxes.number.top, boxes.frame.top);
             EXPECT_LT(boxes.number.Right(), boxes.frame.Right());

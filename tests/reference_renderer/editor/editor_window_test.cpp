@@ -67,14 +67,22 @@ TEST_F(EditorWindowTest, TabGoesThroughSlidersAndNumbersInTheOrderOfTheWindow)
     std::vector<HWND> expected;
     for (const ControlFacts& facts : kControls)
     {
-        if (facts.control != Control::Strength) // there are no tables
+        if (facts.control != Control::Strength && IsIn(facts.step, View::Cdl)) // without tables
         {
             expected.push_back(editor.Slider(facts.control));
             expected.push_back(editor.Number(facts.control));
         }
+        for (std::size_t i = 0; i < kPadCount; ++i)
+        {
+            if (LastOf(kPads[i]) == facts.control && IsIn(facts.step, View::Cdl))
+            {
+                expected.push_back(editor.Pad(i));
+            }
+        }
     }
-    for (const int id : {IDC_IMPORT, IDC_SHOW_GRADED, IDC_SHOW_SPLIT, IDC_SHOW_ORIGINAL,
-                         IDC_STORE_STATE, IDOK, IDCANCEL, IDC_PICTURE})
+    for (const int id :
+         {IDC_IMPORT, IDC_RECENT, IDC_EXPORT, IDC_SHOW_GRADED, IDC_SHOW_SPLIT, IDC_SHOW_ORIGINAL,
+          IDC_STORE_STATE, IDOK, IDCANCEL, IDC_PICTURE, IDC_VIEW, IDC_VIEW + 1, IDC_VIEW + 2})
     {
         expected.push_back(editor.Child(id));
     }
@@ -89,13 +97,13 @@ TEST_F(EditorWindowTest, TabGoesThroughSlidersAndNumbersInTheOrderOfTheWindow)
 TEST_F(EditorWindowTest, EnterOnAButtonPressesThatButton)
 {
     OpenEditor editor = Open(RecordOf(CubeLook(CubeOf(2, Inverted))));
-    const HWND remove = editor.Child(IDC_REMOVE_TABLES);
-    editor.Type(Control::Strength, L"0.5"); // the box before both buttons
+    editor.Type(Control::Strength, L"0.5"); // the box before the buttons
     editor.PostKey(VK_TAB);
-    ASSERT_TRUE(Eventually([&] { return editor.Focus() == editor.Child(IDC_IMPORT); }));
-    editor.PostKey(VK_TAB);
-    ASSERT_TRUE(Eventually([&] { return editor.Focus() == remove; }));
-    editor.PostKey(VK_RETURN);
+    for (const int id : {IDC_IMPORT, IDC_RECENT, IDC_EXPORT, IDC_REMOVE_TABLES})
+    {
+        ASSERT_TRUE(Eventually([&] { return editor.Focus() == editor.Child(id); }));
+        editor.PostKey(id == IDC_REMOVE_TABLES ? VK_RETURN : VK_TAB);
+    }
     EXPECT_TRUE(Eventually([&] { return editor.Status() == L"The LUT is removed"; }));
     EXPECT_TRUE(::IsWindow(editor.Window()));
     EXPECT_TRUE(Eventually([&] { return ::IsWindowEnabled(editor.Focus()) != FALSE; }))
@@ -317,7 +325,7 @@ TEST_F(EditorWindowTest, FollowsTheResolutionOfTheDisplayItIsMovedTo)
                    reinterpret_cast<LPARAM>(&place));
     RECT client{};
     ::GetClientRect(editor.Window(), &client);
-    const EditorLayout layout = LayoutOf({client.right, client.bottom}, 144);
+    const EditorLayout layout = LayoutOf({client.right, client.bottom}, 144, View::Cdl);
     const RECT slider = editor.AreaOf(editor.Slider(Control::PowerGreen));
     const Geometry::Rect& expected = layout.controls[IndexOf(Control::PowerGreen)].slider;
     EXPECT_EQ(slider.left, expected.left);
@@ -426,11 +434,12 @@ TEST_F(EditorWindowTest, AWindowThatTheSystemRefusesMakesTheEditorUnavailable)
     const HWND host = MakeHostWindow();
     ::SetActiveWindow(host);
     Open().CloseWith(IDCANCEL); // what the system makes at first use it keeps
-    // The window itself, a slider, a number and a reset button for each control, the headings,
-    // eleven more controls, the picture; the scopes' buttons, the line for a pixel, the tips and
-    // the scope.
-    constexpr int kWindows = 1 + 3 * static_cast<int>(kControlCount) + static_cast<int>(kHeadings) +
-                             11 + 1 + static_cast<int>(kScopeKinds) + 3;
+    // The window itself, a slider, a number and a reset button for each control, headings, pads,
+    // views, thirteen more controls, the picture; the scopes' buttons, the line for a pixel, the
+    // tips and the scope.
+    constexpr int kWindows =
+        1 + 13 + 1 + 3 +
+        static_cast<int>(3 * kControlCount + kStepCount + kPadCount + kViewCount + kScopeKinds);
     const GuiObjects before = CountGuiObjects();
     for (int refused = 1; refused <= kWindows; ++refused)
     {
@@ -473,8 +482,8 @@ TEST(EditorClasses, GoWithTheLibrary)
         EXPECT_TRUE(::GetClassInfoExW(module, EDITOR_CLASS, &found));
     }
     ASSERT_EQ(::GetModuleHandleA(RendererAPI::kLibraryName), nullptr);
-    for (const wchar_t* name :
-         {EDITOR_CLASS, EDITOR_SLIDER_CLASS, EDITOR_PICTURE_CLASS, EDITOR_SCOPE_CLASS})
+    for (const wchar_t* name : {EDITOR_CLASS, EDITOR_SLIDER_CLASS, EDITOR_PAD_CLASS,
+                                EDITOR_PICTURE_CLASS, EDITOR_SCOPE_CLASS})
     {
         WNDCLASSEXW found{};
         found.cbSize = sizeof found;

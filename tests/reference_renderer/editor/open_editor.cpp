@@ -111,7 +111,7 @@ ShownEditor::~ShownEditor()
     }
 }
 
-OpenEditor::OpenEditor(std::function<std::int32_t()> open) : m_open(std::move(open))
+OpenEditor::OpenEditor(std::function<std::int32_t()> open, View view) : m_open(std::move(open))
 {
     DWORD thread = 0;
     m_thread = ::CreateThread(nullptr, 0, Run, this, 0, &thread);
@@ -120,6 +120,7 @@ OpenEditor::OpenEditor(std::function<std::int32_t()> open) : m_open(std::move(op
         throw std::runtime_error("no thread for the editor");
     }
     WaitFor(thread, [&] { return ::WaitForSingleObject(m_thread, 0) == WAIT_OBJECT_0; });
+    ShowView(view);
 }
 
 OpenEditor::~OpenEditor()
@@ -185,13 +186,31 @@ void ShownEditor::Click(int id) const
     ::SendMessageW(Child(id), BM_CLICK, 0, 0);
 }
 
+void ShownEditor::ShowView(View view) const
+{
+    Click(IDC_VIEW + static_cast<int>(view));
+}
+
+void ShownEditor::ShowViewOf(Control control) const
+{
+    for (const View view : {View::Light, View::Wheels, View::Cdl})
+    {
+        if (!::IsWindowVisible(Slider(control)) && IsIn(FactsOf(control).step, view))
+        {
+            ShowView(view);
+        }
+    }
+}
+
 void ShownEditor::SlideKey(Control control, WPARAM key) const
 {
+    ShowViewOf(control);
     ::SendMessageW(Slider(control), WM_KEYDOWN, key, 0);
 }
 
 void ShownEditor::Type(Control control, const std::wstring& text) const
 {
+    ShowViewOf(control);
     const HWND number = Number(control);
     ::SendMessageW(number, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(2, 2)); // takes the focus
     ::SendMessageW(number, WM_LBUTTONUP, 0, MAKELPARAM(2, 2));

@@ -41,6 +41,7 @@ public:
     HWND Child(int id) const { return ::GetDlgItem(m_window, id); }
     HWND Slider(Control control) const { return ChildOf(IDC_SLIDER, control); }
     HWND Number(Control control) const { return ChildOf(IDC_NUMBER, control); }
+    HWND Pad(std::size_t index) const { return Child(IDC_PAD + static_cast<int>(index)); }
     HWND Reset(Control control) const { return ChildOf(IDC_RESET, control); }
     HWND Focus() const;
     RECT AreaOf(HWND child) const; // in client coordinates of the window
@@ -48,8 +49,9 @@ public:
     std::string NumberText(Control control) const;
     std::wstring Status() const;
 
-    // All return after the window has done it.
+    // All return after the window has done it. Controls are used in a view that has them.
     void Click(int id) const;
+    void ShowView(View view) const;
     void SlideKey(Control control, WPARAM key) const;
     void Type(Control control, const std::wstring& text) const; // replaces the number
     void Drop(const std::wstring& path) const;
@@ -72,6 +74,7 @@ protected:
 
 private:
     HWND ChildOf(int first, Control control) const;
+    void ShowViewOf(Control control) const;
     // Until the loop has taken every message that was posted before.
     void Settle() const;
 
@@ -85,8 +88,8 @@ class OpenEditor : public ShownEditor
 {
 public:
     // Calls `open`, which shows an editor, on a thread, and waits for the window. Without one,
-    // Window() is null and the result tells why.
-    explicit OpenEditor(std::function<std::int32_t()> open);
+    // Window() is null and the result tells why. Shows `view` from then on.
+    explicit OpenEditor(std::function<std::int32_t()> open, View view = View::Cdl);
     // Cancels what is still open.
     ~OpenEditor();
 
