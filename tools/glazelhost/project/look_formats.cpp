@@ -1,7 +1,5 @@
 #include "tools/glazelhost/project/look_formats.h"
 
-#include "reference_renderer/core/cdl_writer.h"
-#include "reference_renderer/core/cube_writer.h"
 #include "tools/glazelhost/host_error.h"
 
 #include <algorithm>
@@ -31,26 +29,9 @@ WrittenLook MakeRecord(const LookToWrite& look)
     return {{reinterpret_cast<const char*>(look.record.data()), look.record.size()}, "record", {}};
 }
 
-std::string ContentsOf(const Look& tables)
-{
-    std::string text;
-    if (tables.curves)
-    {
-        text = "1D LUT of " + std::to_string(tables.curves->size) + " entries";
-    }
-    if (tables.cube)
-    {
-        text += text.empty() ? "" : ", ";
-        text += "3D LUT of " + std::to_string(tables.cube->size) + " points a side";
-    }
-    return text;
-}
-
 WrittenLook MakeCube(const LookToWrite& look)
 {
-    CubeExport exported = ExportTables(StoredIn(look.record).get(), look.points, look.grade);
-    exported.tables.title = look.title;
-    return {CubeFileText(exported.tables), ContentsOf(exported.tables), std::move(exported.losses)};
+    return WriteCubeFile(StoredIn(look.record).get(), look.points, look.grade, look.title);
 }
 
 [[noreturn]] void ThrowNoCorrection(const LookToWrite& look, const std::string& why)
@@ -67,20 +48,14 @@ WrittenLook MakeCorrection(const LookToWrite& look)
                                     " can read the record of this look, and does not say whether "
                                     "it is a CDL");
     }
-    if (!IsCorrection(*stored))
+    if (const std::string why = WhyNoCorrection(*stored); !why.empty())
     {
-        const char* const tables = stored->cubeSize == 0    ? "a 1D LUT"
-                                   : stored->curveSize == 0 ? "a 3D LUT"
-                                                            : "a 1D and a 3D LUT";
-        ThrowNoCorrection(look, "the look has " + std::string(tables) +
-                                    ", and a .cc file holds "
-                                    "nothing but a CDL");
+        ThrowNoCorrection(look, why);
     }
-    WrittenLook file{CorrectionFileText(stored->cdl, look.title), "CDL", {}};
-    if (stored->cdlMode != CdlMode::Clamped)
+    WrittenLook file = WriteCorrectionFile(*stored, look.title);
+    for (std::string& loss : file.losses)
     {
-        file.losses.emplace_back("the look does not clamp between the steps of its CDL, which the "
-                                 "file cannot say; read it with --unclamped");
+        loss += "; read it with --unclamped";
     }
     return file;
 }

@@ -2,7 +2,7 @@
 // Pure: no windows.h. Tests: tests/tools/glazelhost/project/look_formats_test.cpp.
 #pragma once
 
-#include "reference_renderer/core/look_export.h"
+#include "reference_renderer/core/look_writing.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +10,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace GlazelHost
 {
@@ -26,12 +25,7 @@ struct LookToWrite
     std::string renderer;                  // its path
 };
 
-struct WrittenLook
-{
-    std::string bytes;
-    std::string contents;            // in words
-    std::vector<std::string> losses; // what it does not keep of the look
-};
+using ReferenceRenderer::WrittenLook;
 
 struct LookFormat
 {
