@@ -1,10 +1,13 @@
 #include "reference_renderer/editor/editor_actions.h"
 
 #include "reference_renderer/core/look_import.h"
+#include "reference_renderer/editor/display_scale.h"
+#include "reference_renderer/editor/editor_memory.h"
 #include "reference_renderer/editor/look_files.h"
 #include "reference_renderer/editor/look_text.h"
 #include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/pixel_text.h"
+#include "reference_renderer/editor/recent_menu.h"
 #include "reference_renderer/editor/resource.h"
 #include "reference_renderer/editor/window_object.h"
 #include "reference_renderer/editor/windows_files.h"
@@ -94,6 +97,61 @@ constexpr std::array kCommandKeys{
     CommandKey{kFirstScopeKey + 3, false, false, IDC_SCOPE_BUTTON + 3},
 };
 // clang-format on
+
+// A title as the name of a file, without what no name can have.
+std::wstring FileNameFor(const std::string& title)
+{
+    std::wstring name = Wide(title);
+    for (wchar_t& letter : name)
+    {
+        if (letter < L' ' || std::wstring_view(L"\\/:*?\"<>|").find(letter) != std::wstring::npos)
+        {
+            letter = L'_';
+        }
+    }
+    return name;
+}
+
+// Of the picture that stands for a look in the menu.
+PixelSize ThumbnailSize(const PreviewPicture& picture, HWND window) noexcept
+{
+    constexpr int kWidth = 96;
+    constexpr int kHeight = 54;
+    const int dpi = DpiOf(window);
+    const double shape = picture.IsEmpty() ? 1.0 : picture.Shape();
+    const double height = std::min<double>(Scaled(kHeight, dpi), Scaled(kWidth, dpi) / shape);
+    const auto length = [](double pixels) {
+        return std::max<std::size_t>(static_cast<std::size_t>(pixels), 1);
+    };
+    return {length(height * shape), length(height)};
+}
+
+// The picture through the look of a file, or nothing where that cannot be read. Without a picture
+// to grade, plain grey.
+std::optional<PixelBitmap> ThumbnailOf(const std::wstring& file, const PreviewPicture& small)
+{
+    PreparedLook look;
+    try
+    {
+        look.Read(ImportLook(Utf8(file), RendererAPI::kImportRecord, WindowsFiles()).record);
+    }
+    catch (const ImportError&)
+    {
+        return {};
+    }
+    const PixelSize size = small.IsEmpty() ? PixelSize{1, 1} : small.Size();
+    PixelBitmap bitmap(size.width, size.height);
+    const std::span<std::uint32_t> pixels = bitmap.Pixels();
+    if (!small.IsEmpty())
+    {
+        small.GradingJob(look, pixels).RenderRows(0, size.height);
+    }
+    for (std::uint32_t& pixel : pixels)
+    {
+        pixel |= 0xFF000000; // a menu mixes by alpha
+    }
+    return bitmap;
+}
 
 // The waiting cursor for as long as this lives.
 class WaitCursor
@@ -264,6 +322,12 @@ void EditorActions::OnCommand(int id, int what, HWND from)
         break;
     case IDC_IMPORT:
         AskWhatToImport();
+        break;
+    case IDC_RECENT:
+        ChooseRecent();
+        break;
+    case IDC_EXPORT:
+        Export();
         break;
     case IDC_REMOVE_TABLES:
         RemoveTables();
@@ -542,6 +606,7 @@ std::wstring EditorActions::ImportOne(const std::wstring& file)
         throw ImportError{RendererAPI::kImportMalformed,
                           path + ": makes no look that can be kept; export the look again"};
     }
+    RememberLook(file);
     std::wstring said(FileNameOf(file));
     said += L" is imported: " + Wide(imported.contents);
     for (const std::string& warning : imported.warnings)
@@ -549,6 +614,78 @@ std::wstring EditorActions::ImportOne(const std::wstring& file)
         said += L"; " + Wide(warning);
     }
     return said;
+}
+
+void EditorActions::Export()
+{
+    const std::string title = m_draft.Title();
+    const ExportAnswer answer =
+        AskWhereToExport(m_window, FileNameFor(title.empty() ? "look" : title));
+    if (answer.error != 0)
+    {
+        Say(L"The dialog for files cannot be shown (error " + std::to_wstring(answer.error) +
+                L"): copy the look with Ctrl+C instead",
+            true);
+    }
+    if (answer.path.empty())
+    {
+        return;
+    }
+    const std::string typed = Utf8(answer.path);
+    const ExportFormat& format = ExportFormatOf(typed, answer.format);
+    const std::string path = WithEnding(typed, format);
+    if (!WindowsFiles().Exists(path) || MayReplace(m_window, Wide(path)))
+    {
+        ExportTo(path, format);
+    }
+}
+
+void EditorActions::ExportTo(const std::string& path, const ExportFormat& format)
+{
+    const WaitCursor waiting;
+    const std::wstring name(FileNameOf(Wide(path)));
+    if (const std::string why = WhyNotExported(format, m_look.Stored()); !why.empty())
+    {
+        Say(name + L" is not written: " + Wide(why), true);
+        return;
+    }
+    const WrittenLook file = Exported(format, m_look, m_record, m_draft.Title());
+    if (const std::string why = WriteWholeFile(path, file.bytes); !why.empty())
+    {
+        Say(Wide(why), true);
+        return;
+    }
+    RememberLook(Wide(path));
+    std::wstring said = name + L" is written: " + Wide(file.contents);
+    for (const std::string& loss : file.losses)
+    {
+        said += L"; " + Wide(loss);
+    }
+    Say(said);
+}
+
+void EditorActions::ChooseRecent()
+{
+    const std::vector<std::wstring> files = RecentLooks();
+    if (files.empty())
+    {
+        Say(L"No look was imported or exported yet");
+        return;
+    }
+    std::vector<RecentLook> looks;
+    {
+        const WaitCursor waiting;
+        const PreviewPicture small = m_preview.Small(ThumbnailSize(m_preview, m_window));
+        for (const std::wstring& file : files)
+        {
+            looks.push_back({std::wstring(FileNameOf(file)), ThumbnailOf(file, small)});
+        }
+    }
+    const HWND button = ::GetDlgItem(m_window, IDC_RECENT);
+    if (const std::optional<std::size_t> chosen = ChooseRecentLook(m_window, button, looks))
+    {
+        Import({files[*chosen]});
+    }
 }
 
 void EditorActions::CopyLook()

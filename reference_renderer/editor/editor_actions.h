@@ -6,6 +6,7 @@
 #include "reference_renderer/editor/editor_controls.h"
 #include "reference_renderer/editor/editor_painting.h"
 #include "reference_renderer/editor/editor_theme.h"
+#include "reference_renderer/editor/export_format.h"
 #include "reference_renderer/editor/look_draft.h"
 #include "reference_renderer/editor/look_history.h"
 #include "reference_renderer/editor/picture_window.h"
@@ -85,6 +86,9 @@ private:
     void AskWhatToImport();
     void Import(const std::vector<std::wstring>& files);
     std::wstring ImportOne(const std::wstring& file); // what there is to say about it
+    void Export();
+    void ExportTo(const std::string& path, const ExportFormat& format);
+    void ChooseRecent();
     void CopyLook();
     void PasteLook();
     void SetCompare(Compare compare) noexcept;

@@ -1,6 +1,7 @@
 #include "reference_renderer/editor/editor_window.h"
 
 #include "reference_renderer/editor/display_scale.h"
+#include "reference_renderer/editor/editor_memory.h"
 #include "reference_renderer/editor/resource.h"
 
 #include <algorithm>
@@ -33,7 +34,7 @@ std::size_t FirstIn(View view) noexcept
 
 EditorWindow::EditorWindow(const FrameBufferDesc* preview, std::span<const std::uint8_t> record,
                            bool linear, RowRunner& runner)
-    : m_actions(preview, record, linear, runner)
+    : m_actions(preview, record, linear, runner), m_view(LastView())
 {
 }
 
@@ -153,6 +154,7 @@ void EditorWindow::OnCommand(int id, int what, HWND from)
 void EditorWindow::ShowView(View view)
 {
     m_view = view;
+    RememberView(view);
     Lay();
     ::SetFocus(m_actions.Controls().Slider(FirstIn(view))); // what had it may be hidden
 }
@@ -177,6 +179,7 @@ void EditorWindow::End(bool accepted) noexcept
 {
     m_accepted = accepted;
     m_done = true;
+    ::EndMenu();                             // one that is open has a loop of its own
     ::PostMessageW(Window(), WM_NULL, 0, 0); // the loop may be waiting inside GetMessage
 }
 

@@ -58,7 +58,7 @@ private:
     EditorActions m_actions;
     EditorLayout m_layout;
     HWND m_lastFocus = nullptr;
-    View m_view = View::Light;
+    View m_view;
     bool m_pictureAlone = false;
     HWND m_focusBefore = nullptr; // when that began
     bool m_done = false;

@@ -1,6 +1,8 @@
 #include "reference_renderer/editor/look_files.h"
 
 #include "reference_renderer/core/import_formats.h"
+#include "reference_renderer/editor/export_format.h"
+#include "support/win32/utf8.h"
 
 #include <memory>
 #include <type_traits>
@@ -37,11 +39,52 @@ std::wstring LookFilter()
            std::wstring(L"All files\0*.*\0", 14);
 }
 
+std::wstring ExportFilter()
+{
+    std::wstring filter;
+    for (const ExportFormat& format : kExportFormats)
+    {
+        filter += Wide(format.shown) + L'\0' + L"*" + Wide(format.ending) + L'\0';
+    }
+    return filter;
+}
+
+constexpr std::size_t kLongestPath = 32768;
+
 } // namespace
+
+ExportAnswer AskWhereToExport(HWND owner, const std::wstring& name)
+{
+    std::wstring path = name;
+    path.resize(kLongestPath);
+    OPENFILENAMEW question{};
+    question.lStructSize = sizeof question;
+    question.hwndOwner = owner;
+    const std::wstring filter = ExportFilter();
+    question.lpstrFilter = filter.c_str();
+    question.nFilterIndex = 1;
+    question.lpstrFile = path.data();
+    question.nMaxFile = static_cast<DWORD>(path.size());
+    question.lpstrTitle = L"Export the look";
+    question.Flags = OFN_EXPLORER | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
+    if (!::GetSaveFileNameW(&question))
+    {
+        return {{}, 0, ::CommDlgExtendedError()};
+    }
+    path.resize(path.find(L'\0'));
+    return {std::move(path), question.nFilterIndex > 0 ? question.nFilterIndex - 1U : 0U, 0};
+}
+
+bool MayReplace(HWND owner, const std::wstring& path)
+{
+    const std::wstring question =
+        std::wstring(FileNameOf(path)) + L" is there already. Replace it?";
+    return ::MessageBoxW(owner, question.c_str(), L"Export the look",
+                         MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
+}
 
 LookFileAnswer AskForLookFile(HWND owner)
 {
-    constexpr std::size_t kLongestPath = 32768;
     std::wstring path(kLongestPath, L'\0');
     OPENFILENAMEW question{};
     question.lStructSize = sizeof question;

@@ -256,6 +256,20 @@ void PreviewPicture::Scale(PixelSize whole, const PixelPart& part)
     m_part = part;
 }
 
+PreviewPicture PreviewPicture::Small(PixelSize size) const
+{
+    PreviewPicture small(nullptr, false);
+    if (!IsEmpty())
+    {
+        small.m_format = m_format;
+        small.m_fine = Scaled(m_pixels.data(), m_size, size, {0, 0, size}, m_linear);
+        small.m_size = small.m_whole = size;
+        small.m_part = {0, 0, size};
+        small.m_pixels = small.m_fine.pixels;
+    }
+    return small;
+}
+
 PreviewPicture::ScaledCopy PreviewPicture::Scaled(const std::byte* pixels, PixelSize from,
                                                   PixelSize whole, const PixelPart& part,
                                                   bool linear) const

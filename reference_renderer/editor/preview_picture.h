@@ -64,6 +64,9 @@ public:
     PixelSize ScaledSize(Detail detail = Detail::Fine) const noexcept { return Copy(detail).size; }
     bool HasCoarse() const noexcept { return !m_coarse.pixels.empty(); }
 
+    // A picture of its own that is this one in a small size, in which it is scaled already.
+    PreviewPicture Small(PixelSize size) const;
+
     // Pixels to show: 8 bits of blue, green, red and alpha each, ScaledSize of them, the top row
     // first, without padding. The first writes the fine copy as it is, the other describes the work
     // that writes a copy through `look`.

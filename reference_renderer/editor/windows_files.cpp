@@ -93,4 +93,32 @@ std::string WindowsFiles::Read(const std::string& path) const
     return bytes;
 }
 
+std::string WriteWholeFile(const std::string& path, const std::string& bytes)
+{
+    const std::wstring target = SystemPath(path);
+    const std::wstring part = target + L"." + std::to_wstring(::GetCurrentThreadId()) + L".part";
+    const auto failed = [&] {
+        const std::string words = WordsOf(::GetLastError());
+        ::DeleteFileW(part.c_str());
+        return path + ": cannot be written: " + words +
+               "; check the folder, its permissions and "
+               "the room on the disk";
+    };
+    FileHandle file(::CreateFileW(part.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD written = 0;
+    const auto size = static_cast<DWORD>(bytes.size());
+    if (file.get() == INVALID_HANDLE_VALUE ||
+        !::WriteFile(file.get(), bytes.data(), size, &written, nullptr) || written != size ||
+        !::FlushFileBuffers(file.get()))
+    {
+        const DWORD error = ::GetLastError();
+        file.reset(); // an open file is not deleted
+        ::SetLastError(error);
+        return failed();
+    }
+    file.reset();
+    return ::MoveFileExW(part.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) ? "" : failed();
+}
+
 } // namespace ReferenceRenderer

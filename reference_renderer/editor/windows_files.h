@@ -13,4 +13,8 @@ public:
     std::string Read(const std::string& path) const override;
 };
 
+// Writes a whole file: either all of it is there afterwards, or what was there before. "" or, when
+// it cannot be written, why and what to do.
+std::string WriteWholeFile(const std::string& path, const std::string& bytes);
+
 } // namespace ReferenceRenderer

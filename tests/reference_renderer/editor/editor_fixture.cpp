@@ -1,5 +1,6 @@
 #include "tests/reference_renderer/editor/editor_fixture.h"
 
+#include "reference_renderer/editor/editor_memory.h"
 #include "support/win32/utf8.h"
 
 #include <array>
@@ -8,6 +9,36 @@
 
 namespace ReferenceRenderer
 {
+
+namespace
+{
+
+constexpr wchar_t kAside[] = L"Software\\Glazel DX\\Look editor before the test";
+
+void CopyKey(const wchar_t* from, const wchar_t* to)
+{
+    HKEY target = nullptr;
+    if (::RegCreateKeyW(HKEY_CURRENT_USER, to, &target) == ERROR_SUCCESS)
+    {
+        ::RegCopyTreeW(HKEY_CURRENT_USER, from, target);
+        ::RegCloseKey(target);
+    }
+}
+
+} // namespace
+
+EmptyMemory::EmptyMemory()
+{
+    CopyKey(kEditorKey, kAside);
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, kEditorKey);
+}
+
+EmptyMemory::~EmptyMemory()
+{
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, kEditorKey);
+    CopyKey(kAside, kEditorKey);
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, kAside);
+}
 
 EditorTest::EditorTest() : m_pixels(std::size_t{64} * 36 * 4, 128)
 {

@@ -18,6 +18,17 @@ namespace ReferenceRenderer
 
 using Bytes = std::vector<std::uint8_t>;
 
+// Puts what the editor keeps in the registry aside for as long as this lives: a test begins
+// without.
+class EmptyMemory
+{
+public:
+    EmptyMemory();
+    ~EmptyMemory();
+    EmptyMemory(const EmptyMemory&) = delete;
+    EmptyMemory& operator=(const EmptyMemory&) = delete;
+};
+
 class EditorTest : public testing::Test
 {
 protected:
@@ -38,6 +49,7 @@ protected:
     FrameBufferDesc m_preview;
 
 private:
+    EmptyMemory m_memory;
     std::vector<std::wstring> m_files;
 };
 

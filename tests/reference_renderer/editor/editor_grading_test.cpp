@@ -70,15 +70,18 @@ TEST_F(EditorGrading, TheViewsAreOneLook)
     EXPECT_EQ(Produced()->cdl.power[2], 0.5F);
 }
 
-TEST_F(EditorGrading, TheFirstViewIsTheOneOfLight)
+TEST_F(EditorGrading, AViewShowsItsControlsAndNoOthers)
 {
-    OpenEditor editor([this] { return m_library.doModalUI2(&m_preview, nullptr, 0, 0); },
-                      View::Light);
-    for (const ControlFacts& facts : kControls)
+    OpenEditor editor = Open();
+    for (const View view : {View::Light, View::Wheels, View::Cdl})
     {
-        EXPECT_EQ(::IsWindowVisible(editor.Slider(facts.control)) != FALSE,
-                  IsIn(facts.step, View::Light))
-            << facts.name;
+        editor.ShowView(view);
+        for (const ControlFacts& facts : kControls)
+        {
+            EXPECT_EQ(::IsWindowVisible(editor.Slider(facts.control)) != FALSE,
+                      IsIn(facts.step, view))
+                << facts.name;
+        }
     }
 }
 

@@ -111,7 +111,8 @@ ShownEditor::~ShownEditor()
     }
 }
 
-OpenEditor::OpenEditor(std::function<std::int32_t()> open, View view) : m_open(std::move(open))
+OpenEditor::OpenEditor(std::function<std::int32_t()> open, std::optional<View> view)
+    : m_open(std::move(open))
 {
     DWORD thread = 0;
     m_thread = ::CreateThread(nullptr, 0, Run, this, 0, &thread);
@@ -120,7 +121,10 @@ OpenEditor::OpenEditor(std::function<std::int32_t()> open, View view) : m_open(s
         throw std::runtime_error("no thread for the editor");
     }
     WaitFor(thread, [&] { return ::WaitForSingleObject(m_thread, 0) == WAIT_OBJECT_0; });
-    ShowView(view);
+    if (view)
+    {
+        ShowView(*view);
+    }
 }
 
 OpenEditor::~OpenEditor()

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <optional>
 #include <string>
 
 namespace ReferenceRenderer
@@ -88,8 +89,9 @@ class OpenEditor : public ShownEditor
 {
 public:
     // Calls `open`, which shows an editor, on a thread, and waits for the window. Without one,
-    // Window() is null and the result tells why. Shows `view` from then on.
-    explicit OpenEditor(std::function<std::int32_t()> open, View view = View::Cdl);
+    // Window() is null and the result tells why. Shows `view` from then on,
+    // without one what the editor shows first.
+    explicit OpenEditor(std::function<std::int32_t()> open, std::optional<View> view = View::Cdl);
     // Cancels what is still open.
     ~OpenEditor();
 
