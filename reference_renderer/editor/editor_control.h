@@ -113,7 +113,7 @@ inline constexpr float kMiddleGrey = 0.46F;
 
 // clang-format off
 inline constexpr std::array<ControlFacts, kControlCount> kControls{{
-    {Control::Temperature, "Temperature",  Step::Temperature, 0, Scale::Even, 0.0F, -1.0F, 1.0F, -10.0F,  10.0F},
+    {Control::Temperature, "Temperature",  Step::Temperature, 0, Scale::Even, 0.0F, -2.0F, 2.0F, -10.0F,  10.0F},
     {Control::Tint,        "Tint",         Step::Tint,        0, Scale::Even, 0.0F, -1.0F, 1.0F, -10.0F,  10.0F},
     {Control::Exposure,    "Exposure",     Step::Exposure,    0, Scale::Even, 0.0F, -3.0F, 3.0F, -20.0F,  20.0F},
     {Control::Contrast,    "Contrast",     Step::Contrast,    0, Scale::EvenRatios, 1.0F, 0.5F, 2.0F, 0.01F, 100.0F},
