@@ -51,6 +51,10 @@ protected:
         const HWND picture = editor.Child(IDC_PICTURE);
         POINT screen = at;
         ::ClientToScreen(picture, &screen);
+        EXPECT_TRUE(Eventually([&] { // another program's window may still be coming up over it
+            ::SetWindowPos(editor.Window(), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+            return ::WindowFromPoint(screen) == picture;
+        }));
         ::PostMessageW(editor.Focus(), WM_MOUSEWHEEL, MAKEWPARAM(0, notches * WHEEL_DELTA),
                        MAKELPARAM(screen.x, screen.y));
         editor.PressKey(VK_NONAME, {}); // until the loop has taken it
