@@ -1,11 +1,13 @@
 #include "reference_renderer/editor/editor_controls.h"
 
+#include "reference_renderer/editor/accessible_control.h"
 #include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/resource.h"
 #include "reference_renderer/editor/window_object.h"
 #include "support/win32/utf8.h"
 
 #include <algorithm>
+#include <new>
 
 namespace ReferenceRenderer
 {
@@ -29,6 +31,35 @@ HWND Child(HWND parent, const wchar_t* className, const std::wstring& text, DWOR
     const auto menu = reinterpret_cast<HMENU>(static_cast<INT_PTR>(id));
     return ::CreateWindowExW(0, className, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0,
                              parent, menu, ThisModule(), nullptr);
+}
+
+// An edit control that tells its name, which stands beside it in two parts.
+LRESULT CALLBACK NumberProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept
+{
+    if (message == WM_GETOBJECT)
+    {
+        const auto index = static_cast<std::size_t>(::GetDlgCtrlID(window) - IDC_NUMBER);
+        try
+        {
+            if (const auto answer =
+                    AnswerAccessible(window, wParam, lParam, {Wide(kControls[index].name), {}, {}}))
+            {
+                return *answer;
+            }
+        }
+        catch (const std::bad_alloc&)
+        {
+            // The system's own answer has no name, but the text.
+        }
+    }
+    const auto before = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(window, GWLP_USERDATA));
+    return ::CallWindowProcW(before, window, message, wParam, lParam);
+}
+
+void NameNumber(HWND number) noexcept
+{
+    ::SetWindowLongPtrW(number, GWLP_USERDATA, ::GetWindowLongPtrW(number, GWLP_WNDPROC));
+    ::SetWindowLongPtrW(number, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(NumberProcedure));
 }
 
 void Enable(HWND window, bool enabled) noexcept
@@ -90,6 +121,7 @@ bool EditorControls::CreateNumbers(HWND parent, const EditorTheme& theme)
         {
             return false;
         }
+        NameNumber(m_numbers[i]);
         ::SendMessageW(m_numbers[i], EM_LIMITTEXT, kLongestNumber, 0);
         if (!CreatePad(parent, kControls[i].control, theme))
         {

@@ -1,10 +1,14 @@
 #include "reference_renderer/editor/pad_window.h"
 
+#include "reference_renderer/editor/accessible_control.h"
 #include "reference_renderer/editor/resource.h"
 #include "support/win32/utf8.h"
 
 #include <algorithm>
+#include <array>
+#include <cwchar>
 
+#include <oleacc.h>
 #include <windowsx.h>
 
 namespace ReferenceRenderer
@@ -13,7 +17,8 @@ namespace ReferenceRenderer
 bool PadWindow::Create(HWND parent, const PadFacts& facts, const EditorTheme& theme, int id)
 {
     m_theme = &theme;
-    return WindowObject::Create(EDITOR_PAD_CLASS, Wide(facts.name).c_str(), 0,
+    m_name = Wide(facts.name);
+    return WindowObject::Create(EDITOR_PAD_CLASS, m_name.c_str(), 0,
                                 WS_CHILD | WS_VISIBLE | WS_TABSTOP, parent, id);
 }
 
@@ -29,6 +34,7 @@ void PadWindow::Show(const PadPoint& point) noexcept
     {
         m_point = point;
         ::RedrawWindow(Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        TellValueChanged(Window());
     }
 }
 
@@ -52,6 +58,13 @@ LRESULT PadWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         return DLGC_WANTARROWS;
     case WM_ERASEBKGND:
         return 1;
+    case WM_GETOBJECT:
+        if (const auto answer = AnswerAccessible(Window(), wParam, lParam,
+                                                 {m_name, ROLE_SYSTEM_SLIDER, ValueText()}))
+        {
+            return *answer;
+        }
+        break;
     case WM_PAINT:
         Paint();
         return 0;
@@ -88,6 +101,15 @@ LRESULT PadWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         break;
     }
     return ::DefWindowProcW(Window(), message, wParam, lParam);
+}
+
+// "0.25 right, -0.10 up", in shares of the way to the rim.
+std::wstring PadWindow::ValueText() const
+{
+    std::array<wchar_t, 64> text{};
+    const PadPoint shown = WithinRim(m_point);
+    std::swprintf(text.data(), text.size(), L"%.2f right, %.2f up", shown.x, shown.y);
+    return text.data();
 }
 
 PadGeometry PadWindow::Geometry() const noexcept

@@ -9,6 +9,7 @@
 #include "reference_renderer/editor/window_object.h"
 
 #include <optional>
+#include <string>
 
 namespace ReferenceRenderer
 {
@@ -41,6 +42,7 @@ private:
         POINT mouse;
     };
 
+    std::wstring ValueText() const;
     PadGeometry Geometry() const noexcept;
     void Press(POINT mouse);
     void Move(POINT mouse, bool fine) noexcept;
@@ -50,6 +52,7 @@ private:
     void Paint() const;
 
     const EditorTheme* m_theme = nullptr;
+    std::wstring m_name;
     PadPoint m_point;
     std::optional<Drag> m_drag;
 };

@@ -1,10 +1,13 @@
 #include "reference_renderer/editor/slider_window.h"
 
+#include "reference_renderer/editor/accessible_control.h"
+#include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/resource.h"
 #include "support/win32/utf8.h"
 
 #include <cmath>
 
+#include <oleacc.h>
 #include <windowsx.h>
 
 namespace ReferenceRenderer
@@ -31,6 +34,7 @@ void SliderWindow::Show(float value) noexcept
     {
         m_value = value;
         ::RedrawWindow(Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        TellValueChanged(Window());
     }
 }
 
@@ -54,6 +58,14 @@ LRESULT SliderWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         return DLGC_WANTARROWS;
     case WM_ERASEBKGND:
         return 1;
+    case WM_GETOBJECT:
+        if (const auto answer = AnswerAccessible(
+                Window(), wParam, lParam,
+                {Wide(m_facts->name), ROLE_SYSTEM_SLIDER, Wide(NumberText(m_value))}))
+        {
+            return *answer;
+        }
+        break;
     case WM_PAINT:
         Paint();
         return 0;
@@ -128,8 +140,7 @@ void SliderWindow::MoveTo(float value, bool all) noexcept
     if (value != m_value)
     {
         m_movesAll = all;
-        m_value = value;
-        ::RedrawWindow(Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        Show(value);
         Tell(SLIDER_MOVED);
     }
 }
