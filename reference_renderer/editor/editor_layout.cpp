@@ -9,7 +9,7 @@ namespace
 {
 
 // All lengths are for 96 dots per inch.
-constexpr Geometry::Extent kSmallest{852, 560};
+constexpr Geometry::Extent kSmallest{844, 560};
 constexpr Geometry::Extent kOpening{1200, 720};
 
 constexpr int kMargin = 16;
@@ -28,7 +28,7 @@ constexpr int kLowestScope = 170;
 constexpr int kHighestScope = 380;
 
 constexpr int kPanelPercent = 32; // of the window's width
-constexpr int kNarrowestPanel = 368;
+constexpr int kNarrowestPanel = 364;
 constexpr int kWidestPanel = 500;
 
 constexpr int kViewHeight = 26;
@@ -273,6 +273,15 @@ Geometry::Extent SmallestClient(int dpi) noexcept
 Geometry::Extent OpeningClient(int dpi) noexcept
 {
     return {Scaled(kOpening.width, dpi), Scaled(kOpening.height, dpi)};
+}
+
+int FittingDpi(int dpi, Geometry::Extent room) noexcept
+{
+    constexpr int kLeast = 72; // letters below that cannot be read
+    const auto fits = [&](int length, int smallest) { return length * kUnscaledDpi / smallest; };
+    const int most =
+        std::min(fits(room.width, kSmallest.width), fits(room.height, kSmallest.height));
+    return std::min(dpi, std::max(most, kLeast));
 }
 
 EditorLayout LayoutOf(Geometry::Extent client, int dpi, View view, bool hasScope) noexcept

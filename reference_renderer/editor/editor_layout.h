@@ -23,6 +23,10 @@ constexpr int Scaled(int length, int dpi) noexcept
 Geometry::Extent SmallestClient(int dpi) noexcept;
 Geometry::Extent OpeningClient(int dpi) noexcept;
 
+// The resolution to lay out for where a display of `dpi` has room for a client area of that size:
+// as much less as the smallest one needs, so that no button is out of reach.
+int FittingDpi(int dpi, Geometry::Extent room) noexcept;
+
 struct ControlBoxes
 {
     Geometry::Rect letter; // of the channel; empty where there is one value for all

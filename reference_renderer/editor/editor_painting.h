@@ -30,6 +30,6 @@ void PaintGround(HDC dc, SIZE client, const EditorLayout& layout, const EditorTh
 void PaintButton(const DRAWITEMSTRUCT& item, const EditorTheme& theme, bool chosen);
 // A static control that leaves its text to its parent.
 void PaintStatus(const DRAWITEMSTRUCT& item, const EditorTheme& theme, bool wrong);
-void PaintResetButton(const DRAWITEMSTRUCT& item);
+void PaintResetButton(const DRAWITEMSTRUCT& item, const EditorTheme& theme);
 
 } // namespace ReferenceRenderer

@@ -14,7 +14,7 @@ EditorTheme::EditorTheme(int dpi) : m_dpi(dpi)
     m_text.reset(::CreateFontIndirectW(&font));
     font.lfWeight = FW_SEMIBOLD;
     m_heading.reset(::CreateFontIndirectW(&font));
-    m_field.reset(::CreateSolidBrush(kField));
+    m_field.reset(::CreateSolidBrush(m_inks.field));
     if (!m_text || !m_heading || !m_field)
     {
         throw std::bad_alloc();

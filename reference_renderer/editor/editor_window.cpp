@@ -21,6 +21,23 @@ bool IsButton(HWND window) noexcept
     return (::SendMessageW(window, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) != 0;
 }
 
+RECT WorkAreaOf(HWND window) noexcept
+{
+    MONITORINFO display{};
+    display.cbSize = sizeof display;
+    ::GetMonitorInfoW(::MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &display);
+    return display.rcWork;
+}
+
+// For which the window is laid out on its display, which has `dpi`.
+int LayoutDpi(HWND window, int dpi) noexcept
+{
+    const SIZE frame = WindowSizeFor(window, {0, 0}, dpi);
+    const RECT room = WorkAreaOf(window);
+    return FittingDpi(dpi, {static_cast<int>(room.right - room.left - frame.cx),
+                            static_cast<int>(room.bottom - room.top - frame.cy)});
+}
+
 // The first control of a view.
 std::size_t FirstIn(View view) noexcept
 {
@@ -47,12 +64,15 @@ bool EditorWindow::Open(HWND host)
         return false;
     }
     PlaceOn(host);
-    m_theme.emplace(DpiOf(Window()));
+    m_theme.emplace(LayoutDpi(Window(), DpiOf(Window())));
     if (!m_actions.Create(Window(), *m_theme))
     {
         return false;
     }
-    DarkenTitle(Window());
+    if (!IsHighContrast())
+    {
+        DarkenTitle(Window());
+    }
     m_actions.ShowLook();
     Lay();
     return true;
@@ -224,6 +244,10 @@ LRESULT EditorWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_DPICHANGED:
         OnDpiChanged(LOWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
         return 0;
+    case WM_SETTINGCHANGE:
+    case WM_SYSCOLORCHANGE:
+        OnColoursChanged();
+        return 0;
     case WM_ACTIVATE:
         OnActivate(LOWORD(wParam) != WA_INACTIVE);
         return 0;
@@ -254,16 +278,30 @@ void EditorWindow::OnGetLimits(MINMAXINFO& limits) const noexcept
     limits.ptMinTrackSize = {size.cx, size.cy};
 }
 
+void EditorWindow::ChangeTheme(int dpi)
+{
+    EditorTheme theme(dpi);
+    m_actions.SetTheme(theme); // before the fonts of the old one go
+    m_theme = std::move(theme);
+    m_actions.SetTheme(*m_theme);
+}
+
+void EditorWindow::OnColoursChanged()
+{
+    if (m_theme)
+    {
+        ChangeTheme(m_theme->Dpi());
+        ::RedrawWindow(Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+    }
+}
+
 void EditorWindow::OnDpiChanged(int dpi, const RECT& place)
 {
     if (!m_theme)
     {
         return; // on its way to the display on which it is to open: the controls are made for that
     }
-    EditorTheme theme(dpi);
-    m_actions.SetTheme(theme); // before the fonts of the old one go
-    m_theme = std::move(theme);
-    m_actions.SetTheme(*m_theme);
+    ChangeTheme(LayoutDpi(Window(), dpi));
     ::SetWindowPos(Window(), nullptr, place.left, place.top, place.right - place.left,
                    place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
     Lay();
@@ -292,15 +330,11 @@ void EditorWindow::OnActivate(bool active) noexcept
 // In the middle of the display that the host's window is on, within what the taskbar leaves.
 void EditorWindow::PlaceOn(HWND host) noexcept
 {
-    MONITORINFO display{};
-    display.cbSize = sizeof display;
-    ::GetMonitorInfoW(
-        ::MonitorFromWindow(host != nullptr ? host : Window(), MONITOR_DEFAULTTONEAREST), &display);
-    const RECT& room = display.rcWork;
+    const RECT room = WorkAreaOf(host != nullptr ? host : Window());
     // The resolution that counts is the one of that display.
     ::SetWindowPos(Window(), nullptr, room.left, room.top, 0, 0,
                    SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOSIZE);
-    const int dpi = DpiOf(Window());
+    const int dpi = LayoutDpi(Window(), DpiOf(Window()));
     const Geometry::Extent client = OpeningClient(dpi);
     const SIZE wanted = WindowSizeFor(Window(), {client.width, client.height}, dpi);
     const LONG width = std::min(wanted.cx, room.right - room.left);
@@ -321,7 +355,7 @@ void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) const
     const auto id = static_cast<int>(item.CtlID);
     if (id >= IDC_RESET && id < IDC_RESET + static_cast<int>(kControlCount))
     {
-        PaintResetButton(item);
+        PaintResetButton(item, *m_theme);
         return;
     }
     if (id == IDC_STATUS || id == IDC_PIXEL)
@@ -342,17 +376,19 @@ LRESULT EditorWindow::ColoursOf(HDC dc, HWND child) const noexcept
     const EditorControls& controls = m_actions.Controls();
     if (controls.IsHeading(child))
     {
-        ::SetTextColor(dc, kText);
-        ::SetBkColor(dc, kPanelGround);
-        ::SetDCBrushColor(dc, kPanelGround);
+        ::SetTextColor(dc, m_theme->Inks().text);
+        ::SetBkColor(dc, m_theme->Inks().panelGround);
+        ::SetDCBrushColor(dc, m_theme->Inks().panelGround);
         return reinterpret_cast<LRESULT>(::GetStockObject(DC_BRUSH));
     }
     const std::optional<std::size_t> number = controls.NumberOf(child);
     const bool wrong = number && m_actions.Texts().wrongNumber == number;
     // A disabled box asks with WM_CTLCOLORSTATIC.
     const bool enabled = ::IsWindowEnabled(child) != FALSE;
-    ::SetTextColor(dc, wrong ? kWrong : enabled ? kText : kFaintText);
-    ::SetBkColor(dc, kField);
+    ::SetTextColor(dc, wrong     ? m_theme->Inks().wrong
+                       : enabled ? m_theme->Inks().text
+                                 : m_theme->Inks().disabledText);
+    ::SetBkColor(dc, m_theme->Inks().field);
     return reinterpret_cast<LRESULT>(m_theme->FieldBrush());
 }
 

@@ -45,6 +45,8 @@ private:
 
     // What the system wants to know.
     void Lay();
+    void ChangeTheme(int dpi);
+    void OnColoursChanged();
     void OnDpiChanged(int dpi, const RECT& place);
     void FocusNext(WPARAM what, bool isWindow) const noexcept;
     void OnActivate(bool active) noexcept;

@@ -194,8 +194,9 @@ void PadWindow::Paint() const
         return;
     }
     const bool focused = ::GetFocus() == Window();
-    const PadInks inks{PixelOf(kPanelGround), PixelOf(focused ? kFocus : kTrack), PixelOf(kTrack),
-                       PixelOf(kKnobBright)};
+    const PadInks inks{PixelOf(m_theme->Inks().panelGround),
+                       PixelOf(focused ? m_theme->Inks().focus : m_theme->Inks().track),
+                       PixelOf(m_theme->Inks().track), PixelOf(m_theme->Inks().knobBright)};
     const auto side = static_cast<std::size_t>(geometry.size);
     const PixelBitmap bitmap(side, side);
     DrawPad(bitmap.Pixels(), geometry, m_point, inks);

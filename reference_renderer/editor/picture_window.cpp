@@ -384,7 +384,7 @@ void PictureWindow::Paint() const noexcept
     }
     if (::GetFocus() == Window())
     {
-        Frame(dc, client, kFocus, m_theme->Px(1));
+        Frame(dc, client, m_theme->Inks().focus, m_theme->Px(1));
     }
 }
 
@@ -430,7 +430,7 @@ void PictureWindow::PaintSplit(HDC dc) const noexcept
     const auto label = [&](LONG left, const wchar_t* text) {
         const RECT plate{left, bottom - height, left + width, bottom};
         Fill(dc, plate, kPictureGround);
-        WriteLine(dc, m_theme->Text(), kText, plate, text, DT_CENTER);
+        WriteLine(dc, m_theme->Text(), kPictureText, plate, text, DT_CENTER);
     };
     if (column - area.left > width + 2 * gap)
     {
@@ -446,7 +446,7 @@ void PictureWindow::Say(HDC dc, const wchar_t* text) const noexcept
 {
     RECT client{};
     ::GetClientRect(Window(), &client);
-    WriteLine(dc, m_theme->Text(), kQuietText, client, text, DT_CENTER);
+    WriteLine(dc, m_theme->Text(), kPictureQuietText, client, text, DT_CENTER);
 }
 
 } // namespace ReferenceRenderer

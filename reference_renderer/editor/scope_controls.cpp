@@ -79,8 +79,6 @@ bool ScopeControls::CreateTips(HWND parent)
         tool.lpszText = text.data();
         ::SendMessageW(m_tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     }
-    ::SendMessageW(m_tips, TTM_SETTIPBKCOLOR, kField, 0);
-    ::SendMessageW(m_tips, TTM_SETTIPTEXTCOLOR, kText, 0);
     return true;
 }
 
@@ -96,6 +94,8 @@ void ScopeControls::Place(const EditorLayout& layout) noexcept
 void ScopeControls::SetTheme(const EditorTheme& theme) noexcept
 {
     ::SendMessageW(m_tips, WM_SETFONT, reinterpret_cast<WPARAM>(theme.Text()), TRUE);
+    ::SendMessageW(m_tips, TTM_SETTIPBKCOLOR, theme.Inks().field, 0);
+    ::SendMessageW(m_tips, TTM_SETTIPTEXTCOLOR, theme.Inks().text, 0);
 }
 
 void ScopeControls::ShowChosen() noexcept

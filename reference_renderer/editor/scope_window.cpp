@@ -119,7 +119,7 @@ void ScopeWindow::Paint() const
         m_picture.IsEmpty() ? L"There is no picture to measure" : m_trouble;
     if (trouble != nullptr)
     {
-        WriteLine(dc, m_theme->Text(), kQuietText, client, trouble, DT_CENTER);
+        WriteLine(dc, m_theme->Text(), kPictureQuietText, client, trouble, DT_CENTER);
         return;
     }
     const Geometry::Extent size = m_answer.view.size;
@@ -151,9 +151,9 @@ void ScopeWindow::PaintLabels(HDC dc, Geometry::Extent size) const
                   format);
     }
     const ScopePlaces places = ScopePlacesIn(*m_kind, size, dpi);
-    WriteLine(dc, m_theme->Text(), kQuietText, RectOf(places.header), NameOf(*m_kind));
+    WriteLine(dc, m_theme->Text(), kPictureQuietText, RectOf(places.header), NameOf(*m_kind));
     const bool isClipped = !m_answer.clipped.empty();
-    const COLORREF colour = isClipped ? ColourOf(kClipMark) : kFaintText;
+    const COLORREF colour = isClipped ? ColourOf(kClipMark) : kPictureFaintText;
     const std::wstring text = isClipped                 ? Wide(m_answer.clipped)
                               : m_answer.pixels.empty() ? L""
                                                         : L"nothing at 0 or 255";

@@ -201,7 +201,7 @@ void SliderWindow::Paint() const noexcept
     const HDC dc = paint.Dc();
     const SIZE size = paint.Size();
     const bool enabled = ::IsWindowEnabled(Window()) != FALSE;
-    Fill(dc, {0, 0, size.cx, size.cy}, kPanelGround);
+    Fill(dc, {0, 0, size.cx, size.cy}, m_theme->Inks().panelGround);
 
     const LONG middle = size.cy / 2;
     const LONG half = m_theme->Px(2);
@@ -214,8 +214,11 @@ void SliderWindow::Paint() const noexcept
     const LONG reach = m_theme->Px(8);
     const RECT knob{left, middle - reach, left + KnobWidth(), middle + reach};
     const bool focused = ::GetFocus() == Window();
-    Fill(dc, knob, enabled ? (m_drag ? kKnobBright : kKnob) : kKnobOff);
-    Frame(dc, knob, focused ? kFocus : kTrack, focused ? m_theme->Px(2) : 1);
+    Fill(dc, knob,
+         enabled ? (m_drag ? m_theme->Inks().knobBright : m_theme->Inks().knob)
+                 : m_theme->Inks().knobOff);
+    Frame(dc, knob, focused ? m_theme->Inks().focus : m_theme->Inks().track,
+          focused ? m_theme->Px(2) : 1);
 }
 
 // The groove, a mark at the neutral value, and the way from there to the knob in the colour of the
@@ -232,16 +235,16 @@ void SliderWindow::PaintTrack(HDC dc, const RECT& groove, bool enabled) const no
     const LONG half = m_theme->Px(1);
     const LONG middle = (groove.top + groove.bottom) / 2;
     Fill(dc, {neutral - half / 2, middle - reach, neutral - half / 2 + half, middle + reach},
-         kTrackMark);
-    Fill(dc, groove, kTrack);
-    const COLORREF colour =
-        HasChannels(m_facts->step) ? kChannelColours[m_facts->channel] : kQuietText;
+         m_theme->Inks().trackMark);
+    Fill(dc, groove, m_theme->Inks().track);
+    const COLORREF colour = HasChannels(m_facts->step) ? m_theme->Inks().channels[m_facts->channel]
+                                                       : m_theme->Inks().quietText;
     const LONG inset = m_theme->Px(1);
     // A strength counts from nothing, everything else from where it changes nothing.
     const LONG from = m_facts->step == Step::Strength ? groove.left : neutral;
     Fill(dc,
          {std::min(from, value), groove.top + inset, std::max(from, value), groove.bottom - inset},
-         enabled ? colour : kTrack);
+         enabled ? colour : m_theme->Inks().track);
 }
 
 } // namespace ReferenceRenderer

@@ -215,6 +215,20 @@ TEST(EditorLayout, TheSmallestWindowFitsASmallDisplay)
     EXPECT_LE(SmallestClient(120).height, 700);
 }
 
+TEST(EditorLayout, ADisplayThatIsTooSmallForItsResolutionIsLaidOutForLess)
+{
+    EXPECT_EQ(FittingDpi(144, {1900, 1000}), 144);
+    for (const int dpi : {96, 120, 144, 192, 288})
+    {
+        const Geometry::Extent room{1272, 690}; // of 1280 x 720 within a frame
+        const Geometry::Extent smallest = SmallestClient(FittingDpi(dpi, room));
+        EXPECT_LE(smallest.width, room.width);
+        EXPECT_LE(smallest.height, room.height);
+        EXPECT_GE(FittingDpi(dpi, room), 96);
+    }
+    EXPECT_EQ(FittingDpi(192, {10, 10}), 72) << "but can be read";
+}
+
 } // namespace
 
 } // namespace ReferenceRenderer

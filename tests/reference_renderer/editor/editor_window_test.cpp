@@ -338,6 +338,22 @@ TEST_F(EditorWindowTest, FollowsTheResolutionOfTheDisplayItIsMovedTo)
     EXPECT_EQ(facts.lfHeight, -18) << "9 points";
 }
 
+TEST_F(EditorWindowTest, TakesOverTheColoursThatTheUserChoosesMeanwhile)
+{
+    OpenEditor editor = Open();
+    ::SendMessageW(editor.Window(), WM_SYSCOLORCHANGE, 0, 0); // what there is may be the same
+    const GuiObjects before = CountGuiObjects();
+    for (int i = 0; i < 20; ++i)
+    {
+        ::SendMessageW(editor.Window(), i % 2 == 0 ? WM_SYSCOLORCHANGE : WM_SETTINGCHANGE, 0, 0);
+    }
+    EXPECT_EQ(CountGuiObjects(), before);
+    const auto font =
+        reinterpret_cast<HFONT>(::SendMessageW(editor.Number(Control::SlopeRed), WM_GETFONT, 0, 0));
+    LOGFONTW facts{};
+    EXPECT_NE(::GetObjectW(font, sizeof facts, &facts), 0) << "the font that it has still exists";
+}
+
 // Tells the editor that its thread is making of another resolution while it has no controls yet, as
 // the system does when it comes to another display; once, and for as long as this lives.
 class EarlyResolution
