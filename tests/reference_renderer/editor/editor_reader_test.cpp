@@ -96,6 +96,52 @@ TEST_F(EditorReader, AWheelSaysWhereItStands)
     EXPECT_EQ(read.role, ROLE_SYSTEM_SLIDER);
 }
 
+// What is told to readers of a window's value, while this lives; comes to this thread's messages.
+class ValueEvents
+{
+public:
+    explicit ValueEvents(const ShownEditor& editor)
+        : m_hook(::SetWinEventHook(EVENT_OBJECT_VALUECHANGE, EVENT_OBJECT_VALUECHANGE, nullptr,
+                                   Hear, 0, editor.Thread(), WINEVENT_OUTOFCONTEXT))
+    {
+        told = nullptr;
+    }
+    ~ValueEvents() { ::UnhookWinEvent(m_hook); }
+    ValueEvents(const ValueEvents&) = delete;
+    ValueEvents& operator=(const ValueEvents&) = delete;
+
+    static bool Come(HWND window)
+    {
+        return Eventually([&] {
+            MSG message{};
+            while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+            {
+                ::DispatchMessageW(&message);
+            }
+            return told == window;
+        });
+    }
+
+private:
+    static void CALLBACK Hear(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWORD) noexcept
+    {
+        told = window;
+    }
+
+    static inline HWND told = nullptr;
+    HWINEVENTHOOK m_hook;
+};
+
+TEST_F(EditorReader, AReaderIsToldOfANewValue)
+{
+    OpenEditor editor = Open();
+    const ValueEvents events(editor);
+    editor.SlideKey(Control::SlopeRed, VK_RIGHT);
+    EXPECT_TRUE(ValueEvents::Come(editor.Pad(4))) << "which shows the same numbers";
+    editor.SlideKey(Control::Saturation, VK_RIGHT);
+    EXPECT_TRUE(ValueEvents::Come(editor.Slider(Control::Saturation)));
+}
+
 // Everything that the Tab key can reach has a name, and no two have the same name and role.
 TEST_F(EditorReader, WhatTheKeyboardReachesHasANameOfItsOwn)
 {
