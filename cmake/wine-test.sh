@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs a GoogleTest program under Wine. On a busy machine Wine now and then fails to start a
+# Runs a GoogleTest program under Wine, where one that crashes ends with 0: one that does not say how
+# its tests ended fails. On a busy machine Wine now and then fails to start a
 # process, loses the connection to its server, or kills a program that has ended but is not gone
 # after half a second; that says nothing about the program, so it is started again.
 set -euo pipefail
@@ -13,4 +14,9 @@ for try in 1 2 3; do
     [ "$status" -ne 137 ] && break
   echo "wine-test: Wine failed (start $try, exit code $status)" >&2
 done
+case " $* " in *" --gtest_list_tests "*) exit "$status" ;; esac
+if [ "$status" -eq 0 ] && ! grep -q '^\[  PASSED  \]' "$output"; then
+  echo "wine-test: $1 ended before its tests did; what it said last stands above" >&2
+  exit 1
+fi
 exit "$status"
