@@ -1,5 +1,7 @@
 #include "binding/session_data.h"
 
+#include "tests/doubles/failing_allocation.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -91,6 +93,18 @@ TEST(SessionData, SwappingTheBlocksLeavesTheOptionWords)
     EXPECT_EQ(BytesOf(second), (std::vector<std::uint8_t>{1, 2}));
     EXPECT_EQ(first.flag, 1U);
     EXPECT_EQ(second.flag, 0U);
+}
+
+TEST(SessionData, WithoutMemoryForABlockTheRecordIsEmpty)
+{
+    SessionData record;
+    Fill(record, {1, 2, 3, 4});
+    const NoMemory scope;
+    EXPECT_EQ(record.AllocateData(5), nullptr);
+    EXPECT_EQ(record.data, nullptr);
+    EXPECT_EQ(record.size, 0U);
+    EXPECT_EQ(record.AllocateClearedData(6), nullptr);
+    EXPECT_EQ(record.size, 0U);
 }
 
 TEST(SessionData, AllocateDataOfZeroFreesTheBlockAndReturnsNull)

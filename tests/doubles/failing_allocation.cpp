@@ -1,7 +1,6 @@
 #include "tests/doubles/failing_allocation.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <new>
 
 namespace
@@ -9,6 +8,21 @@ namespace
 
 std::atomic<bool> g_fail = false;
 std::atomic<std::size_t> g_count = 0;
+
+// By the forms that throw: their blocks are those that the ordinary operator delete frees.
+template <typename Allocate>
+void* Allocated(Allocate&& allocate) noexcept
+{
+    ++g_count;
+    try
+    {
+        return g_fail ? nullptr : allocate();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
+}
 
 } // namespace
 
@@ -27,9 +41,12 @@ NoMemory::~NoMemory()
     g_fail = false;
 }
 
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept
+{
+    return Allocated([=] { return ::operator new(bytes); });
+}
+
 void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept
 {
-    ++g_count;
-    // The block is freed by the ordinary operator delete[], which is free().
-    return g_fail ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
+    return Allocated([=] { return ::operator new[](bytes); });
 }

@@ -93,7 +93,11 @@ TEST(PackedWalk, NumbersThatDoNotFitGiveNone)
 
 TEST(PackedWalk, AnEmptyPartReadsNothing)
 {
-    const auto walk = WalkOver({50, 50, 0, 3}, 8, 4);
-    ASSERT_TRUE(walk.has_value());
-    EXPECT_EQ(walk->samplesBehind, 0U);
+    for (const Geometry::Rect& area : {Geometry::Rect{50, 50, 0, 3}, {50, 50, 3, 0}, {3, 0, 8, 0}})
+    {
+        const auto walk = WalkOver(area, 8, 4);
+        ASSERT_TRUE(walk.has_value());
+        EXPECT_EQ(walk->samplesBefore, 0U) << area.left << ' ' << area.width;
+        EXPECT_EQ(walk->samplesBehind, 0U) << area.left << ' ' << area.width;
+    }
 }

@@ -68,6 +68,12 @@ TEST(SurfaceMemory, CopyingStopsAtTheShorterOfBothSides)
     EXPECT_EQ(rows[3], 11) << "as many bytes as the pitch holds";
     EXPECT_EQ(rows[4], 99);
     EXPECT_EQ(rows[3 * 6], 99) << "no fourth row";
+
+    std::fill_n(static_cast<std::uint8_t*>(large.pixels), 30, std::uint8_t{99});
+    CopyRows(memory.TopDown(), large);
+    EXPECT_EQ(rows[3], 3);
+    EXPECT_EQ(rows[4], 99) << "a row of the target ends later";
+    EXPECT_EQ(rows[6], 4);
 }
 
 TEST(SurfaceMemory, LargePicturesAreCopiedByteForByteFromAndToAnyAddress)
@@ -105,6 +111,23 @@ TEST(SurfaceMemory, LargePicturesAreCopiedByteForByteFromAndToAnyAddress)
     }
 }
 
+TEST(SurfaceMemory, NothingIsWrittenBehindALargePictureOfWholePages)
+{
+    constexpr std::uint32_t kRow = 4096;
+    constexpr std::uint32_t kRows = 2048;
+    const std::vector<std::uint8_t> source(std::size_t{kRow} * kRows, 1);
+    std::vector<std::uint8_t> target(source.size() + kRow, 99);
+    const SurfaceMemory memory{const_cast<std::uint8_t*>(source.data()), kRow, kRow, kRows};
+    FrameBufferDesc desc;
+    desc.format = kOneByteFormat;
+    desc.pixels = target.data();
+    desc.width = desc.rowPitch = kRow;
+    desc.height = kRows;
+    CopyRows(memory, desc);
+    EXPECT_EQ(std::count(target.begin(), target.end(), std::uint8_t{1}),
+              static_cast<std::ptrdiff_t>(source.size()));
+}
+
 TEST(SurfaceMemory, NothingIsCopiedFromOrToNowhere)
 {
     Memory memory;
@@ -140,6 +163,7 @@ TEST(SurfaceMemory, IsDescribedFromItsLowestAddressedRow)
     EXPECT_TRUE(bottomUp.IsBottomUp());
     EXPECT_EQ(Describe(bottomUp, kFormatBgraFloat, 1.0F).pixels, bytes);
     EXPECT_EQ(Describe(bottomUp, kFormatBgraFloat, 1.0F).rowPitch, 6U);
+    EXPECT_EQ((SurfaceMemory{bytes, -96, 5, 0}.LowestRow()), bytes) << "no row lies below it";
 }
 
 TEST(SurfaceMemory, APitchBetweenTwoPixelsIsCutToWholePixels)

@@ -2,6 +2,13 @@
 
 #include <gtest/gtest.h>
 
+TEST(Rects, AreEmptyAtTheOriginUnlessSaidOtherwise)
+{
+    EXPECT_EQ(Geometry::Point(), (Geometry::Point{0, 0}));
+    EXPECT_EQ(Geometry::Extent(), (Geometry::Extent{0, 0}));
+    EXPECT_EQ(Geometry::Rect(), (Geometry::Rect{0, 0, 0, 0}));
+}
+
 TEST(Rects, DoNotHoldTheirRightColumnAndBottomRow)
 {
     constexpr Geometry::Rect rect = Geometry::RectAt({5, 25}, {40, 20});

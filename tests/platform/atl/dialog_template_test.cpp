@@ -63,6 +63,18 @@ TEST(DialogTemplate, APlainTemplateTellsItsSizeAndFont)
     EXPECT_EQ(MeasureDialogTemplate(text.bytes), expected);
 }
 
+TEST(DialogTemplate, OfTheMarksOfAnExtendedTemplateNoneIsEnough)
+{
+    const DialogMeasure expected{200, 100, DialogFont{9, 0, false, 1, u"Tahoma"}};
+    for (const unsigned style : {0x40000041U, 0x00010001U | kChildWithFont, 0xFFFF0040U})
+    {
+        TemplateBytes text;
+        text.PlainHead(style, 200, 100).U16(0).U16(0).U16(0).U16(9).Text(u"Tahoma");
+        DialogMeasure measure = MeasureDialogTemplate(text.bytes).value_or(DialogMeasure());
+        EXPECT_EQ(measure, expected) << style;
+    }
+}
+
 TEST(DialogTemplate, WithoutTheFontStyleThereIsNoFont)
 {
     TemplateBytes text;
