@@ -280,8 +280,8 @@ HRESULT STDMETHODCALLTYPE FakeSurface::GetBounds(DXBNDS* bounds)
         bounds->eType = DXBT_DISCRETE;
         bounds->u.D[DXB_X] = {0, m_settings.width};
         bounds->u.D[DXB_Y] = {0, m_settings.height};
-        bounds->u.D[DXB_Z] = {0, 1};
-        bounds->u.D[DXB_T] = {0, 1};
+        bounds->u.D[DXB_Z] = {0, m_settings.tellsLayer ? 1 : 0};
+        bounds->u.D[DXB_T] = {0, m_settings.tellsLayer ? 1 : 0};
     }
     return hr;
 }

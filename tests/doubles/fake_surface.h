@@ -41,6 +41,7 @@ struct FakeSurfaceSettings
     DXSAMPLEFORMATENUM format = DXPF_ARGB32; // DXPF_NONSTANDARD: four floats, 16 bytes a sample
     bool bottomUp = false;                   // stored last row first: a negative pitch
     LONG rowPadding = 0;                     // bytes between the rows
+    bool tellsLayer = true;                  // false: of z and t its bounds say 0 to 0
     bool hasMemory = true;                   // false: the native type says nothing
     CallLog* log = nullptr;                  // null: nothing is noted and nothing allocated for it
     std::optional<FrameInformation> frame = {}; // none: the surface lacks that interface

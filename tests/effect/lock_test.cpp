@@ -3,6 +3,9 @@
 #include "tests/doubles/held_lock.h"
 #include "tests/effect/effect_fixture.h"
 
+#include <functional>
+#include <vector>
+
 namespace
 {
 
@@ -280,6 +283,34 @@ TEST_F(Lock, ProgressAndDurationAreSetUnderTheObjectLock)
     EXPECT_EQ(value, 0.5F);
     EXPECT_EQ(effect->get_Duration(&value), S_OK);
     EXPECT_EQ(value, 2.0F);
+}
+
+TEST_F(Lock, TheTransformsCallsTakeTheObjectLock)
+{
+    CComPtr<IUnknown> site;
+    DXBNDS bounds{};
+    DXVEC point{};
+    ULONG id = 0;
+    DWORD flags = 0;
+    float quality = 0.0F;
+    for (const std::function<void()>& call : std::vector<std::function<void()>>{
+             [&] { effect->SetSite(nullptr); },
+             [&] { effect->GetSite(IID_IUnknown, reinterpret_cast<void**>(&site)); },
+             [&] { effect->SetMiscFlags(0); },
+             [&] { effect->GetMiscFlags(&flags); },
+             [&] { effect->SetQuality(0.5F); },
+             [&] { effect->GetQuality(&quality); },
+             [&] { effect->GetGenerationId(&id); },
+             [&] { effect->IncrementGenerationId(FALSE); },
+             [&] { effect->Setup(nullptr, 0, nullptr, 0, 0); },
+             [&] { effect->Execute(nullptr, nullptr, nullptr); },
+             [&] { effect->MapBoundsIn2Out(nullptr, 0, 0, &bounds); },
+             [&] { effect->GetInOutInfo(FALSE, 0, &flags, nullptr, nullptr, nullptr); },
+             [&] { effect->PointPick(&point, &id, &point); },
+         })
+    {
+        EXPECT_TRUE(WaitsFor(ObjectLock(*effect), call));
+    }
 }
 
 TEST_F(Lock, ProgressAndDurationAreReadWithoutWaitingForAFrame)

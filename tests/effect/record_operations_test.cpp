@@ -87,6 +87,19 @@ TEST_F(RecordOperations, ARecordThatFindsNoMemoryKeepsItsOption)
     EXPECT_EQ(record.flag, 5U);
 }
 
+TEST_F(RecordOperations, TheSmallestBlockIsWrittenAndOneOfNoBytesIsNot)
+{
+    SessionData record;
+    *record.AllocateData(1) = 77;
+    FakeStream stream;
+    EXPECT_EQ(effect->WriteProps(&stream, &record), S_OK);
+    EXPECT_EQ(stream.writes, 1);
+    EXPECT_EQ(stream.bytes, Bytes{77});
+    record.size = 0;
+    EXPECT_EQ(effect->WriteProps(&stream, &record), S_OK);
+    EXPECT_EQ(stream.writes, 1);
+}
+
 TEST_F(RecordOperations, TheOptionIsWrittenIntoABlockAboveTheLimitToo)
 {
     FakeStream stream;
@@ -107,6 +120,20 @@ TEST_F(RecordOperations, ABlockIsWrittenInOneGoAfterItsOption)
     EXPECT_EQ(BytesAfterWriting(stream, 131072, S_OK), RecordBytes(7, 5, 131072));
     EXPECT_EQ(stream.bytes, RecordBytes(7, 5, 131072));
     EXPECT_EQ(stream.writes, 1);
+}
+
+TEST_F(RecordOperations, ASourceOfNoBytesGivesItsOptionAlone)
+{
+    SessionData source;
+    SessionData target;
+    Fill(source, RecordBytes(7, 1));
+    Fill(target, RecordBytes(9, 0));
+    const std::uint32_t size = std::exchange(source.size, 0);
+    source.flag = 5;
+    EXPECT_EQ(effect->CopyProps(&target, &source), S_OK);
+    EXPECT_EQ(BytesOf(target), RecordBytes(9, 0));
+    EXPECT_EQ(target.flag, 5U);
+    source.size = size;
 }
 
 TEST_F(RecordOperations, ACopyTakesTheOptionEvenWithoutMemoryForTheBlock)

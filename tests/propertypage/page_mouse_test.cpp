@@ -86,6 +86,19 @@ TEST_F(PageMouse, ComingBackToEditBeforeTheReleaseOpensTheEditor)
     EXPECT_TRUE(HandleMessagesUntil([&] { return EditorCalls() == 1; }));
 }
 
+TEST_F(PageMouse, TheEditorOpensAgainWhenItHasEnded)
+{
+    exchange.ShowPreview(kFormatBgra8);
+    Open();
+    MovePointer(PageWindow(), kOnEdit);
+    for (std::size_t calls = 1; calls <= 2; ++calls)
+    {
+        Push();
+        Lift();
+        EXPECT_TRUE(HandleMessagesUntil([&] { return EditorCalls() == calls; }));
+    }
+}
+
 TEST_F(PageMouse, TheEditorOpensWithTheMouseGivenBackAndTheButtonDrawnAsNormal)
 {
     struct Seen

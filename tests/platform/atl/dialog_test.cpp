@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -320,6 +321,23 @@ TEST(Dialog, MeasuringGivesItsDeviceContextsBack)
     ASSERT_EQ(AtlGetDialogSize(AtlGetResourceInstance(), 4, &size), S_OK);
     EXPECT_GE(count, 1);
     EXPECT_TRUE(taken.empty());
+}
+
+TEST(Dialog, OfObjectsMadeKnownTheLastThatIsLeftIsTaken)
+{
+    int first = 0;
+    int second = 0;
+    int third = 0;
+    std::optional<_AtlCreateWndData> early(std::in_place, &first);
+    std::optional<_AtlCreateWndData> late(std::in_place, &second);
+    early.reset();
+    {
+        const _AtlCreateWndData inner(&third);
+        EXPECT_EQ(_AtlCreateWndData::Extract(), &third);
+        EXPECT_EQ(_AtlCreateWndData::Extract(), &second);
+    }
+    late.reset();
+    EXPECT_EQ(_AtlCreateWndData::Extract(), nullptr);
 }
 
 TEST(Dialog, TheSizeOfATemplateThatThereIsNotIsAnError)

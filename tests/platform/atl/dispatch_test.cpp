@@ -104,7 +104,13 @@ TEST_F(DispatchTest, LoadsTheTypeInformationOnceForAllObjectsAndAgainAfterTerm)
     ASSERT_EQ(Make<CRegistered>()->GetTypeInfo(0, LOCALE_NEUTRAL, &first), S_OK);
     ASSERT_EQ(Make<CRegistered>()->GetTypeInfo(0, LOCALE_NEUTRAL, &second), S_OK);
     EXPECT_EQ(first.p, second.p);
-    m_module.Term(); // lets go of what was kept
+    const auto references = [&] {
+        first->AddRef();
+        return first->Release();
+    };
+    const ULONG kept = references();
+    m_module.Term();
+    EXPECT_EQ(references(), kept - 1) << "let go of";
     CComPtr<ITypeInfo> third;
     EXPECT_EQ(Make<CRegistered>()->GetTypeInfo(0, LOCALE_NEUTRAL, &third), S_OK);
 }

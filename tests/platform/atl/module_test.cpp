@@ -52,7 +52,7 @@ protected:
         g_factoriesMade = 0;
         g_askers = 0;
         g_askersToAwait = 0;
-        m_module.Init(g_objectMap, ::GetModuleHandleW(nullptr), &CLSID_Other);
+        EXPECT_EQ(m_module.Init(g_objectMap, ::GetModuleHandleW(nullptr), &CLSID_Other), S_OK);
     }
 
     CComPtr<IClassFactory> Factory(REFCLSID clsid)

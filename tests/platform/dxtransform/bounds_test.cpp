@@ -43,6 +43,16 @@ TEST(Bounds, OfAPointAreOneSample)
     EXPECT_EQ(bounds.Right(), 4);
     EXPECT_EQ(bounds.Top(), 4);
     EXPECT_EQ(bounds.Bottom(), 5);
+    EXPECT_EQ(bounds.Width(), 1);
+    EXPECT_EQ(bounds.Height(), 1);
+}
+
+TEST(Bounds, ThatAreEmptiedHaveNothingAtTheOriginOfTheLayer)
+{
+    CDXDBnds bounds = Rectangle(1, 2, 4, 6);
+    bounds.SetEmpty();
+    EXPECT_TRUE(bounds == Rectangle(0, 0, 0, 0));
+    EXPECT_EQ(bounds[DXB_Z].Max, 1);
 }
 
 TEST(Bounds, OfASurfaceAreWhatItSays)

@@ -43,6 +43,17 @@ TEST_F(Mapping, OfSeveralInputsIsAroundAllThatAreThere)
     EXPECT_TRUE(CDXDBnds(out) == CDXDBnds(9, 3));
 }
 
+TEST_F(Mapping, OfInputsThatTellNoLayerIsInTheLayerOfAnImage)
+{
+    const auto flat = FakeSurface::Make({.width = 5, .height = 2, .tellsLayer = false});
+    ASSERT_EQ(SetupWith({flat}, m_output), S_OK);
+    DXBNDS out{};
+    EXPECT_EQ(m_transform->MapBoundsIn2Out(nullptr, 0, 0, &out), S_OK);
+    EXPECT_TRUE(CDXDBnds(out) == CDXDBnds(5, 2));
+    flat->Fill(DXSAMPLE(0xFFFFFFFFU));
+    EXPECT_EQ(Pick(1, 1), S_OK);
+}
+
 TEST_F(Mapping, WithoutInputsStartsFromTheOutput)
 {
     m_transform->m_ulNumInRequired = 0;
