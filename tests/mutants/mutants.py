@@ -9,6 +9,7 @@ in time, kills the mutant. No source and nothing of the build is touched.
 import argparse
 import concurrent.futures
 import contextlib
+import fcntl
 import functools
 import itertools
 import os
@@ -183,6 +184,15 @@ class Build:
             output, *files = block.splitlines() or [""]
             self._read[output.split(":")[0]] = {
                 os.path.normpath(self.folder / file.strip()) for file in files}
+
+    def claim(self):
+        """For one run alone, until the process ends."""
+        (self.folder / "mutants").mkdir(exist_ok=True)
+        self._claim = open(self.folder / "mutants/lock", "w", encoding="ascii")
+        try:
+            fcntl.flock(self._claim, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except BlockingIOError as error:
+            raise MutantError(f"another run judges mutants in {self.folder}; wait for its end") from error
 
     def require_current(self, programs):
         wanted = {file for p in programs for file in self.wanted(p)}
@@ -430,6 +440,7 @@ def main(words=None):
                          if program.kind == build.kind] for mutant in mutants}
         used = dict.fromkeys(program for those in here.values() for program in those)
         build.require_current(used)
+        build.claim()
     except MutantError as error:
         print(f"mutants: {error}", file=sys.stderr)
         return 2
