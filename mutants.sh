@@ -17,7 +17,7 @@ if [ "${1-}" = --help ] || [ "${1-}" = -h ]; then
 fi
 [ $# -le 1 ] || refuse "too many words: give one text, quoted if it has spaces"
 text=${1-}
-found=$(/usr/bin/python3 -B tests/mutants/mutants.py build --list --only "$text")
+found=$(/usr/bin/python3 -B tests/mutants/mutants.py build --list --only="$text")
 [ -n "$found" ] || refuse "no mutant has \"$text\" in its line, where a file, a rule and both texts stand"
 
 ./setup.sh
@@ -39,21 +39,17 @@ fi
 # A Wine server and a window of its own for as long as it takes, as the tests have it.
 export GLAZEL_WINEPREFIX=$PWD/build/mutants/wineprefix
 mkdir -p build/mutants
-run() {
-  /usr/bin/python3 -B tests/mutants/mutants.py "build/$1" --equivalent --only "$text" --jobs "$(nproc)"
-}
+judge=(/usr/bin/python3 -B tests/mutants/mutants.py --equivalent --only="$text" --jobs "$(nproc)")
 status=0
-run native || status=1
-export -f run
-export text
+"${judge[@]}" build/native || status=1
 # shellcheck disable=SC2016 # for the inner shell
 xvfb-run -a -s "-screen 0 1280x1024x24" bash -c '
   export WINEPREFIX=$GLAZEL_WINEPREFIX
   cmake/wine-run.sh cmd /c exit && wineserver -w && wineserver -p
   cmake/wine-run.sh notepad >/dev/null 2>&1 &
   status=0
-  run release || status=1
+  "$@" || status=1
   wineserver -k || true
-  exit "$status"' || status=1
+  exit "$status"' judge "${judge[@]}" build/release || status=1
 [ "$status" -ne 0 ] || echo "mutants: each was noticed"
 exit "$status"

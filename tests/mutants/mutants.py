@@ -367,7 +367,7 @@ class Workshop:
 
 
 def judge(mutant, workshop, programs, limits):
-    """("dead", by what) or ("survived", "") or ("error", why)."""
+    """("dead", by what), ("survived", ""), ("equivalent", why) or ("error", why)."""
     try:
         for _, those in itertools.groupby(programs, lambda program: (program.name, program.beside)):
             tests = list(those)
@@ -441,7 +441,7 @@ def main(words=None):
         used = dict.fromkeys(program for those in here.values() for program in those)
         build.require_current(used)
         build.claim()
-    except MutantError as error:
+    except (MutantError, OSError) as error:
         print(f"mutants: {error}", file=sys.stderr)
         return 2
     if options.sample is not None:
