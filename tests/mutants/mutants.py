@@ -90,6 +90,10 @@ class Program(NamedTuple):
     beside: tuple[str, ...]
 
 
+# One that never ends must not take all memory meanwhile.
+ENVIRONMENT = os.environ | {"ASAN_OPTIONS": "hard_rss_limit_mb=2000"}
+
+
 class MutantError(Exception):
     """Something that keeps a mutant from being judged."""
 
@@ -349,7 +353,8 @@ class Workshop:
     def _run_once(self, folder, command, limit):
         with tempfile.TemporaryFile() as output:  # no pipe: what outlives the program would hold it
             with subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=output,
-                                  stderr=subprocess.STDOUT, start_new_session=True) as process:
+                                  stderr=subprocess.STDOUT, start_new_session=True,
+                                  env=ENVIRONMENT) as process:
                 try:
                     code = process.wait(limit)
                 except subprocess.TimeoutExpired:
