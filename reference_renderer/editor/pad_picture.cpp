@@ -74,7 +74,8 @@ void DrawPad(std::span<std::uint32_t> pixels, const PadGeometry& geometry, const
                 std::hypot(column + 0.5 - knobAt.x, row + 0.5 - knobAt.y) - geometry.KnobRadius();
             pixel = Mixed(pixel, inks.rim, Coverage(line - toKnob));
             pixel = Mixed(pixel, inks.knob, Coverage(-toKnob));
-            pixels[static_cast<std::size_t>(row * geometry.size + column)] = pixel;
+            const int index = row * geometry.size + column;
+            pixels[static_cast<std::size_t>(index)] = pixel;
         }
     }
 }

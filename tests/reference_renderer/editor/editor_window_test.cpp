@@ -348,7 +348,7 @@ TEST_F(EditorWindowTest, TakesOverTheColoursThatTheUserChoosesMeanwhile)
     {
         ::SendMessageW(editor.Window(), i % 2 == 0 ? WM_SYSCOLORCHANGE : WM_SETTINGCHANGE, 0, 0);
     }
-    EXPECT_EQ(CountGuiObjects(), before);
+    EXPECT_TRUE(Eventually([&] { return CountGuiObjects() == before; })) << "it paints meanwhile";
     const auto font =
         reinterpret_cast<HFONT>(::SendMessageW(editor.Number(Control::SlopeRed), WM_GETFONT, 0, 0));
     LOGFONTW facts{};
