@@ -51,10 +51,14 @@ std::string WhyNoCorrection(const StoredLook& look)
 WrittenLook WriteCorrectionFile(const StoredLook& look, std::string_view title)
 {
     WrittenLook file{CorrectionFileText(look.cdl, title), "CDL", {}};
-    if (look.cdlMode != CdlMode::Clamped)
+    if (look.cdlMode == CdlMode::Unclamped)
     {
         file.losses.emplace_back("the look does not clamp between the steps of its CDL, which the "
                                  "file cannot say");
+    }
+    else if (look.cdlMode == CdlMode::None)
+    {
+        file.losses.emplace_back("the look leaves values beyond 0 and 1, which a CDL clamps");
     }
     return file;
 }

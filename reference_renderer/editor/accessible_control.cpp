@@ -1,7 +1,9 @@
 #include "reference_renderer/editor/accessible_control.h"
 
+#include <array>
 #include <atomic>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include <oleacc.h>
@@ -12,7 +14,7 @@ namespace ReferenceRenderer
 namespace
 {
 
-BSTR TextFor(const std::wstring& text) noexcept
+BSTR TextFor(std::wstring_view text) noexcept
 {
     return ::SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
 }
@@ -27,8 +29,8 @@ bool IsSelf(const VARIANT& child) noexcept
 class AccessibleControl final : public IAccessible
 {
 public:
-    AccessibleControl(IAccessible* system, AccessibleFacts&& facts) noexcept
-        : m_system(system), m_facts(std::move(facts))
+    AccessibleControl(HWND window, IAccessible* system, AccessibleFacts&& facts) noexcept
+        : m_window(window), m_system(system), m_facts(std::move(facts))
     {
         m_system->AddRef();
     }
@@ -102,8 +104,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE get_accValue(VARIANT child, BSTR* value) noexcept override
     {
-        return IsSelf(child) && m_facts.value ? Give(*m_facts.value, value)
-                                              : m_system->get_accValue(child, value);
+        return IsSelf(child) && m_facts.textIsValue ? GiveText(value)
+                                                    : m_system->get_accValue(child, value);
     }
     HRESULT STDMETHODCALLTYPE get_accDescription(VARIANT child, BSTR* text) noexcept override
     {
@@ -181,7 +183,7 @@ public:
 private:
     ~AccessibleControl() { m_system->Release(); }
 
-    static HRESULT Give(const std::wstring& text, BSTR* given) noexcept
+    static HRESULT Give(std::wstring_view text, BSTR* given) noexcept
     {
         if (given == nullptr)
         {
@@ -191,6 +193,15 @@ private:
         return *given != nullptr ? S_OK : E_OUTOFMEMORY;
     }
 
+    // Nothing of a window that is gone. Values are short.
+    HRESULT GiveText(BSTR* given) const noexcept
+    {
+        std::array<wchar_t, 128> text{};
+        const int length = ::GetWindowTextW(m_window, text.data(), static_cast<int>(text.size()));
+        return Give({text.data(), static_cast<std::size_t>(length)}, given);
+    }
+
+    const HWND m_window;
     IAccessible* const m_system; // owned
     const AccessibleFacts m_facts;
     std::atomic<ULONG> m_references = 1;
@@ -211,7 +222,7 @@ std::optional<LRESULT> AnswerAccessible(HWND window, WPARAM wParam, LPARAM lPara
     {
         return {};
     }
-    auto* const object = new (std::nothrow) AccessibleControl(system, std::move(facts));
+    auto* const object = new (std::nothrow) AccessibleControl(window, system, std::move(facts));
     system->Release();
     if (object == nullptr)
     {

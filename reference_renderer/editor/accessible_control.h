@@ -13,11 +13,11 @@ namespace ReferenceRenderer
 struct AccessibleFacts
 {
     std::wstring name;
-    std::optional<LONG> role;          // ROLE_SYSTEM_..., else the system's
-    std::optional<std::wstring> value; // else the system's
+    std::optional<LONG> role; // ROLE_SYSTEM_..., else the system's
+    bool textIsValue = false; // of the window, whatever it is when somebody asks
 };
 
-// Answers WM_GETOBJECT with the facts as they are now. Nothing for what is not asked of a client
+// Answers WM_GETOBJECT. Nothing for what is not asked of a client
 // area or cannot be made: the message then goes its usual way.
 std::optional<LRESULT> AnswerAccessible(HWND window, WPARAM wParam, LPARAM lParam,
                                         AccessibleFacts facts);

@@ -63,6 +63,38 @@ Triple PositionsOf(const GradeNumbers& numbers, const std::array<Control, 3>& ch
     return positions;
 }
 
+// A number at its limit is not where it was meant to go.
+bool SetWithinLimits(GradeNumbers& numbers, Control control, float value) noexcept
+{
+    const ControlFacts& facts = FactsOf(control);
+    return value > facts.lowest && value < facts.highest && SetNumber(numbers, control, value);
+}
+
+// All channels, or false.
+bool SetPadPoint(GradeNumbers& numbers, const PadFacts& pad, const PadPoint& point) noexcept
+{
+    const Triple away = AwayAt({point.x * pad.reach, point.y * pad.reach});
+    if (pad.first == Control::Temperature)
+    {
+        const auto set = [&](Control control, double value) {
+            const ControlFacts& facts = FactsOf(control);
+            const double position = PositionOf(facts, static_cast<float>(value));
+            return SetWithinLimits(numbers, control, ValueAt(facts, position));
+        };
+        return set(Control::Temperature, away[0] - away[2]) && set(Control::Tint, -1.5 * away[1]);
+    }
+    const std::array<Control, 3> channels = ChannelsOf(pad);
+    const double mean = Mean(PositionsOf(numbers, channels));
+    for (std::size_t i = 0; i < channels.size(); ++i)
+    {
+        if (!SetWithinLimits(numbers, channels[i], ValueAt(FactsOf(channels[i]), mean + away[i])))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 PadPoint PadPointOf(const GradeNumbers& numbers, const PadFacts& pad) noexcept
@@ -86,23 +118,27 @@ PadPoint PadPointOf(const GradeNumbers& numbers, const PadFacts& pad) noexcept
 
 void MoveToPadPoint(GradeNumbers& numbers, const PadFacts& pad, const PadPoint& point) noexcept
 {
-    const Triple away = AwayAt({point.x * pad.reach, point.y * pad.reach});
-    if (pad.first == Control::Temperature)
+    constexpr int kHalvings = 16;
+    const GradeNumbers start = numbers;
+    if (SetPadPoint(numbers, pad, point))
     {
-        const auto set = [&](Control control, double value) {
-            const ControlFacts& facts = FactsOf(control);
-            Approach(numbers, control,
-                     ValueAt(facts, PositionOf(facts, static_cast<float>(value))));
-        };
-        set(Control::Temperature, away[0] - away[2]);
-        set(Control::Tint, -1.5 * away[1]);
         return;
     }
-    const std::array<Control, 3> channels = ChannelsOf(pad);
-    const double mean = Mean(PositionsOf(numbers, channels));
-    for (std::size_t i = 0; i < channels.size(); ++i)
+    numbers = start;
+    const PadPoint from = PadPointOf(start, pad);
+    double way = 0.0;
+    double step = 1.0;
+    for (int i = 0; i < kHalvings; ++i)
     {
-        Approach(numbers, channels[i], ValueAt(FactsOf(channels[i]), mean + away[i]));
+        step /= 2.0;
+        GradeNumbers tried = start;
+        if (SetPadPoint(
+                tried, pad,
+                {std::lerp(from.x, point.x, way + step), std::lerp(from.y, point.y, way + step)}))
+        {
+            way += step;
+            numbers = tried;
+        }
     }
 }
 

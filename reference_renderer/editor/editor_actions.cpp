@@ -60,6 +60,9 @@ std::wstring OutOfReachText(const ControlFacts& facts)
                 " cannot go there as the other numbers are: slopes and powers end at 0 and 100");
 }
 
+constexpr wchar_t kNoMemory[] =
+    L"There is not enough memory for the look; close other programs and try again";
+
 constexpr wchar_t kNoClipboard[] =
     L"The clipboard cannot be used, perhaps because another program has it open: try again";
 
@@ -227,7 +230,7 @@ bool EditorActions::OnKey(HWND child, WPARAM key)
     }
     const std::optional<std::size_t> number = m_controls.NumberOf(child);
     return OnCommandKey(key, number.has_value()) || (number && OnNumberKey(*number, key)) ||
-           (key == VK_ESCAPE && m_controls.CancelDrag());
+           (key == VK_ESCAPE && (m_controls.CancelDrag() || m_picture.CancelDrag()));
 }
 
 bool EditorActions::OnCommandKey(WPARAM key, bool inNumber)
@@ -270,7 +273,7 @@ bool EditorActions::OnNumberKey(std::size_t index, WPARAM key)
     const ControlFacts& facts = kControls[index];
     const float value = Nudged(facts, m_draft.Value(facts.control), isUp ? step.size : -step.size);
     step.all ? m_draft.MoveTogether(facts.control, value, m_draft.Numbers())
-             : m_draft.Approach(facts.control, value);
+             : m_draft.Approach(facts.control, value, m_draft.Numbers());
     m_controls.ShowText(facts.control, m_draft.Value(facts.control));
     ::SendMessageW(m_controls.Number(index), EM_SETSEL, 0, -1);
     OnNumberTyped(index); // it may have been wrong before
@@ -304,6 +307,7 @@ void EditorActions::OnCommand(int id, int what, HWND from)
     {
         return;
     }
+    ::ReleaseCapture(); // a drag ends first, a step of its own
     if (const auto reset = IndexIn(id, IDC_RESET))
     {
         Reset(kControls[*reset].control);
@@ -324,10 +328,10 @@ void EditorActions::OnCommand(int id, int what, HWND from)
         AskWhatToImport();
         break;
     case IDC_RECENT:
-        ChooseRecent();
+        WithMemory([&] { ChooseRecent(); });
         break;
     case IDC_EXPORT:
-        Export();
+        WithMemory([&] { Export(); });
         break;
     case IDC_REMOVE_TABLES:
         RemoveTables();
@@ -393,6 +397,7 @@ void EditorActions::OnSlider(std::size_t index, int what)
         OnSliderMoved(index);
         break;
     case SLIDER_RESET:
+        ::ReleaseCapture(); // a drag ends first, a step of its own
         Reset(facts.control);
         break;
     case SLIDER_BEGAN:
@@ -418,8 +423,11 @@ void EditorActions::OnSliderMoved(std::size_t index)
     // In a drag from where it began: going step by step, what a limit cut off would not come back.
     const bool dragged = m_controls.IsSliderDragged(index);
     const bool all = m_controls.SliderMovesAll(index);
-    all ? m_draft.MoveTogether(facts.control, value, dragged ? m_beforeDrag : m_draft.Numbers())
-        : m_draft.Approach(facts.control, value);
+    // A number that follows from several others would gather what each step rounds.
+    const bool fromStart = dragged && (all || !HasChannels(facts.step));
+    const GradeNumbers from = fromStart ? m_beforeDrag : m_draft.Numbers();
+    all ? m_draft.MoveTogether(facts.control, value, from)
+        : m_draft.Approach(facts.control, value, from);
     Changed();
     m_draggedAll = m_draggedAll || all;
     if (!dragged)
@@ -438,6 +446,7 @@ void EditorActions::OnPad(std::size_t index, int what)
         break;
     case SLIDER_RESET:
     {
+        ::ReleaseCapture();
         GradeNumbers numbers = m_draft.Numbers();
         MoveToPadPoint(numbers, kPads[index], {});
         m_draft.SetNumbers(numbers);
@@ -479,6 +488,10 @@ void EditorActions::OnNumber(std::size_t index, int what)
     switch (what)
     {
     case EN_CHANGE:
+        if (m_controls.NumberTyped(index).size() <= 1)
+        {
+            m_history.EndRun(); // the text is begun anew
+        }
         if (!m_controls.IsWriting() && OnNumberTyped(index))
         {
             DidInRun(Run::Kind::Typing, kControls[index]);
@@ -512,6 +525,12 @@ bool EditorActions::OnNumberTyped(std::size_t index)
     const bool same = inRange && NumberText(m_draft.Value(facts.control)) == NumberText(*value);
     if (!inRange || (!same && !m_draft.Set(facts.control, *value)))
     {
+        if (m_history.IsTyping(facts.control)) // what was typed so far is not meant
+        {
+            m_history.TakeBackRun();
+            m_draft.Restore(m_history.Now());
+            Changed();
+        }
         MarkNumbers(index, index);
         if (!typed.empty()) // nothing is not wrong yet
         {
@@ -571,16 +590,17 @@ void EditorActions::AskWhatToImport()
 
 void EditorActions::Import(const std::vector<std::wstring>& files)
 {
+    ::ReleaseCapture(); // a drag ends first, a step of its own
     const WaitCursor waiting;
     std::wstring said;
     std::wstring failed;
-    std::string deed = "import";
+    std::string deed;
     for (const std::wstring& file : files)
     {
-        deed = "import of " + Utf8(FileNameOf(file));
         try
         {
             said = ImportOne(file);
+            deed = "import of " + Utf8(FileNameOf(file));
         }
         catch (const ImportError& error)
         {
@@ -588,10 +608,10 @@ void EditorActions::Import(const std::vector<std::wstring>& files)
         }
         catch (const std::bad_alloc&)
         {
-            failed = L"There is not enough memory for the look; close other programs and try again";
+            failed = kNoMemory;
         }
     }
-    Say(failed.empty() ? said : failed, !failed.empty());
+    Say(said.empty() || failed.empty() ? said + failed : said + L"; " + failed, !failed.empty());
     ShowNumbers();
     Changed();
     Did(std::move(deed));
@@ -614,6 +634,19 @@ std::wstring EditorActions::ImportOne(const std::wstring& file)
         said += L"; " + Wide(warning);
     }
     return said;
+}
+
+template <typename Action>
+void EditorActions::WithMemory(Action&& action)
+{
+    try
+    {
+        action();
+    }
+    catch (const std::bad_alloc&)
+    {
+        Say(kNoMemory, true);
+    }
 }
 
 void EditorActions::Export()

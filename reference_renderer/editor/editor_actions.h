@@ -86,6 +86,9 @@ private:
     void AskWhatToImport();
     void Import(const std::vector<std::wstring>& files);
     std::wstring ImportOne(const std::wstring& file); // what there is to say about it
+    // Says so where memory is short.
+    template <typename Action>
+    void WithMemory(Action&& action);
     void Export();
     void ExportTo(const std::string& path, const ExportFormat& format);
     void ChooseRecent();

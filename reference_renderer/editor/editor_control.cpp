@@ -39,7 +39,8 @@ float ValueAt(const ControlFacts& facts, double position) noexcept
 
 float Nudged(const ControlFacts& facts, float value, float amount) noexcept
 {
-    return Rounded(facts, double{value} + amount);
+    const float nudged = Rounded(facts, double{value} + amount);
+    return (nudged - value) * amount < 0.0F ? value : nudged; // it was beyond its limit before
 }
 
 } // namespace ReferenceRenderer

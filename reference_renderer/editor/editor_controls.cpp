@@ -41,8 +41,8 @@ LRESULT CALLBACK NumberProcedure(HWND window, UINT message, WPARAM wParam, LPARA
         const auto index = static_cast<std::size_t>(::GetDlgCtrlID(window) - IDC_NUMBER);
         try
         {
-            if (const auto answer =
-                    AnswerAccessible(window, wParam, lParam, {Wide(kControls[index].name), {}, {}}))
+            if (const auto answer = AnswerAccessible(window, wParam, lParam,
+                                                     {Wide(kControls[index].name), {}, false}))
             {
                 return *answer;
             }

@@ -45,7 +45,7 @@ constexpr int kNumberInset = 3; // of the edit control inside its frame, top and
 constexpr int kNumberIndent = 7;
 constexpr int kResetSize = 22;
 constexpr int kHintLines = 3;
-constexpr int kStatusLines = 2;
+constexpr int kStatusLines = 3;
 
 // Places the parts of one window. Positions run in pixels.
 class Placing

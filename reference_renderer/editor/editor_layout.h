@@ -60,7 +60,7 @@ struct EditorLayout
     Geometry::Rect exportFile;
     Geometry::Rect removeTables;
     Geometry::Rect hints;  // lines of text at the foot of the panel; empty where there is no room
-    Geometry::Rect status; // two lines of text
+    Geometry::Rect status; // three lines of text
     Geometry::Rect resetAll;
     Geometry::Rect cancel;
     Geometry::Rect accept;

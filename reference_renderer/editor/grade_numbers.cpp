@@ -50,7 +50,7 @@ float Kept(double value) noexcept
     constexpr double kMillion = 1e6;
     constexpr double kAccuracy = std::numeric_limits<float>::epsilon();
     const double rounded = std::round(value * kMillion) / kMillion;
-    const bool same = std::abs(value - rounded) <= kAccuracy * std::max(1.0, std::abs(value));
+    const bool same = std::abs(value - rounded) <= kAccuracy * std::abs(value);
     return static_cast<float>(same ? rounded : value) + 0.0F; // no minus before a zero
 }
 
@@ -60,6 +60,39 @@ void SetStops(GradeNumbers& numbers, const Triple& stops) noexcept
     {
         numbers.cdl.slope[i] = Kept(std::exp2((stops[i] + StopsOfPivot(numbers)) / kEncoding));
     }
+}
+
+// Steps there and back leave the rest of a float's accuracy. Such a look is none, and must not
+// clip as one would.
+void DropRest(GradeNumbers& numbers) noexcept
+{
+    constexpr float kAccuracy = 1e-5F;
+    const auto& power = numbers.cdl.power;
+    const bool neutral =
+        std::all_of(kControls.begin(), kControls.end(),
+                    [&](const ControlFacts& facts) {
+                        return facts.step > Step::Contrast || IsNeutral(numbers, facts.control);
+                    }) &&
+        std::all_of(power.begin(), power.end(),
+                    [](float value) { return std::abs(value - 1.0F) < kAccuracy; });
+    if (neutral)
+    {
+        numbers.cdl.slope = Cdl().slope;
+        numbers.cdl.power = Cdl().power;
+    }
+}
+
+// Whether a slope came to be too small to come back from.
+bool LosesASlope(const GradeNumbers& before, const GradeNumbers& after) noexcept
+{
+    for (std::size_t i = 0; i < after.cdl.slope.size(); ++i)
+    {
+        if (after.cdl.slope[i] < kDarkestSlope && before.cdl.slope[i] >= kDarkestSlope)
+        {
+            return true;
+        }
+    }
+    return false;
 }
 
 void SetStrict(GradeNumbers& numbers, const ControlFacts& facts, float value) noexcept
@@ -192,7 +225,12 @@ bool SetNumber(GradeNumbers& numbers, Control control, float value) noexcept
     }
     GradeNumbers next = numbers;
     SetStrict(next, facts, value);
-    const bool kept = CanBeKept(numbers, next);
+    const bool isOfLight = facts.step <= Step::Pivot;
+    if (isOfLight)
+    {
+        DropRest(next);
+    }
+    const bool kept = CanBeKept(numbers, next) && !(isOfLight && LosesASlope(numbers, next));
     numbers = kept ? next : numbers;
     return kept;
 }

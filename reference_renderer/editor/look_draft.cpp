@@ -81,9 +81,9 @@ bool LookDraft::Set(Control control, float value) noexcept
     return true;
 }
 
-void LookDraft::Approach(Control control, float value) noexcept
+void LookDraft::Approach(Control control, float value, const GradeNumbers& before) noexcept
 {
-    GradeNumbers numbers = Numbers();
+    GradeNumbers numbers = before;
     ReferenceRenderer::Approach(numbers, control, value);
     SetNumbers(numbers);
 }
@@ -134,7 +134,7 @@ void LookDraft::SetNumbers(const GradeNumbers& numbers) noexcept
 
 void LookDraft::Reset(Control control) noexcept
 {
-    Approach(control, FactsOf(control).neutral);
+    Approach(control, FactsOf(control).neutral, Numbers());
 }
 
 void LookDraft::ResetAll() noexcept

@@ -57,8 +57,9 @@ public:
 
     // False, and nothing changes, where SetNumber says so.
     bool Set(Control control, float value) noexcept;
-    // Goes to `value` from where the control stands, or as far that way as a look can.
-    void Approach(Control control, float value) noexcept;
+    // Goes to `value` from where the control stood in `before`, or as far that way as a look can.
+    // All else is as it was then.
+    void Approach(Control control, float value, const GradeNumbers& before) noexcept;
     // Moves the control to `value` and the other channels of its step by as much of their sliders,
     // counted from `before`: from where a drag began, a limit on the way costs nothing. A channel
     // that was outside what can be typed there keeps that number.

@@ -39,9 +39,7 @@ void LookHistory::DidInRun(const Run& run, std::uint64_t nowMs, HistoryStep step
     }
     else if (step.look == m_steps[m_now - 1].look)
     {
-        m_steps.resize(m_now);
-        --m_now;
-        m_run.reset();
+        TakeBackRun();
         return;
     }
     else
@@ -50,6 +48,18 @@ void LookHistory::DidInRun(const Run& run, std::uint64_t nowMs, HistoryStep step
     }
     m_run = run;
     m_runMs = nowMs;
+}
+
+bool LookHistory::TakeBackRun() noexcept
+{
+    if (!m_run)
+    {
+        return false;
+    }
+    m_steps.erase(m_steps.begin() + static_cast<std::ptrdiff_t>(m_now), m_steps.end());
+    --m_now;
+    m_run.reset();
+    return true;
 }
 
 const HistoryStep* LookHistory::Undo() noexcept

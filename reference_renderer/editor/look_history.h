@@ -53,6 +53,8 @@ public:
     // same run and still goes on at `nowMs`. A run that came back to where it began is no step.
     void DidInRun(const Run& run, std::uint64_t nowMs, HistoryStep step);
     void EndRun() noexcept { m_run.reset(); }
+    // Forgets the run that goes on, as if it had not been. False when there is none.
+    bool TakeBackRun() noexcept;
     bool IsTyping(Control control) const noexcept
     {
         return m_run == Run{Run::Kind::Typing, control};

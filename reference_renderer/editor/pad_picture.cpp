@@ -41,14 +41,15 @@ PadPoint PadGeometry::PixelOf(const PadPoint& point) const noexcept
     return {Middle() + point.x * Reach(), Middle() - point.y * Reach()};
 }
 
-PadPoint WithinRim(const PadPoint& point) noexcept
+PadPoint Within(const PadPoint& point, double limit) noexcept
 {
     const double distance = std::hypot(point.x, point.y);
     if (!std::isfinite(distance))
     {
         return {};
     }
-    return distance <= 1.0 ? point : PadPoint{point.x / distance, point.y / distance};
+    const double share = distance <= limit ? 1.0 : limit / distance;
+    return {point.x * share, point.y * share};
 }
 
 void DrawPad(std::span<std::uint32_t> pixels, const PadGeometry& geometry, const PadPoint& knob,
@@ -56,7 +57,7 @@ void DrawPad(std::span<std::uint32_t> pixels, const PadGeometry& geometry, const
 {
     const double line = std::max(1.0, geometry.size / 66.0);
     const double middle = geometry.Middle();
-    const PadPoint knobAt = geometry.PixelOf(WithinRim(knob));
+    const PadPoint knobAt = geometry.PixelOf(Within(knob));
     for (int row = 0; row < geometry.size; ++row)
     {
         for (int column = 0; column < geometry.size; ++column)

@@ -22,9 +22,9 @@ struct PadGeometry
     PadPoint PixelOf(const PadPoint& point) const noexcept; // y points down
 };
 
-// The nearest place that the knob can show: on the rim for what is beyond, the middle for what is
-// no number.
-PadPoint WithinRim(const PadPoint& point) noexcept;
+// The nearest place within `limit` of the middle, or the middle for what is no number. The knob can
+// show what is within 1, the rim.
+PadPoint Within(const PadPoint& point, double limit = 1.0) noexcept;
 
 struct PadInks
 {

@@ -1,18 +1,34 @@
 #include "reference_renderer/editor/pad_window.h"
 
 #include "reference_renderer/editor/accessible_control.h"
+#include "reference_renderer/editor/number_text.h"
 #include "reference_renderer/editor/resource.h"
 #include "support/win32/utf8.h"
 
 #include <algorithm>
-#include <array>
-#include <cwchar>
+#include <cmath>
+#include <limits>
 
 #include <oleacc.h>
 #include <windowsx.h>
 
 namespace ReferenceRenderer
 {
+
+namespace
+{
+
+PadPoint Finite(const PadPoint& point) noexcept
+{
+    return Within(point, std::numeric_limits<double>::max());
+}
+
+double LimitFrom(const PadPoint& point) noexcept
+{
+    return std::max(1.0, std::hypot(point.x, point.y));
+}
+
+} // namespace
 
 bool PadWindow::Create(HWND parent, const PadFacts& facts, const EditorTheme& theme, int id)
 {
@@ -28,11 +44,12 @@ void PadWindow::SetTheme(const EditorTheme& theme) noexcept
     ::InvalidateRect(Window(), nullptr, FALSE);
 }
 
-void PadWindow::Show(const PadPoint& point) noexcept
+void PadWindow::Show(const PadPoint& point)
 {
     if (point != m_point)
     {
         m_point = point;
+        ::SetWindowTextW(Window(), ValueText().c_str()); // what readers get as its value
         ::RedrawWindow(Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         TellValueChanged(Window());
     }
@@ -59,8 +76,8 @@ LRESULT PadWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_ERASEBKGND:
         return 1;
     case WM_GETOBJECT:
-        if (const auto answer = AnswerAccessible(Window(), wParam, lParam,
-                                                 {m_name, ROLE_SYSTEM_SLIDER, ValueText()}))
+        if (const auto answer =
+                AnswerAccessible(Window(), wParam, lParam, {m_name, ROLE_SYSTEM_SLIDER, true}))
         {
             return *answer;
         }
@@ -103,13 +120,15 @@ LRESULT PadWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
     return ::DefWindowProcW(Window(), message, wParam, lParam);
 }
 
-// "0.25 right, -0.10 up", in shares of the way to the rim.
+// "0.25 right, -0.1 up", in shares of the way to the rim.
 std::wstring PadWindow::ValueText() const
 {
-    std::array<wchar_t, 64> text{};
-    const PadPoint shown = WithinRim(m_point);
-    std::swprintf(text.data(), text.size(), L"%.2f right, %.2f up", shown.x, shown.y);
-    return text.data();
+    constexpr double kHundred = 100.0;
+    const PadPoint shown = Within(m_point);
+    const auto share = [](double value) {
+        return Wide(ShortNumberText(static_cast<float>(std::round(value * kHundred) / kHundred)));
+    };
+    return share(shown.x) + L" right, " + share(shown.y) + L" up";
 }
 
 PadGeometry PadWindow::Geometry() const noexcept
@@ -124,11 +143,12 @@ void PadWindow::Press(POINT mouse)
 {
     ::SetFocus(Window());
     ::SetCapture(Window());
-    m_drag = Drag{WithinRim(m_point), mouse};
+    const PadPoint from = Finite(m_point);
+    m_drag = Drag{from, mouse, LimitFrom(from)};
     Tell(SLIDER_BEGAN);
 }
 
-void PadWindow::Move(POINT mouse, bool fine) noexcept
+void PadWindow::Move(POINT mouse, bool fine)
 {
     constexpr double kFineShare = 0.1;
     if (!m_drag)
@@ -139,10 +159,10 @@ void PadWindow::Move(POINT mouse, bool fine) noexcept
     m_drag->point.x += (mouse.x - m_drag->mouse.x) * pixel;
     m_drag->point.y -= (mouse.y - m_drag->mouse.y) * pixel;
     m_drag->mouse = mouse;
-    MoveTo(WithinRim(m_drag->point));
+    MoveTo(Within(m_drag->point, m_drag->limit));
 }
 
-void PadWindow::MoveTo(const PadPoint& point) noexcept
+void PadWindow::MoveTo(const PadPoint& point)
 {
     if (point != m_point)
     {
@@ -158,23 +178,24 @@ void PadWindow::Tell(WORD what) noexcept
                    reinterpret_cast<LPARAM>(Window()));
 }
 
-bool PadWindow::OnKey(WPARAM key) noexcept
+bool PadWindow::OnKey(WPARAM key)
 {
     const double step = IsDown(VK_SHIFT) ? 0.01 : IsDown(VK_CONTROL) ? 0.2 : 0.05;
-    const PadPoint from = WithinRim(m_point);
+    const PadPoint from = Finite(m_point);
+    const double limit = LimitFrom(from);
     switch (key)
     {
     case VK_LEFT:
-        MoveTo(WithinRim({from.x - step, from.y}));
+        MoveTo(Within({from.x - step, from.y}, limit));
         return true;
     case VK_RIGHT:
-        MoveTo(WithinRim({from.x + step, from.y}));
+        MoveTo(Within({from.x + step, from.y}, limit));
         return true;
     case VK_UP:
-        MoveTo(WithinRim({from.x, from.y + step}));
+        MoveTo(Within({from.x, from.y + step}, limit));
         return true;
     case VK_DOWN:
-        MoveTo(WithinRim({from.x, from.y - step}));
+        MoveTo(Within({from.x, from.y - step}, limit));
         return true;
     case VK_DELETE:
     case VK_BACK:

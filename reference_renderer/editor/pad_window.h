@@ -28,7 +28,7 @@ public:
     PadPoint Value() const noexcept { return m_point; }
     bool IsDragged() const noexcept { return m_drag.has_value(); }
     // Shows numbers that were set elsewhere.
-    void Show(const PadPoint& point) noexcept;
+    void Show(const PadPoint& point);
     // Ends a drag and lets the parent take it back. False when there is none.
     bool CancelDrag() noexcept;
 
@@ -40,15 +40,16 @@ private:
     {
         PadPoint point;
         POINT mouse;
+        double limit; // from the middle: as far as it was, so that a touch pulls nothing in
     };
 
     std::wstring ValueText() const;
     PadGeometry Geometry() const noexcept;
     void Press(POINT mouse);
-    void Move(POINT mouse, bool fine) noexcept;
-    void MoveTo(const PadPoint& point) noexcept;
+    void Move(POINT mouse, bool fine);
+    void MoveTo(const PadPoint& point);
     void Tell(WORD what) noexcept;
-    bool OnKey(WPARAM key) noexcept;
+    bool OnKey(WPARAM key);
     void Paint() const;
 
     const EditorTheme* m_theme = nullptr;

@@ -235,6 +235,8 @@ void PictureWindow::OnWheel(WPARAM wParam, POINT screen) noexcept
 void PictureWindow::Press(POINT point, bool middle) noexcept
 {
     ::SetFocus(Window());
+    m_splitBefore = m_split;
+    m_viewBefore = m_view;
     const bool canPan = m_view.CanPan();
     if (!middle && m_compare == Compare::Split && (!canPan || IsOnSplit(point)))
     {
@@ -248,6 +250,20 @@ void PictureWindow::Press(POINT point, bool middle) noexcept
         m_drag = Drag::Picture;
         m_last = point;
     }
+}
+
+bool PictureWindow::CancelDrag() noexcept
+{
+    if (m_drag == Drag::None)
+    {
+        return false;
+    }
+    ::ReleaseCapture();
+    m_split = m_splitBefore;
+    m_view = m_viewBefore;
+    Viewed();
+    ::InvalidateRect(Window(), nullptr, FALSE);
+    return true;
 }
 
 void PictureWindow::Move(POINT point) noexcept

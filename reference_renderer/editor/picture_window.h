@@ -50,6 +50,9 @@ public:
     std::optional<PicturePixel> PixelPointedAt() const noexcept;
     void ShowOwnSize() noexcept; // a pixel shown for each of the picture's
 
+    // Ends a drag of the line or of the picture and takes it back. False when there is none.
+    bool CancelDrag() noexcept;
+
     LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
 
 private:
@@ -90,6 +93,8 @@ private:
     PictureView m_view;
     double m_split = 0.5; // share of what is shown of the picture's width
     Drag m_drag = Drag::None;
+    double m_splitBefore = 0.0; // when the drag began
+    PictureView m_viewBefore = m_view;
     POINT m_last{}; // of the mouse, while the picture is dragged
     std::optional<Geometry::Point> m_pointer;
     bool m_hasPixels = false; // the bitmaps are of the size that the picture is scaled to

@@ -35,7 +35,8 @@ std::optional<std::size_t> ChooseRecentLook(HWND owner, HWND button,
     const MenuHandle menu(::CreatePopupMenu());
     for (std::size_t i = 0; menu && i < looks.size(); ++i)
     {
-        std::wstring text = MenuText(looks[i].name) + (looks[i].picture ? L"" : L" (not there)");
+        std::wstring text =
+            MenuText(looks[i].name) + (looks[i].picture ? L"" : L" (cannot be read)");
         MENUITEMINFOW item{};
         item.cbSize = sizeof item;
         item.fMask = MIIM_ID | MIIM_STRING | MIIM_STATE | MIIM_BITMAP;

@@ -18,7 +18,7 @@ bool SliderWindow::Create(HWND parent, const ControlFacts& facts, const EditorTh
     m_facts = &facts;
     m_theme = &theme;
     m_value = facts.neutral;
-    return WindowObject::Create(EDITOR_SLIDER_CLASS, Wide(facts.name).c_str(), 0,
+    return WindowObject::Create(EDITOR_SLIDER_CLASS, Wide(NumberText(facts.neutral)).c_str(), 0,
                                 WS_CHILD | WS_VISIBLE | WS_TABSTOP, parent, id);
 }
 
@@ -28,11 +28,12 @@ void SliderWindow::SetTheme(const EditorTheme& theme) noexcept
     ::InvalidateRect(Window(), nullptr, FALSE);
 }
 
-void SliderWindow::Show(float value) noexcept
+void SliderWindow::Show(float value)
 {
     if (value != m_value)
     {
         m_value = value;
+        ::SetWindowTextW(Window(), Wide(NumberText(value)).c_str()); // what readers get
         ::RedrawWindow(Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         TellValueChanged(Window());
     }
@@ -59,9 +60,8 @@ LRESULT SliderWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_ERASEBKGND:
         return 1;
     case WM_GETOBJECT:
-        if (const auto answer = AnswerAccessible(
-                Window(), wParam, lParam,
-                {Wide(m_facts->name), ROLE_SYSTEM_SLIDER, Wide(NumberText(m_value))}))
+        if (const auto answer = AnswerAccessible(Window(), wParam, lParam,
+                                                 {Wide(m_facts->name), ROLE_SYSTEM_SLIDER, true}))
         {
             return *answer;
         }
@@ -135,7 +135,7 @@ void SliderWindow::Press(int pixel, WPARAM keys)
     ::InvalidateRect(Window(), nullptr, FALSE);
 }
 
-void SliderWindow::MoveTo(float value, bool all) noexcept
+void SliderWindow::MoveTo(float value, bool all)
 {
     if (value != m_value)
     {
@@ -152,7 +152,7 @@ void SliderWindow::Tell(WORD what) noexcept
                    reinterpret_cast<LPARAM>(Window()));
 }
 
-bool SliderWindow::OnKey(WPARAM key) noexcept
+bool SliderWindow::OnKey(WPARAM key)
 {
     const bool ctrl = IsDown(VK_CONTROL);
     const KeyStep arrow = ArrowStep(IsDown(VK_SHIFT), ctrl);
@@ -187,7 +187,7 @@ bool SliderWindow::OnKey(WPARAM key) noexcept
     }
 }
 
-void SliderWindow::OnWheel(WPARAM wParam) noexcept
+void SliderWindow::OnWheel(WPARAM wParam)
 {
     const bool fine = (GET_KEYSTATE_WPARAM(wParam) & MK_SHIFT) != 0;
     const bool all = (GET_KEYSTATE_WPARAM(wParam) & MK_CONTROL) != 0;

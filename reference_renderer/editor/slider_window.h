@@ -31,7 +31,7 @@ public:
     // Between SLIDER_BEGAN and the end of the drag.
     bool IsDragged() const noexcept { return m_drag.has_value(); }
     // Shows a value that was set elsewhere.
-    void Show(float value) noexcept;
+    void Show(float value);
     // Ends a drag and lets the parent take it back. False when there is none.
     bool CancelDrag() noexcept;
 
@@ -41,10 +41,10 @@ private:
     SliderTrack Track() const noexcept;
     int KnobWidth() const noexcept { return m_theme->Px(9); }
     void Press(int pixel, WPARAM keys);
-    void MoveTo(float value, bool all) noexcept;
+    void MoveTo(float value, bool all);
     void Tell(WORD what) noexcept;
-    bool OnKey(WPARAM key) noexcept;
-    void OnWheel(WPARAM wParam) noexcept;
+    bool OnKey(WPARAM key);
+    void OnWheel(WPARAM wParam);
     void Paint() const noexcept;
     void PaintTrack(HDC dc, const RECT& groove, bool enabled) const noexcept;
 

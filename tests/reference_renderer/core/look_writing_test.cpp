@@ -39,6 +39,10 @@ TEST(LookWriting, ACorrectionFileSaysWhatItDoesNotKeep)
     const WrittenLook free = WriteCorrectionFile(look, "Mine");
     EXPECT_EQ(free.bytes, clamped.bytes);
     EXPECT_EQ(free.losses.size(), 1U);
+    look = {};
+    EXPECT_NE(WriteCorrectionFile(look, "Mine").losses.at(0).find("beyond 0 and 1"),
+              std::string::npos)
+        << "there is no CDL that would not clamp";
 }
 
 TEST(LookWriting, ALookWithTablesIsNoCorrection)

@@ -73,13 +73,15 @@ TEST(ColourPad, LeadsTowardsTheHueThatItShows)
     }
 }
 
-TEST(ColourPad, GoesAsFarAsALookCan)
+TEST(ColourPad, GoesAsFarAsALookCanAndKeepsTheMeanThereToo)
 {
     GradeNumbers numbers;
-    numbers.cdl.slope = {0.05F, 0.05F, 0.05F};
+    numbers.cdl.slope = {0.1F, 0.1F, 0.1F};
     MoveToPadPoint(numbers, kPads[4], {0.0, 1.0});
-    EXPECT_EQ(numbers.cdl.slope[1], 0.0F);
-    EXPECT_GT(numbers.cdl.slope[0], 0.2F);
+    const auto& slope = numbers.cdl.slope;
+    EXPECT_NEAR(slope[0] + slope[1] + slope[2], 0.3, 0.003);
+    EXPECT_GT(slope[0], 0.15F);
+    EXPECT_LT(slope[1], 0.06F);
 }
 
 } // namespace

@@ -90,6 +90,13 @@ TEST(EditorControl, NudgingBackToZeroLeavesNoMinus)
     EXPECT_FALSE(std::signbit(zero));
 }
 
+TEST(EditorControl, AStepFromBeyondTheLimitsDoesNotGoTheOtherWay)
+{
+    const ControlFacts& slope = FactsOf(Control::SlopeRed);
+    EXPECT_EQ(Nudged(slope, 150.0F, 0.01F), 150.0F);
+    EXPECT_EQ(Nudged(slope, 150.0F, -0.01F), 100.0F);
+}
+
 } // namespace
 
 } // namespace ReferenceRenderer

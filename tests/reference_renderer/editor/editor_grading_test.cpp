@@ -114,6 +114,80 @@ TEST_F(EditorGrading, ANumberThatTheOthersDoNotAllowIsMarkedAndKeepsTheWindowOpe
     EXPECT_NEAR(Produced()->cdl.slope[0], 0.2, 1e-6);
 }
 
+TEST_F(EditorGrading, OfANumberThatIsRefusedNothingStaysInTheLook)
+{
+    OpenEditor editor = Open();
+    editor.Type(Control::SlopeRed, L"1.2");
+    editor.Type(Control::SlopeRed, L"150"); // by way of 1 and 15
+    EXPECT_NE(editor.Status().find(L"takes a number from 0 to 100"), std::wstring::npos);
+    editor.ClickInto(editor.Slider(Control::SlopeGreen));
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.200");
+    Undo(editor);
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.000") << "it was no step";
+}
+
+TEST_F(EditorGrading, AWheelThatIsTouchedPullsNoStrongColoursIn)
+{
+    OpenEditor editor = Open();
+    editor.Type(Control::Temperature, L"2");
+    editor.Type(Control::Tint, L"0.3");
+    ::SendMessageW(editor.Pad(kBalancePad), WM_KEYDOWN, VK_UP, 0);
+    EXPECT_NEAR(Number(editor, Control::Temperature), 2.0, 0.1);
+}
+
+TEST_F(EditorGrading, ASliderThatComesBackLeavesNoCorrection)
+{
+    OpenEditor editor = Open();
+    editor.ShowView(View::Light);
+    const HWND slider = editor.Slider(Control::Temperature);
+    const POINT middle = MiddleOf(slider);
+    editor.Mouse(slider, WM_LBUTTONDOWN, middle, MK_LBUTTON);
+    for (LONG x = 1; x < 60; ++x)
+    {
+        editor.Mouse(slider, WM_MOUSEMOVE, {middle.x + x, middle.y}, MK_LBUTTON);
+    }
+    editor.Mouse(slider, WM_LBUTTONUP, middle);
+    ASSERT_GT(Number(editor, Control::Temperature), 0.5F);
+    ::SendMessageW(slider, WM_KEYDOWN, VK_DELETE, 0);
+    EXPECT_EQ(editor.CloseWith(IDOK), RendererAPI::kEditorAccepted);
+    EXPECT_EQ(Produced()->cdlMode, CdlMode::None);
+}
+
+TEST_F(EditorGrading, EscapeTakesADragOfTheSplitBackAndNotTheEditor)
+{
+    OpenEditor editor = Open();
+    editor.Click(IDC_SHOW_SPLIT);
+    const HWND picture = editor.Child(IDC_PICTURE);
+    const POINT middle = MiddleOf(picture);
+    editor.Type(Control::SlopeRed, L"0");
+    editor.Mouse(picture, WM_LBUTTONDOWN, middle, MK_LBUTTON);
+    editor.Mouse(picture, WM_MOUSEMOVE, {middle.x + 150, middle.y}, MK_LBUTTON);
+    ASSERT_EQ(PixelShown(editor, 0.55, 0.5), RGB(128, 128, 128));
+    editor.PressKey(VK_ESCAPE, {});
+    ASSERT_TRUE(::IsWindow(editor.Window()));
+    EXPECT_EQ(PixelShown(editor, 0.55, 0.5), RGB(0, 128, 128));
+}
+
+TEST_F(EditorGrading, AnImportInTheMiddleOfADragIsAStepAfterIt)
+{
+    const std::wstring file =
+        WriteFile("half.cc", "<ColorCorrection id=\"a\"><SOPNode><Slope>0.5 0.5 0.5"
+                             "</Slope><Offset>0 0 0</Offset><Power>1 1 1</Power>"
+                             "</SOPNode></ColorCorrection>");
+    OpenEditor editor = Open();
+    const HWND slider = editor.Slider(Control::SlopeRed);
+    const POINT middle = MiddleOf(slider);
+    editor.Mouse(slider, WM_LBUTTONDOWN, middle, MK_LBUTTON);
+    editor.Mouse(slider, WM_MOUSEMOVE, {middle.x + 30, middle.y}, MK_LBUTTON);
+    const std::string dragged = editor.NumberText(Control::SlopeRed);
+    editor.Drop(file);
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "0.500");
+    Undo(editor);
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), dragged);
+    Undo(editor);
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.000");
+}
+
 TEST_F(EditorGrading, ASliderStopsWhereTheOthersDoNotAllowMore)
 {
     OpenEditor editor = Open();

@@ -5,6 +5,7 @@
 #include "support/win32/utf8.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 
+#include <memory>
 #include <set>
 #include <string>
 
@@ -23,17 +24,29 @@ struct Read
     LONG role = 0;
 };
 
+struct Releaser
+{
+    void operator()(IAccessible* object) const noexcept { object->Release(); }
+};
+
 class EditorReader : public EditorTest
 {
 protected:
-    static Read ReadWindow(HWND window)
+    using Object = std::unique_ptr<IAccessible, Releaser>;
+
+    static Object ObjectOf(HWND window)
     {
         IAccessible* object = nullptr;
+        EXPECT_EQ(::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT),
+                                               __uuidof(IAccessible),
+                                               reinterpret_cast<void**>(&object)),
+                  S_OK);
+        return Object(object);
+    }
+    static Read ReadWindow(HWND window) { return ReadObject(ObjectOf(window).get()); }
+    static Read ReadObject(IAccessible* object)
+    {
         Read read;
-        const HRESULT found =
-            ::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT),
-                                         __uuidof(IAccessible), reinterpret_cast<void**>(&object));
-        EXPECT_EQ(found, S_OK);
         if (object == nullptr)
         {
             return read;
@@ -48,7 +61,6 @@ protected:
         {
             read.role = role.lVal;
         }
-        object->Release();
         return read;
     }
 
@@ -73,6 +85,17 @@ TEST_F(EditorReader, ASliderHasItsNameItsValueAndItsRole)
     EXPECT_EQ(read.name, "Power, green");
     EXPECT_EQ(read.value, "1.250");
     EXPECT_EQ(read.role, ROLE_SYSTEM_SLIDER);
+}
+
+TEST_F(EditorReader, AnObjectThatIsKeptTellsTheValueOfNow)
+{
+    OpenEditor editor = Open();
+    const Object object = ObjectOf(editor.Slider(Control::SlopeRed));
+    EXPECT_EQ(ReadObject(object.get()).value, "1.000");
+    editor.Type(Control::SlopeRed, L"1.5");
+    EXPECT_EQ(ReadObject(object.get()).value, "1.500");
+    EXPECT_EQ(editor.CloseWith(IDCANCEL), 0);
+    EXPECT_EQ(ReadObject(object.get()).value, "") << "of a window that is gone";
 }
 
 TEST_F(EditorReader, ANumberHasTheNameOfItsSliderAndItsText)

@@ -164,6 +164,35 @@ TEST(GradeNumbers, WhatCannotBeReachedIsApproached)
     EXPECT_NEAR(NumberOf(numbers, Control::GainRed), 0.8, 1e-5);
 }
 
+TEST(GradeNumbers, ManyStepsThereAndBackLeaveNoLook)
+{
+    for (const Control control : {Control::Temperature, Control::Tint, Control::Exposure,
+                                  Control::Contrast, Control::Pivot})
+    {
+        const ControlFacts& facts = FactsOf(control);
+        GradeNumbers numbers;
+        for (int i = 1; i <= 137; ++i)
+        {
+            ASSERT_TRUE(SetNumber(numbers, control, ValueAt(facts, 0.5 + i / 300.0)));
+        }
+        ASSERT_TRUE(SetNumber(numbers, control, facts.neutral));
+        EXPECT_EQ(numbers.cdl.slope, Cdl().slope) << facts.name;
+        EXPECT_EQ(numbers.cdl.power, Cdl().power) << facts.name;
+    }
+}
+
+TEST(GradeNumbers, LowContrastKeepsTheWhiteBalance)
+{
+    GradeNumbers numbers;
+    ASSERT_TRUE(SetNumber(numbers, Control::Temperature, 0.5F));
+    ASSERT_TRUE(SetNumber(numbers, Control::Contrast, 0.07F));
+    EXPECT_NEAR(NumberOf(numbers, Control::Temperature), 0.5, 1e-4);
+    ASSERT_TRUE(SetNumber(numbers, Control::Contrast, 1.0F));
+    EXPECT_NEAR(NumberOf(numbers, Control::Temperature), 0.5, 1e-4);
+    EXPECT_NEAR(NumberOf(numbers, Control::Exposure), 0.0, 1e-4);
+    EXPECT_FALSE(SetNumber(numbers, Control::Contrast, 0.02F)) << "black, and no way back";
+}
+
 TEST(GradeNumbers, ALookOfExtremeNumbersHasNumbersInEveryView)
 {
     GradeNumbers numbers;

@@ -59,8 +59,8 @@ TEST(PadPicture, WhatIsNoNumberStandsInTheMiddle)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double infinity = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(WithinRim({nan, 0.5}), PadPoint());
-    EXPECT_EQ(WithinRim({0.0, -infinity}), PadPoint());
+    EXPECT_EQ(Within({nan, 0.5}), PadPoint());
+    EXPECT_EQ(Within({0.0, -infinity}), PadPoint());
 }
 
 TEST(PadPicture, ThePictureHasAnySize)
