@@ -8,6 +8,8 @@
 
 #include <windows.h>
 
+#include <array>
+#include <atomic>
 #include <cstdlib>
 #include <exception>
 
@@ -37,6 +39,17 @@ struct ThreadState
     ThreadState** link; // what points to this one
 };
 
+// For a thread that throws here for the first time when memory is short, as it does to say so: it
+// keeps one until it ends.
+struct ReserveState
+{
+    ExceptionGlobals globals;
+    std::atomic<DWORD> thread; // its id; 0: free
+};
+
+constinit std::array<ReserveState, 64> g_reserve{};
+constinit std::atomic<bool> g_reserveUsed = false; // since the load
+
 DWORD g_slot = TLS_OUT_OF_INDEXES;
 SRWLOCK g_lock = SRWLOCK_INIT;
 ThreadState* g_states = nullptr; // guarded by g_lock
@@ -65,10 +78,46 @@ void Unlink(ThreadState& state) noexcept
     ::ReleaseSRWLockExclusive(&g_lock);
 }
 
-} // namespace
-
-namespace
+// Null when that thread has none.
+ReserveState* FindReserve(DWORD thread) noexcept
 {
+    for (ReserveState& state : g_reserve)
+    {
+        if (state.thread == thread)
+        {
+            return &state;
+        }
+    }
+    return nullptr;
+}
+
+// Null when others have all of them.
+ReserveState* TakeReserve() noexcept
+{
+    g_reserveUsed = true;
+    for (ReserveState& state : g_reserve)
+    {
+        DWORD nobody = 0;
+        if (state.thread.compare_exchange_strong(nobody, ::GetCurrentThreadId()))
+        {
+            return &state;
+        }
+    }
+    return nullptr;
+}
+
+// Null when memory is short.
+ThreadState* MakeState() noexcept
+{
+    auto* const fresh = static_cast<ThreadState*>(std::calloc(1, sizeof(ThreadState)));
+    if (fresh == nullptr || ::TlsSetValue(g_slot, fresh) == FALSE) // a high slot takes memory too
+    {
+        std::free(fresh);
+        return nullptr;
+    }
+    Link(*fresh);
+    return fresh;
+}
 
 // Lives from before the module's other global objects until after them.
 class StateOwner
@@ -112,6 +161,12 @@ void EndThreadExceptionState() noexcept
         std::free(state);
         ::TlsSetValue(g_slot, nullptr);
     }
+    ReserveState* const reserve = g_reserveUsed ? FindReserve(::GetCurrentThreadId()) : nullptr;
+    if (reserve != nullptr)
+    {
+        reserve->globals = {};
+        reserve->thread = 0;
+    }
 }
 
 namespace __cxxabiv1 // NOLINT(readability-identifier-naming): the compiler's name for it
@@ -120,27 +175,32 @@ namespace __cxxabiv1 // NOLINT(readability-identifier-naming): the compiler's na
 extern "C" void* __cxa_get_globals_fast() noexcept
 {
     const DWORD lastError = ::GetLastError(); // TlsGetValue clears it
-    void* const state = ::TlsGetValue(g_slot);
+    void* state = ::TlsGetValue(g_slot);
+    if (state == nullptr && g_reserveUsed)
+    {
+        ReserveState* const reserve = FindReserve(::GetCurrentThreadId());
+        state = reserve != nullptr ? &reserve->globals : nullptr;
+    }
     ::SetLastError(lastError);
     return state;
 }
 
 extern "C" void* __cxa_get_globals() noexcept
 {
-    void* state = __cxa_get_globals_fast();
-    if (state == nullptr)
+    void* const known = __cxa_get_globals_fast();
+    if (known != nullptr)
     {
-        const DWORD lastError = ::GetLastError();
-        auto* const fresh = static_cast<ThreadState*>(std::calloc(1, sizeof(ThreadState)));
-        if (fresh == nullptr || ::TlsSetValue(g_slot, fresh) == FALSE)
-        {
-            std::abort(); // an exception is in flight and there is nowhere to note it
-        }
-        Link(*fresh);
-        ::SetLastError(lastError);
-        state = fresh;
+        return known;
     }
-    return state;
+    const DWORD lastError = ::GetLastError();
+    ThreadState* const fresh = MakeState();
+    ReserveState* const reserve = fresh == nullptr ? TakeReserve() : nullptr;
+    if (fresh == nullptr && reserve == nullptr)
+    {
+        std::abort(); // an exception is in flight and there is nowhere to note it
+    }
+    ::SetLastError(lastError);
+    return fresh != nullptr ? &fresh->globals : &reserve->globals;
 }
 
 } // namespace __cxxabiv1
