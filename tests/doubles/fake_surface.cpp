@@ -110,7 +110,7 @@ void FakeSurface::Note(const char* method)
 HRESULT FakeSurface::Enter(const char* method)
 {
     Note(method);
-    return Due(method);
+    return fails && fails(method) ? E_FAIL : Due(method);
 }
 
 HRESULT FakeSurface::Due(const char* method)

@@ -88,7 +88,8 @@ public:
     std::vector<ULONG> informationSizes;    // that GetFrameInformation was given, likewise
     HRESULT informationQueryResult = S_OK;  // of QueryInterface for the frame information
     std::function<void(const std::string& method)> onCall; // at each call that the log gets
-    std::function<void()> onGone;                          // when the last reference is given back
+    std::function<bool(const char* method)> fails; // asked at each call with a result; with E_FAIL
+    std::function<void()> onGone;                  // when the last reference is given back
     LONG openReadLocks = 0;
     LONG openWriteLocks = 0;
     ULONG generationId = 1;

@@ -1,18 +1,12 @@
 #include "tests/module/heap_watch.h"
 
-#include "tools/glazelhost/plugin/pe_image.h"
-
 #include <objbase.h>
 
 #include <array>
 #include <atomic>
 #include <bit>
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
-#include <string>
-
-using namespace GlazelHost;
 
 namespace
 {
@@ -32,13 +26,6 @@ struct Counted
     }
 };
 
-struct StandIn
-{
-    const char* name;
-    std::uintptr_t address;
-    std::uintptr_t* real;
-};
-
 template <typename Function>
 StandIn Entry(const char* name)
 {
@@ -46,7 +33,7 @@ StandIn Entry(const char* name)
             reinterpret_cast<std::uintptr_t*>(&Function::real)};
 }
 
-const std::array<StandIn, 9>& StandIns()
+const std::array<StandIn, 9>& Allocators()
 {
     // clang-format off
     static const std::array<StandIn, 9> entries{
@@ -64,65 +51,18 @@ const std::array<StandIn, 9>& StandIns()
     return entries;
 }
 
-std::span<const std::byte> ImageOf(HMODULE module)
-{
-    const auto* const base = reinterpret_cast<const std::byte*>(module);
-    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    const auto* const nt = reinterpret_cast<const IMAGE_NT_HEADERS64*>(base + dos->e_lfanew);
-    return {base, nt->OptionalHeader.SizeOfImage};
-}
-
 } // namespace
 
-HeapWatch::HeapWatch(HMODULE module) : m_module(module)
+HeapWatch::HeapWatch(HMODULE module) : m_standIns(module, Allocators())
 {
     g_allocations = 0;
-    Exchange(true);
-    if (m_slots == 0)
+    if (m_standIns.Slots() == 0)
     {
         throw std::runtime_error("the module imports nothing that allocates");
     }
 }
 
-HeapWatch::~HeapWatch()
-{
-    Exchange(false);
-}
-
 std::size_t HeapWatch::Allocations() const
 {
     return g_allocations;
-}
-
-void HeapWatch::Exchange(bool watch)
-{
-    const auto image = ReadPeImage(ImageOf(m_module), PeLayout::Loaded);
-    if (!image)
-    {
-        return;
-    }
-    for (const ImportedLibrary& library : image->imports)
-    {
-        for (const ImportSlot& slot : library.slots)
-        {
-            for (const StandIn& standIn : StandIns())
-            {
-                if (slot.function != standIn.name)
-                {
-                    continue;
-                }
-                auto* const place = reinterpret_cast<std::uintptr_t*>(
-                    reinterpret_cast<std::byte*>(m_module) + slot.slotOffset);
-                DWORD protection = 0;
-                ::VirtualProtect(place, sizeof *place, PAGE_READWRITE, &protection);
-                if (watch)
-                {
-                    *standIn.real = *place;
-                }
-                *place = watch ? standIn.address : *standIn.real;
-                ::VirtualProtect(place, sizeof *place, protection, &protection);
-                m_slots += watch ? 1U : 0U;
-            }
-        }
-    }
 }

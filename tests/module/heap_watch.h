@@ -1,6 +1,8 @@
 // Counts the heap allocations that one loaded module makes, by way of its import table.
 #pragma once
 
+#include "tests/module/stand_ins.h"
+
 #include <windows.h>
 
 #include <cstddef>
@@ -12,15 +14,8 @@ class HeapWatch
 {
 public:
     explicit HeapWatch(HMODULE module);
-    ~HeapWatch();
-    HeapWatch(const HeapWatch&) = delete;
-    HeapWatch& operator=(const HeapWatch&) = delete;
-
     std::size_t Allocations() const;
 
 private:
-    void Exchange(bool watch);
-
-    HMODULE m_module;
-    std::size_t m_slots = 0;
+    StandIns m_standIns;
 };

@@ -55,6 +55,7 @@ struct RecordingAnswers
     std::int32_t sessionDataResult = 1; // 0: GetSessionData copies nothing
     Throws throws = Throws::Nothing;    // out of the entry point below, whenever it is called
     Call throwsFrom{};
+    bool (*isDue)(Call call) = nullptr; // asked at each call: whether that one throws
 };
 
 struct Recording : RecordingAnswers

@@ -27,6 +27,10 @@ RecordedCall& Note(Call call)
     {
         Throw(g_recording.throws);
     }
+    if (g_recording.isDue != nullptr && g_recording.isDue(call))
+    {
+        Throw(Throws::CppException);
+    }
     return entry;
 }
 
