@@ -37,9 +37,10 @@ include(GoogleTest)
 # for long ones, which run at the same time. ALONE names tests, as --gtest_filter does, that run in a
 # process of their own each: those that need one in which a state of the process is as it starts.
 # FOLDER names a folder below bin/ for programs that must not find the other programs' DLLs around
-# them. OPTIMISED compiles it like the product.
+# them. OPTIMISED compiles it like the product. GUARDED programs, which use tests/doubles/guard_pages.h,
+# run twice more, with every block of memory against a page that nobody can touch.
 function(glazel_add_test name label)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "OPTIMISED" "FOLDER;SHARDS" "ALONE;SOURCES;LIBS;PROPERTIES")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "OPTIMISED;GUARDED" "FOLDER;SHARDS" "ALONE;SOURCES;LIBS;PROPERTIES")
   set(folder ${CMAKE_BINARY_DIR}/bin)
   if(arg_FOLDER)
     string(APPEND folder /${arg_FOLDER})
@@ -84,4 +85,11 @@ function(glazel_add_test name label)
       ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}"
       ${arg_PROPERTIES})
   endforeach()
+  if(arg_GUARDED)
+    foreach(side IN ITEMS after before)
+      add_test(NAME ${name}.guarded_${side} COMMAND ${command} WORKING_DIRECTORY ${folder})
+      set_tests_properties(${name}.guarded_${side} PROPERTIES
+        LABELS ${label} TIMEOUT 300 ENVIRONMENT "GLAZEL_GUARD=${side}" ${arg_PROPERTIES})
+    endforeach()
+  endif()
 endfunction()

@@ -1,5 +1,7 @@
 #include "tests/doubles/allocation_count.h"
 
+#include "tests/doubles/guard_pages.h"
+
 #include <windows.h>
 
 #include <array>
@@ -10,8 +12,6 @@
 
 namespace
 {
-
-constexpr std::size_t kPage = 4096;
 
 constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
@@ -27,27 +27,17 @@ struct GuardedBlock
 };
 std::array<GuardedBlock, 64> g_guarded;
 
-// Null when there is no place or no memory. A block whose end is guarded begins wherever that puts
-// it: at a multiple of its size only.
+// Null when there is no place or no memory.
 void* GuardedAllocate(std::size_t size) noexcept
 {
-    const std::size_t pages = (size + kPage - 1) / kPage * kPage;
-    auto* const first = static_cast<std::byte*>(
-        ::VirtualAlloc(nullptr, pages + 2 * kPage, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
-    DWORD before = 0;
-    if (first == nullptr || !::VirtualProtect(first, kPage, PAGE_NOACCESS, &before) ||
-        !::VirtualProtect(first + kPage + pages, kPage, PAGE_NOACCESS, &before))
-    {
-        return nullptr;
-    }
-    std::byte* const block = first + kPage + (g_guardBehind ? pages - size : 0);
+    const GuardPages pages = TakePages(size, g_guardBehind);
     for (GuardedBlock& place : g_guarded)
     {
         void* free = nullptr;
-        if (place.block.compare_exchange_strong(free, block))
+        if (pages.first != nullptr && place.block.compare_exchange_strong(free, pages.block))
         {
-            place.pages = first;
-            return block;
+            place.pages = pages.first;
+            return pages.block;
         }
     }
     return nullptr;
@@ -67,12 +57,38 @@ bool GuardedFree(void* block) noexcept
     return false;
 }
 
+void* Allocate(std::size_t size) noexcept
+{
+    if (size >= g_limit)
+    {
+        return nullptr;
+    }
+    const GuardedSide always = GuardedSideOfAll();
+    if (always != GuardedSide::None)
+    {
+        const bool behind =
+            size >= g_guardedFrom ? g_guardBehind.load() : always == GuardedSide::Behind;
+        return TakePages(size, behind).block;
+    }
+    return size >= g_guardedFrom ? GuardedAllocate(size) : std::malloc(size == 0 ? 1 : size);
+}
+
 void Free(void* block) noexcept
 {
-    if (!GuardedFree(block))
+    if (block == nullptr)
+    {
+        return;
+    }
+    const DWORD lastError = ::GetLastError();
+    if (GuardedSideOfAll() != GuardedSide::None)
+    {
+        LockAway(block);
+    }
+    else if (!GuardedFree(block))
     {
         std::free(block);
     }
+    ::SetLastError(lastError);
 }
 
 } // namespace
@@ -107,12 +123,7 @@ GuardedMemory::~GuardedMemory()
 void* operator new(std::size_t size)
 {
     ++g_count;
-    void* block = nullptr;
-    if (size < g_limit)
-    {
-        block = size >= g_guardedFrom ? GuardedAllocate(size) : std::malloc(size == 0 ? 1 : size);
-    }
-    if (block != nullptr)
+    if (void* const block = Allocate(size))
     {
         return block;
     }

@@ -1,5 +1,7 @@
 // Counts what operator new is asked for in this program, since its start and on all threads, and
-// lets it fail. Link test_allocation_count: it replaces the operators.
+// lets it fail. Link test_allocation_count: it replaces the operators. With GLAZEL_GUARD=after (or
+// before) in the environment every block lies against a page that nobody can touch, behind it (or
+// before it), and nobody can touch it when it was freed: a step over its bounds ends the program.
 #pragma once
 
 #include <cstddef>

@@ -1,12 +1,14 @@
 #include "tests/module/fault_points.h"
 
 #include "platform/atl/atlbase.h"
+#include "tests/doubles/guard_pages.h"
 
 #include <objbase.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstring>
 #include <mutex>
 #include <stdexcept>
 #include <tuple>
@@ -32,6 +34,7 @@ enum class Kind
 {
     Nothing,
     Block,
+    Task,   // memory of COM
     Window, // a device context of one
     Paint,  // likewise, while painting
     Drawn,  // a drawing object
@@ -58,7 +61,8 @@ void Take(const void* place, const char* from, Kind kind)
     }
 }
 
-void GiveBack(const void* place, Kind kind)
+// False for what was not taken here.
+bool GiveBack(const void* place, Kind kind)
 {
     const std::lock_guard guard(g_takenLock);
     for (Taken& taken : g_taken)
@@ -66,9 +70,15 @@ void GiveBack(const void* place, Kind kind)
         if (place != nullptr && taken.place == place && taken.kind == kind)
         {
             taken = {};
-            return;
+            return true;
         }
     }
+    return false;
+}
+
+bool Guarded()
+{
+    return GuardedSideOfAll() != GuardedSide::None;
 }
 
 template <std::size_t kSize>
@@ -115,12 +125,12 @@ private:
     }
 };
 
-// Gives its last argument back. Tags keep those of the module and of the program apart.
-template <Name kName, typename Function, Kind kKind, int kTag = 0>
+// Gives its last argument back.
+template <Name kName, typename Function, Kind kKind>
 struct Return;
 
-template <Name kName, typename Result, typename... Arguments, Kind kKind, int kTag>
-struct Return<kName, Result(Arguments...), kKind, kTag>
+template <Name kName, typename Result, typename... Arguments, Kind kKind>
+struct Return<kName, Result(Arguments...), kKind>
 {
     static inline Result (*real)(Arguments...) = nullptr;
     static Result Call(Arguments... arguments)
@@ -138,22 +148,48 @@ struct Return<kName, Result(Arguments...), kKind, kTag>
     }
 };
 
-struct Reallocate
+// The module's memory; guarded when the environment wants that.
+template <Name kName, typename... Arguments>
+struct Allocate
 {
-    static inline void* (*real)(void*, std::size_t) = nullptr;
-    static void* Call(void* block, std::size_t size)
+    static inline void* (*real)(Arguments...) = nullptr;
+    static void* Call(Arguments... arguments)
     {
-        if (FaultPoints::IsDue("realloc"))
+        if (FaultPoints::IsDue(kName.text))
         {
             return nullptr;
         }
-        void* const moved = real(block, size);
-        if (moved != nullptr || size == 0)
+        void* const block = Guarded() ? Guard((arguments * ...)) : real(arguments...);
+        Take(block, kName.text, Kind::Block);
+        return block;
+    }
+
+private:
+    static void* Guard(std::size_t size)
+    {
+        void* const block = TakePages(size, GuardedSideOfAll() == GuardedSide::Behind).block;
+        if (block != nullptr && sizeof...(Arguments) == 2)
         {
-            GiveBack(block, Kind::Block);
-            Take(moved, "realloc", Kind::Block);
+            std::memset(block, 0, size); // calloc
         }
-        return moved;
+        return block;
+    }
+};
+
+template <int kTag>
+struct Free
+{
+    static inline void (*real)(void*) = nullptr;
+    static void Call(void* block)
+    {
+        if (GiveBack(block, Kind::Block) && Guarded())
+        {
+            LockAway(block);
+        }
+        else
+        {
+            real(block);
+        }
     }
 };
 
@@ -194,21 +230,20 @@ StandIn Row()
     return Entry<Point<kName, Function, kKind>>(kName.text);
 }
 
-template <Name kName, typename Function, Kind kKind, int kTag = 0>
+template <Name kName, typename Function, Kind kKind>
 StandIn Back()
 {
-    return Entry<Return<kName, Function, kKind, kTag>>(kName.text);
+    return Entry<Return<kName, Function, kKind>>(kName.text);
 }
 
 std::span<const StandIn> OfModule()
 {
     // clang-format off
     static const std::array entries{
-        Row<"malloc", void*(std::size_t), Kind::Block>(),
-        Row<"calloc", void*(std::size_t, std::size_t), Kind::Block>(),
-        Entry<Reallocate>("realloc"),
-        Row<"CoTaskMemAlloc", decltype(::CoTaskMemAlloc), Kind::Block>(),
-        Back<"free", void(void*), Kind::Block>(),
+        Entry<Allocate<"malloc", std::size_t>>("malloc"),
+        Entry<Allocate<"calloc", std::size_t, std::size_t>>("calloc"),
+        Row<"CoTaskMemAlloc", decltype(::CoTaskMemAlloc), Kind::Task>(),
+        Entry<Free<0>>("free"),
         Row<"TlsSetValue", decltype(::TlsSetValue)>(),
         Row<"CoCreateFreeThreadedMarshaler", decltype(::CoCreateFreeThreadedMarshaler)>(),
         Row<"LoadLibraryA", decltype(::LoadLibraryA)>(),
@@ -246,8 +281,8 @@ std::span<const StandIn> OfModule()
 std::span<const StandIn> OfProgram()
 {
     static const std::array entries{
-        Back<"free", void(void*), Kind::Block, 1>(),
-        Back<"CoTaskMemFree", decltype(::CoTaskMemFree), Kind::Block, 1>(),
+        Entry<Free<1>>("free"),
+        Back<"CoTaskMemFree", decltype(::CoTaskMemFree), Kind::Task>(),
     };
     return entries;
 }
