@@ -42,6 +42,24 @@ HINSTANCE ThisProgram() noexcept
                     "run it where windows can be shown");
 }
 
+// Of the controls. Some systems make it larger for a display of more dots, although they were told
+// that this program does not know of those.
+HFONT BarFont() noexcept
+{
+    return static_cast<HFONT>(::GetStockObject(DEFAULT_GUI_FONT));
+}
+
+int LineHeightOf(HFONT font) noexcept
+{
+    const HDC screen = ::GetDC(nullptr);
+    const HGDIOBJ before = ::SelectObject(screen, font);
+    TEXTMETRICW facts{};
+    ::GetTextMetricsW(screen, &facts);
+    ::SelectObject(screen, before);
+    ::ReleaseDC(nullptr, screen);
+    return static_cast<int>(facts.tmHeight);
+}
+
 ATOM RegisterWindowClass(WNDPROC procedure)
 {
     WNDCLASSEXW windowClass{};
@@ -166,7 +184,7 @@ void PageWindow::Try(Operation&& operation) noexcept
 PageWindow::PageWindow(Options options, GradedPicture& picture, LookKeeper& keeper,
                        EffectControls& controls, PageContainer& page)
     : m_options(std::move(options)), m_picture(picture), m_keeper(keeper), m_controls(controls),
-      m_page(page)
+      m_page(page), m_lineHeight(LineHeightOf(BarFont()))
 {
 }
 
@@ -190,7 +208,7 @@ void PageWindow::Open()
 {
     static const ATOM windowClass = RegisterWindowClass(WindowProc);
     const Geometry::Extent most = WorkArea();
-    const Geometry::Extent client = ClientFor(m_picture.Size(), m_page.Size().cy, most);
+    const Geometry::Extent client = ClientFor(m_picture.Size(), Heights(), most);
     RECT outer{0, 0, client.width, client.height};
     ::AdjustWindowRectEx(&outer, kStyle, FALSE, WS_EX_CONTROLPARENT);
     if (windowClass == 0 ||
@@ -203,12 +221,17 @@ void PageWindow::Open()
     }
     SetTitle();
     AddControls();
-    m_page.Activate(m_window, RectOf(LayoutOf(client, m_page.Size().cy).page));
+    m_page.Activate(m_window, RectOf(LayoutOf(client, Heights()).page));
     m_isOpen = true;
     Arrange();
     const CComPtr<ISfChangeSink> changes(new CLookChanges(m_window, kLookChanged));
     m_controls.SetChangeSink(changes);
     ::ShowWindow(m_window, SW_SHOWNORMAL);
+}
+
+PartHeights PageWindow::Heights() const
+{
+    return {static_cast<int>(m_page.Size().cy), std::max(m_lineHeight, PartHeights().line)};
 }
 
 HWND PageWindow::AddControl(const wchar_t* windowClass, const wchar_t* text, DWORD style, int id)
@@ -220,8 +243,7 @@ HWND PageWindow::AddControl(const wchar_t* windowClass, const wchar_t* text, DWO
     {
         ThrowWindowError("a part of it cannot be made");
     }
-    ::SendMessageW(control, WM_SETFONT,
-                   reinterpret_cast<WPARAM>(::GetStockObject(DEFAULT_GUI_FONT)), FALSE);
+    ::SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(BarFont()), FALSE);
     return control;
 }
 
@@ -244,7 +266,7 @@ void PageWindow::AddControls()
 
 void PageWindow::Arrange()
 {
-    const WindowLayout layout = LayoutOf(ClientSize(m_window), m_page.Size().cy);
+    const WindowLayout layout = LayoutOf(ClientSize(m_window), Heights());
     MoveTo(::GetDlgItem(m_window, kStatusId), layout.status);
     MoveTo(::GetDlgItem(m_window, kSaveLookId), layout.saveLook);
     MoveTo(::GetDlgItem(m_window, kCopyCommandId), layout.copyCommand);
@@ -257,7 +279,7 @@ void PageWindow::Paint()
     const PaintScope paint(m_window);
     RECT client{};
     ::GetClientRect(m_window, &client);
-    const Geometry::Rect area = LayoutOf({client.right, client.bottom}, m_page.Size().cy).picture;
+    const Geometry::Rect area = LayoutOf({client.right, client.bottom}, Heights()).picture;
     Geometry::Rect place = PlacementOf(m_picture.Size(), m_picture.PixelAspect(), area.Size());
     if (place.width > 0)
     {
@@ -341,7 +363,7 @@ LRESULT PageWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_GETMINMAXINFO:
     {
-        const Geometry::Extent least = LeastClient(m_page.Size().cy);
+        const Geometry::Extent least = LeastClient(Heights());
         RECT outer{0, 0, least.width, least.height};
         ::AdjustWindowRectEx(&outer, kStyle, FALSE, WS_EX_CONTROLPARENT);
         reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {outer.right - outer.left,

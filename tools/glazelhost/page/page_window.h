@@ -59,6 +59,7 @@ private:
     void Open();
     HWND AddControl(const wchar_t* windowClass, const wchar_t* text, DWORD style, int id);
     void AddControls();
+    PartHeights Heights() const;
     void Arrange();
     void Paint();
     void OnLookChanged();
@@ -91,6 +92,7 @@ private:
     LookKeeper& m_keeper;
     EffectControls& m_controls;
     PageContainer& m_page;
+    const int m_lineHeight;
     HWND m_window = nullptr; // null once it is closed
     HWND m_focus = nullptr;  // the control that gets the keyboard back
     bool m_isOpen = false;   // the page is in it

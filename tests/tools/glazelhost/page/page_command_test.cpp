@@ -332,7 +332,8 @@ TEST_F(PageCommands, KeepThePageBelowThePictureWhenTheWindowGrows)
     RECT page{};
     ::GetClientRect(shown.Page(), &page);
     EXPECT_EQ(page.right, client.right);
-    const WindowLayout layout = LayoutOf({client.right, client.bottom}, page.bottom);
+    const WindowLayout layout =
+        LayoutOf({client.right, client.bottom}, PartHeights{static_cast<int>(page.bottom)});
     EXPECT_EQ(shown.PixelAt(client.right / 2, layout.picture.height / 2), RGB(160, 80, 80));
     EXPECT_EQ(shown.PixelAt(1, 1), RGB(32, 32, 32)) << "around the picture";
 }
@@ -594,7 +595,7 @@ TEST_F(PageCommands, LeaveNothingBehindWhenTheWindowShrinks)
     ::GetClientRect(shown.Window(), &client);
     RECT page{};
     ::GetClientRect(shown.Page(), &page);
-    const Geometry::Extent least = LeastClient(page.bottom);
+    const Geometry::Extent least = LeastClient(PartHeights{static_cast<int>(page.bottom)});
     EXPECT_EQ(client.right, least.width) << "it does not get smaller than that";
     EXPECT_EQ(client.bottom, least.height);
 }
