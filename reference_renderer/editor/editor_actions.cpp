@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -133,10 +134,10 @@ PixelSize ThumbnailSize(const PreviewPicture& picture, HWND window) noexcept
 // to grade, plain grey.
 std::optional<PixelBitmap> ThumbnailOf(const std::wstring& file, const PreviewPicture& small)
 {
-    PreparedLook look;
+    const auto look = std::make_unique<PreparedLook>();
     try
     {
-        look.Read(ImportLook(Utf8(file), RendererAPI::kImportRecord, WindowsFiles()).record);
+        look->Read(ImportLook(Utf8(file), RendererAPI::kImportRecord, WindowsFiles()).record);
     }
     catch (const ImportError&)
     {
@@ -147,7 +148,7 @@ std::optional<PixelBitmap> ThumbnailOf(const std::wstring& file, const PreviewPi
     const std::span<std::uint32_t> pixels = bitmap.Pixels();
     if (!small.IsEmpty())
     {
-        small.GradingJob(look, pixels).RenderRows(0, size.height);
+        small.GradingJob(*look, pixels).RenderRows(0, size.height);
     }
     for (std::uint32_t& pixel : pixels)
     {
@@ -272,6 +273,10 @@ bool EditorActions::OnNumberKey(std::size_t index, WPARAM key)
     const bool isUp = key == VK_UP || key == VK_PRIOR;
     const ControlFacts& facts = kControls[index];
     const float value = Nudged(facts, m_draft.Value(facts.control), isUp ? step.size : -step.size);
+    if (!CanBeTyped(facts, value))
+    {
+        return true; // beyond its limit before: it stays there
+    }
     step.all ? m_draft.MoveTogether(facts.control, value, m_draft.Numbers())
              : m_draft.Approach(facts.control, value, m_draft.Numbers());
     m_controls.ShowText(facts.control, m_draft.Value(facts.control));
@@ -307,7 +312,6 @@ void EditorActions::OnCommand(int id, int what, HWND from)
     {
         return;
     }
-    ::ReleaseCapture(); // a drag ends first, a step of its own
     if (const auto reset = IndexIn(id, IDC_RESET))
     {
         Reset(kControls[*reset].control);
@@ -397,7 +401,6 @@ void EditorActions::OnSlider(std::size_t index, int what)
         OnSliderMoved(index);
         break;
     case SLIDER_RESET:
-        ::ReleaseCapture(); // a drag ends first, a step of its own
         Reset(facts.control);
         break;
     case SLIDER_BEGAN:
@@ -446,7 +449,7 @@ void EditorActions::OnPad(std::size_t index, int what)
         break;
     case SLIDER_RESET:
     {
-        ::ReleaseCapture();
+        ::ReleaseCapture(); // a drag ends first, a step of its own
         GradeNumbers numbers = m_draft.Numbers();
         MoveToPadPoint(numbers, kPads[index], {});
         m_draft.SetNumbers(numbers);
@@ -549,6 +552,7 @@ bool EditorActions::OnNumberTyped(std::size_t index)
 
 void EditorActions::Reset(Control control)
 {
+    ::ReleaseCapture(); // a drag ends first, a step of its own
     m_draft.Reset(control);
     m_controls.ShowText(control, m_draft.Value(control)); // it may have the focus
     MarkNumbers(m_texts.focusedNumber, {});
@@ -558,6 +562,7 @@ void EditorActions::Reset(Control control)
 
 void EditorActions::ResetAll()
 {
+    ::ReleaseCapture(); // as above
     m_draft.ResetAll();
     ShowNumbers();
     Say(L"All numbers are neutral");
@@ -567,6 +572,7 @@ void EditorActions::ResetAll()
 
 void EditorActions::RemoveTables()
 {
+    ::ReleaseCapture(); // as above
     m_draft.RemoveTables();
     Say(L"The LUT is removed");
     Changed();

@@ -34,7 +34,7 @@ bool PadWindow::Create(HWND parent, const PadFacts& facts, const EditorTheme& th
 {
     m_theme = &theme;
     m_name = Wide(facts.name);
-    return WindowObject::Create(EDITOR_PAD_CLASS, m_name.c_str(), 0,
+    return WindowObject::Create(EDITOR_PAD_CLASS, ValueText().c_str(), 0,
                                 WS_CHILD | WS_VISIBLE | WS_TABSTOP, parent, id);
 }
 

@@ -16,7 +16,7 @@ struct MenuDestroyer
 
 using MenuHandle = std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDestroyer>;
 
-// In a menu, "&" underlines and a tab begins a second column.
+// In a menu, "&" underlines the letter behind it.
 std::wstring MenuText(const std::wstring& name)
 {
     std::wstring text;

@@ -112,6 +112,7 @@ TEST_F(EditorReader, ANumberHasTheNameOfItsSliderAndItsText)
 TEST_F(EditorReader, AWheelSaysWhereItStands)
 {
     OpenEditor editor = Open();
+    EXPECT_EQ(ReadWindow(editor.Pad(4)).value, "0 right, 0 up");
     ::SendMessageW(editor.Pad(4), WM_KEYDOWN, VK_RIGHT, 0);
     const Read read = ReadWindow(editor.Pad(4));
     EXPECT_EQ(read.name, "Slope, colour");
