@@ -188,6 +188,31 @@ TEST_F(EditorGrading, AnImportInTheMiddleOfADragIsAStepAfterIt)
     EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.000");
 }
 
+TEST_F(EditorGrading, WhatCanBeDoneAgainOutlivesADragThatIsTakenBack)
+{
+    OpenEditor editor = Open();
+    editor.Type(Control::SlopeRed, L"1.2");
+    Undo(editor);
+    Drag(editor, kSlopePad, {20, 0}, 0, false);
+    editor.PressKey('Y', {VK_CONTROL}); // takes the drag back
+    EXPECT_EQ(editor.NumberText(Control::SlopeBlue), "1.000");
+    editor.PressKey('Y', {VK_CONTROL});
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "1.200");
+}
+
+TEST_F(EditorGrading, AKeyOnANumberBeyondItsLimitLeavesItAndTheWindowCanBeAccepted)
+{
+    Cdl cdl;
+    cdl.slope[0] = 150.0F;
+    OpenEditor editor = Open(RecordOf(CdlLook(cdl)));
+    editor.ClickInto(editor.Number(Control::SlopeRed));
+    editor.PressKey(VK_UP, {});
+    EXPECT_EQ(editor.NumberText(Control::SlopeRed), "150.000");
+    EXPECT_EQ(editor.Status(), L"");
+    EXPECT_EQ(editor.CloseWith(IDOK), RendererAPI::kEditorAccepted);
+    EXPECT_EQ(Produced()->cdl.slope[0], 150.0F);
+}
+
 TEST_F(EditorGrading, ASliderStopsWhereTheOthersDoNotAllowMore)
 {
     OpenEditor editor = Open();
