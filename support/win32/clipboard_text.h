@@ -9,11 +9,21 @@
 
 #include <windows.h>
 
-// The clipboard is open for as long as this lives.
+// The clipboard is open for as long as this lives. One program at a time can have it, and some look
+// into it at each change: a program that has it is given half a second to be done.
 class ClipboardScope
 {
 public:
-    explicit ClipboardScope(HWND owner) noexcept : m_open(::OpenClipboard(owner) != FALSE) {}
+    explicit ClipboardScope(HWND owner) noexcept : m_open(::OpenClipboard(owner) != FALSE)
+    {
+        constexpr int kRetries = 10;
+        constexpr DWORD kPauseMs = 50;
+        for (int retry = 0; !m_open && retry < kRetries; ++retry)
+        {
+            ::Sleep(kPauseMs);
+            m_open = ::OpenClipboard(owner) != FALSE;
+        }
+    }
     ~ClipboardScope()
     {
         if (m_open)

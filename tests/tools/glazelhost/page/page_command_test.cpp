@@ -268,11 +268,14 @@ protected:
         EXPECT_TRUE(Eventually([&] { return (text = TextOnClipboard(nullptr)).has_value(); }));
         return text.value_or(L"");
     }
-    static void ClearClipboard()
+    // What the button copies. Who looks into the clipboard meanwhile keeps the program out of it.
+    static std::wstring CopiedCommand(const ShownPage& shown)
     {
-        EXPECT_TRUE(Eventually([] { return ::OpenClipboard(nullptr) != FALSE; }));
-        ::EmptyClipboard();
-        ::CloseClipboard();
+        const DWORD before = ::GetClipboardSequenceNumber();
+        shown.Press(kCopyCommandId);
+        EXPECT_TRUE(Eventually([&] { return ::GetClipboardSequenceNumber() != before; }));
+        EXPECT_TRUE(Eventually([&] { return shown.Status().starts_with(L"Command copied"); }));
+        return Clipboard();
     }
     // Renders as the copied command says.
     static Image RepeatedPicture(const std::wstring& text, const std::string& output)
@@ -353,11 +356,8 @@ TEST_F(PageCommands, RenderAnewWhenTheEditorIsAcceptedAndSaveTheLook)
     }
     EXPECT_TRUE(Eventually([&] { return shown.PixelAt(kPictureX, kPictureY) == RGB(80, 80, 160); }))
         << std::hex << shown.PixelAt(kPictureX, kPictureY);
-    ClearClipboard();
-    shown.Press(kCopyCommandId);
-    EXPECT_TRUE(
-        Eventually([&] { return shown.Status().find(L"mine.look") != std::wstring::npos; }));
-    const std::wstring command = Clipboard();
+    const std::wstring command = CopiedCommand(shown);
+    EXPECT_NE(shown.Status().find(L"mine.look"), std::wstring::npos);
     const Image repeated = RepeatedPicture(command, m_folder / kGraded);
     EXPECT_EQ(repeated.pixels[0], std::byte{160});
     EXPECT_EQ(repeated.pixels[2], std::byte{80});
@@ -369,15 +369,11 @@ TEST_F(PageCommands, CopyTheLooksOwnFileWhileItIsUnchanged)
 {
     ShownPage shown(m_command);
     ASSERT_NE(shown.Window(), nullptr) << shown.Error();
-    ClearClipboard();
-    shown.Press(kCopyCommandId);
-    EXPECT_TRUE(Eventually([&] { return shown.Status().find(L"red.cc") != std::wstring::npos; }));
-    const Image repeated = RepeatedPicture(Clipboard(), m_folder / kGraded);
+    const Image repeated = RepeatedPicture(CopiedCommand(shown), m_folder / kGraded);
+    EXPECT_NE(shown.Status().find(L"red.cc"), std::wstring::npos);
     EXPECT_EQ(repeated.pixels[2], std::byte{160});
     shown.ClickPage(kOnCheckBox);
-    shown.Press(kCopyCommandId);
-    EXPECT_TRUE(
-        Eventually([&] { return Clipboard().find(L"--linear off") != std::wstring::npos; }));
+    EXPECT_NE(CopiedCommand(shown).find(L"--linear off"), std::wstring::npos);
     // The option was changed and nothing says where to keep it: the user is asked.
     ::PostMessageW(shown.Window(), WM_CLOSE, 0, 0);
     shown.Answer(IDCANCEL);
@@ -387,20 +383,33 @@ TEST_F(PageCommands, CopyTheLooksOwnFileWhileItIsUnchanged)
     EXPECT_EQ(shown.Error(), "");
 }
 
+TEST_F(PageCommands, CopyWhenAnotherProgramIsDoneWithTheClipboard)
+{
+    ShownPage shown(m_command);
+    ASSERT_NE(shown.Window(), nullptr) << shown.Error();
+    const DWORD before = ::GetClipboardSequenceNumber();
+    ASSERT_TRUE(Eventually([] { return ::OpenClipboard(nullptr) != FALSE; }));
+    shown.Press(kCopyCommandId);
+    const ULONGLONG start = ::GetTickCount64();
+    EXPECT_TRUE(Eventually([&] { return ::GetTickCount64() > start + 100; })) << "so long it reads";
+    EXPECT_EQ(::GetClipboardSequenceNumber(), before);
+    ::CloseClipboard();
+    EXPECT_TRUE(Eventually([&] { return shown.Status().starts_with(L"Command copied"); }));
+    EXPECT_NE(::GetClipboardSequenceNumber(), before);
+    EXPECT_EQ(shown.Close(), "");
+}
+
 TEST_F(PageCommands, CopyALineForTheShellThatStartedTheProgram)
 {
     ::SetEnvironmentVariableW(L"GLAZEL_COMMAND", L"./glazel");
+    std::wstring line;
     {
         ShownPage shown(m_command);
         ASSERT_NE(shown.Window(), nullptr) << shown.Error();
-        ClearClipboard();
-        shown.Press(kCopyCommandId);
-        EXPECT_TRUE(
-            Eventually([&] { return shown.Status().find(L"red.cc") != std::wstring::npos; }));
+        line = CopiedCommand(shown);
         EXPECT_EQ(shown.Close(), "");
     }
     ::SetEnvironmentVariableW(L"GLAZEL_COMMAND", nullptr);
-    const std::wstring line = Clipboard();
     if (UnixPath(m_folder / "red.cc") == m_folder / "red.cc")
     {
         GTEST_SKIP() << "there are no such shells here";
@@ -451,9 +460,7 @@ TEST_F(PageCommands, StepThroughASequenceFromTheFrameThatWasNamed)
     EXPECT_TRUE(shows(11));
     shown.PressKey(VK_PRIOR);
     EXPECT_TRUE(shows(10));
-    ClearClipboard();
-    shown.Press(kCopyCommandId);
-    EXPECT_TRUE(Eventually([&] { return Clipboard().find(L"--frames 10") != std::wstring::npos; }));
+    EXPECT_NE(CopiedCommand(shown).find(L"--frames 10"), std::wstring::npos);
     EXPECT_EQ(shown.Close(), "");
 }
 
@@ -488,9 +495,7 @@ TEST_F(PageCommands, SayWhatTheCheckBoxDoesAndHaveItInTheCommand)
     ShownPage shown(m_command);
     ASSERT_NE(shown.Window(), nullptr) << shown.Error();
     EXPECT_NE(shown.Status().find(L"which this picture is not"), std::wstring::npos);
-    ClearClipboard();
-    shown.Press(kCopyCommandId);
-    EXPECT_TRUE(Eventually([&] { return Clipboard().find(L"--linear on") != std::wstring::npos; }))
+    EXPECT_NE(CopiedCommand(shown).find(L"--linear on"), std::wstring::npos)
         << "a render alone would go by the picture";
     shown.ClickPage(kOnCheckBox);
     EXPECT_TRUE(
