@@ -33,82 +33,131 @@ struct CloseKey
 using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseKey>;
 
 // Null when there is none.
-Key Open(HKEY root, const wchar_t* path) noexcept
+LSTATUS Open(HKEY root, const wchar_t* path, Key& key) noexcept
 {
-    HKEY key = nullptr;
-    const LSTATUS status = ::RegOpenKeyExW(root, path, 0, KEY_READ | KEY_WRITE, &key);
-    return Key(status == ERROR_SUCCESS ? key : nullptr);
+    HKEY opened = nullptr;
+    const LSTATUS status = ::RegOpenKeyExW(root, path, 0, KEY_READ, &opened);
+    key.reset(opened);
+    return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status;
 }
 
-bool IsOurs(const Key& interfaceKey) noexcept
+// The type library for which the system wrote an interface; GUID_NULL when that does not stand
+// there.
+LSTATUS ReadLibrary(const Key& interfaceKey, GUID& library) noexcept
 {
+    library = GUID_NULL;
     wchar_t text[39] = L""; // as long as an identifier in braces
     DWORD size = sizeof text;
-    GUID library{};
-    return ::RegGetValueW(interfaceKey.get(), L"TypeLib", nullptr, RRF_RT_REG_SZ, nullptr, text,
-                          &size) == ERROR_SUCCESS &&
-           ::CLSIDFromString(text, &library) == S_OK && library == LIBID_MAINLib;
+    const LSTATUS status = ::RegGetValueW(interfaceKey.get(), L"TypeLib", nullptr, RRF_RT_REG_SZ,
+                                          nullptr, text, &size);
+    if (status == ERROR_FILE_NOT_FOUND || status == ERROR_MORE_DATA ||
+        status == ERROR_UNSUPPORTED_TYPE)
+    {
+        return ERROR_SUCCESS;
+    }
+    if (status == ERROR_SUCCESS && FAILED(::CLSIDFromString(text, &library)))
+    {
+        library = GUID_NULL;
+    }
+    return status;
 }
 
-// The key `path` with all below it, in place of what is there.
+LSTATUS Remove(HKEY root, const wchar_t* path) noexcept
+{
+    const LSTATUS status = ::RegDeleteTreeW(root, path);
+    return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status;
+}
+
+// The key `path` with all below it, in place of what is there; whole or not at all.
 LSTATUS Copy(HKEY fromRoot, HKEY toRoot, const wchar_t* path) noexcept
 {
-    ::RegDeleteTreeW(toRoot, path);
+    LSTATUS status = Remove(toRoot, path);
     HKEY copy = nullptr;
-    const LSTATUS status =
-        ::RegCreateKeyExW(toRoot, path, 0, nullptr, 0, KEY_WRITE, nullptr, &copy, nullptr);
-    if (status != ERROR_SUCCESS)
+    if (status == ERROR_SUCCESS)
+    {
+        status = ::RegCreateKeyExW(toRoot, path, 0, nullptr, 0, KEY_WRITE, nullptr, &copy, nullptr);
+    }
+    if (status == ERROR_SUCCESS)
+    {
+        status = ::RegCopyTreeW(fromRoot, path, Key(copy).get());
+        if (status != ERROR_SUCCESS)
+        {
+            ::RegDeleteTreeW(toRoot, path);
+        }
+    }
+    return status;
+}
+
+LSTATUS KeepIfOfOthers(const wchar_t* path) noexcept
+{
+    Key present;
+    LSTATUS status = Open(HKEY_CLASSES_ROOT, path, present);
+    GUID library = LIBID_MAINLib;
+    if (status == ERROR_SUCCESS && present != nullptr)
+    {
+        status = ReadLibrary(present, library);
+    }
+    if (status != ERROR_SUCCESS || library == LIBID_MAINLib)
     {
         return status;
     }
-    return ::RegCopyTreeW(fromRoot, path, Key(copy).get());
+    HKEY created = nullptr;
+    status = ::RegCreateKeyExW(HKEY_CLASSES_ROOT, kReplaced, 0, nullptr, 0, KEY_READ | KEY_WRITE,
+                               nullptr, &created, nullptr);
+    const Key replaced(created);
+    Key kept;
+    if (status == ERROR_SUCCESS && library == GUID_NULL)
+    {
+        status = Open(replaced.get(), path, kept);
+    }
+    // A key that names no library is what is left of giving one back that failed: the kept one
+    // counts.
+    return status == ERROR_SUCCESS && kept == nullptr
+               ? Copy(HKEY_CLASSES_ROOT, replaced.get(), path)
+               : status;
+}
+
+LSTATUS GiveBack(const Key& replaced, const wchar_t* path) noexcept
+{
+    Key kept;
+    const LSTATUS status = Open(replaced.get(), path, kept);
+    return status == ERROR_SUCCESS && kept != nullptr
+               ? Copy(replaced.get(), HKEY_CLASSES_ROOT, path)
+               : status;
 }
 
 // Before the system writes or removes the type library's interfaces, which it does whosever they
 // are.
 HRESULT KeepInterfacesOfOthers() noexcept
 {
+    LSTATUS status = ERROR_SUCCESS;
     for (const wchar_t* path : kInterfaces)
     {
-        const Key present = Open(HKEY_CLASSES_ROOT, path);
-        if (present == nullptr || IsOurs(present))
-        {
-            continue;
-        }
-        HKEY replaced = nullptr;
-        LSTATUS status = ::RegCreateKeyExW(HKEY_CLASSES_ROOT, kReplaced, 0, nullptr, 0,
-                                           KEY_READ | KEY_WRITE, nullptr, &replaced, nullptr);
         if (status == ERROR_SUCCESS)
         {
-            status = Copy(HKEY_CLASSES_ROOT, Key(replaced).get(), path);
-        }
-        if (status != ERROR_SUCCESS)
-        {
-            return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+            status = KeepIfOfOthers(path);
         }
     }
-    return S_OK;
+    return HRESULT_FROM_WIN32(status);
 }
 
 HRESULT GiveBackInterfaces() noexcept
 {
-    Key replaced = Open(HKEY_CLASSES_ROOT, kReplaced);
-    if (replaced == nullptr)
-    {
-        return S_OK;
-    }
+    Key replaced;
+    LSTATUS status = Open(HKEY_CLASSES_ROOT, kReplaced, replaced);
     for (const wchar_t* path : kInterfaces)
     {
-        const LSTATUS status = Open(replaced.get(), path) == nullptr
-                                   ? ERROR_SUCCESS
-                                   : Copy(replaced.get(), HKEY_CLASSES_ROOT, path);
-        if (status != ERROR_SUCCESS)
+        if (status == ERROR_SUCCESS && replaced != nullptr)
         {
-            return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+            status = GiveBack(replaced, path);
         }
     }
     replaced.reset();
-    return HRESULT_FROM_WIN32(static_cast<DWORD>(::RegDeleteTreeW(HKEY_CLASSES_ROOT, kReplaced)));
+    if (status == ERROR_SUCCESS)
+    {
+        status = Remove(HKEY_CLASSES_ROOT, kReplaced);
+    }
+    return HRESULT_FROM_WIN32(status);
 }
 
 HRESULT FirstFailure(HRESULT first, HRESULT second) noexcept

@@ -88,7 +88,7 @@ struct Name
     consteval Name(const char (&name)[kSize]) { std::ranges::copy(name, text); }
 };
 
-// A call that may fail, and then answers 0 or E_OUTOFMEMORY. What it gives is of that kind.
+// A call that may fail, and then answers 0 or that memory is short. What it gives is of that kind.
 template <Name kName, typename Function, Kind kKind = Kind::Nothing>
 struct Point;
 
@@ -117,6 +117,10 @@ private:
         if constexpr (std::is_same_v<Result, HRESULT>)
         {
             return E_OUTOFMEMORY;
+        }
+        else if constexpr (std::is_same_v<Result, LSTATUS>)
+        {
+            return ERROR_NOT_ENOUGH_MEMORY;
         }
         else
         {
@@ -246,7 +250,16 @@ std::span<const StandIn> OfModule()
         Entry<Free<0>>("free"),
         Row<"TlsSetValue", decltype(::TlsSetValue)>(),
         Row<"CoCreateFreeThreadedMarshaler", decltype(::CoCreateFreeThreadedMarshaler)>(),
+        Row<"CoCreateInstance", decltype(::CoCreateInstance)>(),
         Row<"LoadLibraryA", decltype(::LoadLibraryA)>(),
+        Row<"LoadLibraryExW", decltype(::LoadLibraryExW)>(),
+        Row<"GetModuleFileNameW", decltype(::GetModuleFileNameW)>(),
+        Row<"LoadTypeLibEx", decltype(::LoadTypeLibEx)>(),
+        Row<"RegOpenKeyExW", decltype(::RegOpenKeyExW)>(),
+        Row<"RegCreateKeyExW", decltype(::RegCreateKeyExW)>(),
+        Row<"RegGetValueW", decltype(::RegGetValueW)>(),
+        Row<"RegCopyTreeW", decltype(::RegCopyTreeW)>(),
+        Row<"RegDeleteTreeW", decltype(::RegDeleteTreeW)>(),
         Row<"LoadStringA", decltype(::LoadStringA)>(),
         Row<"LoadStringW", decltype(::LoadStringW)>(),
         Row<"FindResourceW", decltype(::FindResourceW)>(),

@@ -22,6 +22,7 @@
 #include <olectl.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -67,6 +68,59 @@ bool IsRendererDue(Call call)
     };
     return FaultPoints::IsDue(names[static_cast<std::size_t>(call)]);
 }
+
+// Where this process registers classes: a key of its own instead of the system's.
+class ScratchClasses
+{
+public:
+    ScratchClasses()
+    {
+        ::RegCreateKeyExW(HKEY_CURRENT_USER, kName, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &m_key,
+                          nullptr);
+        ::RegOverridePredefKey(HKEY_CLASSES_ROOT, m_key);
+        Put(kStrangers, kStranger);
+    }
+    ~ScratchClasses()
+    {
+        ::RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
+        ::RegCloseKey(m_key);
+        ::RegDeleteTreeW(HKEY_CURRENT_USER, kName);
+    }
+    ScratchClasses(const ScratchClasses&) = delete;
+    ScratchClasses& operator=(const ScratchClasses&) = delete;
+
+    // The default value below a key; "" when there is none.
+    std::wstring At(const std::wstring& path) const
+    {
+        wchar_t text[MAX_PATH] = L"";
+        DWORD size = sizeof text;
+        ::RegGetValueW(m_key, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, text, &size);
+        return text;
+    }
+    bool HasEffect() const
+    {
+        return At(L"CLSID\\{B47A199B-15E2-4836-BD39-419904B5D292}") == L"Brellin Glazel";
+    }
+    bool HasTypeLibrary() const
+    {
+        return !At(L"TypeLib\\{CF41FD25-F1F3-4B65-A240-3D4E880D868D}\\1.0").empty();
+    }
+    // Another program has registered an interface that the product's type library has too.
+    bool HasStranger() const { return At(kStrangers) == kStranger; }
+
+private:
+    void Put(const wchar_t* path, const std::wstring& text) const
+    {
+        ::RegSetKeyValueW(m_key, path, nullptr, REG_SZ, text.c_str(),
+                          static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+    }
+
+    static constexpr wchar_t kName[] = L"Software\\Glazel DX fault test";
+    static constexpr wchar_t kStrangers[] =
+        L"Interface\\{E31FB81B-1335-11D1-8189-0000F87557DB}\\TypeLib";
+    static constexpr wchar_t kStranger[] = L"{01234567-89AB-CDEF-0123-456789ABCDEF}";
+    HKEY m_key = nullptr;
+};
 
 // The product, freshly loaded, with an effect and a page, and all that a host gives them.
 struct World
@@ -157,7 +211,13 @@ struct World
         return Send(WM_LBUTTONUP);
     }
 
+    HRESULT CallExport(const char* name) const
+    {
+        return std::bit_cast<HRESULT(WINAPI*)()>(::GetProcAddress(module.Handle(), name))();
+    }
+
     Recording& recording = UseRenderer(L"complete");
+    std::optional<ScratchClasses> classes;
     std::optional<FaultPoints> points; // outlives the module, which gives back when it is unloaded
     PluginModule module;
     CComPtr<IUnknown> effect;
@@ -336,6 +396,48 @@ const Operation kOperations[] = {
          return result;
      },
      "malloc=memory malloc=memory", Nothing},
+    // COM is not started on this thread, so the registrar comes from its DLL.
+    {"Register", [](World& world) { world.classes.emplace(); },
+     [](World& world) { return world.CallExport("DllRegisterServer"); },
+     "malloc=memory GetModuleFileNameW=memory CoCreateInstance "
+     "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
+     "malloc=memory malloc=memory GetModuleFileNameW=memory CoCreateInstance "
+     "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
+     "malloc=memory RegOpenKeyExW=memory RegGetValueW=memory RegCreateKeyExW=memory "
+     "RegDeleteTreeW=memory RegCreateKeyExW=memory RegCopyTreeW=memory "
+     "RegOpenKeyExW=memory RegOpenKeyExW=memory RegOpenKeyExW=memory malloc=memory "
+     "GetModuleFileNameW=memory LoadTypeLibEx=memory",
+     [](World& world) {
+         EXPECT_TRUE(world.classes->HasEffect());
+         EXPECT_EQ(world.CallExport("DllUnregisterServer"), S_OK);
+         EXPECT_TRUE(world.classes->HasStranger());
+     }},
+    {"Unregister",
+     [](World& world) {
+         world.classes.emplace();
+         EXPECT_EQ(world.CallExport("DllRegisterServer"), S_OK);
+     },
+     [](World& world) {
+         if (!world.classes->HasEffect() || !world.classes->HasTypeLibrary())
+         {
+             world.CallExport("DllRegisterServer");
+         }
+         return world.CallExport("DllUnregisterServer");
+     },
+     "malloc=memory GetModuleFileNameW=memory CoCreateInstance "
+     "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
+     "malloc=memory malloc=memory GetModuleFileNameW=memory CoCreateInstance "
+     "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
+     "malloc=memory RegOpenKeyExW=memory RegGetValueW=memory RegOpenKeyExW=memory "
+     "RegGetValueW=memory RegOpenKeyExW=memory RegOpenKeyExW=memory malloc=memory "
+     "GetModuleFileNameW=memory LoadTypeLibEx=memory RegOpenKeyExW=memory "
+     "RegOpenKeyExW=memory RegDeleteTreeW=memory RegCreateKeyExW=memory "
+     "RegCopyTreeW=memory RegOpenKeyExW=memory RegOpenKeyExW=memory RegOpenKeyExW=memory "
+     "RegDeleteTreeW=memory",
+     [](World& world) {
+         EXPECT_FALSE(world.classes->HasEffect());
+         EXPECT_TRUE(world.classes->HasStranger());
+     }},
     {"Setup", [](World& world) { world.MakeSurfaces(DXPF_ARGB32); },
      [](World& world) { return world.SetUp(); },
      "malloc=memory malloc=memory GetGenerationId GetGenerationId GetGenerationId",
@@ -734,6 +836,8 @@ std::string WordOf(HRESULT result)
         return "=invalid";
     case E_UNEXPECTED:
         return "=unexpected";
+    case CO_E_NOTINITIALIZED:
+        return "=notinitialised";
     default:
         return "=" + std::to_string(static_cast<unsigned long>(result));
     }
