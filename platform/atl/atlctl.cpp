@@ -27,10 +27,6 @@ HRESULT AtlGetPropertyPages(const ATL_PROPMAP_ENTRY* map, CAUUID* pages) noexcep
     {
         ++entries;
     }
-    if (entries == 0)
-    {
-        return S_OK;
-    }
     pages->pElems = static_cast<GUID*>(::CoTaskMemAlloc(entries * sizeof(GUID)));
     if (pages->pElems == nullptr)
     {

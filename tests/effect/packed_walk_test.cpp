@@ -89,6 +89,21 @@ TEST(PackedWalk, NumbersThatDoNotFitGiveNone)
     EXPECT_FALSE(WalkOver({0, 0, kLargest, 1}, kSmallest, 1).has_value()) << "the difference";
     EXPECT_TRUE(WalkOver({kSmallest, kSmallest, 1, 1}, 1, 1).has_value());
     EXPECT_TRUE(WalkOver({kLargest, kLargest, 1, kLargest}, kLargest / 4, 1).has_value());
+    // So wide that the last row's first sample, or what is behind its last one, is the first number
+    // beyond 64 bits.
+    constexpr std::int32_t kDifference = kLargest / 4;
+    constexpr std::int32_t kWidth = kLargest - kDifference;
+    constexpr std::int64_t kStep = std::int64_t{kWidth} + 4 * kDifference;
+    constexpr std::int64_t kLeft =
+        std::numeric_limits<std::int64_t>::max() - kStep * (kLargest - std::int64_t{1});
+    constexpr Geometry::Rect kLast{kLeft % kLargest, kLeft / kLargest, kWidth, kLargest};
+    Geometry::Rect fits = kLast;
+    fits.top -= 1;
+    EXPECT_TRUE(WalkOver(fits, kLargest, 1).has_value());
+    EXPECT_FALSE(WalkOver(kLast, kLargest, 1).has_value()) << "its end does not fit";
+    Geometry::Rect beyond = kLast;
+    beyond.top += 1;
+    EXPECT_FALSE(WalkOver(beyond, kLargest, 1).has_value()) << "nor its start";
 }
 
 TEST(PackedWalk, AnEmptyPartReadsNothing)

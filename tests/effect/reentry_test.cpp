@@ -117,3 +117,16 @@ TEST_F(Reentry, ATransformThatIsClearedWhileASurfaceIsLockedEndsItsFrame)
         EXPECT_EQ(Execute(), DXTERR_UNINITIALIZED);
     }
 }
+
+TEST_F(Reentry, ATransformThatIsClearedWhileItsBoundsAreAskedForRendersNothing)
+{
+    SetUp(DXPF_ARGB32, DXPF_ARGB32);
+    input->onCall = [this](const std::string& method) {
+        if (method == "GetBounds")
+        {
+            EXPECT_EQ(effect->Setup(nullptr, 0, nullptr, 0, 0), S_OK);
+        }
+    };
+    EXPECT_EQ(Execute(), DXTERR_UNINITIALIZED);
+    EXPECT_EQ(output->References(), 1);
+}

@@ -919,5 +919,31 @@ TEST_P(Faults, AtEveryPointGiveTheStatedResultAndLeaveNothing)
     EXPECT_EQ(answers, GetParam().answers);
 }
 
+// More threads than there is a reserve for, one after the other.
+TEST(FaultsOfThreads, WhoseFirstExceptionComesWhenMemoryIsShortLeaveNothing)
+{
+    TestThread thread([] {
+        World world;
+        world.MakeObjects();
+        const auto load = [&world](FaultPoints::Which which) {
+            FaultyStream empty;
+            world.points->Arm(2, which);
+            EXPECT_EQ(world.Effect<IPersistStreamInit>()->Load(&empty), S_OK);
+            EXPECT_GT(world.points->Disarm().size(), 0U);
+        };
+        load(FaultPoints::Which::One); // this thread's own notes, which the others' come before
+        for (int other = 0; other < 200; ++other)
+        {
+            const auto which =
+                other % 2 == 0 ? FaultPoints::Which::Onward : FaultPoints::Which::One;
+            const TestThread shortLived([&] { load(which); });
+        }
+        world.SetLook(Look(5));
+        CheckLook(world, Look(5));
+    });
+    thread.Join(INFINITE);
+    EXPECT_EQ(FaultPoints::Held(), (std::map<std::string, int>{}));
+}
+
 INSTANTIATE_TEST_SUITE_P(Product, Faults, testing::ValuesIn(kOperations),
                          [](const auto& operation) { return std::string(operation.param.name); });
