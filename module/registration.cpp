@@ -38,7 +38,7 @@ LSTATUS Open(HKEY root, const wchar_t* path, Key& key) noexcept
     HKEY opened = nullptr;
     const LSTATUS status = ::RegOpenKeyExW(root, path, 0, KEY_READ, &opened);
     key.reset(opened);
-    return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status;
+    return status == ERROR_FILE_NOT_FOUND || status == ERROR_KEY_DELETED ? ERROR_SUCCESS : status;
 }
 
 // The type library for which the system wrote an interface; GUID_NULL when that does not stand

@@ -11,6 +11,7 @@
 #include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/module/fault_points.h"
+#include "tests/module/own_classes_root.h"
 #include "tests/module/plugin_module.h"
 #include "tests/propertypage/page_frame.h"
 #include "tools/glazelhost/validate/fake_stream.h"
@@ -22,7 +23,6 @@
 #include <olectl.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -68,59 +68,6 @@ bool IsRendererDue(Call call)
     };
     return FaultPoints::IsDue(names[static_cast<std::size_t>(call)]);
 }
-
-// Where this process registers classes: a key of its own instead of the system's.
-class ScratchClasses
-{
-public:
-    ScratchClasses()
-    {
-        ::RegCreateKeyExW(HKEY_CURRENT_USER, kName, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &m_key,
-                          nullptr);
-        ::RegOverridePredefKey(HKEY_CLASSES_ROOT, m_key);
-        Put(kStrangers, kStranger);
-    }
-    ~ScratchClasses()
-    {
-        ::RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
-        ::RegCloseKey(m_key);
-        ::RegDeleteTreeW(HKEY_CURRENT_USER, kName);
-    }
-    ScratchClasses(const ScratchClasses&) = delete;
-    ScratchClasses& operator=(const ScratchClasses&) = delete;
-
-    // The default value below a key; "" when there is none.
-    std::wstring At(const std::wstring& path) const
-    {
-        wchar_t text[MAX_PATH] = L"";
-        DWORD size = sizeof text;
-        ::RegGetValueW(m_key, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, text, &size);
-        return text;
-    }
-    bool HasEffect() const
-    {
-        return At(L"CLSID\\{B47A199B-15E2-4836-BD39-419904B5D292}") == L"Brellin Glazel";
-    }
-    bool HasTypeLibrary() const
-    {
-        return !At(L"TypeLib\\{CF41FD25-F1F3-4B65-A240-3D4E880D868D}\\1.0").empty();
-    }
-    // Another program has registered an interface that the product's type library has too.
-    bool HasStranger() const { return At(kStrangers) == kStranger; }
-
-private:
-    void Put(const wchar_t* path, const std::wstring& text) const
-    {
-        ::RegSetKeyValueW(m_key, path, nullptr, REG_SZ, text.c_str(),
-                          static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-    }
-
-    static constexpr wchar_t kName[] = L"Software\\Glazel DX fault test";
-    static constexpr wchar_t kStrangers[] =
-        L"Interface\\{E31FB81B-1335-11D1-8189-0000F87557DB}\\TypeLib";
-    static constexpr wchar_t kStranger[] = L"{01234567-89AB-CDEF-0123-456789ABCDEF}";
-    HKEY m_key = nullptr;
-};
 
 // The product, freshly loaded, with an effect and a page, and all that a host gives them.
 struct World
@@ -211,13 +158,8 @@ struct World
         return Send(WM_LBUTTONUP);
     }
 
-    HRESULT CallExport(const char* name) const
-    {
-        return std::bit_cast<HRESULT(WINAPI*)()>(::GetProcAddress(module.Handle(), name))();
-    }
-
     Recording& recording = UseRenderer(L"complete");
-    std::optional<ScratchClasses> classes;
+    std::optional<OwnClassesRoot> classes;
     std::optional<FaultPoints> points; // outlives the module, which gives back when it is unloaded
     PluginModule module;
     CComPtr<IUnknown> effect;
@@ -397,8 +339,12 @@ const Operation kOperations[] = {
      },
      "malloc=memory malloc=memory", Nothing},
     // COM is not started on this thread, so the registrar comes from its DLL.
-    {"Register", [](World& world) { world.classes.emplace(); },
-     [](World& world) { return world.CallExport("DllRegisterServer"); },
+    {"Register",
+     [](World& world) {
+         world.classes.emplace();
+         world.classes->PutStranger();
+     },
+     [](World& world) { return world.module.RegisterServer(); },
      "malloc=memory GetModuleFileNameW=memory CoCreateInstance "
      "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
      "malloc=memory malloc=memory GetModuleFileNameW=memory CoCreateInstance "
@@ -409,20 +355,21 @@ const Operation kOperations[] = {
      "GetModuleFileNameW=memory LoadTypeLibEx=memory",
      [](World& world) {
          EXPECT_TRUE(world.classes->HasEffect());
-         EXPECT_EQ(world.CallExport("DllUnregisterServer"), S_OK);
+         EXPECT_EQ(world.module.UnregisterServer(), S_OK);
          EXPECT_TRUE(world.classes->HasStranger());
      }},
     {"Unregister",
      [](World& world) {
          world.classes.emplace();
-         EXPECT_EQ(world.CallExport("DllRegisterServer"), S_OK);
+         world.classes->PutStranger();
+         EXPECT_EQ(world.module.RegisterServer(), S_OK);
      },
      [](World& world) {
          if (!world.classes->HasEffect() || !world.classes->HasTypeLibrary())
          {
-             world.CallExport("DllRegisterServer");
+             world.module.RegisterServer();
          }
-         return world.CallExport("DllUnregisterServer");
+         return world.module.UnregisterServer();
      },
      "malloc=memory GetModuleFileNameW=memory CoCreateInstance "
      "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "

@@ -2,6 +2,7 @@
 // order, and that its failures come back as they are. What the real one writes:
 // tests/registration/.
 #include "module/resource.h"
+#include "tests/module/own_classes_root.h"
 #include "tests/module/plugin_module.h"
 
 #include <gtest/gtest.h>
@@ -124,45 +125,6 @@ public:
 
 private:
     FakeRegistrar& m_registrar;
-};
-
-// HKEY_CLASSES_ROOT is an empty key of this process's own for as long as this lives: registering
-// the type library changes nothing for anybody else.
-class OwnClassesRoot
-{
-public:
-    OwnClassesRoot()
-    {
-        ::RegCreateKeyExW(HKEY_CURRENT_USER, m_path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                          KEY_ALL_ACCESS, nullptr, &m_key, nullptr);
-        EXPECT_EQ(::RegOverridePredefKey(HKEY_CLASSES_ROOT, m_key), ERROR_SUCCESS);
-    }
-    ~OwnClassesRoot()
-    {
-        ::RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
-        ::RegDeleteTreeW(m_key, nullptr);
-        ::RegCloseKey(m_key);
-        ::RegDeleteKeyW(HKEY_CURRENT_USER, m_path.c_str());
-    }
-    OwnClassesRoot(const OwnClassesRoot&) = delete;
-    OwnClassesRoot& operator=(const OwnClassesRoot&) = delete;
-
-    // From now on nothing can be written there.
-    void Vanish() const { ::RegDeleteKeyW(HKEY_CURRENT_USER, m_path.c_str()); }
-    bool HasTypeLibrary() const
-    {
-        HKEY key = nullptr;
-        const bool has =
-            ::RegOpenKeyExW(m_key, L"TypeLib\\{CF41FD25-F1F3-4B65-A240-3D4E880D868D}\\1.0", 0,
-                            KEY_READ, &key) == ERROR_SUCCESS;
-        ::RegCloseKey(key);
-        return has;
-    }
-
-private:
-    const std::wstring m_path =
-        L"Software\\Glazel registration test " + std::to_wstring(::GetCurrentProcessId());
-    HKEY m_key = nullptr;
 };
 
 class Registration : public testing::Test
