@@ -1,4 +1,5 @@
 // IDispatch over registered type libraries: one that nobody registers, and the system's own.
+#include "tests/doubles/failing_allocation.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/platform/atl/sample_objects.h"
 
@@ -113,6 +114,18 @@ TEST_F(DispatchTest, LoadsTheTypeInformationOnceForAllObjectsAndAgainAfterTerm)
     EXPECT_EQ(references(), kept - 1) << "let go of";
     CComPtr<ITypeInfo> third;
     EXPECT_EQ(Make<CRegistered>()->GetTypeInfo(0, LOCALE_NEUTRAL, &third), S_OK);
+}
+
+TEST_F(DispatchTest, TypeInformationThatNobodyCouldLetGoOfIsNotKept)
+{
+    const auto object = Make<CRegistered>();
+    CComPtr<ITypeInfo> info;
+    {
+        const NoMemory shortage;
+        EXPECT_EQ(object->GetTypeInfo(0, LOCALE_NEUTRAL, &info), E_OUTOFMEMORY);
+        EXPECT_EQ(info, nullptr);
+    }
+    EXPECT_EQ(object->GetTypeInfo(0, LOCALE_NEUTRAL, &info), S_OK);
 }
 
 // Loading takes the cache's lock and then the module's; ending the module must not wait for a cache
