@@ -36,20 +36,11 @@ if ! { build native native && build release windows; } >"$log" 2>&1; then
   exit 1
 fi
 
-# A Wine server and a window of its own for as long as it takes, as the tests have it.
 export GLAZEL_WINEPREFIX=$PWD/build/mutants/wineprefix
 mkdir -p build/mutants
 judge=(/usr/bin/python3 -B tests/mutants/mutants.py --equivalent --only="$text" --jobs "$(nproc)")
 status=0
 "${judge[@]}" build/native || status=1
-# shellcheck disable=SC2016 # for the inner shell
-xvfb-run -a -s "-screen 0 1280x1024x24" bash -c '
-  export WINEPREFIX=$GLAZEL_WINEPREFIX
-  cmake/wine-run.sh cmd /c exit && wineserver -w && wineserver -p
-  cmake/wine-run.sh notepad >/dev/null 2>&1 &
-  status=0
-  "$@" || status=1
-  wineserver -k || true
-  exit "$status"' judge "${judge[@]}" build/release || status=1
+cmake/wine-display.sh "${judge[@]}" build/release || status=1
 [ "$status" -ne 0 ] || echo "mutants: each was noticed"
 exit "$status"

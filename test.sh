@@ -30,45 +30,19 @@ for preset in "${presets[@]}"; do
   step "build-$preset" cmake --build --preset "$preset"
 done
 
-# Windows tests need a display. The X server picks a free number itself and says it on descriptor 3.
-display_file=$(mktemp)
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$display_file" >/dev/null 2>&1 &
-xvfb=$!
-# A Wine server of its own for as long as the tests run: programs that start while none is running
-# wait for one, and two that start one at once can fail.
-export WINEPREFIX=$PWD/build/wineprefix
 others=
 cleanup() {
   [ -z "$others" ] || kill -- -"$others" 2>/dev/null || true
-  wineserver -k 2>/dev/null || true
-  kill "$xvfb" 2>/dev/null || true
-  rm -f "$display_file"
 }
 trap cleanup EXIT
-for ((try = 0; try < 100; try++)); do
-  [ -s "$display_file" ] && break
-  kill -0 "$xvfb" 2>/dev/null || { echo "test: Xvfb did not start" >&2; exit 1; }
-  sleep 0.1
-done
-DISPLAY=:$(cat "$display_file")
-export DISPLAY
-cmake/wine-run.sh cmd /c exit # makes the prefix
-wineserver -w
-wineserver -p
-# One window that stays open: without any, Wine starts its desktop anew for every test. A test that
-# came before it would start the desktop, with its own outputs, and not be over before that is.
-cmake/wine-run.sh notepad >/dev/null 2>&1 &
-for ((try = 0; try < 600; try++)); do
-  grep -qs explorer.exe /proc/[0-9]*/cmdline && break
-  sleep 0.1
-done
 
-# The tests of each preset, one preset after the other.
+# The tests of each preset, one preset after the other; those for Windows with a display.
 run_tests() {
-  local preset status=0
+  local preset status=0 within=()
   for preset in $1; do
     echo "== test-$preset"
-    ctest --preset "$preset" -j "$jobs" --no-tests=error "${@:2}" || status=1
+    case $preset in native | fuzz) ;; *) within=(cmake/wine-display.sh) ;; esac
+    "${within[@]}" ctest --preset "$preset" -j "$jobs" --no-tests=error "${@:2}" || status=1
   done
   return $status
 }
