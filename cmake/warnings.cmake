@@ -41,9 +41,12 @@ if(WIN32)
   target_link_options(glazel_options INTERFACE
     -static -Wl,--dynamicbase,--nxcompat,--high-entropy-va -Wl,--no-insert-timestamp)
 else()
-  target_compile_options(glazel_options INTERFACE
-    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(glazel_options INTERFACE -fsanitize=address,undefined)
+  set(GLAZEL_SANITIZERS address,undefined CACHE STRING "What native programs look for while they run")
+  if(GLAZEL_SANITIZERS)
+    target_compile_options(glazel_options INTERFACE
+      -fsanitize=${GLAZEL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(glazel_options INTERFACE -fsanitize=${GLAZEL_SANITIZERS})
+  endif()
   if(GLAZEL_FUZZ)
     target_compile_options(glazel_options INTERFACE
       -fsanitize=fuzzer-no-link,float-cast-overflow)

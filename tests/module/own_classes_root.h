@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <iterator>
 #include <string>
 
 // HKEY_CLASSES_ROOT is an empty key of this process's own for as long as this lives: registering
@@ -36,16 +37,17 @@ public:
         return Has(L"TypeLib\\{CF41FD25-F1F3-4B65-A240-3D4E880D868D}\\1.0");
     }
     // Another program registers an interface that the product's type library has too.
-    void PutStranger() const
+    void PutStranger(const std::wstring& library = kStranger) const
     {
-        ::RegSetKeyValueW(m_key, kStrangersInterface, nullptr, REG_SZ, kStranger, sizeof kStranger);
+        ::RegSetKeyValueW(m_key, kStrangersInterface, nullptr, REG_SZ, library.c_str(),
+                          static_cast<DWORD>((library.size() + 1) * sizeof(wchar_t)));
     }
-    bool HasStranger() const
+    bool HasStranger(const std::wstring& library = kStranger) const
     {
-        wchar_t library[std::size(kStranger)] = L"";
-        DWORD size = sizeof library;
-        ::RegGetValueW(m_key, kStrangersInterface, nullptr, RRF_RT_REG_SZ, nullptr, library, &size);
-        return std::wstring(library) == kStranger;
+        wchar_t text[std::size(kStranger)] = L"";
+        DWORD size = sizeof text;
+        ::RegGetValueW(m_key, kStrangersInterface, nullptr, RRF_RT_REG_SZ, nullptr, text, &size);
+        return text == library;
     }
 
 private:

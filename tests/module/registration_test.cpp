@@ -197,6 +197,16 @@ TEST_F(Registration, RegistersTheTypeLibraryAfterTheScripts)
     EXPECT_TRUE(m_classes.HasTypeLibrary());
 }
 
+TEST_F(Registration, GivesAnInterfaceBackWhateverItsLibraryIsCalled)
+{
+    m_registrar.results = {S_OK, S_OK, S_OK, S_OK};
+    m_classes.PutStranger(L"no identifier");
+    EXPECT_EQ(m_module.RegisterServer(), S_OK);
+    EXPECT_FALSE(m_classes.HasStranger(L"no identifier"));
+    EXPECT_EQ(m_module.UnregisterServer(), S_OK);
+    EXPECT_TRUE(m_classes.HasStranger(L"no identifier"));
+}
+
 TEST_F(Registration, ReturnsTheFailureOfTheTypeLibrary)
 {
     CComPtr<ITypeLib> library;

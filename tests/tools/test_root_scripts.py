@@ -1,4 +1,4 @@
-"""./fuzz.sh, ./soak.sh and ./mutants.sh: what they offer, and refuse before they build anything."""
+"""./fuzz.sh, ./soak.sh, ./mutants.sh and ./coverage.sh: what they offer, and refuse before they build anything."""
 
 import pathlib
 import re
@@ -32,7 +32,7 @@ def test_without_a_target_it_lists_those_that_are_built(words):
     (("--quick",), "--quick")]] + [("soak", words, named) for words, named in [
     (("0",), "0"), (("",), '""'), (("1.5",), "1.5"), (("--quick",), "--quick"),
     (("1", "2"), "too many")]] + [("mutants", words, named) for words, named in [
-    (("no_such_line",), "no_such_line"), (("--quick",), "--quick"), (("a", "b"), "too many")]])
+    (("no_such_line",), "no_such_line"), (("--quick",), "--quick"), (("a", "b"), "too many")]] + [("coverage", ("effect",), "effect")])
 def test_wrong_words_are_refused_in_one_line(script, words, named):
     finished = run(script, *words)
     assert finished.returncode == WRONG_USAGE and not finished.stdout
@@ -40,14 +40,11 @@ def test_wrong_words_are_refused_in_one_line(script, words, named):
     assert len(lines) == 1 and lines[0].startswith(f"{script}: ") and named in lines[0]
 
 
-def test_how_long_to_soak_is_told_on_demand():
-    finished = run("soak", "--help")
-    assert finished.returncode == 0 and "./soak.sh SECONDS" in finished.stdout
-
-
-def test_what_is_judged_is_told_on_demand():
-    finished = run("mutants", "--help")
-    assert finished.returncode == 0 and "./mutants.sh TEXT" in finished.stdout
+@pytest.mark.parametrize("script, usage", [
+    ("soak", "./soak.sh SECONDS"), ("mutants", "./mutants.sh TEXT"), ("coverage", "build/coverage.txt")])
+def test_what_it_does_is_told_on_demand(script, usage):
+    finished = run(script, "--help")
+    assert finished.returncode == 0 and usage in finished.stdout
 
 
 def test_no_seed_lies_where_no_target_reads_it():
