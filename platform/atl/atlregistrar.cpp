@@ -65,6 +65,7 @@ HRESULT ModulePath(HINSTANCE module, std::wstring& path)
 std::wstring InsideQuotes(const std::wstring& text)
 {
     std::wstring quoted;
+    quoted.reserve(2 * text.size());
     for (const wchar_t character : text)
     {
         quoted.append(character == L'\'' ? 2 : 1, character);

@@ -346,9 +346,8 @@ const Operation kOperations[] = {
      },
      [](World& world) { return world.module.RegisterServer(); },
      "malloc=memory GetModuleFileNameW=memory CoCreateInstance "
-     "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
-     "malloc=memory malloc=memory GetModuleFileNameW=memory CoCreateInstance "
-     "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
+     "LoadLibraryExW=notinitialised malloc=memory malloc=memory "
+     "GetModuleFileNameW=memory CoCreateInstance LoadLibraryExW=notinitialised "
      "malloc=memory RegOpenKeyExW=memory RegGetValueW=memory RegCreateKeyExW=memory "
      "RegDeleteTreeW=memory RegCreateKeyExW=memory RegCopyTreeW=memory "
      "RegOpenKeyExW=memory RegOpenKeyExW=memory RegOpenKeyExW=memory malloc=memory "
@@ -372,9 +371,8 @@ const Operation kOperations[] = {
          return world.module.UnregisterServer();
      },
      "malloc=memory GetModuleFileNameW=memory CoCreateInstance "
-     "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
-     "malloc=memory malloc=memory GetModuleFileNameW=memory CoCreateInstance "
-     "LoadLibraryExW=notinitialised malloc=memory malloc=memory malloc=memory "
+     "LoadLibraryExW=notinitialised malloc=memory malloc=memory "
+     "GetModuleFileNameW=memory CoCreateInstance LoadLibraryExW=notinitialised "
      "malloc=memory RegOpenKeyExW=memory RegGetValueW=memory RegOpenKeyExW=memory "
      "RegGetValueW=memory RegOpenKeyExW=memory RegOpenKeyExW=memory malloc=memory "
      "GetModuleFileNameW=memory LoadTypeLibEx=memory RegOpenKeyExW=memory "
