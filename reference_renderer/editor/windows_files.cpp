@@ -5,6 +5,7 @@
 #include "support/win32/long_path.h"
 #include "support/win32/system_text.h"
 #include "support/win32/utf8.h"
+#include "support/win32/whole_transfer.h"
 
 #include <array>
 #include <memory>
@@ -20,7 +21,6 @@ namespace
 
 // A cube of 256 nodes a side with long numbers stays below this.
 constexpr LONGLONG kLargestFile = LONGLONG{1} << 30;
-constexpr DWORD kLargestRead = 1U << 24;
 
 ImportError Unreadable(const std::string& path, const std::string& cause)
 {
@@ -69,27 +69,21 @@ std::string WindowsFiles::Read(const std::string& path) const
 {
     const FileHandle file = Open(path);
     LARGE_INTEGER size{};
-    if (!::GetFileSizeEx(file.get(), &size) || size.QuadPart > kLargestFile)
+    const auto check = [&path](DWORD error) {
+        if (error != ERROR_SUCCESS)
+        {
+            throw Unreadable(path, "cannot be read: " + WordsOf(error) + "; try again");
+        }
+    };
+    check(::GetFileSizeEx(file.get(), &size) != 0 ? ERROR_SUCCESS : ::GetLastError());
+    if (size.QuadPart > kLargestFile)
     {
-        throw Unreadable(path, "is larger than 1 GB, or no plain file; export a smaller LUT");
+        throw Unreadable(path, "is larger than 1 GB; export a smaller LUT");
     }
     std::string bytes(static_cast<std::size_t>(size.QuadPart), '\0');
-    std::size_t done = 0;
-    while (done < bytes.size())
-    {
-        const auto wanted =
-            static_cast<DWORD>(std::min<std::size_t>(bytes.size() - done, kLargestRead));
-        DWORD got = 0;
-        if (!::ReadFile(file.get(), bytes.data() + done, wanted, &got, nullptr))
-        {
-            throw Unreadable(path, "cannot be read: " + WordsOf(::GetLastError()) + "; try again");
-        }
-        if (got == 0)
-        {
-            bytes.resize(done); // somebody shortened the file meanwhile
-        }
-        done += got;
-    }
+    std::size_t read = bytes.size();
+    check(ReadWhole(file.get(), bytes.data(), read));
+    bytes.resize(read); // fewer when somebody has shortened the file meanwhile
     return bytes;
 }
 
@@ -106,13 +100,14 @@ std::string WriteWholeFile(const std::string& path, const std::string& bytes)
     };
     FileHandle file(::CreateFileW(part.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
-    DWORD written = 0;
-    const auto size = static_cast<DWORD>(bytes.size());
-    if (file.get() == INVALID_HANDLE_VALUE ||
-        !::WriteFile(file.get(), bytes.data(), size, &written, nullptr) || written != size ||
-        !::FlushFileBuffers(file.get()))
+    DWORD error = ::GetLastError();
+    if (file.get() != INVALID_HANDLE_VALUE)
     {
-        const DWORD error = ::GetLastError();
+        error = WriteWhole(file.get(), bytes.data(), bytes.size());
+        error = error == ERROR_SUCCESS ? FlushWhole(file.get()) : error;
+    }
+    if (error != ERROR_SUCCESS)
+    {
         file.reset(); // an open file is not deleted
         ::SetLastError(error);
         return failed();

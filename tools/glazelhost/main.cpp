@@ -1,11 +1,8 @@
 // The host program: words in, a command run, one error line and an exit code out.
 
-#include "support/win32/com_scope.h"
 #include "support/win32/utf8.h"
 #include "tools/glazelhost/commands/commands.h"
-#include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/safe_output.h"
-#include "tools/glazelhost/one_line.h"
 #include "tools/glazelhost/page/page_window.h"
 #include "tools/glazelhost/ui/console.h"
 #include "tools/glazelhost/ui/error_line.h"
@@ -18,10 +15,8 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
-#include <exception>
 #include <initializer_list>
 #include <memory>
-#include <new>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -139,45 +134,7 @@ Reporter MakeReporter(ReportStyle style)
     return Reporter(style, {WriteStandardError, SecondsNow, StandardErrorColumns});
 }
 
-// Runs `operation` and turns what it throws into a line and an exit code.
-template <typename Operation>
-ExitCode ResultOf(Reporter& reporter, Operation&& operation)
-{
-    try
-    {
-        operation();
-        return ExitCode::Done;
-    }
-    catch (const HostError& error)
-    {
-        reporter.Fail(OneLine(error.what()));
-        return error.Code();
-    }
-    catch (const std::bad_alloc&)
-    {
-        reporter.Fail("this job: there is not enough memory; render a smaller picture");
-    }
-    catch (const std::exception& error)
-    {
-        reporter.Fail("this job: " + OneLine(error.what()) + "; report this to the makers");
-    }
-    return ExitCode::Failed;
-}
-
-ExitCode Run(const Command& command, Reporter& reporter)
-{
-    return ResultOf(reporter, [&] {
-        const ComScope com(std::holds_alternative<PageCommand>(command));
-        std::visit([&](const auto& chosen) { RunCommand(chosen, reporter); }, command);
-    });
-}
-
 } // namespace
-
-void RunCommand(const TextCommand& command, Reporter& /*reporter*/)
-{
-    WriteStandardOutput(command.text);
-}
 
 // All of the program behind main.
 ExitCode RunProgram()
@@ -199,7 +156,7 @@ ExitCode RunProgram()
         currentStyle = StyleOf(render->progress);
     }
     Reporter reporter = MakeReporter(currentStyle);
-    return Run(command, reporter);
+    return RunToEnd(command, reporter);
 }
 
 } // namespace GlazelHost

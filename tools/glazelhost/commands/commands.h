@@ -3,6 +3,9 @@
 #pragma once
 
 #include "tools/glazelhost/commands/command_line.h"
+#include "tools/glazelhost/host_error.h"
+
+#include <functional>
 
 namespace GlazelHost
 {
@@ -32,5 +35,10 @@ void RunCommand(const InfoCommand& command, Reporter& reporter);
 void RunCommand(const ValidateCommand& command, Reporter& reporter);
 // The text goes to standard output.
 void RunCommand(const TextCommand& command, Reporter& reporter);
+
+// Runs `operation` and turns what it throws into a line of `reporter` and the program's exit code.
+ExitCode ResultOf(Reporter& reporter, const std::function<void()>& operation);
+// The command so, with COM for its time.
+ExitCode RunToEnd(const Command& command, Reporter& reporter);
 
 } // namespace GlazelHost

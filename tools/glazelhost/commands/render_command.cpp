@@ -8,6 +8,7 @@
 #include "tools/glazelhost/plugin/renderer_library.h"
 #include "tools/glazelhost/ui/reporter.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <utility>
@@ -228,6 +229,14 @@ private:
     FrameWriting m_writing; // ends first, as it may break off the reading
 };
 
+// A stream that broke, or has become shorter meanwhile, lacks more frames than the bad one.
+std::int64_t MissingFrames(const RenderCommand& command, const StreamInfo& info,
+                           const FrameLoop& frames)
+{
+    const auto total = FramesToRender(command.frames.value_or(FrameList()), info, std::nullopt);
+    return std::max(frames.Bad(), total.value_or(0) - frames.Written());
+}
+
 } // namespace
 
 void RunCommand(const RenderCommand& command, Reporter& reporter)
@@ -272,11 +281,11 @@ void RunCommand(const RenderCommand& command, Reporter& reporter)
     }
     sink->Finish();
     reporter.Done(output);
-    if (frames.Bad() > 0)
+    if (const std::int64_t missing = MissingFrames(command, info, frames); missing > 0)
     {
         throw HostError(NameOf(command.source.path, "standard input"),
-                        FrameCountText(frames.Bad()) + " could not be read and " +
-                            (frames.Bad() == 1 ? "was" : "were") + " left out",
+                        FrameCountText(missing) + " could not be read and " +
+                            (missing == 1 ? "was" : "were") + " left out",
                         "render the missing ones again from good files");
     }
 }

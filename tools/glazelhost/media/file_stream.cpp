@@ -1,6 +1,7 @@
 #include "tools/glazelhost/media/file_stream.h"
 
 #include "support/win32/file_handle.h"
+#include "support/win32/whole_transfer.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/windows_path.h"
 #include "tools/glazelhost/windows_text.h"
@@ -15,14 +16,6 @@ namespace GlazelHost
 namespace
 {
 
-// One call of the system moves at most so much: large ones fail on some devices and pipes.
-constexpr std::size_t kLargestTransfer = std::size_t{1} << 24;
-
-DWORD TransferSize(std::size_t size) noexcept
-{
-    return static_cast<DWORD>(std::min(size, kLargestTransfer));
-}
-
 // Does not own the handle.
 class HandleReader : public ByteReader
 {
@@ -30,8 +23,12 @@ public:
     HandleReader(HANDLE handle, std::string name) : m_handle(handle), m_name(std::move(name))
     {
         LARGE_INTEGER size{};
-        if (::GetFileType(m_handle) == FILE_TYPE_DISK && ::GetFileSizeEx(m_handle, &size) != 0)
+        if (::GetFileType(m_handle) == FILE_TYPE_DISK)
         {
+            if (::GetFileSizeEx(m_handle, &size) == 0)
+            {
+                ThrowReadingFailed(::GetLastError());
+            }
             m_size = static_cast<std::uint64_t>(size.QuadPart);
         }
     }
@@ -46,8 +43,7 @@ public:
             {
                 return 0;
             }
-            throw HostError(m_name, "reading failed: " + WindowsErrorText(error),
-                            "check the medium that holds it and try again");
+            ThrowReadingFailed(error);
         }
         return count;
     }
@@ -60,6 +56,12 @@ public:
     std::optional<std::uint64_t> Size() const override { return m_size; }
 
 private:
+    [[noreturn]] void ThrowReadingFailed(DWORD error) const
+    {
+        throw HostError(m_name, "reading failed: " + WindowsErrorText(error),
+                        "check the medium that holds it and try again");
+    }
+
     std::uint64_t SkipInFile(std::uint64_t size)
     {
         LARGE_INTEGER place{};
@@ -139,23 +141,24 @@ public:
 
     void Write(const std::byte* source, std::size_t size) override
     {
-        while (size != 0)
-        {
-            DWORD count = 0;
-            if (::WriteFile(m_handle, source, TransferSize(size), &count, nullptr) == 0)
-            {
-                Fail(::GetLastError());
-            }
-            source += count;
-            size -= count;
-        }
+        Check(WriteWhole(m_handle, source, size));
     }
     // What went out is out; nothing has to be renamed.
-    void Commit() override {}
+    void Commit() override
+    {
+        if (::GetFileType(m_handle) == FILE_TYPE_DISK) // a pipe's reader need not be waited for
+        {
+            Check(FlushWhole(m_handle));
+        }
+    }
 
 private:
-    [[noreturn]] static void Fail(DWORD error)
+    static void Check(DWORD error)
     {
+        if (error == ERROR_SUCCESS)
+        {
+            return;
+        }
         if (error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA ||
             error == ERROR_PIPE_NOT_CONNECTED)
         {
@@ -224,7 +227,12 @@ std::vector<std::byte> ReadWholeFile(const std::string& path)
     {
         throw HostError(path, "it is larger than 4 GB", "give a smaller picture");
     }
-    return ReadAtMost(*reader, static_cast<std::size_t>(size));
+    std::vector<std::byte> bytes = ReadAtMost(*reader, static_cast<std::size_t>(size));
+    if (bytes.size() != size)
+    {
+        throw HostError(path, "it became shorter while it was read", "try again");
+    }
+    return bytes;
 }
 
 } // namespace GlazelHost

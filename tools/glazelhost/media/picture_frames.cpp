@@ -65,21 +65,38 @@ PictureSource::PictureSource(const SourceOptions& options, const SequencePattern
     {
         m_info.files.push_back(pattern.PathOf(number));
     }
-    std::string pixels = "8 bits";
-    try
+    m_info.description = DescribeKindOf(m_path) + " pictures " + std::to_string(m_next) + " to " +
+                         std::to_string(m_last);
+    LookAtFirst({first, numbers.end()});
+    ApplyOptions(options);
+}
+
+// The first picture that can be opened says what all are.
+void PictureSource::LookAtFirst(std::span<const std::int64_t> numbers)
+{
+    for (const std::int64_t number : numbers)
     {
-        Open(PathOf(m_next));
-        pixels = m_opened->Description();
+        try
+        {
+            Open(PathOf(number));
+        }
+        catch (const HostError&)
+        {
+            if (number == m_next)
+            {
+                m_failure = std::current_exception(); // reported when its turn to be read comes
+            }
+            continue;
+        }
         m_info.bitsPerChannel = m_opened->BitsPerChannel();
         m_info.light = m_opened->LightOfPixels();
+        m_info.description += ", " + m_opened->Description();
+        if (number != m_next)
+        {
+            m_opened.reset();
+        }
+        return;
     }
-    catch (const HostError&)
-    {
-        m_opened.reset(); // reported when its turn to be read comes
-    }
-    m_info.description = DescribeKindOf(m_path) + " pictures " + std::to_string(m_next) + " to " +
-                         std::to_string(m_last) + ", " + pixels;
-    ApplyOptions(options);
 }
 
 void PictureSource::ApplyOptions(const SourceOptions& options)
@@ -111,6 +128,10 @@ bool PictureSource::Read(Image& image, SampleType type)
     }
     m_path = PathOf(m_next);
     ++m_next; // also when reading fails: the next call goes on behind it
+    if (m_failure)
+    {
+        std::rethrow_exception(std::exchange(m_failure, nullptr));
+    }
     if (!m_opened)
     {
         Open(m_path);
@@ -129,6 +150,7 @@ bool PictureSource::Skip()
     }
     ++m_next;
     m_opened.reset();
+    m_failure = nullptr;
     return true;
 }
 

@@ -7,9 +7,11 @@
 #include "tools/glazelhost/media/picture_codec.h"
 #include "tools/glazelhost/media/sequence_pattern.h"
 
+#include <exception>
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +35,7 @@ public:
 
 private:
     std::string PathOf(std::int64_t number) const;
+    void LookAtFirst(std::span<const std::int64_t> numbers);
     void Open(const std::string& path);
     void ApplyOptions(const SourceOptions& options);
 
@@ -41,7 +44,9 @@ private:
     std::int64_t m_next = 0;
     std::int64_t m_last = 0;
     StreamInfo m_info;
-    std::optional<PictureDecoder> m_opened; // the picture m_next, when it was looked at already
+    // Of the picture m_next, when it was looked at already; at most one.
+    std::optional<PictureDecoder> m_opened;
+    std::exception_ptr m_failure;
 };
 
 class PictureSink final : public FrameSink

@@ -207,8 +207,11 @@ bool RawSource::Read(Image& image, SampleType type)
     Reshape(image, m_info.width, m_info.height, type, !m_isOpaque);
     const bool isSame = IsSame(m_format, type);
     m_bytes.resize(isSame ? 0 : m_frameBytes);
-    if (!CheckWhole(
-            ReadFully(*m_stream, isSame ? image.pixels.data() : m_bytes.data(), m_frameBytes)))
+    std::unique_ptr<ByteReader> stream = std::move(m_stream); // which has ended when this fails
+    const std::size_t bytes =
+        ReadFully(*stream, isSame ? image.pixels.data() : m_bytes.data(), m_frameBytes);
+    m_stream = std::move(stream);
+    if (!CheckWhole(bytes))
     {
         return false;
     }
@@ -226,7 +229,10 @@ bool RawSource::Skip()
         return false;
     }
     ++m_frame;
-    return CheckWhole(m_stream->Skip(m_frameBytes));
+    std::unique_ptr<ByteReader> stream = std::move(m_stream); // as in Read
+    const std::uint64_t bytes = stream->Skip(m_frameBytes);
+    m_stream = std::move(stream);
+    return CheckWhole(bytes);
 }
 
 std::string RawSource::FrameName() const

@@ -24,7 +24,8 @@ public:
               const SourceOptions& options);
 
     const StreamInfo& Info() const noexcept override { return m_info; }
-    // A last frame that is not whole is a HostError; the stream has then ended.
+    // A last frame that is not whole is a HostError, as is one that cannot be read; the stream has
+    // then ended.
     bool Read(Image& image, SampleType type) override;
     bool Skip() override;
     std::string FrameName() const override;

@@ -1,11 +1,11 @@
 #include "tools/glazelhost/media/safe_output.h"
 
 #include "support/win32/file_handle.h"
+#include "support/win32/whole_transfer.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/windows_path.h"
 #include "tools/glazelhost/windows_text.h"
 
-#include <algorithm>
 #include <atomic>
 #include <utility>
 #include <vector>
@@ -127,23 +127,12 @@ public:
 
     void Write(const std::byte* source, std::size_t size) override
     {
-        constexpr std::size_t kLargestWrite = std::size_t{1} << 26;
-        while (size != 0)
-        {
-            DWORD count = 0;
-            const auto wanted = static_cast<DWORD>(std::min(size, kLargestWrite));
-            if (::WriteFile(m_file.get(), source, wanted, &count, nullptr) == 0)
-            {
-                throw HostError(m_path, "writing failed: " + WindowsErrorText(::GetLastError()),
-                                "make room on the disk or choose another folder");
-            }
-            source += count;
-            size -= count;
-        }
+        CheckWritten(WriteWhole(m_file.get(), source, size));
     }
 
     void Commit() override
     {
+        CheckWritten(FlushWhole(m_file.get()));
         DWORD error = ERROR_SUCCESS;
         if (!Unfinished().Unless([&] { error = Rename(); }))
         {
@@ -159,6 +148,15 @@ public:
     }
 
 private:
+    void CheckWritten(DWORD error) const
+    {
+        if (error != ERROR_SUCCESS)
+        {
+            throw HostError(m_path, "writing failed: " + WindowsErrorText(error),
+                            "make room on the disk or choose another folder");
+        }
+    }
+
     void Create()
     {
         // The name owes nothing to the target's, which may be as long as the system allows.
@@ -182,7 +180,7 @@ private:
             error = ::GetLastError();
         }
         throw HostError(m_path, "it cannot be created: " + WindowsErrorText(error),
-                        "check the right to write to its folder");
+                        "check the right to write to its folder and the room on its disk");
     }
 
     // The system's error, or ERROR_SUCCESS. The handle is closed either way.

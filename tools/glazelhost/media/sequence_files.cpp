@@ -13,6 +13,10 @@ namespace GlazelHost
 
 std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
 {
+    const auto fail = [&pattern](DWORD error) {
+        throw HostError(pattern.Path(), "its folder cannot be listed: " + WindowsErrorText(error),
+                        "check the path and the right to read it");
+    };
     std::vector<std::int64_t> numbers;
     WIN32_FIND_DATAW found{};
     const FindHandle search(::FindFirstFileW(WindowsPath(pattern.Folder() + '*').c_str(), &found));
@@ -23,8 +27,7 @@ std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
         {
             return numbers;
         }
-        throw HostError(pattern.Path(), "its folder cannot be listed: " + WindowsErrorText(error),
-                        "check the path and the right to read it");
+        fail(error);
     }
     do
     {
@@ -34,6 +37,10 @@ std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
             numbers.push_back(*number);
         }
     } while (::FindNextFileW(search.get(), &found) != 0);
+    if (const DWORD error = ::GetLastError(); error != ERROR_NO_MORE_FILES)
+    {
+        fail(error); // a shorter sequence would look like a whole one
+    }
     std::ranges::sort(numbers);
     return numbers;
 }

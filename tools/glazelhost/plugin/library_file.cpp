@@ -1,6 +1,8 @@
 #include "tools/glazelhost/plugin/library_file.h"
 
+#include "support/win32/file_handle.h"
 #include "support/win32/utf8.h"
+#include "support/win32/whole_transfer.h"
 #include "tools/glazelhost/one_line.h"
 #include "tools/glazelhost/plugin/pe_image.h"
 #include "tools/glazelhost/windows_text.h"
@@ -19,24 +21,17 @@ namespace GlazelHost
 namespace
 {
 
-struct HandleCloser
-{
-    void operator()(HANDLE handle) const noexcept { ::CloseHandle(handle); }
-};
-using FileHandle = std::unique_ptr<void, HandleCloser>;
-
 constexpr DWORD kLongestPath = 32768; // in characters, with its terminator
 
 // None when it cannot be read whole; the thread's last error then says why.
 std::optional<std::vector<std::byte>> BytesOf(const std::string& path)
 {
-    void* const opened = ::CreateFileW(Wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (opened == INVALID_HANDLE_VALUE)
+    const FileHandle file(::CreateFileW(Wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file.get() == INVALID_HANDLE_VALUE)
     {
         return std::nullopt;
     }
-    const FileHandle file(opened);
     constexpr LONGLONG kLargestLibrary = 1LL << 30;
     LARGE_INTEGER size{};
     if (!::GetFileSizeEx(file.get(), &size) || size.QuadPart > kLargestLibrary)
@@ -44,13 +39,11 @@ std::optional<std::vector<std::byte>> BytesOf(const std::string& path)
         return std::nullopt;
     }
     std::vector<std::byte> bytes(static_cast<std::size_t>(size.QuadPart));
-    DWORD read = 0;
-    if (!::ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr) ||
-        read != bytes.size())
-    {
-        return std::nullopt;
-    }
-    return bytes;
+    std::size_t read = bytes.size();
+    const DWORD error = ReadWhole(file.get(), bytes.data(), read);
+    ::SetLastError(error != ERROR_SUCCESS ? error : ERROR_HANDLE_EOF);
+    return error == ERROR_SUCCESS && read == bytes.size() ? std::optional(std::move(bytes))
+                                                          : std::nullopt;
 }
 
 std::string FolderOf(const std::string& path)

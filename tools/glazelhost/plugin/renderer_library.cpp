@@ -201,7 +201,12 @@ RendererLook RendererLibrary::ImportLook(const std::string& path, std::uint32_t 
                             " bytes, where 1 to " + std::to_string(kLargestRecord) + " are allowed",
                         "use another renderer for this look");
     }
-    look.description = Describe(path, options).description;
+    DescriptionText text = Describe(path, options);
+    if (!text.error.empty()) // the file is read again for it
+    {
+        throw HostError(OneLine(text.error));
+    }
+    look.description = std::move(text.description);
     return look;
 }
 

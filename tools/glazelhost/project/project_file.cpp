@@ -19,9 +19,13 @@ namespace
 // Bytes. With the most keyframes of the largest looks it takes 175 MB.
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 
-StoredProject Read(const std::string& path)
+std::vector<std::byte> Read(const std::string& path)
 {
-    const std::vector<std::byte> bytes = ReadFirstBytes(path, kLargestFile + 1);
+    return ReadFirstBytes(path, kLargestFile + 1);
+}
+
+StoredProject Parse(const std::vector<std::byte>& bytes, const std::string& path)
+{
     if (bytes.size() > kLargestFile)
     {
         ThrowNoProject(path);
@@ -40,7 +44,7 @@ std::string TextOf(const CLSID& classId)
 
 Project OpenProject(const std::string& path, EffectControls& effect)
 {
-    StoredProject stored = Read(path);
+    StoredProject stored = Parse(Read(path), path);
     if (stored.effect != TextOf(effect.ClassId()))
     {
         throw HostError(path, "the project's look belongs to another effect",
@@ -75,9 +79,10 @@ void CheckProjectTarget(const std::string& path, bool overwrite)
     {
         return;
     }
+    const std::vector<std::byte> bytes = Read(path);
     try
     {
-        std::ignore = Read(path);
+        std::ignore = Parse(bytes, path);
     }
     catch (const HostError&)
     {

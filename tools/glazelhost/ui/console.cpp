@@ -1,6 +1,7 @@
 #include "tools/glazelhost/ui/console.h"
 
 #include "support/win32/utf8.h"
+#include "support/win32/whole_transfer.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/windows_text.h"
 
@@ -21,31 +22,19 @@ bool IsConsole(HANDLE handle) noexcept
     return ::GetConsoleMode(handle, &mode) != FALSE;
 }
 
-// False with the thread's last error set.
-bool WriteBytes(HANDLE handle, std::string_view text) noexcept
-{
-    while (!text.empty())
-    {
-        DWORD written = 0;
-        if (!::WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr))
-        {
-            return false;
-        }
-        text.remove_prefix(written);
-    }
-    return true;
-}
-
-bool WriteText(HANDLE handle, std::string_view text)
+// The system's error, or ERROR_SUCCESS.
+DWORD WriteText(HANDLE handle, std::string_view text)
 {
     if (!IsConsole(handle))
     {
-        return WriteBytes(handle, text);
+        return WriteWhole(handle, text.data(), text.size());
     }
     const std::wstring wide = Wide(text);
     DWORD written = 0;
     return ::WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written,
-                           nullptr) != FALSE;
+                           nullptr) != FALSE
+               ? ERROR_SUCCESS
+               : ::GetLastError();
 }
 
 } // namespace
@@ -64,9 +53,10 @@ void WriteStandardError(std::string_view text) noexcept
 
 void WriteStandardOutput(std::string_view text)
 {
-    if (!WriteText(::GetStdHandle(STD_OUTPUT_HANDLE), text))
+    const DWORD error = WriteText(::GetStdHandle(STD_OUTPUT_HANDLE), text);
+    if (error != ERROR_SUCCESS)
     {
-        throw HostError("standard output", WindowsErrorText(::GetLastError()),
+        throw HostError("standard output", "writing failed: " + WindowsErrorText(error),
                         "check where it goes to");
     }
 }

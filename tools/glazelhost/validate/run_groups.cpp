@@ -2,6 +2,7 @@
 
 #include "support/win32/file_handle.h"
 #include "support/win32/utf8.h"
+#include "support/win32/whole_transfer.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/plugin/library_file.h"
 #include "tools/glazelhost/windows_text.h"
@@ -63,12 +64,19 @@ FileHandle MakeOutput()
 std::string Written(HANDLE file)
 {
     LARGE_INTEGER size{};
-    ::GetFileSizeEx(file, &size);
-    ::SetFilePointerEx(file, {}, nullptr, FILE_BEGIN);
+    if (!::GetFileSizeEx(file, &size) || !::SetFilePointerEx(file, {}, nullptr, FILE_BEGIN))
+    {
+        ThrowSystemError("a temporary file");
+    }
     std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
-    DWORD read = 0;
-    ::ReadFile(file, text.data(), static_cast<DWORD>(text.size()), &read, nullptr);
-    text.resize(read);
+    std::size_t count = text.size();
+    const DWORD error = ReadWhole(file, text.data(), count);
+    if (error != ERROR_SUCCESS ||
+        count != text.size()) // what it lacks would be held against a group
+    {
+        ::SetLastError(error != ERROR_SUCCESS ? error : ERROR_HANDLE_EOF);
+        ThrowSystemError("a temporary file");
+    }
     return text;
 }
 
