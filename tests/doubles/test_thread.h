@@ -1,6 +1,11 @@
-// A thread for tests: the toolchain's thread model has no std::thread.
+// A thread for tests, joined at its end: the thread model for Windows has no std::thread.
 #pragma once
 
+#ifndef _WIN32
+#include <thread>
+
+using TestThread = std::jthread; // for tests of pure logic, which need no Join with a time
+#else
 #include <windows.h>
 
 #include <functional>
@@ -42,3 +47,4 @@ private:
     std::function<void()> m_work;
     HANDLE m_handle;
 };
+#endif

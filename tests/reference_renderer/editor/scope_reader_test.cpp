@@ -1,5 +1,6 @@
 #include "reference_renderer/editor/scope_reader.h"
 
+#include "tests/doubles/test_thread.h"
 #include "tests/reference_renderer/core/look_fixtures.h"
 
 #include <gtest/gtest.h>
@@ -54,6 +55,37 @@ TEST(ScopeReader, ASmallFrameIsCountedWhole)
     ASSERT_TRUE(reader.Count(kView, *Prepared(Look()), Detail::Coarse, g_never));
     EXPECT_EQ(reader.After().Pixels(), std::uint64_t{512} * 288);
     EXPECT_EQ(reader.After().Histogram(0)[255], 1U);
+}
+
+// The window counts roughly while a thread counts every pixel.
+TEST(ScopeReader, TwoReadersCountOnePictureAtOnce)
+{
+    const Frame frame(1600, 900);
+    const auto look = Prepared(CubeLook(CubeOf(9, Swirled)));
+    ScopeReader coarse(frame.picture);
+    ScopeReader fine(frame.picture);
+    {
+        const TestThread thread(
+            [&] { EXPECT_TRUE(fine.Count(kView, *look, Detail::Fine, g_never)); });
+        EXPECT_TRUE(coarse.Count(kView, *look, Detail::Coarse, g_never));
+    }
+    ScopeReader alone(frame.picture);
+    EXPECT_TRUE(alone.Count(kView, *look, Detail::Fine, g_never));
+    EXPECT_EQ(fine.After().Histogram(0), alone.After().Histogram(0));
+}
+
+TEST(ScopeReader, ACountThatIsStoppedByAnotherThreadEnds)
+{
+    const Frame frame(1600, 900);
+    const auto look = Prepared(CubeLook(CubeOf(9, Swirled)));
+    ScopeReader reader(frame.picture);
+    std::atomic<bool> stop = false;
+    const TestThread thread([&] {
+        while (reader.Count(kView, *look, Detail::Fine, stop))
+        {
+        }
+    });
+    stop = true;
 }
 
 TEST(ScopeReader, OfALargeFrameSomePixelsAreCountedAtFirstAndThenAllOfThem)

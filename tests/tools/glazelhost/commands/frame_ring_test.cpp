@@ -1,16 +1,16 @@
 #include "tools/glazelhost/commands/frame_ring.h"
 
+#include "tests/doubles/test_thread.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <set>
 
 #ifdef _WIN32
-#include "tests/doubles/test_thread.h"
 #include "tools/glazelhost/commands/stage_thread.h"
 #else
 #include <condition_variable>
-#include <thread>
 #endif
 
 namespace GlazelHost
@@ -21,7 +21,6 @@ namespace
 
 #ifdef _WIN32
 using Gate = StageGate;
-using Thread = TestThread;
 #else
 class Gate
 {
@@ -35,7 +34,6 @@ private:
     std::mutex m_mutex;
     std::condition_variable_any m_changed;
 };
-using Thread = std::jthread;
 #endif
 
 constexpr std::size_t kPlaces = 2;
@@ -54,7 +52,7 @@ TEST(FrameRing, GivesOnEverythingInOrderAndNeverHasMoreThanItsPlacesUnderWay)
     constexpr int kItems = 2000;
     Ring ring;
     std::atomic<int> filled = 0;
-    const Thread filler([&] {
+    const TestThread filler([&] {
         for (int value = 0; value < kItems; ++value)
         {
             int* const place = ring.Free();
@@ -109,7 +107,7 @@ TEST(FrameRing, ClosingWakesWhoWaitsForAFilledPlace)
     Ring ring;
     std::atomic<bool> gotOne = true;
     {
-        const Thread taker([&] { gotOne = ring.Next() != nullptr; });
+        const TestThread taker([&] { gotOne = ring.Next() != nullptr; });
         ring.Close();
     }
     EXPECT_FALSE(gotOne);
@@ -122,7 +120,7 @@ TEST(FrameRing, ClosingWakesWhoWaitsForAFreePlaceAndLeavesNothingToTake)
     Fill(ring, 2);
     std::atomic<bool> gotOne = true;
     {
-        const Thread filler([&] { gotOne = ring.Free() != nullptr; });
+        const TestThread filler([&] { gotOne = ring.Free() != nullptr; });
         ring.Close();
     }
     EXPECT_FALSE(gotOne);
@@ -134,7 +132,7 @@ TEST(FrameRing, IsEmptyOnlyWhenTheLastPlaceIsGivenBack)
 {
     Ring ring;
     std::atomic<int> givenBack = 0;
-    const Thread taker([&] {
+    const TestThread taker([&] {
         while (ring.Next() != nullptr)
         {
             ++givenBack;
