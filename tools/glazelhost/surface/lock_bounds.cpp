@@ -1,18 +1,10 @@
 #include "tools/glazelhost/surface/lock_bounds.h"
 
-#include <cmath>
-
 namespace GlazelHost
 {
 
 namespace
 {
-
-struct Interval
-{
-    double min = 0.0; // doubles hold every 32-bit number; larger ones are outside anyway
-    double max = -1.0;
-};
 
 Interval IntervalOf(const DXBNDS& bounds, DXBNDID dimension) noexcept
 {
@@ -25,18 +17,12 @@ Interval IntervalOf(const DXBNDS& bounds, DXBNDID dimension) noexcept
         return {static_cast<double>(bounds.u.LD[dimension].Min),
                 static_cast<double>(bounds.u.LD[dimension].Max)};
     case DXBT_CONTINUOUS:
-        return {std::floor(static_cast<double>(bounds.u.C[dimension].Min)),
-                std::ceil(static_cast<double>(bounds.u.C[dimension].Max))};
+        return {static_cast<double>(bounds.u.C[dimension].Min),
+                static_cast<double>(bounds.u.C[dimension].Max)};
     case DXBT_CONTINUOUS64:
-        return {std::floor(bounds.u.LC[dimension].Min), std::ceil(bounds.u.LC[dimension].Max)};
+        return {bounds.u.LC[dimension].Min, bounds.u.LC[dimension].Max};
     }
     return {};
-}
-
-// Written so that what is not a number fails.
-bool IsInside(const Interval& interval, int length) noexcept
-{
-    return interval.min >= 0.0 && interval.min < interval.max && interval.max <= length;
 }
 
 } // namespace
@@ -58,14 +44,7 @@ std::optional<Area> AreaOfBounds(const DXBNDS* bounds, int width, int height) no
     {
         return Area{0, 0, width, height};
     }
-    const Interval x = IntervalOf(*bounds, DXB_X);
-    const Interval y = IntervalOf(*bounds, DXB_Y);
-    if (!IsInside(x, width) || !IsInside(y, height))
-    {
-        return std::nullopt;
-    }
-    return Area{static_cast<int>(x.min), static_cast<int>(y.min), static_cast<int>(x.max),
-                static_cast<int>(y.max)};
+    return AreaOf(IntervalOf(*bounds, DXB_X), IntervalOf(*bounds, DXB_Y), width, height);
 }
 
 } // namespace GlazelHost

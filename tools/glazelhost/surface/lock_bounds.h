@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/dxtransform/dxtrans.h"
-#include "tools/glazelhost/surface/area_locks.h"
+#include "tools/glazelhost/surface/area_bounds.h"
 
 #include <optional>
 
@@ -13,9 +13,8 @@ namespace GlazelHost
 // All of {0..width, 0..height}, one layer, one moment.
 DXBNDS BoundsOfSurface(int width, int height) noexcept;
 
-// `bounds` null means the whole surface. Fractions are widened to whole samples; depth and time are
-// ignored, since an image has one of each. None when the area is empty, turned inside out, not a
-// number or not inside width x height.
+// `bounds` null means the whole surface. As AreaOf; depth and time are ignored, since an image has
+// one of each.
 std::optional<Area> AreaOfBounds(const DXBNDS* bounds, int width, int height) noexcept;
 
 } // namespace GlazelHost
