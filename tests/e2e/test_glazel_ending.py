@@ -91,6 +91,16 @@ def test_a_file_that_cannot_grow_is_an_error(clip, tmp_path):
     assert not os.listdir(tmp_path)
 
 
+@pytest.mark.parametrize("words", [["--help"], ["render", "--help"], ["look", "--help"]])
+def test_help_that_cannot_be_written_is_an_error(words):
+    with open("/dev/full", "w") as full:
+        result = subprocess.run([ROOT / "glazel", *words], stdout=full, stderr=subprocess.PIPE,
+                                timeout=DEADLINE, check=False, env=environment())
+    lines = result.stderr.decode().splitlines()
+    assert result.returncode == 1 and len(lines) == 1, lines
+    assert lines[0].startswith("glazel") and "; " in lines[0]
+
+
 def test_a_file_that_appears_meanwhile_is_not_replaced(tmp_path):
     ffmpeg("-f", "lavfi", "-i", "testsrc2=size=320x180:rate=25", "-t", 4, tmp_path / "in.mkv")
     process = begun(tmp_path / "in.mkv", tmp_path)

@@ -24,12 +24,15 @@ def _interrupt(number: int, _frame: FrameType | None) -> None:
 
 
 def main(words: list[str]) -> int:
-    if not words or words[0] in ("--help", "-h", "help"):
-        print(command_line.main_help(), end="", file=sys.stdout if words else sys.stderr)
-        return DONE if words else WRONG_USAGE
+    if not words:
+        print(command_line.main_help(), end="", file=sys.stderr)
+        return WRONG_USAGE
     command, report = words[0], Report("plain")
     failure: Failure | Interrupted
     try:
+        if command in ("--help", "-h", "help"):
+            print(command_line.main_help(), end="", flush=True)
+            return DONE
         options = command_line.parse(command, words[1:])
         if command == "install":
             prepare.install(options.prefix)

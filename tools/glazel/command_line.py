@@ -156,6 +156,10 @@ class _Parser(argparse.ArgumentParser):
             what, why = "command line", message
         raise Failure(what, why, f'see "{self.prog} --help"', WRONG_USAGE)
 
+    def print_help(self, file: Any = None) -> None:
+        # The base class keeps to itself that nobody could be told.
+        print(self.format_help(), end="", file=file, flush=True)
+
 
 def main_help() -> str:
     rows = "\n".join(f"  {name:9} {words[1]}" for name, words in COMMANDS.items())
