@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds everything and runs every test: the pure logic natively under the sanitizers and the fuzzer, what
-# threads share of it under ThreadSanitizer, everything else as Windows programs under Wine. Arguments go to ctest, for instance: ./test.sh -L unit
+# Builds everything and runs every test: the pure logic natively under the sanitizers and the fuzzer,
+# what threads share of it under ThreadSanitizer, everything else as Windows programs under Wine.
+# Arguments go to ctest, for instance: ./test.sh -L unit
 # GLAZEL_PRESETS names other presets than these four: GLAZEL_PRESETS=debug runs with assertions on.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -36,13 +37,14 @@ cleanup() {
 }
 trap cleanup EXIT
 
-# The tests of each preset, one preset after the other; those for Windows with a display.
+# The tests of each preset, one preset after the other, run by a command if one is named:
+# run_tests PRESETS COMMAND ARGUMENTS...
 run_tests() {
   local preset status=0 within=()
+  [ -z "$2" ] || within=("$2")
   for preset in $1; do
     echo "== test-$preset"
-    case $preset in native | fuzz) ;; *) within=(cmake/wine-display.sh) ;; esac
-    "${within[@]}" ctest --preset "$preset" -j "$jobs" --no-tests=error "${@:2}" || status=1
+    "${within[@]}" ctest --preset "$preset" -j "$jobs" --no-tests=error "${@:3}" || status=1
   done
   return $status
 }
@@ -59,11 +61,11 @@ status=0
 set -m # a process group of their own
 (
   renice -n 10 "$BASHPID" >/dev/null
-  run_tests "${native[*]}" "$@"
+  run_tests "${native[*]}" "" "$@"
 ) >"$log/test-native.txt" 2>&1 </dev/null &
 others=$!
 set +m
-run_tests "${windows[*]}" "$@" || status=1
+run_tests "${windows[*]}" cmake/wine-display.sh "$@" || status=1
 wait "$others" || status=1
 others=
 cat "$log/test-native.txt"
