@@ -8,11 +8,13 @@ export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
 # Wine reads the words of a command line by the locale: without UTF-8 other letters would be lost.
 [ "$(locale charmap 2>/dev/null)" = UTF-8 ] || export LC_ALL=C.UTF-8
 # No browser engine, no managed code: their absence must not ask for a download.
-export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+no_extras=mscoree,mshtml=
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-$no_extras}
 
 set_up() {
   # A desktop of Wine's own: with no window manager every closing window would wait for one. And a
   # crash must end a test, not wait for somebody to answer a dialog.
+  WINEDLLOVERRIDES=$no_extras
   wineboot --init &&
     wine reg add 'HKCU\Software\Wine\Explorer' /v Desktop /d Default /f &&
     wine reg add 'HKCU\Software\Wine\Explorer\Desktops' /v Default /d 1280x1024 /f &&
