@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Breaks the product one line at a time, as the rows of tests/mutants/mutants.txt say, and sees whether
 # the tests notice: each such mutant must make one fail. A run of the tests takes some by chance.
-#   ./mutants.sh         all of them, in about half an hour on two cores
+#   ./mutants.sh         all of them, in a quarter of an hour on two cores
 #   ./mutants.sh TEXT    those in whose line of output TEXT stands, such as a file's name
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
