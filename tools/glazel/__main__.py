@@ -68,7 +68,7 @@ def _pass_on(words: list[str]) -> int:
     command = [*system.host_command(), *words]
     if system.WINDOWS:
         return subprocess.run(command, check=False).returncode
-    os.execvpe(command[0], command, system.host_environment(desktop=words[0] == "page"))
+    os.execvpe(command[0], command, system.host_environment(words[0] in ("page", "validate")))
 
 
 if __name__ == "__main__":
