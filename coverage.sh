@@ -30,7 +30,7 @@ fail() {
 : >"$log"
 for preset in coverage-native coverage-windows; do
   targets=()
-  { cmake --preset "$preset"; } >>"$log" 2>&1 || fail "$preset cannot be set up"
+  cmake --preset "$preset" >>"$log" 2>&1 || fail "$preset cannot be set up"
   for folder in "${folders[@]}"; do
     [ ! -d "build/$preset/tests/$folder" ] || targets+=("tests/$folder/all")
   done

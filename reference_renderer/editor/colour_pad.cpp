@@ -118,28 +118,11 @@ PadPoint PadPointOf(const GradeNumbers& numbers, const PadFacts& pad) noexcept
 
 void MoveToPadPoint(GradeNumbers& numbers, const PadFacts& pad, const PadPoint& point) noexcept
 {
-    constexpr int kHalvings = 16;
-    const GradeNumbers start = numbers;
-    if (SetPadPoint(numbers, pad, point))
-    {
-        return;
-    }
-    numbers = start;
-    const PadPoint from = PadPointOf(start, pad);
-    double way = 0.0;
-    double step = 1.0;
-    for (int i = 0; i < kHalvings; ++i)
-    {
-        step /= 2.0;
-        GradeNumbers tried = start;
-        if (SetPadPoint(
-                tried, pad,
-                {std::lerp(from.x, point.x, way + step), std::lerp(from.y, point.y, way + step)}))
-        {
-            way += step;
-            numbers = tried;
-        }
-    }
+    const PadPoint from = PadPointOf(numbers, pad);
+    GoAsFarAsPossible(numbers, [&](GradeNumbers& tried, double way) {
+        return SetPadPoint(tried, pad,
+                           {std::lerp(from.x, point.x, way), std::lerp(from.y, point.y, way)});
+    });
 }
 
 std::array<double, 3> ColourAt(const PadPoint& point) noexcept

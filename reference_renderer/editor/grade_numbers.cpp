@@ -237,26 +237,10 @@ bool SetNumber(GradeNumbers& numbers, Control control, float value) noexcept
 
 void Approach(GradeNumbers& numbers, Control control, float value) noexcept
 {
-    constexpr int kHalvings = 24; // the accuracy of a float
-    if (SetNumber(numbers, control, value))
-    {
-        return;
-    }
-    const GradeNumbers start = numbers;
-    const double from = NumberOf(start, control);
-    double way = 0.0;
-    double step = 1.0;
-    for (int i = 0; i < kHalvings; ++i)
-    {
-        step /= 2.0;
-        GradeNumbers tried = start;
-        if (SetNumber(tried, control,
-                      static_cast<float>(std::lerp(from, double{value}, way + step))))
-        {
-            way += step;
-            numbers = tried;
-        }
-    }
+    const double from = NumberOf(numbers, control);
+    GoAsFarAsPossible(numbers, [&](GradeNumbers& tried, double way) {
+        return SetNumber(tried, control, static_cast<float>(std::lerp(from, double{value}, way)));
+    });
 }
 
 } // namespace ReferenceRenderer

@@ -49,4 +49,30 @@ bool SetNumber(GradeNumbers& numbers, Control control, float value) noexcept;
 // Goes from where the control stands to `value`, or as far that way as SetNumber can.
 void Approach(GradeNumbers& numbers, Control control, float value) noexcept;
 
+// `setAt(numbers, way)` sets the numbers at a place on a way, from 0 for what they are to 1, and
+// says whether a look can have them. They become what it makes of them as near to 1 as it agrees.
+template <typename SetAt>
+void GoAsFarAsPossible(GradeNumbers& numbers, SetAt&& setAt) noexcept
+{
+    constexpr int kHalvings = 24; // the accuracy of a float
+    const GradeNumbers start = numbers;
+    if (setAt(numbers, 1.0))
+    {
+        return;
+    }
+    numbers = start;
+    double way = 0.0;
+    double step = 1.0;
+    for (int i = 0; i < kHalvings; ++i)
+    {
+        step /= 2.0;
+        GradeNumbers tried = start;
+        if (setAt(tried, way + step))
+        {
+            way += step;
+            numbers = tried;
+        }
+    }
+}
+
 } // namespace ReferenceRenderer
