@@ -115,6 +115,10 @@ class WinePrefix:
                     if not OWN_TO_THE_SYSTEM.match(f"[{key}]"):
                         values = [line for line in lines if not line.startswith("#")]  # its time
                         keys[key] = dict(values_of("\n".join(values)))
+        # The copy leaves out a key that has keys and no values.
+        for key in list(keys):
+            while (key := key.rpartition("\\")[0]) and key not in keys:
+                keys[key] = {}
         return keys
 
     def files(self):
@@ -180,7 +184,8 @@ def unescaped(data):
     """A quoted text without quotes; anything else, such as dword:00000001, as it is."""
     if not data.startswith('"'):
         return data
-    return re.sub(r"\\(.)", r"\1", data[1:-1])
+    return re.sub(r"\\(?:x([0-9a-f]{1,4})|(.))",
+                  lambda found: found[2] or chr(int(found[1], 16)), data[1:-1])
 
 
 def changes(before, after):
