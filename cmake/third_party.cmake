@@ -57,39 +57,44 @@ function(glazel_add_test name label)
     set_target_properties(${name} PROPERTIES
       CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/wine-test.sh)
   endif()
-  set(command ${name} --gtest_brief=1)
-  if(arg_ALONE)
-    list(JOIN arg_ALONE ":" alone)
-    gtest_discover_tests(${name}
-      TEST_FILTER ${alone}
-      DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-      WORKING_DIRECTORY ${folder}
-      PROPERTIES LABELS ${label} TIMEOUT 120 ${arg_PROPERTIES})
-    if(alone STREQUAL "*")
-      return()
-    endif()
-    list(APPEND command --gtest_filter=-${alone})
-  endif()
   if(NOT arg_SHARDS)
     set(arg_SHARDS 1)
   endif()
-  foreach(shard RANGE 1 ${arg_SHARDS})
-    set(test ${name})
-    if(arg_SHARDS GREATER 1)
-      string(APPEND test .${shard})
-    endif()
-    math(EXPR index "${shard} - 1")
-    add_test(NAME ${test} COMMAND ${command} WORKING_DIRECTORY ${folder})
-    set_tests_properties(${test} PROPERTIES
-      LABELS ${label} TIMEOUT 300
-      ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}"
-      ${arg_PROPERTIES})
-  endforeach()
+  set(guards none)
   if(arg_GUARDED)
-    foreach(side IN ITEMS after before)
-      add_test(NAME ${name}.guarded_${side} COMMAND ${command} WORKING_DIRECTORY ${folder})
-      set_tests_properties(${name}.guarded_${side} PROPERTIES
-        LABELS ${label} TIMEOUT 300 ENVIRONMENT "GLAZEL_GUARD=${side}" ${arg_PROPERTIES})
-    endforeach()
+    list(APPEND guards after before)
   endif()
+  foreach(guard IN LISTS guards)
+    set(suffix)
+    if(NOT guard STREQUAL none)
+      set(suffix .guarded_${guard})
+    endif()
+    set(properties LABELS ${label} ${arg_PROPERTIES})
+    set(environment GLAZEL_GUARD=${guard})
+    set(command ${name} --gtest_brief=1)
+    if(arg_ALONE)
+      list(JOIN arg_ALONE ":" alone)
+      gtest_discover_tests(${name}
+        TEST_FILTER ${alone}
+        TEST_SUFFIX "${suffix}"
+        TEST_LIST ${name}${suffix}
+        DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+        WORKING_DIRECTORY ${folder}
+        PROPERTIES ${properties} TIMEOUT 120 ENVIRONMENT ${environment})
+      if(alone STREQUAL "*")
+        continue()
+      endif()
+      list(APPEND command --gtest_filter=-${alone})
+    endif()
+    foreach(shard RANGE 1 ${arg_SHARDS})
+      set(test ${name})
+      if(arg_SHARDS GREATER 1)
+        string(APPEND test .${shard})
+      endif()
+      math(EXPR index "${shard} - 1")
+      add_test(NAME ${test}${suffix} COMMAND ${command} WORKING_DIRECTORY ${folder})
+      set_tests_properties(${test}${suffix} PROPERTIES ${properties} TIMEOUT 300
+        ENVIRONMENT "${environment};GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}")
+    endforeach()
+  endforeach()
 endfunction()

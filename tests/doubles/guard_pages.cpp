@@ -27,9 +27,9 @@ GuardedSide AskEnvironment() noexcept
     std::array<wchar_t, 8> side{};
     const DWORD length =
         ::GetEnvironmentVariableW(kGuardVariable, side.data(), static_cast<DWORD>(side.size()));
-    return length == 0       ? GuardedSide::None
-           : side[0] == L'a' ? GuardedSide::Behind
-                             : GuardedSide::Before;
+    return length == 0 || side[0] == L'n' ? GuardedSide::None
+           : side[0] == L'a'              ? GuardedSide::Behind
+                                          : GuardedSide::Before;
 }
 
 } // namespace

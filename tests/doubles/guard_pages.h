@@ -15,8 +15,8 @@ GuardPages TakePages(std::size_t size, bool behind) noexcept;
 // Nobody can touch the block's pages from here on, until thousands of others were locked away.
 void LockAway(void* block) noexcept;
 
-// Against which side the environment wants every block of the program: GLAZEL_GUARD=after or
-// before.
+// Against which side the environment wants every block of the program: GLAZEL_GUARD=after,
+// before or none.
 enum class GuardedSide
 {
     Unknown,
