@@ -33,12 +33,13 @@ target_compile_options(gtest PRIVATE $<$<CONFIG:Release>:-O0>)
 include(GoogleTest)
 
 # A test program: glazel_add_test(NAME label SOURCES ... LIBS ...). `label` is one of
-# unit component ui registration install fuzz bench. A program is one CTest test, or SHARDS of them,
-# for long ones, which run at the same time. ALONE names tests, as --gtest_filter does, that run in a
-# process of their own each: those that need one in which a state of the process is as it starts.
-# FOLDER names a folder below bin/ for programs that must not find the other programs' DLLs around
-# them. OPTIMISED compiles it like the product. GUARDED programs, which use tests/doubles/guard_pages.h,
-# run twice more, with every block of memory against a page that nobody can touch.
+# unit component ui registration install fuzz bench; those of ui share the display, one at a time. A
+# program is one CTest test, or SHARDS of them, for long ones, which run at the same time. ALONE names
+# tests, as --gtest_filter does, that run in a process of their own each: those that need one in which
+# a state of the process is as it starts. FOLDER names a folder below bin/ for programs that must not
+# find the other programs' DLLs around them. OPTIMISED compiles it like the product. GUARDED programs,
+# which use tests/doubles/guard_pages.h, run twice more, with every block of memory against a page that
+# nobody can touch.
 function(glazel_add_test name label)
   cmake_parse_arguments(PARSE_ARGV 2 arg "OPTIMISED;GUARDED" "FOLDER;SHARDS" "ALONE;SOURCES;LIBS;PROPERTIES")
   set(folder ${CMAKE_BINARY_DIR}/bin)
@@ -60,6 +61,10 @@ function(glazel_add_test name label)
   if(NOT arg_SHARDS)
     set(arg_SHARDS 1)
   endif()
+  if(label STREQUAL ui)
+    # One of them after the other, so they begin before all others.
+    list(APPEND arg_PROPERTIES RESOURCE_LOCK display COST 200)
+  endif()
   set(guards none)
   if(arg_GUARDED)
     list(APPEND guards after before)
@@ -69,7 +74,6 @@ function(glazel_add_test name label)
     if(NOT guard STREQUAL none)
       set(suffix .guarded_${guard})
     endif()
-    set(properties LABELS ${label} ${arg_PROPERTIES})
     set(environment GLAZEL_GUARD=${guard})
     set(command ${name} --gtest_brief=1)
     if(arg_ALONE)
@@ -80,7 +84,7 @@ function(glazel_add_test name label)
         TEST_LIST ${name}${suffix}
         DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
         WORKING_DIRECTORY ${folder}
-        PROPERTIES ${properties} TIMEOUT 120 ENVIRONMENT ${environment})
+        PROPERTIES LABELS ${label} TIMEOUT 120 ENVIRONMENT ${environment} ${arg_PROPERTIES})
       if(alone STREQUAL "*")
         continue()
       endif()
@@ -93,8 +97,10 @@ function(glazel_add_test name label)
       endif()
       math(EXPR index "${shard} - 1")
       add_test(NAME ${test}${suffix} COMMAND ${command} WORKING_DIRECTORY ${folder})
-      set_tests_properties(${test}${suffix} PROPERTIES ${properties} TIMEOUT 300
-        ENVIRONMENT "${environment};GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}")
+      set_tests_properties(${test}${suffix} PROPERTIES
+        LABELS ${label} TIMEOUT 300
+        ENVIRONMENT "${environment};GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}"
+        ${arg_PROPERTIES})
     endforeach()
   endforeach()
 endfunction()
