@@ -17,7 +17,7 @@ packages=(
 test_packages=(
   git
   # native tests of the pure logic; clang as a second compiler, formatter and linter
-  g++ clang clang-format clang-tidy libclang-rt-dev
+  g++ clang lld clang-format clang-tidy libclang-rt-dev
   googletest
   # windows without a screen
   xvfb xauth
