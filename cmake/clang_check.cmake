@@ -1,7 +1,7 @@
 # A second compiler's opinion: glazel_clang_check(target) has clang read the C++ sources of `target`
 # for the same Windows target, with its definitions and our warnings as errors, whenever they change.
-# It makes no code. It uses no precompiled headers and reads each file alone, so it also finds what
-# forgets to include what it uses. Does nothing in native builds and where there is no clang.
+# It makes no code. It uses no precompiled headers, and reads as many files at once as the compiler
+# does. Does nothing in native builds and where there is no clang.
 find_program(GLAZEL_CLANGXX NAMES clang++)
 
 # clang is to read the cross compiler's headers and nothing of this machine's. The compiler's own
@@ -29,15 +29,31 @@ function(glazel_clang_check target)
   # Only our own headers are held to our warnings.
   set(others "$<FILTER:$<TARGET_PROPERTY:${target},INCLUDE_DIRECTORIES>,EXCLUDE,^${PROJECT_SOURCE_DIR}$>")
   set(definitions "$<TARGET_PROPERTY:${target},COMPILE_DEFINITIONS>")
-  set(stamps)
+  set(units)
+  set(read 0)
   foreach(source IN LISTS sources)
     if(NOT source MATCHES "\\.cpp$")
       continue()
     endif()
     get_filename_component(path ${source} ABSOLUTE BASE_DIR ${folder})
-    get_filename_component(name ${source} NAME)
-    set(stamp ${CMAKE_BINARY_DIR}/clang/${target}/${name}.ok)
-    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/clang/${target})
+    get_filename_component(name ${source} NAME_WE)
+    get_source_file_property(unit ${path} TARGET_DIRECTORY ${target} UNITY_GROUP)
+    get_source_file_property(own_options ${path} TARGET_DIRECTORY ${target} COMPILE_OPTIONS)
+    if(own_options OR NOT GLAZEL_UNITY)
+      set(unit ${name})
+    elseif(NOT unit)
+      math(EXPR unit "${read} / 8")
+      math(EXPR read "${read} + 1")
+    endif()
+    list(APPEND units ${unit})
+    string(APPEND unit_${unit} "#include \"${path}\"\n")
+  endforeach()
+  list(REMOVE_DUPLICATES units)
+  set(stamps)
+  foreach(unit IN LISTS units)
+    set(path ${CMAKE_BINARY_DIR}/clang/${target}/${unit}.cpp)
+    file(CONFIGURE OUTPUT ${path} CONTENT "${unit_${unit}}" @ONLY)
+    set(stamp ${path}.ok)
     add_custom_command(OUTPUT ${stamp}
       COMMAND ${GLAZEL_CLANGXX} --target=x86_64-w64-windows-gnu -std=c++20 -fsyntax-only
         -nostdlibinc -I${PROJECT_SOURCE_DIR}
@@ -48,7 +64,7 @@ function(glazel_clang_check target)
       COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
       DEPENDS ${path}
       DEPFILE ${stamp}.d
-      COMMENT "clang reads ${name} of ${target}"
+      COMMENT "clang reads ${target}"
       COMMAND_EXPAND_LISTS VERBATIM)
     list(APPEND stamps ${stamp})
   endforeach()

@@ -1,7 +1,6 @@
 # The headers of others that most files here include are parsed once for all of them. A header of ours
 # that forgets one would go unnoticed that way, and where several sources are compiled at once; so
-# clang reads each source of the product alone (clang_check.cmake), and so do clang-tidy and the debug
-# preset.
+# clang-tidy and the debug preset read each source alone.
 option(GLAZEL_PRECOMPILE "Parse headers of others once for many files" ON)
 
 set(precompiled_standard
