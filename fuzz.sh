@@ -4,7 +4,7 @@
 #   ./fuzz.sh TARGET [SECONDS]   runs one, for a minute unless told otherwise
 #   ./fuzz.sh all [SECONDS]      runs each of them for that long
 # What a target learns stays in build/corpus/TARGET for the next time. An input that breaks something
-# is written to build/fuzz/found/ and ends the run: it goes into tests/fuzz/seeds/TARGET, and as an
+# is written to build/found/ and ends the run: it goes into tests/fuzz/seeds/TARGET, and as an
 # ordinary test into those of the reader.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -36,8 +36,8 @@ chosen=$1 seconds=${2-60}
 
 ./setup.sh
 log=build/log/fuzz.txt
-mkdir -p build/log build/fuzz/found
-if ! { cmake --preset fuzz && cmake --build --preset fuzz --target "${targets[@]/%/_fuzz}"; } \
+mkdir -p build/log build/found
+if ! { cmake --preset native && cmake --build --preset native --target "${targets[@]/%/_fuzz}"; } \
   >"$log" 2>&1; then
   echo "fuzz: the build failed; see $log" >&2
   exit 1
@@ -47,10 +47,10 @@ for target in "${targets[@]}"; do
   mkdir -p "${corpora[0]}"
   [ ! -d "tests/fuzz/seeds/$target" ] || corpora+=("tests/fuzz/seeds/$target")
   echo "== $target, $seconds s"
-  if ! "build/fuzz/bin/${target}_fuzz" -max_total_time="$seconds" -timeout=20 -print_final_stats=1 \
-    -artifact_prefix="build/fuzz/found/$target-" "${corpora[@]}" >"build/log/fuzz-$target.txt" 2>&1; then
+  if ! "build/native/bin/${target}_fuzz" -max_total_time="$seconds" -timeout=20 -print_final_stats=1 \
+    -artifact_prefix="build/found/$target-" "${corpora[@]}" >"build/log/fuzz-$target.txt" 2>&1; then
     tail -n 30 "build/log/fuzz-$target.txt" >&2
-    echo "fuzz: $target found something: see build/log/fuzz-$target.txt and build/fuzz/found/" >&2
+    echo "fuzz: $target found something: see build/log/fuzz-$target.txt and build/found/" >&2
     exit 1
   fi
   sed -n 's/^stat::number_of_executed_units: */inputs: /p' "build/log/fuzz-$target.txt"

@@ -2,13 +2,13 @@
 # Builds everything and runs every test: the pure logic natively under the sanitizers and the fuzzer,
 # what threads share of it under ThreadSanitizer, everything else as Windows programs under Wine.
 # Arguments go to ctest, for instance: ./test.sh -L unit
-# GLAZEL_PRESETS names other presets than these four: GLAZEL_PRESETS=debug runs with assertions on.
+# GLAZEL_PRESETS names other presets than these three: GLAZEL_PRESETS=debug runs with assertions on.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 ./setup.sh
 
 jobs=$(nproc)
-read -r -a presets <<<"${GLAZEL_PRESETS:-native fuzz tsan release}"
+read -r -a presets <<<"${GLAZEL_PRESETS:-native tsan release}"
 log=build/log
 mkdir -p "$log"
 

@@ -49,6 +49,6 @@ else()
   endif()
   if(GLAZEL_FUZZ)
     target_compile_options(glazel_options INTERFACE
-      -fsanitize=fuzzer-no-link,float-cast-overflow)
+      -fsanitize=float-cast-overflow $<$<NOT:${is_test}>:-fsanitize=fuzzer-no-link>)
   endif()
 endif()
