@@ -7,7 +7,6 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 ./setup.sh
 
-jobs=$(nproc)
 read -r -a presets <<<"${GLAZEL_PRESETS:-native tsan release}"
 log=build/log
 mkdir -p "$log"
@@ -24,12 +23,22 @@ step() {
   fi
 }
 
-step format cmake/check_format.sh
-step tidy cmake/check_tidy.sh --changed
+build() {
+  for preset in "$@"; do
+    step "configure-$preset" cmake --preset "$preset"
+    step "build-$preset" cmake --build --preset "$preset"
+  done
+}
+
+native=() windows=()
 for preset in "${presets[@]}"; do
-  step "configure-$preset" cmake --preset "$preset"
-  step "build-$preset" cmake --build --preset "$preset"
+  case $preset in
+    native | tsan) native+=("$preset") ;;
+    *) windows+=("$preset") ;;
+  esac
 done
+step format cmake/check_format.sh
+build "${windows[@]}"
 
 others=
 cleanup() {
@@ -37,36 +46,31 @@ cleanup() {
 }
 trap cleanup EXIT
 
-# The tests of each preset, one preset after the other, run by a command if one is named:
-# run_tests PRESETS COMMAND ARGUMENTS...
+# The tests of each preset, one preset after the other, so many at a time, run by a command if one
+# is named: run_tests PRESETS JOBS COMMAND ARGUMENTS...
 run_tests() {
   local preset status=0 within=()
-  [ -z "$2" ] || within=("$2")
+  [ -z "$3" ] || within=("$3")
   for preset in $1; do
     echo "== test-$preset"
-    "${within[@]}" ctest --preset "$preset" -j "$jobs" --no-tests=error "${@:3}" || status=1
+    "${within[@]}" ctest --preset "$preset" -j "$2" --no-tests=error "${@:4}" || status=1
   done
   return $status
 }
 
-# Windows tests wait a good deal, native ones never: these run in what time those leave.
-native=() windows=()
-for preset in "${presets[@]}"; do
-  case $preset in
-    native | fuzz | tsan) native+=("$preset") ;;
-    *) windows+=("$preset") ;;
-  esac
-done
+# Windows tests wait a good deal, all else never does: it runs in what time those leave.
 status=0
-set -m # a process group of their own
+set -m # a process group of its own
 (
   renice -n 10 "$BASHPID" >/dev/null
-  run_tests "${native[*]}" "" "$@"
-) >"$log/test-native.txt" 2>&1 </dev/null &
+  build "${native[@]}"
+  step tidy cmake/check_tidy.sh --changed
+  run_tests "${native[*]}" "$(nproc)" "" "$@"
+) >"$log/beside.txt" 2>&1 </dev/null &
 others=$!
 set +m
-run_tests "${windows[*]}" cmake/wine-display.sh "$@" || status=1
+run_tests "${windows[*]}" $(($(nproc) + 1)) cmake/wine-display.sh "$@" || status=1
 wait "$others" || status=1
 others=
-cat "$log/test-native.txt"
+cat "$log/beside.txt"
 exit $status
