@@ -25,7 +25,8 @@ DEADLINE = 120  # seconds that no run ever needs
 
 def environment():
     # No test here opens a window, and none may depend on the tester's own settings.
-    kept = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "GLAZEL_RENDERER")}
+    kept = {k: v for k, v in os.environ.items()
+            if k not in ("DISPLAY", "GLAZEL_RENDERER") and not k.startswith("PYTHON")}
     return kept | {"GLAZEL_BUILD": str(BUILD)}
 
 

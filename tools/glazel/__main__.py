@@ -52,6 +52,8 @@ def main(words: list[str]) -> int:
     except OSError as error:
         why = f"the system says: {error.strerror}"
         failure = Failure(error.filename or command, why, "check the disk and your rights")
+        # Python writes what is left of a help at its end, fails again and says so in its own words.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
     except Exception as error:  # a person gets a line, not our insides
         why = f"{type(error).__name__}: {error}"
         failure = Failure(command, why, "report this to the makers")
