@@ -4,6 +4,7 @@
 #include "contract/class_ids.h"
 #include "contract/host_interfaces.h"
 #include "platform/dxtransform/dxtrans.h"
+#include "support/win32/slim_lock.h"
 #include "tests/doubles/zoo/own_folder.h"
 
 #include <windows.h>
@@ -15,6 +16,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <mutex>
 #include <string>
 
 namespace
@@ -201,15 +203,17 @@ const Animal kAnimals[]{
 // clang-format on
 
 const Animal* self = nullptr;
+constinit SlimLock breeding;
 
 bool Is(const char* name)
 {
     return std::strcmp(self->name, name) == 0;
 }
 
-// Once an object of the class exists, its table can be changed.
+// Once an object of the class exists, its table can be changed: by one thread, for all.
 void Breed()
 {
+    const std::scoped_lock lock(breeding);
     IClassFactory* factory = nullptr;
     if (self->classId == nullptr || original != nullptr ||
         FAILED(Real<HRESULT(REFCLSID, REFIID, void**)>("DllGetClassObject")(
