@@ -80,6 +80,7 @@ void RunGroup(const ValidateCommand& command)
             if (command.group == group.name)
             {
                 Check check(FullPath(command.file), group.name, command.options, findings);
+                findings.Begin();
                 try
                 {
                     group.run(check);

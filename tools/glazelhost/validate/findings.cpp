@@ -17,6 +17,9 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kMostReasons = 20;
 
+constexpr const char* kBegun = "begun";
+constexpr const char* kFinished = "finished";
+
 std::string Line(const char* kind, const std::string& text)
 {
     return Json{{kind, text}}.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -68,13 +71,24 @@ void Findings::Tell(const char* kind, const std::string& text)
     }
 }
 
+void Findings::Begin()
+{
+    m_write(Line(kBegun, ""));
+}
+
 void Findings::Finish()
 {
     if (m_untold != 0)
     {
         m_write(Line("note", "and " + std::to_string(m_untold) + " more"));
     }
-    m_write(Line("finished", ""));
+    m_write(Line(kFinished, ""));
+}
+
+bool IsLost(std::string_view output)
+{
+    return output.find(Line(kBegun, "")) == std::string_view::npos ||
+           output.find("wine client error:") != std::string_view::npos;
 }
 
 void ReadFindings(std::string_view output, const ProcessEnding& ending, GroupResult& result)
@@ -96,11 +110,11 @@ void ReadFindings(std::string_view output, const ProcessEnding& ending, GroupRes
             continue;
         }
         const std::string& kind = finding.begin().key();
-        finished = finished || kind == "finished";
+        finished = finished || kind == kFinished;
         failed = failed || kind == "failure";
         warned = warned || kind == "warning";
         skipped = skipped || kind == "skipped";
-        if (kind != "finished")
+        if (kind != kBegun && kind != kFinished)
         {
             result.reasons.push_back(finding.front().get<std::string>());
         }

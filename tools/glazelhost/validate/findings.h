@@ -51,6 +51,8 @@ public:
     // `write` gets whole lines.
     explicit Findings(std::function<void(const std::string&)> write) : m_write(std::move(write)) {}
 
+    // The group's process is there: from now on what happens is the file's doing.
+    void Begin();
     void Fail(const std::string& text) { Tell("failure", text); }
     void Warn(const std::string& text) { Tell("warning", text); }
     // The group cannot be asked here; what was found before counts.
@@ -84,6 +86,10 @@ struct GroupResult
     std::vector<std::string> reasons;
     double seconds = 0.0;
 };
+
+// Whether its output says that the system lost a process that has ended: before Begin, or with its
+// connection to Wine's server. That says nothing about the file.
+bool IsLost(std::string_view output);
 
 // State and reasons out of what Findings wrote; lines of anybody else are the words of a crash.
 void ReadFindings(std::string_view output, const ProcessEnding& ending, GroupResult& result);

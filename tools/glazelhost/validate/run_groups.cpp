@@ -122,8 +122,7 @@ std::vector<std::string> OpenWindowsOf(DWORD process)
     return search.titles;
 }
 
-// Wine 8 loses one process in some 1,500 on its way up and says "internal error"; nothing has
-// run in it then.
+// Wine 8 loses one process in some 1,500: it says "internal error", or the process tells of it.
 constexpr int kMostStarts = 5;
 
 // One group at work.
@@ -132,7 +131,8 @@ class GroupRun
 public:
     GroupRun(const CheckGroup& group, std::size_t place, const std::string& file,
              const ValidateOptions& options, HANDLE job)
-        : m_group(&group), m_place(place), m_timeLimit(options.timeLimit), m_output(MakeOutput())
+        : m_group(&group), m_place(place), m_timeLimit(options.timeLimit), m_job(job),
+          m_output(MakeOutput())
     {
         std::string command = Quoted(PathOfModule(nullptr)) + " validate " + Quoted(file) +
                               " --run-group " + group.name + " --seed " +
@@ -141,32 +141,29 @@ public:
         {
             command += " --renderer " + Quoted(options.rendererFolder);
         }
-        std::wstring words = Wide(command);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput = m_output.get();
-        startup.hStdError = m_output.get();
-        PROCESS_INFORMATION process{};
-        m_begin = ::GetTickCount64();
-        int starts = 1;
-        while (!::CreateProcessW(nullptr, words.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
-                                 nullptr, nullptr, &startup, &process))
-        {
-            if (::GetLastError() != ERROR_INTERNAL_ERROR || ++starts > kMostStarts)
-            {
-                ThrowSystemError("a process for a group of checks");
-            }
-        }
-        m_process.reset(process.hProcess);
-        m_processId = process.dwProcessId;
-        const FileHandle thread(process.hThread);
-        ::AssignProcessToJobObject(job, process.hProcess);
-        ::ResumeThread(thread.get());
+        m_command = Wide(command);
+        Start();
     }
 
     HANDLE Process() const noexcept { return m_process.get(); }
     std::size_t Place() const noexcept { return m_place; }
+
+    // Whether the system had lost it, and it is at work once more.
+    bool IsStartedAgain()
+    {
+        if (m_starts >= kMostStarts || ::WaitForSingleObject(Process(), 0) != WAIT_OBJECT_0 ||
+            !IsLost(Written(m_output.get())))
+        {
+            return false;
+        }
+        if (!::SetFilePointerEx(m_output.get(), {}, nullptr, FILE_BEGIN) ||
+            !::SetEndOfFile(m_output.get()))
+        {
+            ThrowSystemError("a temporary file");
+        }
+        Start();
+        return true;
+    }
 
     // Milliseconds; 0 when the time is over.
     DWORD TimeLeft() const noexcept
@@ -198,9 +195,38 @@ public:
     }
 
 private:
+    void Start()
+    {
+        std::wstring words = m_command; // CreateProcessW writes into it
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = m_output.get();
+        startup.hStdError = m_output.get();
+        PROCESS_INFORMATION process{};
+        m_begin = ::GetTickCount64();
+        ++m_starts;
+        while (!::CreateProcessW(nullptr, words.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                                 nullptr, nullptr, &startup, &process))
+        {
+            if (::GetLastError() != ERROR_INTERNAL_ERROR || ++m_starts > kMostStarts)
+            {
+                ThrowSystemError("a process for a group of checks");
+            }
+        }
+        m_process.reset(process.hProcess);
+        m_processId = process.dwProcessId;
+        const FileHandle thread(process.hThread);
+        ::AssignProcessToJobObject(m_job, process.hProcess);
+        ::ResumeThread(thread.get());
+    }
+
     const CheckGroup* m_group;
     std::size_t m_place;
     unsigned m_timeLimit; // seconds
+    HANDLE m_job;
+    std::wstring m_command;
+    int m_starts = 0;
     ULONGLONG m_begin = 0;
     FileHandle m_output;
     FileHandle m_process;
@@ -255,6 +281,10 @@ std::vector<GroupResult> RunGroups(const std::string& file,
             ++next;
         }
         const auto ended = runs.begin() + static_cast<std::ptrdiff_t>(WaitForOne(runs));
+        if (ended->IsStartedAgain())
+        {
+            continue;
+        }
         results[ended->Place()] = ended->Result();
         isThere[ended->Place()] = true;
         std::swap(*ended, runs.back());

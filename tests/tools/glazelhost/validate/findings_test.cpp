@@ -27,9 +27,24 @@ GroupResult ResultOf(const ProcessEnding& ending, Find&& find, const std::string
 
 } // namespace
 
+TEST(Findings, AProcessThatEndsBeforeItIsThereOrWithoutItsConnectionIsLost)
+{
+    std::string output;
+    Findings findings([&output](const std::string& line) { output += line; });
+    EXPECT_TRUE(IsLost(output));
+    EXPECT_TRUE(IsLost("wine: could not load kernel32.dll\n"));
+    findings.Begin();
+    EXPECT_FALSE(IsLost(output));
+    EXPECT_FALSE(IsLost("a DLL's own words\n" + output + "wine: Unhandled page fault\n"));
+    EXPECT_TRUE(IsLost(output + "wine client error:0: sendmsg: Broken pipe\n"));
+}
+
 TEST(Findings, NothingFoundIsPassed)
 {
-    const GroupResult result = ResultOf({}, [](Findings& findings) { findings.Finish(); });
+    const GroupResult result = ResultOf({}, [](Findings& findings) {
+        findings.Begin();
+        findings.Finish();
+    });
     EXPECT_EQ(result.state, GroupState::Passed);
     EXPECT_EQ(result.reasons, Texts{});
 }
