@@ -53,9 +53,20 @@ run_tests() {
   [ -z "$3" ] || within=("$3")
   for preset in $1; do
     echo "== test-$preset"
-    "${within[@]}" ctest --preset "$preset" -j "$2" --no-tests=error "${@:4}" || status=1
+    "${within[@]}" ctest --preset "$preset" -j "$2" --no-tests=error "${@:4}" 2>&1 |
+      sed -u -E '/^ +Start +[0-9]+: /d; s/ \.{4,} *([A-Z*])/ ... \1/' || status=1
   done
   return $status
+}
+
+# What the failed tests of a preset said, once more: it stands far above the end.
+said=Testing/Temporary/LastTest.log
+for preset in "${presets[@]}"; do rm -f "build/$preset/$said"; done
+show_failures() {
+  [ -e "build/$1/$said" ] || return 0
+  awk '/^[0-9]+\/[0-9]+ Testing: / { said = "" }
+       { said = said $0 "\n" }
+       /^Test Failed\.$/ { printf "%s\n", said }' "build/$1/$said"
 }
 
 # Windows tests wait a good deal, all else never does: it runs in what time those leave.
@@ -73,4 +84,8 @@ run_tests "${windows[*]}" $(($(nproc) + 1)) cmake/wine-display.sh "$@" || status
 wait "$others" || status=1
 others=
 cat "$log/beside.txt"
+if [ $status != 0 ]; then
+  echo "== failed"
+  for preset in "${presets[@]}"; do show_failures "$preset" | tail -n 150; done
+fi
 exit $status
