@@ -6,10 +6,11 @@
 
 #include <windows.h>
 
-// What one call of the system moves at most: large ones fail on some devices and pipes.
+// What one call of the system moves at most: large ones fail on some devices and pipes, and Wine
+// touches each page of all the room that is given at each reading, however little there is to read.
 inline DWORD TransferSize(std::size_t size) noexcept
 {
-    return static_cast<DWORD>(std::min(size, std::size_t{1} << 24));
+    return static_cast<DWORD>(std::min(size, std::size_t{1} << 18));
 }
 
 // The system's error, or ERROR_SUCCESS. `size` becomes how many bytes there were: fewer only at the
