@@ -394,7 +394,7 @@ def test_the_front_door_knows_every_option_of_the_host_program(command):
     def options(text):
         return set(re.findall(r"^ +(?:-h,)?(--[a-z-]+)", text.decode(), re.MULTILINE))
     # What only the front door says to it.
-    own = {"--opaque", "--range", "--matrix", "--chroma", "--help"}
+    own = {"--opaque", "--luma-weights", "--range", "--matrix", "--chroma", "--help"}
     known = options(run([GLAZEL, command, "--help"]).output.replace(b"-h, --", b"--"))
     missing = options(host(command, "--help").output) - known - own
     assert not missing

@@ -63,6 +63,20 @@ def test_deep_raw_streams_equal_the_deep_picture(name, tmp_path):
         assert np.array_equal(graded, expected)
 
 
+def test_codes_of_ycbcr_are_what_the_filter_for_their_matrix_makes_of_them():
+    noise = np.random.default_rng(8).integers(28000, 37000, (3, 12, 16), np.uint16)  # all in RGB
+    shape = ("--size", "16x12", "--output-format", "gbrf32")
+    planes = ("-f", "rawvideo", "-s", "16x12", "-pix_fmt", "yuv444p16le", "-i", "-", "-vf",
+              "zscale=min=170m:rin=limited:m=gbr:r=full,format=gbrpf32le", "-f", "rawvideo", "-")
+    ours = render("-", "-", *shape, "--input-format", "yuv16", "--luma-weights", "0.299,0.114",
+                  data=noise.tobytes())
+    theirs = render("-", "-", *shape, "--input-format", "gbrf32",
+                    data=ffmpeg(*planes, data=noise.tobytes()))
+    found, expected = (np.frombuffer(succeed(done).output, np.float32) for done in (ours, theirs))
+    assert any("float" in line for line in ours.lines), ours.lines
+    assert found.std() > 0.05 and np.abs(found - expected).max() < 1e-5
+
+
 def test_linear_light_counts_in_a_raw_stream_that_is_said_to_be(tmp_path):
     raw = np.full((4, 12, 16), 0.18, np.float32).tobytes()
     shape = ("--size", "16x12", "--input-format", "gbraf32")
@@ -106,7 +120,7 @@ def test_an_empty_standard_input_is_an_error():
 def test_a_picture_goes_to_standard_output_in_a_format_that_is_given(small):
     result = render(small, "-")
     assert result.code == 2
-    assert "give --output-format bgra8, bgra16, gbraf32, gbr8 or gbrf32" in result.only_line()
+    assert "give --output-format bgra8, bgra16, gbraf32, gbr8, gbrf32 or yuv16" in result.only_line()
     assert len(succeed(render(small, "-", "--output-format", "bgra16")).output) == 16 * 12 * 8
 
 

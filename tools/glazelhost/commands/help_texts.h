@@ -19,7 +19,8 @@ INPUT and OUTPUT are
                         name, as OUTPUT unless INPUT is a single picture
   a raw stream          clip.bgra, or - for standard input or output, with --size; its pixels
                         (FFmpeg's name in brackets): bgra8 (bgra), bgra16 (bgra64le),
-                        gbraf32 (gbrapf32le), gbr8 (gbrp) or gbrf32 (gbrpf32le)
+                        gbraf32 (gbrapf32le), gbr8 (gbrp), gbrf32 (gbrpf32le) or
+                        yuv16 (yuv444p16le in the limited range)
 Video, with sound and all it has, goes through "glazel render".
 Pictures are turned upright as their orientation says, and written without one. Of a file of
 several pages the first counts. A picture made of a picture keeps its colour profile, its other

@@ -34,6 +34,18 @@ ProgressChoice ProgressOf(const RenderWords& words)
     return found->second; // CLI11 let only these names pass
 }
 
+LumaWeights WeightsOf(const std::vector<double>& numbers)
+{
+    constexpr double kLeast = 1e-3; // far below those of any matrix
+    const LumaWeights weights{numbers.front(), numbers.back()};
+    if (!(weights.red >= kLeast && weights.blue >= kLeast && weights.Green() >= kLeast))
+    {
+        ThrowUsage("render", "--luma-weights",
+                   "both are above 0, and leave some of the luma for green");
+    }
+    return weights;
+}
+
 void AddRenderPlaces(CLI::App& command, RenderCommand& render, RenderWords& words)
 {
     command.add_option("INPUT", render.source.path, "what to render")->required()->type_name("");
@@ -114,6 +126,13 @@ void AddRenderStreams(CLI::App& command, RenderCommand& render, RenderWords& wor
         ->check(OneOf(formats))
         ->type_name(formatNames)
         ->group(kStreams);
+    command
+        .add_option("--luma-weights", words.lumaWeights,
+                    "of red and blue in yuv16 (default: 0.2126,0.0722, of BT.709)")
+        ->delimiter(',')
+        ->expected(2)
+        ->type_name("R,B")
+        ->group(kStreams);
 }
 
 void AddRenderProgress(CLI::App& command, RenderWords& words)
@@ -168,6 +187,11 @@ RenderCommand FinishRender(RenderCommand render, const RenderWords& words)
     render.source.isLinearLight = words.inputLight == "linear";
     render.source.format = StreamFormatFromName(words.inputFormat);
     render.sink.format = StreamFormatFromName(words.outputFormat);
+    if (!words.lumaWeights.empty())
+    {
+        render.source.lumaWeights = WeightsOf(words.lumaWeights);
+        render.sink.lumaWeights = render.source.lumaWeights;
+    }
     const bool isRaw =
         render.source.path == kStandardStream || KindFromName(render.source.path) == FileKind::Raw;
     if (isRaw && !render.source.format)

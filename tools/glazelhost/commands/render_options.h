@@ -28,6 +28,7 @@ struct RenderWords
     std::string inputFormat;
     std::string inputLight;
     std::string outputFormat;
+    std::vector<double> lumaWeights; // of red and of blue, or none
     std::string progress = "auto";
     LookWords look;
     bool quiet = false;

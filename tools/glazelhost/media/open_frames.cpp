@@ -125,7 +125,8 @@ std::unique_ptr<FrameSink> OpenPlainSink(const SinkOptions& options, const Strea
     CheckSinkOptions(options, kind);
     if (options.path == kStandardStream)
     {
-        return std::make_unique<RawSink>(OpenStandardOutput(), "standard output", format);
+        return std::make_unique<RawSink>(OpenStandardOutput(), "standard output", format,
+                                         options.lumaWeights);
     }
     // Of a single picture there is nothing to number.
     const auto pattern = info.isPicture ? std::nullopt : SequencePattern::Parse(options.path);
@@ -138,7 +139,7 @@ std::unique_ptr<FrameSink> OpenPlainSink(const SinkOptions& options, const Strea
         }
         CheckApart({options.path}, info.files);
         return std::make_unique<RawSink>(OpenSafeOutput(options.path, options.overwrite),
-                                         options.path, format);
+                                         options.path, format, options.lumaWeights);
     }
     if (pattern)
     {

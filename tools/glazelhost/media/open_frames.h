@@ -12,6 +12,7 @@
 
 #include "tools/glazelhost/media/frame_io.h"
 #include "tools/glazelhost/media/stream_format.h"
+#include "tools/glazelhost/media/ycbcr_rows.h"
 
 #include <cstdint>
 #include <memory>
@@ -34,6 +35,7 @@ struct SourceOptions
     double pixelAspect = 0.0;                // 0: not said, which is 1
     bool isLinearLight = false;              // the numbers of a raw stream
     bool isOpaque = false;                   // a raw stream whose alpha means nothing
+    LumaWeights lumaWeights;                 // of a raw stream of YCbCr
     std::optional<std::int64_t> firstNumber; // of a sequence; none: the lowest that exists
 };
 
@@ -41,6 +43,7 @@ struct SinkOptions
 {
     std::string path;                   // UTF-8; "-" is standard output
     std::optional<StreamFormat> format; // none: by extension; "-" needs one
+    LumaWeights lumaWeights;            // of a raw stream of YCbCr
     bool overwrite = false;             // an output that exists is an error otherwise
     // Bits a channel of a picture: 8, 16 or 32 (float, TIFF alone). None: JPEG and BMP 8; others 8
     // for a Byte image; for a Float image PNG 16, TIFF 16 when the source had 16, else 32.

@@ -25,10 +25,16 @@ constexpr bool IsPlanar(StreamFormat format) noexcept
     return RowOf(format).planes != 0;
 }
 
-// Whether an Image of this type has its samples as the stream has them.
+// What its planes are joined to: codes of YCbCr stand for floats outside 0 to 1, too.
+constexpr PixelLayout JoinedLayout(StreamFormat format) noexcept
+{
+    return {.sample = RowOf(format).isYcbcr ? FileSample::Float32 : RowOf(format).sample};
+}
+
+// Whether an Image of this type has its samples so.
 constexpr bool HasSameSamples(StreamFormat format, SampleType type) noexcept
 {
-    return RowOf(format).sample ==
+    return JoinedLayout(format).sample ==
            (type == SampleType::Byte ? FileSample::Bits8 : FileSample::Float32);
 }
 
@@ -57,7 +63,14 @@ PlaneRow<Sample> RowInPlanes(Byte* frame, int planes, std::size_t pixels,
             planes == static_cast<int>(kChannels) ? green + 3 * pixels : nullptr};
 }
 
-// Calls `operation` with a value of the type of the stream's samples, which lie in planes.
+template <typename Sample, typename Byte>
+YcbcrRow<Sample> YcbcrRowInPlanes(Byte* frame, std::size_t pixels, std::size_t first) noexcept
+{
+    Sample* const luma = reinterpret_cast<Sample*>(frame) + first;
+    return {luma, luma + pixels, luma + 2 * pixels};
+}
+
+// Calls `operation` with a value of the type of the stream's samples, which are planes of RGB.
 template <typename Operation>
 void WithSample(StreamFormat format, Operation&& operation)
 {
@@ -73,9 +86,10 @@ void WithSample(StreamFormat format, Operation&& operation)
 
 // An Image out of a frame of a stream. The Image has its size and type; `row` is room that is used
 // again from frame to frame, as in Encode.
-void Decode(StreamFormat format, const std::byte* frame, Image& image, std::vector<std::byte>& row)
+void Decode(StreamFormat format, LumaWeights weights, const std::byte* frame, Image& image,
+            std::vector<std::byte>& row)
 {
-    const PixelLayout layout = LayoutOf(format);
+    const PixelLayout layout = JoinedLayout(format);
     const auto width = static_cast<std::size_t>(image.width);
     const std::size_t pixels = width * static_cast<std::size_t>(image.height);
     const bool isSame = HasSameSamples(format, image.type);
@@ -87,10 +101,19 @@ void Decode(StreamFormat format, const std::byte* frame, Image& image, std::vect
         if (IsPlanar(format))
         {
             std::byte* const joined = isSame ? target : row.data();
-            WithSample(format, [&]<typename Sample>(Sample) {
-                JoinPlanes(RowInPlanes<const Sample>(frame, RowOf(format).planes, pixels, first),
-                           width, reinterpret_cast<Sample*>(joined));
-            });
+            if (RowOf(format).isYcbcr)
+            {
+                JoinYcbcr(YcbcrRowInPlanes<const std::uint16_t>(frame, pixels, first), width,
+                          weights, reinterpret_cast<float*>(joined));
+            }
+            else
+            {
+                WithSample(format, [&]<typename Sample>(Sample) {
+                    JoinPlanes(
+                        RowInPlanes<const Sample>(frame, RowOf(format).planes, pixels, first),
+                        width, reinterpret_cast<Sample*>(joined));
+                });
+            }
             packed = joined;
         }
         if (packed != target)
@@ -101,9 +124,10 @@ void Decode(StreamFormat format, const std::byte* frame, Image& image, std::vect
 }
 
 // A frame of a stream out of an Image.
-void Encode(StreamFormat format, const Image& image, std::byte* frame, std::vector<std::byte>& row)
+void Encode(StreamFormat format, LumaWeights weights, const Image& image, std::byte* frame,
+            std::vector<std::byte>& row)
 {
-    const PixelLayout layout = LayoutOf(format);
+    const PixelLayout layout = JoinedLayout(format);
     const auto width = static_cast<std::size_t>(image.width);
     const std::size_t pixels = width * static_cast<std::size_t>(image.height);
     const bool isSame = HasSameSamples(format, image.type);
@@ -120,6 +144,12 @@ void Encode(StreamFormat format, const Image& image, std::byte* frame, std::vect
         {
             PackRow(layout, source, image.width, image.type, row.data());
             source = row.data();
+        }
+        if (RowOf(format).isYcbcr)
+        {
+            SplitYcbcr(reinterpret_cast<const float*>(source), width, weights,
+                       YcbcrRowInPlanes<std::uint16_t>(frame, pixels, first));
+            continue;
         }
         WithSample(format, [&]<typename Sample>(Sample) {
             SplitPlanes(reinterpret_cast<const Sample*>(source), width,
@@ -147,7 +177,7 @@ void CheckSameSize(const std::string& streamName, const Image& image, int width,
 RawSource::RawSource(std::unique_ptr<ByteReader> stream, std::string name, StreamFormat format,
                      const SourceOptions& options)
     : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format),
-      m_isOpaque(options.isOpaque || RowOf(format).planes == 3)
+      m_lumaWeights(options.lumaWeights), m_isOpaque(options.isOpaque || RowOf(format).planes == 3)
 {
     if (options.width == 0 && options.height == 0)
     {
@@ -217,7 +247,7 @@ bool RawSource::Read(Image& image, SampleType type)
     }
     if (!isSame)
     {
-        Decode(m_format, m_bytes.data(), image, m_row);
+        Decode(m_format, m_lumaWeights, m_bytes.data(), image, m_row);
     }
     return true;
 }
@@ -240,8 +270,10 @@ std::string RawSource::FrameName() const
     return "frame " + std::to_string(m_frame) + " of " + m_name;
 }
 
-RawSink::RawSink(std::unique_ptr<ByteWriter> stream, std::string name, StreamFormat format)
-    : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format)
+RawSink::RawSink(std::unique_ptr<ByteWriter> stream, std::string name, StreamFormat format,
+                 LumaWeights lumaWeights)
+    : m_stream(std::move(stream)), m_name(std::move(name)), m_format(format),
+      m_lumaWeights(lumaWeights)
 {
 }
 
@@ -259,7 +291,7 @@ void RawSink::Write(const Image& image)
         return;
     }
     m_bytes.resize(FrameBytes(m_format, m_width, m_height));
-    Encode(m_format, image, m_bytes.data(), m_row);
+    Encode(m_format, m_lumaWeights, image, m_bytes.data(), m_row);
     m_stream->Write(m_bytes.data(), m_bytes.size());
 }
 

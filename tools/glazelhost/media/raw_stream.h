@@ -18,8 +18,8 @@ namespace GlazelHost
 class RawSource final : public FrameSource
 {
 public:
-    // Of `options` the size, rate, aspect and light count. Throws HostError: WrongUsage without a
-    // size.
+    // Of `options` the size, rate, aspect, light and weights of luma count. Throws HostError:
+    // WrongUsage without a size.
     RawSource(std::unique_ptr<ByteReader> stream, std::string name, StreamFormat format,
               const SourceOptions& options);
 
@@ -37,6 +37,7 @@ private:
     std::unique_ptr<ByteReader> m_stream; // null after the end
     std::string m_name;
     StreamFormat m_format;
+    LumaWeights m_lumaWeights;
     bool m_isOpaque;
     StreamInfo m_info;
     std::size_t m_frameBytes = 0;
@@ -48,7 +49,8 @@ private:
 class RawSink final : public FrameSink
 {
 public:
-    RawSink(std::unique_ptr<ByteWriter> stream, std::string name, StreamFormat format);
+    RawSink(std::unique_ptr<ByteWriter> stream, std::string name, StreamFormat format,
+            LumaWeights lumaWeights = {});
 
     // All frames have the size of the first. Floats are rounded to the nearest code of a stream of
     // integers.
@@ -60,6 +62,7 @@ private:
     std::unique_ptr<ByteWriter> m_stream;
     std::string m_name;
     StreamFormat m_format;
+    LumaWeights m_lumaWeights;
     int m_width = 0; // 0 before the first frame
     int m_height = 0;
     std::vector<std::byte> m_bytes; // a frame as the stream has it, unless the Image has it so, too

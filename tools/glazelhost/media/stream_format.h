@@ -19,6 +19,7 @@ enum class StreamFormat
     GbraFloat, // a plane each of green, blue, red and alpha; 32-bit floats, 0.0 to 1.0 nominal
     Gbr8,      // a plane each of green, blue and red, opaque; 8 bits each
     GbrFloat,  // the same of 32-bit floats
+    Ycbcr16, // a plane each of luma and its blue and red difference; 16 bits, limited range, opaque
 };
 
 struct StreamFormatRow
@@ -27,7 +28,8 @@ struct StreamFormatRow
     const char* name;        // on the command line
     const char* description; // for the user
     FileSample sample;
-    int planes; // 0: channels lie side by side
+    int planes;           // 0: channels lie side by side
+    bool isYcbcr = false; // else RGB
 };
 
 inline constexpr StreamFormatRow kStreamFormats[] = {
@@ -37,6 +39,7 @@ inline constexpr StreamFormatRow kStreamFormats[] = {
      4},
     {StreamFormat::Gbr8, "gbr8", "raw GBR planes of 8 bits", FileSample::Bits8, 3},
     {StreamFormat::GbrFloat, "gbrf32", "raw GBR planes of 32-bit floats", FileSample::Float32, 3},
+    {StreamFormat::Ycbcr16, "yuv16", "raw YCbCr planes of 16 bits", FileSample::Bits16, 3, true},
 };
 
 constexpr const StreamFormatRow& RowOf(StreamFormat format) noexcept

@@ -65,25 +65,46 @@ TEST(CommandLine, AShortRenderLeavesEveryChoiceOpen)
 
 TEST(CommandLine, EveryRenderOptionReachesItsPlace)
 {
-    const RenderCommand render = Render({"--depth",     "float",
-                                         "--linear",    "off",
-                                         "--fps",       "23.976",
-                                         "--aspect",    "1.5",
-                                         "--frames",    "2-4",
-                                         "--first",     "1001",
-                                         "--overwrite", "--renderer",
-                                         "D:\\r",       "--plugin",
-                                         "p.dll",       "--bits",
-                                         "16",          "--quality",
-                                         "80",          "--skip-bad-frames",
-                                         "--unclamped", "--progress",
-                                         "json",        "--size",
-                                         "1920x1080",   "--expect",
-                                         "72",          "--input-format",
-                                         "bgra16",      "--output-format",
-                                         "gbraf32",     "--input-light",
-                                         "linear",      "--dither",
-                                         "--seed",      "7"});
+    const RenderCommand render = Render({"--depth",
+                                         "float",
+                                         "--linear",
+                                         "off",
+                                         "--fps",
+                                         "23.976",
+                                         "--aspect",
+                                         "1.5",
+                                         "--frames",
+                                         "2-4",
+                                         "--first",
+                                         "1001",
+                                         "--overwrite",
+                                         "--renderer",
+                                         "D:\\r",
+                                         "--plugin",
+                                         "p.dll",
+                                         "--bits",
+                                         "16",
+                                         "--quality",
+                                         "80",
+                                         "--skip-bad-frames",
+                                         "--unclamped",
+                                         "--progress",
+                                         "json",
+                                         "--size",
+                                         "1920x1080",
+                                         "--expect",
+                                         "72",
+                                         "--input-format",
+                                         "bgra16",
+                                         "--output-format",
+                                         "gbraf32",
+                                         "--input-light",
+                                         "linear",
+                                         "--dither",
+                                         "--seed",
+                                         "7",
+                                         "--luma-weights",
+                                         "0.299,0.114"});
     EXPECT_EQ(render.depth, SampleType::Float);
     EXPECT_EQ(render.linear, false);
     EXPECT_EQ(render.source.framesPerSecond, 23.976);
@@ -106,6 +127,8 @@ TEST(CommandLine, EveryRenderOptionReachesItsPlace)
     EXPECT_EQ(render.source.format, StreamFormat::Bgra16);
     EXPECT_TRUE(render.source.isLinearLight);
     EXPECT_EQ(render.sink.format, StreamFormat::GbraFloat);
+    EXPECT_EQ(render.source.lumaWeights.red, 0.299);
+    EXPECT_EQ(render.sink.lumaWeights.blue, 0.114);
 }
 
 TEST(CommandLine, ARateMayBeAFraction)
@@ -225,6 +248,11 @@ TEST(CommandLine, ValuesThatMakeNoSenseAreQuoted)
     EXPECT_NE(RenderErrorOf({"--fps", "30/1/1"}), "");
     EXPECT_NE(RenderErrorOf({"--aspect", "nan"}), "");
     EXPECT_NE(RenderErrorOf({"--bits", "12"}), "");
+    for (const char* weights :
+         {"0.3", "0.3,x", "0.3,0.1,0.6", "0.3,0", "-0.1,0.3", "0.7,0.3", "nan,nan"})
+    {
+        EXPECT_NE(RenderErrorOf({"--luma-weights", weights}), "") << weights;
+    }
     EXPECT_NE(RenderErrorOf({"--quality", "0"}), "");
     EXPECT_NE(RenderErrorOf({"--quality", "101"}), "");
     EXPECT_NE(RenderErrorOf({"--seed", "3"}), "") << "without --dither";

@@ -163,6 +163,41 @@ TEST(RawStream, WhatIsReadIsWrittenTheSameInEveryFormatAndPrecision)
     }
 }
 
+TEST(RawStream, CodesOfYcbcrGoThroughFloatsUnchangedByTheWeightsThatAreGiven)
+{
+    std::string codes;
+    for (int byte = 0; byte < 3 * 2 * 5 * 3; ++byte)
+    {
+        codes += static_cast<char>(byte * 89);
+    }
+    SourceOptions options = Sized(5, 3);
+    options.lumaWeights = {0.299, 0.114};
+    RawSource source(ReaderOf(codes), "in", StreamFormat::Ycbcr16, options);
+    EXPECT_EQ(source.Info().bitsPerChannel, 16);
+    Image read;
+    ASSERT_TRUE(source.Read(read, SampleType::Float));
+    EXPECT_FALSE(read.hasAlpha);
+    const auto written = [&read](LumaWeights weights) {
+        WrittenBytes bytes;
+        RawSink(WriterTo(bytes), "out", StreamFormat::Ycbcr16, weights).Write(read);
+        return bytes.content;
+    };
+    EXPECT_EQ(written(options.lumaWeights), codes);
+    EXPECT_NE(written({}), codes);
+}
+
+TEST(RawStream, YcbcrBecomesBytesAndComesOutOfThem)
+{
+    const std::string white("\x00\xEB\x00\x80\x00\x80", 6);
+    RawSource source(ReaderOf(white), "in", StreamFormat::Ycbcr16, Sized(1, 1));
+    Image read;
+    ASSERT_TRUE(source.Read(read, SampleType::Byte));
+    EXPECT_EQ(Content(read), "\xFF\xFF\xFF\xFF");
+    WrittenBytes written;
+    RawSink(WriterTo(written), "out", StreamFormat::Ycbcr16).Write(read);
+    EXPECT_EQ(written.content, white);
+}
+
 TEST(RawStream, FloatsOutsideTheRangeAreKeptInFloatsAndCutInIntegers)
 {
     Image image = RandomImage(1, 1, SampleType::Float, true, 4);
