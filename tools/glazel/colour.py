@@ -30,6 +30,15 @@ _TRANSFERS = _names(
     "bt709=709 smpte170m=601 bt2020-10=2020_10 bt2020-12=2020_12 bt470m bt470bg linear log100 "
     "log316 iec61966-2-4 iec61966-2-1 smpte2084 arib-std-b67"
 )
+# What red and blue are of the luma, in matrices for which that says all.
+_WEIGHTS = {
+    "bt709": (0.2126, 0.0722),
+    "smpte170m": (0.299, 0.114),
+    "bt470bg": (0.299, 0.114),
+    "fcc": (0.3, 0.11),
+    "smpte240m": (0.212, 0.087),
+    "bt2020nc": (0.2627, 0.0593),
+}
 _PRIMARIES = _names(
     "bt709=709 smpte170m=170m smpte240m=240m bt2020=2020 bt470m bt470bg film smpte428 smpte431 "
     "smpte432"
@@ -43,6 +52,7 @@ class Raw(NamedTuple):
     pixels: str
     planes: str
     bits: int  # of a channel
+    words: tuple[str, ...] = ()  # what the host has to know besides
 
 
 BGRA8 = Raw("bgra8", "bgra", "gbrap", 8)
@@ -50,29 +60,36 @@ BGRA16 = Raw("bgra16", "bgra64le", "gbrap16le", 16)
 FLOATS = Raw("gbraf32", "gbrapf32le", "gbrapf32le", 32)
 GBR8 = Raw("gbr8", "gbrp", "gbrp", 8)
 OPAQUE_FLOATS = Raw("gbrf32", "gbrpf32le", "gbrpf32le", 32)
-_WITHOUT_ALPHA = {BGRA8: GBR8, FLOATS: OPAQUE_FLOATS}
 
 
-def raw_for(number: PixelFormat, depth: str | None) -> Raw:
-    """8 bits go as they are. Of what is deeper, codes of YCbCr go as floats, since a third of them
-    stand for colours outside RGB, which whole numbers would cut; RGB loses nothing in 16 bits, and
-    alpha keeps its scale only there."""
+def raw_for(number: PixelFormat, depth: str | None, matrix: str) -> Raw:
+    """8 bits go as they are. Of what is deeper, codes of YCbCr go as such or as floats, since a
+    third of them stand for colours outside RGB, which whole numbers would cut; RGB loses nothing in
+    16 bits, and alpha keeps its scale only there."""
     if depth == "8" or (depth is None and number.depth <= 8):
-        return _planes_of(BGRA8, number)
+        return _planes_of(BGRA8, number, matrix)
     whole = (number.rgb or number.gray or number.alpha) and not number.is_float
-    return BGRA16 if whole else _planes_of(FLOATS, number)
+    return BGRA16 if whole else _planes_of(FLOATS, number, matrix)
 
 
-def _planes_of(raw: Raw, number: PixelFormat) -> Raw:
+def _planes_of(raw: Raw, number: PixelFormat, matrix: str) -> Raw:
     """Opaque YCbCr goes in the planes that zscale makes and takes: what turns them into pixels
     costs less in the host program, and there is no alpha to carry."""
-    return raw if number.rgb or number.gray or number.alpha else _WITHOUT_ALPHA[raw]
+    if number.rgb or number.gray or number.alpha:
+        return raw
+    if raw == BGRA8:
+        return GBR8
+    if matrix not in _WEIGHTS:
+        return OPAQUE_FLOATS
+    weights = "{},{}".format(*_WEIGHTS[matrix])
+    return Raw("yuv16", "yuv444p16le", "yuv444p16le", 16, ("--luma-weights", weights))
 
 
-def raw_back(raw: Raw, target: PixelFormat) -> Raw:
+def raw_back(raw: Raw, target: PixelFormat, matrix: str) -> Raw:
     """What comes back of frames that went as `raw`, for samples of `target`."""
-    whole = next((full for full, opaque in _WITHOUT_ALPHA.items() if opaque == raw), raw)
-    return whole if whole == BGRA16 else _planes_of(whole, target)
+    if raw == BGRA16:
+        return raw
+    return _planes_of(BGRA8 if raw.bits == 8 else FLOATS, target, matrix)
 
 
 def understood(media: Media, matrix: str | None, range_: str | None) -> Colour:
@@ -122,6 +139,11 @@ def _zscale(source: tuple[str, str], target: tuple[str, str], dither: bool, *mor
     words = [f"min={source[0]}", f"rin={source[1]}", f"m={target[0]}", f"r={target[1]}"]
     words += ["filter=spline36", *filter(None, more)]
     return f"zscale={':'.join(words)}:dither={'error_diffusion' if dither else 'none'}"
+
+
+def _inside(raw: Raw, ends: tuple[str, str]) -> tuple[str, str]:
+    """Matrix and range of the raw frames of what has these outside."""
+    return (ends[0], "limited") if raw.planes.startswith("yuv") else _RGB
 
 
 def _tags(colour: Colour) -> str:
@@ -177,7 +199,8 @@ def decode_filters(media: Media, colour: Colour, raw: Raw) -> list[str]:
     else:
         place = _place(media, colour, number, "cin")
         source = _MATRICES[colour.matrix], _range(colour)
-        turn = _zscale(source, _RGB, dither, place, _tags(colour))
+        inside = _inside(raw, source)
+        turn = _zscale(source, inside, dither, place, _tags(colour))
         steps = _by_fields(media, number, [*_planes(media, colour, number), turn, last[0]])
     if number.alpha and raw is BGRA16 and number.depth in (9, 10):
         # It has been shifted up, not scaled: opaque would be 65472.
@@ -204,7 +227,8 @@ def encode_filters(media: Media, colour: Colour, raw: Raw, target: PixelFormat) 
             steps += [_zscale(_RGB, _RGB, dither), f"format={through}"]
         return steps + ([last] if through != target.name else [])
     ends = _MATRICES[colour.matrix], _range(colour)
-    turn = _zscale(_RGB, ends, dither, _place(media, colour, target, "c"), _tags(colour))
+    place = _place(media, colour, target, "c")
+    turn = _zscale(_inside(raw, ends), ends, dither, place, _tags(colour))
     if target.gray:
         plane = f"{target.depth}le" if target.depth > 8 else ""
         return [*steps, turn, f"format=yuv444p{plane}", "extractplanes=y", f"format=gray{plane}"]

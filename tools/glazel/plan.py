@@ -178,7 +178,7 @@ def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
     evened = encoded and bool(media.times) and container_of(job.output).even
     if evened:
         notes.append(f"times of single frames: they come at an even rate of {media.rate} now")
-    raw = raw_for(source.format, job.depth)
+    raw = raw_for(source.format, job.depth, colour.matrix)
     plan = Plan(source, expected=expected, notes=tuple(notes))
     if decoded:
         filters = decode_filters(media, colour, raw)
@@ -249,8 +249,8 @@ def _decoding(
 def _encoding(job: Job, media: Media, read: Colour, raw: Raw) -> Encoding:
     container = container_of(job.output)
     choice = choose(media, job.output, container, job.codec)
-    raw = raw_back(raw, choice.format)
     colour = said = output_colour(media, read, choice.format, is_picture(job.output))
+    raw = raw_back(raw, choice.format, colour.matrix)
     if not media.colour.matrix and not media.format.rgb and not job.matrix:
         said = replace(colour, matrix="")  # what nobody said is not said now
     words, tracks, covers = _tracks(job, media, container)
@@ -396,6 +396,7 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
         words += ["--output-format", plan.raw_out.name]
     elif job.quality is not None:
         words += ["--quality", str(job.quality)]
+    words += next((raw.words for raw in (plan.raw_in, plan.raw_out) if raw and raw.words), ())
     if plan.raw_in or job.fps:
         words += ["--fps", str(job.fps or media.rate)]
     words += ["--depth", job.depth] if job.depth else []

@@ -30,21 +30,34 @@ def planned(source, output="out.mkv", **more):
 
 @pytest.mark.parametrize("pixels, raw", [
     ("yuv420p", "gbr8"), ("yuva420p", "bgra8"), ("rgba", "bgra8"), ("gray", "bgra8"),
-    ("yuv422p10le", "gbrf32"), ("gbrp12le", "bgra16"), ("yuva444p10le", "bgra16"),
+    ("yuv422p10le", "yuv16"), ("gbrp12le", "bgra16"), ("yuva444p10le", "bgra16"),
     ("gray16le", "bgra16"), ("gbrpf32le", "gbraf32")])
 def test_samples_take_the_way_that_keeps_them(pixels, raw):
-    assert colour.raw_for(probe.pixel_formats()[pixels], None).name == raw
+    assert colour.raw_for(probe.pixel_formats()[pixels], None, "bt709").name == raw
+
+
+def test_matrices_of_more_than_two_weights_are_left_to_the_filters():
+    number = probe.pixel_formats()["yuv422p10le"]
+    assert colour.raw_for(number, None, "ictcp").name == "gbrf32"
+    assert colour.raw_back(colour.FLOATS, number, "ycgco").name == "gbrf32"
+
+
+def test_the_host_program_hears_of_the_matrix_once():
+    made = planned(media("yuv420p10le", colour=probe.Colour("bt2020nc")))
+    words = plan.host_words(plan.Job("in.mkv", "out.mkv"), made, "")
+    assert words.count("--luma-weights") == 1 and "0.2627,0.0593" in words
+    assert "min=2020_ncl:rin=limited:m=2020_ncl:r=limited" in " ".join(made.decode)
 
 
 @pytest.mark.parametrize("there, pixels, back", [
     ("gbr8", "yuv420p", "gbr8"), ("gbr8", "rgba", "bgra8"), ("gbr8", "bgr0", "bgra8"),
-    ("bgra8", "yuv444p", "gbr8"), ("gbrf32", "yuv422p10le", "gbrf32"),
-    ("gbraf32", "yuv422p10le", "gbrf32"), ("gbrf32", "gbrapf32le", "gbraf32"),
+    ("bgra8", "yuv444p", "gbr8"), ("gbrf32", "yuv422p10le", "yuv16"),
+    ("gbraf32", "yuv422p10le", "yuv16"), ("gbrf32", "gbrapf32le", "gbraf32"),
     ("bgra16", "yuv422p10le", "bgra16")])
 def test_planes_come_back_where_the_output_is_opaque_ycbcr(there, pixels, back):
     raws = (colour.BGRA8, colour.BGRA16, colour.FLOATS, colour.GBR8, colour.OPAQUE_FLOATS)
     went = next(raw for raw in raws if raw.name == there)
-    assert colour.raw_back(went, probe.pixel_formats()[pixels]).name == back
+    assert colour.raw_back(went, probe.pixel_formats()[pixels], "bt709").name == back
 
 
 def test_everything_about_the_colours_is_said_at_both_ends():
