@@ -7,8 +7,9 @@ export WINEPREFIX=${GLAZEL_WINEPREFIX:-$root/build/wineprefix}
 export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
 # Wine reads the words of a command line by the locale: without UTF-8 other letters would be lost.
 [ "$(locale charmap 2>/dev/null)" = UTF-8 ] || export LC_ALL=C.UTF-8
-# No browser engine, no managed code: their absence must not ask for a download.
-no_extras=mscoree,mshtml=
+# No browser engine, no managed code: their absence must not ask for a download. No menus: they would
+# be the user's own, outside the prefix.
+no_extras=mscoree,mshtml,winemenubuilder.exe=
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-$no_extras}
 
 set_up() {

@@ -379,12 +379,15 @@ def test_every_command_of_the_readme_works_in_a_fresh_clone(tmp_path):
         assert (tmp_path / "clone" / name).exists(), name
 
 
-def test_an_installation_renders_without_the_tree(small, tmp_path):
+def test_an_installation_renders_without_the_tree_and_leaves_nothing_in_the_home(small, tmp_path):
     assert run([GLAZEL, "install", tmp_path / "prefix"]).code == 0
+    home = tmp_path / "home"
+    home.mkdir()
     result = run([tmp_path / "prefix/bin/glazel", "render", small, tmp_path / "out.png", "--look",
-                  WARM], env={"GLAZEL_BUILD": "", "XDG_CACHE_HOME": str(tmp_path / "cache")})
+                  WARM], env={"GLAZEL_BUILD": "", "XDG_CACHE_HOME": str(tmp_path / "cache"),
+                             "HOME": str(home)})
     assert result.code == 0, result.lines
-    assert (tmp_path / "out.png").exists()
+    assert (tmp_path / "out.png").exists() and not list(home.iterdir())
     assert (tmp_path / "cache/glazel/wineprefix").exists()
 
 

@@ -44,12 +44,16 @@ def host_command() -> list[str]:
     return [*([] if WINDOWS else [str(runner)]), str(programs_folder() / HOST)]
 
 
+# Parts of Wine that nothing here is for; the last two, drives and the desktop, only pages have.
+_LEFT_OUT = "mscoree,mshtml,winemenubuilder.exe,services.exe,explorer.exe="
+
+
 def host_environment(desktop: bool = False) -> dict[str, str]:
-    """The Wine prefix is the user's own where the tree is not. What needs no desktop, with its
-    drives and dialogs, goes without Wine's services, which take most of the time of its start."""
+    """The Wine prefix is the user's own where the tree is not. What needs no desktop goes without
+    Wine's services and shell, which take most of the time of its start."""
     environment = dict(os.environ)
     if not WINDOWS and not desktop:
-        environment.setdefault("WINEDLLOVERRIDES", "mscoree,mshtml,services.exe=")
+        environment.setdefault("WINEDLLOVERRIDES", _LEFT_OUT)
     if not WINDOWS and not (ROOT and os.access(ROOT / "build", os.W_OK)):
         cache = environment.get("XDG_CACHE_HOME") or os.path.expanduser("~/.cache")
         environment.setdefault("GLAZEL_WINEPREFIX", os.path.join(cache, "glazel/wineprefix"))
