@@ -20,7 +20,7 @@ if sys.platform != "win32":
 _LONG = 1.0  # seconds: what takes longer is told
 _SHOWN = 30  # lines of a failed step
 _LAUNCHER = """#!/bin/sh
-GLAZEL_COMMAND=$0 PYTHONPATH='{}' PYTHONDONTWRITEBYTECODE=1 exec python3 -P -m glazel "$@"
+GLAZEL_COMMAND=$0 PYTHONPATH='{}' PYTHONDONTWRITEBYTECODE=1 exec '{}' -P -m glazel "$@"
 """
 _TARGETS = ("glazelhost", "GlazelDX_x64", "GZ3Renderer_x64")
 
@@ -69,7 +69,8 @@ def install(prefix: str) -> None:
             shutil.copy2(module, place / "glazel")
         shutil.copy2(root / "cmake/wine-run.sh", place)
         shutil.copytree(root / "samples/looks", place / "looks", dirs_exist_ok=True)
-        launcher.write_text(_LAUNCHER.format(str(place).replace("'", "'\\''")), encoding="utf-8")
+        words = [str(word).replace("'", "'\\''") for word in (place, sys.executable)]
+        launcher.write_text(_LAUNCHER.format(*words), encoding="utf-8")
         launcher.chmod(0o755)
     except OSError as error:
         why = f"it cannot be written: {error.strerror}"
