@@ -33,8 +33,5 @@ wineserver -p
 # One window that stays open: without any, Wine starts its desktop anew for every test. A test that
 # came before it would start the desktop, with its own outputs, and not be over before that is.
 "$runner" notepad >/dev/null 2>&1 &
-for ((try = 0; try < 600; try++)); do
-  grep -qs explorer.exe /proc/[0-9]*/cmdline && break
-  sleep 0.1
-done
+"$runner" rundll32 user32.dll,GetDesktopWindow >/dev/null 2>&1 || true # waits for the desktop
 "$@"
