@@ -5,6 +5,7 @@ import pathlib
 import shutil
 import struct
 import subprocess
+import tempfile
 import time
 
 import numpy as np
@@ -43,10 +44,18 @@ class Result:
         return self.lines[0]
 
 
+def finished(command, data=None, cwd=None, env=None, timeout=DEADLINE):
+    # No pipe for standard error: Wine's desktop, when it starts along the way, keeps it open.
+    with tempfile.TemporaryFile() as errors:
+        done = subprocess.run([str(word) for word in command], input=data if data else b"",
+                              stdout=subprocess.PIPE, stderr=errors, cwd=cwd, timeout=timeout,
+                              env=environment() | (env or {}), check=False)
+        errors.seek(0)
+        return subprocess.CompletedProcess(command, done.returncode, done.stdout, errors.read())
+
+
 def run(command, data=None, cwd=None, env=None):
-    return Result(subprocess.run([str(word) for word in command], input=data if data else b"",
-                                 capture_output=True, cwd=cwd, env=environment() | (env or {}),
-                                 timeout=DEADLINE, check=False))
+    return Result(finished(command, data, cwd, env))
 
 
 def host_command(*words, program=None):

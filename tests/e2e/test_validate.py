@@ -12,7 +12,8 @@ import xml.etree.ElementTree
 
 import pytest
 
-from conftest import BIN, BUILD, DEADLINE, ROOT, Result, environment, host_command
+from conftest import (BIN, BUILD, DEADLINE, ROOT, Result, environment, finished,
+                      host_command)
 
 PLUG_IN = BIN / "GlazelDX_x64.dll"
 RENDERER = BIN / "GZ3Renderer_x64.dll"
@@ -119,12 +120,10 @@ NOISE = re.compile(rb"wine client error:[0-9a-f]+: ?|sendmsg: Socket operation o
 
 def judge(*words, env=None):
     """As `host`, without what Wine says when a group's process ends."""
-    finished = subprocess.run([str(word) for word in host_command("validate", *words)], input=b"",
-                              capture_output=True, env=environment() | (env or {}),
-                              timeout=5 * DEADLINE, check=False)
-    if finished.returncode in (0, DIFFERS, NOT_HELD):
-        finished.stderr = NOISE.sub(b"", finished.stderr).replace(b"\r", b"").strip(b"\n")
-    return Result(finished)
+    done = finished(host_command("validate", *words), env=env, timeout=5 * DEADLINE)
+    if done.returncode in (0, DIFFERS, NOT_HELD):
+        done.stderr = NOISE.sub(b"", done.stderr).replace(b"\r", b"").strip(b"\n")
+    return Result(done)
 
 
 def desktop():
