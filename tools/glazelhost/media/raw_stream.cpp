@@ -97,7 +97,7 @@ void Decode(StreamFormat format, LumaWeights weights, const std::byte* frame, Im
     for (std::size_t first = 0; first < pixels; first += width)
     {
         std::byte* const target = image.pixels.data() + first * image.PixelBytes();
-        const std::byte* packed = frame + first * layout.PixelBytes();
+        const std::byte* packed = IsPlanar(format) ? nullptr : frame + first * layout.PixelBytes();
         if (IsPlanar(format))
         {
             std::byte* const joined = isSame ? target : row.data();

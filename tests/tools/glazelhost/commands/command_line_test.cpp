@@ -65,46 +65,25 @@ TEST(CommandLine, AShortRenderLeavesEveryChoiceOpen)
 
 TEST(CommandLine, EveryRenderOptionReachesItsPlace)
 {
-    const RenderCommand render = Render({"--depth",
-                                         "float",
-                                         "--linear",
-                                         "off",
-                                         "--fps",
-                                         "23.976",
-                                         "--aspect",
-                                         "1.5",
-                                         "--frames",
-                                         "2-4",
-                                         "--first",
-                                         "1001",
-                                         "--overwrite",
-                                         "--renderer",
-                                         "D:\\r",
-                                         "--plugin",
-                                         "p.dll",
-                                         "--bits",
-                                         "16",
-                                         "--quality",
-                                         "80",
-                                         "--skip-bad-frames",
-                                         "--unclamped",
-                                         "--progress",
-                                         "json",
-                                         "--size",
-                                         "1920x1080",
-                                         "--expect",
-                                         "72",
-                                         "--input-format",
-                                         "bgra16",
-                                         "--output-format",
-                                         "gbraf32",
-                                         "--input-light",
-                                         "linear",
-                                         "--dither",
-                                         "--seed",
-                                         "7",
-                                         "--luma-weights",
-                                         "0.299,0.114"});
+    const RenderCommand render = Render({"--depth",     "float",
+                                         "--linear",    "off",
+                                         "--fps",       "23.976",
+                                         "--aspect",    "1.5",
+                                         "--frames",    "2-4",
+                                         "--first",     "1001",
+                                         "--overwrite", "--renderer",
+                                         "D:\\r",       "--plugin",
+                                         "p.dll",       "--bits",
+                                         "16",          "--quality",
+                                         "80",          "--skip-bad-frames",
+                                         "--unclamped", "--progress",
+                                         "json",        "--size",
+                                         "1920x1080",   "--expect",
+                                         "72",          "--input-format",
+                                         "bgra16",      "--output-format",
+                                         "gbraf32",     "--input-light",
+                                         "linear",      "--dither",
+                                         "--seed",      "7"});
     EXPECT_EQ(render.depth, SampleType::Float);
     EXPECT_EQ(render.linear, false);
     EXPECT_EQ(render.source.framesPerSecond, 23.976);
@@ -127,6 +106,11 @@ TEST(CommandLine, EveryRenderOptionReachesItsPlace)
     EXPECT_EQ(render.source.format, StreamFormat::Bgra16);
     EXPECT_TRUE(render.source.isLinearLight);
     EXPECT_EQ(render.sink.format, StreamFormat::GbraFloat);
+}
+
+TEST(CommandLine, TheWeightsOfLumaCountAtBothEnds)
+{
+    const RenderCommand render = Render({"--luma-weights", "0.299,0.114"});
     EXPECT_EQ(render.source.lumaWeights.red, 0.299);
     EXPECT_EQ(render.sink.lumaWeights.blue, 0.114);
 }
