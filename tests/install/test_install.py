@@ -63,10 +63,19 @@ class Machine:
     """A prefix with what was in it before."""
 
     def __init__(self, folder, out):
-        self.prefix = WinePrefix(folder)
+        self.folder = folder
         self.out = out
+        self.start()
+
+    def start(self):
         self.log_length = 0
+        self.prefix = WinePrefix(self.folder)
         self.remember()
+
+    def replace(self):
+        """By one that nobody has used."""
+        self.prefix.close()
+        self.start()
 
     def remember(self):
         """From now on this is the machine as it was."""
@@ -187,8 +196,8 @@ def machine(tmp_path_factory, out):
 
 @pytest.fixture(autouse=True)
 def clean(request):
-    """Every test leaves the machine as it found it, but for an installation, which is removed here;
-    otherwise it fails, and what it left is taken as found from then on."""
+    """Every test leaves the machine as it found it, but for an installation, which is removed here.
+    Otherwise it fails, and the next one, or the same again after Wine cut it short, gets a new one."""
     machine = request.getfixturevalue("machine") if "machine" in request.fixturenames else None
     if machine:
         machine.found_clean = False
@@ -200,7 +209,7 @@ def clean(request):
             assert machine.leftovers() == NOTHING
         finally:
             if not machine.found_clean:
-                machine.remember()
+                machine.replace()
 
 
 @pytest.fixture
