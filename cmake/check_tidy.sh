@@ -55,7 +55,7 @@ for preset in native release; do
   cmake --preset "$preset" -B "build/tidy/$preset" -DGLAZEL_PRECOMPILE=OFF -DGLAZEL_UNITY=OFF >"$output" 2>&1 ||
     { cat "$output" >&2; exit 1; }
   # Which clang refuses, and the other two do not silence.
-  sed -i 's/ -fno-ipa-ra//' "build/tidy/$preset/compile_commands.json"
+  sed -i -E 's/ (-fno-ipa-ra|--param [^ ]+)//g' "build/tidy/$preset/compile_commands.json"
 done
 status=0
 for pattern in "${@:-}"; do
