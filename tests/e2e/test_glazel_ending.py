@@ -13,6 +13,39 @@ from conftest import DEADLINE, ROOT, WARM, environment, ffmpeg, wait_until
 
 STAGES = {"decoder": 0, "host": 1, "encoder": 2}
 SOON = 5.0  # seconds; one on a machine that does nothing else
+# Ends itself by a signal just when Popen.poll has its lock for so many times.
+SIGNALLED_IN_POLL = """
+import os, signal, subprocess, sys, threading
+
+times = int(sys.argv.pop(1))
+
+class Lock:
+    def __init__(self):
+        self.lock = threading.Lock()
+        self.release = self.lock.release
+
+    def __enter__(self):
+        return self.lock.__enter__()
+
+    def __exit__(self, *error):
+        return self.lock.__exit__(*error)
+
+    def acquire(self, blocking):
+        global times
+        taken = self.lock.acquire(blocking)
+        times -= 1
+        if times == 0:
+            os.kill(os.getpid(), signal.SIGINT)
+        return taken
+
+def init(self, *words, **more):
+    made(self, *words, **more)
+    self._waitpid_lock = Lock()
+
+made, subprocess.Popen.__init__ = subprocess.Popen.__init__, init
+from glazel.__main__ import main
+sys.exit(main(sys.argv[1:]))
+"""
 
 
 @pytest.fixture(scope="module")
@@ -67,6 +100,28 @@ def test_a_signal_ends_everything_at_once(number, clip, tmp_path):
     assert not alive(pids)
     assert os.listdir(tmp_path) == ["out.mkv"]
     assert (tmp_path / "out.mkv").read_text() == "mine"
+
+
+# Before the encoder is started, as the host program tells the size of pictures; after; and of a farm.
+@pytest.mark.parametrize("source, times, words", [
+    ("in_%02d.png", 1, ["render"]), (None, 100, ["render"]),
+    (None, 3, ["farm", "local", "--jobs", "2", "--chunks", "2"])], ids=["early", "late", "farm"])
+def test_a_signal_while_a_child_is_looked_at_ends_everything_too(
+        source, times, words, clip, tmp_path):
+    if source:
+        ffmpeg("-i", clip, "-frames:v", 50, tmp_path / source)
+    (tmp_path / "out").mkdir()
+    process = subprocess.Popen(
+        ["/usr/bin/python3", "-B", "-c", SIGNALLED_IN_POLL, str(times), *words,
+         tmp_path / source if source else clip, tmp_path / "out/out.mkv", "--look", WARM,
+         "--codec", "ffv1"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+        stderr=subprocess.PIPE, env=environment() | {"PYTHONPATH": str(ROOT / "tools")})
+    try:
+        code, said, _ = end(process)
+    finally:
+        process.kill()
+    assert code == 128 + signal.SIGINT and "interrupted" in said[-1], said
+    assert os.listdir(tmp_path / "out") == (["out.mkv.farm"] if words[0] == "farm" else [])
 
 
 @pytest.mark.parametrize("stage", STAGES)

@@ -3,24 +3,17 @@
 from __future__ import annotations
 
 import os
-import signal
 import subprocess
 import sys
-from types import FrameType
 
 if sys.version_info < (3, 11):
     sys.exit("glazel: this Python is older than 3.11; install a newer one")
 
-from . import command_line, farm, prepare, system
-from .failure import DONE, Failure, Interrupted, WRONG_USAGE
+from . import command_line, farm, interrupts, prepare, system
+from .failure import DONE, Failure, WRONG_USAGE
+from .interrupts import Interrupted
 from .render import render
 from .report import Report
-
-
-def _interrupt(number: int, _frame: FrameType | None) -> None:
-    for name in (signal.SIGINT, signal.SIGTERM):
-        signal.signal(name, signal.SIG_IGN)  # one is enough: cleaning up takes a moment
-    raise Interrupted(number)
 
 
 def main(words: list[str]) -> int:
@@ -33,6 +26,7 @@ def main(words: list[str]) -> int:
         if command in ("--help", "-h", "help"):
             print(command_line.main_help(), end="", flush=True)
             return DONE
+        interrupts.raise_from_now_on()
         options = command_line.parse(command, words[1:])
         if command == "install":
             prepare.install(options.prefix)
@@ -40,8 +34,6 @@ def main(words: list[str]) -> int:
         if command not in ("render", "farm"):
             return _pass_on(words)
         report = Report("none" if options.quiet else options.progress or "auto")
-        for name in (signal.SIGINT, signal.SIGTERM):
-            signal.signal(name, _interrupt)
         if command == "farm":
             farm.run(options, words[1:], report)
         else:

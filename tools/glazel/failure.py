@@ -11,11 +11,3 @@ class Failure(Exception):
         super().__init__(" ".join(line.split()))
         self.brief = line.partition("; ")[0]
         self.code = code
-
-
-class Interrupted(Exception):
-    """Somebody wants the run to end: a signal came."""
-
-    def __init__(self, number: int) -> None:
-        super().__init__(f"interrupted by signal {number}")
-        self.code = 128 + number

@@ -23,10 +23,11 @@ from itertools import accumulate, count
 from pathlib import Path
 from typing import Any
 
-from . import prepare, system
+from . import interrupts, prepare, system
 from .command_line import parse, render_job
-from .failure import Failure, Interrupted, WRONG_USAGE
+from .failure import Failure, WRONG_USAGE
 from .formats import RAW_FILES
+from .interrupts import Interrupted
 from .names import Pattern, check_target, extension, ffmpeg_name, input_pattern, is_picture
 from .names import look_files, suggestion
 from .output import Unfinished
@@ -489,14 +490,18 @@ def _by_processes(farm: Farm, jobs: int, report: Report) -> Failure | None:
     environment = os.environ | {"PYTHONPATH": str(system.PACKAGE.parent)}
     try:
         while waiting or running:
-            while waiting and len(running) < jobs:
-                piece = waiting.pop(0)
-                command = [*_program("piece", farm), str(piece)]
-                with open(farm.log(piece), "wb") as log:
-                    streams = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log}
-                    running[piece] = system.start(command, 0, env=environment, **streams)
+            with interrupts.held_back():
+                while waiting and len(running) < jobs:
+                    interrupts.check()
+                    piece = waiting.pop(0)
+                    command = [*_program("piece", farm), str(piece)]
+                    with open(farm.log(piece), "wb") as log:
+                        streams = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log}
+                        running[piece] = system.start(command, 0, env=environment, **streams)
             time.sleep(_POLL)
-            for piece in [n for n, process in running.items() if process.poll() is not None]:
+            with interrupts.held_back():
+                ended = [n for n, process in running.items() if process.poll() is not None]
+            for piece in ended:
                 code = running.pop(piece).returncode
                 if code == 0 and farm.record(piece):
                     continue
@@ -508,21 +513,26 @@ def _by_processes(farm: Farm, jobs: int, report: Report) -> Failure | None:
                 waiting.append(piece)
             show()
     finally:
-        for process in running.values():
-            process.terminate()
-        deadline = time.monotonic() + _GRACE
-        for process in running.values():
-            with suppress(subprocess.TimeoutExpired):
-                process.wait(max(0.0, deadline - time.monotonic()))
-            if process.returncode is None:
-                system.kill(process)
-                process.wait()
+        with interrupts.held_back():
+            _end(list(running.values()))
 
     try:
         farm.join(report)
     except Failure as error:
         return error
     return None
+
+
+def _end(running: list[subprocess.Popen[bytes]]) -> None:
+    for process in running:
+        process.terminate()
+    deadline = time.monotonic() + _GRACE
+    for process in running:
+        with suppress(subprocess.TimeoutExpired):
+            process.wait(max(0.0, deadline - time.monotonic()))
+        if process.returncode is None:
+            system.kill(process)
+            process.wait()
 
 
 def _by_slurm(farm: Farm, more: list[str], report: Report) -> Failure | None:

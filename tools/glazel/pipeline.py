@@ -14,7 +14,7 @@ from contextlib import ExitStack, suppress
 from dataclasses import dataclass, field
 from typing import Any
 
-from . import system
+from . import interrupts, system
 from .failure import FAILED, Failure, WRONG_USAGE
 from .plan import Job
 from .probe import complaints
@@ -70,6 +70,7 @@ class Child:
         if not self.killed and code >= 0:
             # Programs of Wine's desktop that started along the way may hold the pipe much longer.
             self._said_all.wait(_LONGEST_WAIT)
+            self._said_all.set()  # once is enough
         return code
 
     def complaints(self) -> list[str]:
@@ -97,14 +98,15 @@ class Run:
         """How many frames were rendered. Throws Failure; no child is left either way."""
         for _ in range(_MOST_STARTS):
             self.children = []
-            try:
-                self._start()
-                self._judge(self._wait())
-                return self.frames or 0
-            except WineFailed:
-                continue
-            finally:
-                self._end()
+            with interrupts.held_back():
+                try:
+                    self._start()
+                    self._judge(self._wait())
+                    return self.frames or 0
+                except WineFailed:
+                    continue
+                finally:
+                    self._end()
         raise Failure("Wine", "it does not start the host program", "run ./glazel info to see why")
 
     def _end(self) -> None:
@@ -170,6 +172,7 @@ class Run:
             if self.encoder:
                 host = self.children[-1].process
                 while not self.size and host.poll() is None:
+                    interrupts.check()
                     time.sleep(_POLL)
                 last = sys.stdout.buffer if self.job.output == "-" else subprocess.DEVNULL
                 if self.size:
@@ -198,6 +201,7 @@ class Run:
         while not any(map(failed, self.children)):
             if all(child.process.poll() is not None for child in self.children):
                 break
+            interrupts.check()
             time.sleep(_POLL)
         time.sleep(_POLL)  # those behind a failure fail too, those before it have failed by now
         ended = [child for child in self.children if child.process.poll() is not None]

@@ -11,13 +11,14 @@ import time
 from pathlib import Path
 from typing import BinaryIO
 
-from . import system
+from . import interrupts, system
 from .failure import Failure
 
 if sys.platform != "win32":
     import fcntl
 
 _LONG = 1.0  # seconds: what takes longer is told
+_POLL = 0.005  # seconds
 _SHOWN = 30  # lines of a failed step
 _LAUNCHER = """#!/bin/sh
 GLAZEL_COMMAND=$0 PYTHONPATH='{}' PYTHONDONTWRITEBYTECODE=1 exec '{}' -P -m glazel "$@"
@@ -95,15 +96,16 @@ def _step(name: str, *command: str | Path) -> None:
     started, told = time.monotonic(), False
     with open(log, "a+b") as words:
         begin = words.tell()
-        with subprocess.Popen(
+        with interrupts.held_back(), subprocess.Popen(
             command, cwd=system.ROOT, stdin=subprocess.DEVNULL, stdout=words, stderr=words
         ) as process:
             try:
-                process.wait(_LONG)
-            except subprocess.TimeoutExpired:
-                told = True
-                print(f"glazel: {name} ...", file=sys.stderr, end="", flush=True)
-                process.wait()
+                while process.poll() is None:
+                    if not told and time.monotonic() - started > _LONG:
+                        told = True
+                        print(f"glazel: {name} ...", file=sys.stderr, end="", flush=True)
+                    interrupts.check()
+                    time.sleep(_POLL)
             finally:
                 process.kill()  # after Ctrl-C
                 if told:

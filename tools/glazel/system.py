@@ -69,6 +69,8 @@ def start(command: list[str], group: int, **streams: Any) -> subprocess.Popen[by
 
     def die_with_parent() -> None:
         _LIBRARY.prctl(_PARENT_DEATH_SIGNAL, signal.SIGKILL)
+        # A child would inherit that this process does not listen to it any more.
+        signal.signal(signal.SIGTERM, signal.SIG_DFL)
 
     try:
         os.killpg(group, 0)

@@ -3,8 +3,12 @@
 import fcntl
 import os
 import pathlib
+import shutil
+import signal
+import subprocess
 import sys
 import threading
+import time
 import types
 
 import pytest
@@ -103,6 +107,27 @@ def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
     with pytest.raises(Failure, match="see above"):
         prepare._step("building", "sh", "-c", "echo why; exit 3")
     assert capsys.readouterr().err.endswith("why\n")
+
+
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM])
+def test_a_signal_ends_a_step_and_every_command_with_one_line(tree, number):
+    shutil.copytree(system.PACKAGE, tree / "tools/glazel")
+    (tree / "CMakePresets.json").touch()
+    (tree / "setup.sh").write_text(f"#!/bin/sh\necho $$ > '{tree}/begun'\nexec sleep 1000\n")
+    environment = {k: v for k, v in os.environ.items() if not k.startswith("PYTHON")}
+    with subprocess.Popen(["/usr/bin/python3", "-B", "-P", "-m", "glazel", "presets"], cwd=tree,
+                          stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+                          env=environment | {"PYTHONPATH": str(tree / "tools")}) as process:
+        begun, deadline = tree / "begun", time.monotonic() + 60
+        while not (begun.exists() and begun.read_text()):
+            assert process.poll() is None and time.monotonic() < deadline
+            time.sleep(0.01)
+        process.send_signal(number)
+        said = process.stderr.read()
+    assert process.returncode == 128 + number
+    assert said.splitlines()[-1] == f"glazel: interrupted by signal {number}", said
+    assert "Traceback" not in said
+    assert not os.path.exists(f"/proc/{int(begun.read_text())}")
 
 
 def test_wine_has_its_services_where_a_desktop_is_needed_or_the_user_says_so(monkeypatch):
