@@ -2,6 +2,7 @@
 
 #include "reference_renderer/core/number_words.h"
 #include "reference_renderer/core/text_scanning.h"
+#include "support/xml_text.h"
 
 #include <algorithm>
 
@@ -29,29 +30,6 @@ std::string IdOf(std::string_view title)
     return id.empty() || !IsLetter(id[0]) ? "look_" + id : id;
 }
 
-std::string Escaped(std::string_view text)
-{
-    std::string escaped;
-    for (const char c : text)
-    {
-        switch (c)
-        {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        default:
-            escaped += c;
-        }
-    }
-    return escaped;
-}
-
 void AppendElement(std::string& text, const char* name, const float* numbers, std::size_t count)
 {
     text += std::string("        <") + name + ">";
@@ -69,7 +47,7 @@ std::string CorrectionFileText(const Cdl& cdl, std::string_view title)
                        IdOf(clean) + "\">\n    <SOPNode>\n";
     if (!clean.empty())
     {
-        text += "        <Description>" + Escaped(clean) + "</Description>\n";
+        text += "        <Description>" + XmlEscaped(clean) + "</Description>\n";
     }
     AppendElement(text, "Slope", cdl.slope.data(), cdl.slope.size());
     AppendElement(text, "Offset", cdl.offset.data(), cdl.offset.size());

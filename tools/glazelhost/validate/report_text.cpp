@@ -1,5 +1,6 @@
 #include "tools/glazelhost/validate/report_text.h"
 
+#include "support/xml_text.h"
 #include "tools/glazelhost/one_line.h"
 
 #include <algorithm>
@@ -31,33 +32,6 @@ std::string CountsText(const StateCounts& counts)
     return Joined(parts);
 }
 
-std::string Escaped(const std::string& text)
-{
-    std::string escaped;
-    for (const char character : text)
-    {
-        switch (character)
-        {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        case '"':
-            escaped += "&quot;";
-            break;
-        default:
-            // XML has no way to write other control characters.
-            escaped += static_cast<unsigned char>(character) < ' ' ? ' ' : character;
-        }
-    }
-    return escaped;
-}
-
 std::string SecondsText(double seconds)
 {
     std::array<char, 32> text{};
@@ -68,12 +42,12 @@ std::string SecondsText(double seconds)
 std::string JUnitCase(const GroupResult& group)
 {
     std::string text = "  <testcase classname=\"" +
-                       Escaped(group.name.substr(0, group.name.find('.'))) + "\" name=\"" +
-                       Escaped(group.name) + "\" time=\"" + SecondsText(group.seconds) + "\"";
+                       XmlEscaped(group.name.substr(0, group.name.find('.'))) + "\" name=\"" +
+                       XmlEscaped(group.name) + "\" time=\"" + SecondsText(group.seconds) + "\"";
     std::string reasons;
     for (const std::string& reason : group.reasons)
     {
-        reasons += Escaped(reason) + "\n";
+        reasons += XmlEscaped(reason) + "\n";
     }
     const char* element = nullptr;
     switch (group.state)
@@ -207,12 +181,13 @@ std::string JUnitOf(const ValidateReport& report)
         CountOf(counts, GroupState::Crashed) + CountOf(counts, GroupState::TimedOut);
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"glazelhost "
                        "validate " +
-                       Escaped(report.files.empty() ? "" : report.files.front().file) +
+                       XmlEscaped(report.files.empty() ? "" : report.files.front().file) +
                        "\" tests=\"" + std::to_string(report.groups.size()) + "\" failures=\"" +
                        std::to_string(CountOf(counts, GroupState::Failed)) + "\" errors=\"" +
                        std::to_string(errors) + "\" skipped=\"" +
                        std::to_string(CountOf(counts, GroupState::Skipped)) + "\" timestamp=\"" +
-                       Escaped(report.time) + "\" time=\"" + SecondsText(report.seconds) + "\">\n";
+                       XmlEscaped(report.time) + "\" time=\"" + SecondsText(report.seconds) +
+                       "\">\n";
     for (const GroupResult& group : report.groups)
     {
         text += JUnitCase(group);
