@@ -64,7 +64,6 @@ run_tests() {
   return $status
 }
 
-# What the failed tests of a preset said, once more: it stands far above the end.
 said=Testing/Temporary/LastTest.log
 for preset in "${presets[@]}"; do rm -f "build/$preset/$said"; done
 any_ran() {
@@ -74,6 +73,7 @@ any_ran() {
   done
   return 1
 }
+# What the failed tests of a preset said, once more: it stands far above the end.
 show_failures() {
   [ -e "build/$1/$said" ] || return 0
   awk '/^[0-9]+\/[0-9]+ Testing: / { said = "" }

@@ -3,6 +3,7 @@
 import os
 import pathlib
 import shutil
+import signal
 import struct
 import subprocess
 import tempfile
@@ -22,6 +23,10 @@ COOL = LOOKS / "cool_night.cc"
 IMAGES = ROOT / "samples/images"
 CLIP = ("--size", "64x48")  # of what write_clip writes
 DEADLINE = 120  # seconds that no run ever needs
+
+# What starts the tests may ignore it, as a script does for what it leaves in the background, and what
+# they start would inherit that.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 
 def environment():

@@ -62,9 +62,11 @@ def children(pid):
             for word in (task / "children").read_text().split()]
 
 
-def begun(clip, folder, *options, limit=None):
+def begun(clip, folder, *options, limit=None, ignored=None):
     """A render to out.mkv of which something has been written already."""
     def limited():
+        if ignored:
+            signal.signal(ignored, signal.SIG_IGN)
         if limit:
             resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
     process = subprocess.Popen(
@@ -100,6 +102,13 @@ def test_a_signal_ends_everything_at_once(number, clip, tmp_path):
     assert not alive(pids)
     assert os.listdir(tmp_path) == ["out.mkv"]
     assert (tmp_path / "out.mkv").read_text() == "mine"
+
+
+def test_a_signal_that_a_script_ignores_for_what_it_starts_is_ignored(clip, tmp_path):
+    process = begun(clip, tmp_path, "--frames", "1-200", ignored=signal.SIGINT)
+    process.send_signal(signal.SIGINT)
+    assert end(process)[0] == 0
+    assert os.listdir(tmp_path) == ["out.mkv"]
 
 
 # Before the encoder is started, as the host program tells the size of pictures; after; and of a farm.

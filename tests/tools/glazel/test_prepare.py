@@ -111,6 +111,8 @@ def test_a_long_step_is_told_while_it_runs_and_a_failed_one_with_its_words(
 
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM])
 def test_a_signal_ends_a_step_and_every_command_with_one_line(tree, number):
+    # Whoever started the tests may ignore it, and the command would inherit that.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     shutil.copytree(system.PACKAGE, tree / "tools/glazel")
     (tree / "CMakePresets.json").touch()
     (tree / "setup.sh").write_text(f"#!/bin/sh\necho $$ > '{tree}/begun'\nexec sleep 1000\n")
