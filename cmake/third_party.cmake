@@ -84,7 +84,7 @@ function(glazel_add_test name label)
         TEST_LIST ${name}${suffix}
         DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 200
         WORKING_DIRECTORY ${folder}
-        PROPERTIES LABELS ${label} TIMEOUT 120 ENVIRONMENT ${environment} ${arg_PROPERTIES})
+        PROPERTIES LABELS ${label} TIMEOUT 300 ENVIRONMENT ${environment} ${arg_PROPERTIES})
       if(alone STREQUAL "*")
         continue()
       endif()

@@ -1,6 +1,8 @@
 // A test that runs itself again in a process of its own, for what ends a process.
 #pragma once
 
+#include "tests/doubles/deadline.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -30,7 +32,7 @@ inline DWORD ExitCodeOf(const std::wstring& name)
     ::SetEnvironmentVariableW(kChildTestRole, nullptr);
     EXPECT_TRUE(started);
     DWORD exitCode = 0;
-    EXPECT_EQ(::WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
+    EXPECT_EQ(::WaitForSingleObject(process.hProcess, kDeadlineMs), WAIT_OBJECT_0);
     ::GetExitCodeProcess(process.hProcess, &exitCode);
     ::CloseHandle(process.hThread);
     ::CloseHandle(process.hProcess);

@@ -1,3 +1,4 @@
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/fake_surface.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/effect/effect_fixture.h"
@@ -26,7 +27,6 @@ class Concurrency : public EffectTest
 {
 protected:
     static constexpr int kRounds = 3000;
-    static constexpr DWORD kDeadlineMs = 60000;
 
     // Runs all of them at once, each kRounds times, and fails when one does not end in time.
     void RunTogether(const std::vector<std::function<void(int round)>>& operations)
@@ -136,7 +136,7 @@ TEST_F(Concurrency, ASlowStreamHoldsTheRecordLockAndNothingElse)
         ::WaitForSingleObject(goOn, INFINITE);
     };
     TestThread loader([&] { effect->LoadProps(&slow); });
-    ASSERT_EQ(::WaitForSingleObject(reading, 10000), WAIT_OBJECT_0);
+    ASSERT_EQ(::WaitForSingleObject(reading, kDeadlineMs), WAIT_OBJECT_0);
     // These do not wait for the stream.
     EXPECT_EQ(effect->SetAutomationActive(0), S_OK);
     EXPECT_EQ(effect->SetKeyframeFraction(0.5), S_OK);
@@ -146,8 +146,8 @@ TEST_F(Concurrency, ASlowStreamHoldsTheRecordLockAndNothingElse)
     TestThread render([&] { effect->RefreshFrameProps(); });
     EXPECT_FALSE(render.Join(100));
     ::SetEvent(goOn);
-    EXPECT_TRUE(render.Join(10000));
-    EXPECT_TRUE(loader.Join(10000));
+    EXPECT_TRUE(render.Join(kDeadlineMs));
+    EXPECT_TRUE(loader.Join(kDeadlineMs));
     EXPECT_EQ(BytesOf(effect->m_frame), RecordBytes(9));
     effect->SetChangeSink(nullptr);
     ::CloseHandle(reading);
@@ -164,7 +164,7 @@ TEST_F(Concurrency, ASinkThatWaitsForAnotherThreadsCallDoesNotDeadlock)
             SessionData copy;
             effect->GetProps(&copy);
         });
-        ended = other.Join(10000);
+        ended = other.Join(kDeadlineMs);
     };
     EXPECT_EQ(static_cast<IPersistStreamInit*>(effect.p)->Load(&stream), S_OK);
     EXPECT_TRUE(ended);

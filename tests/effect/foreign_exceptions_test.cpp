@@ -1,5 +1,6 @@
 // What the renderer, surfaces, streams and the sink throw ends where the operation ends: with the
 // result that it had until then, no lock left, and the next call as good as ever.
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/foreign_exception.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/effect/frame_fixture.h"
@@ -9,8 +10,6 @@
 
 namespace
 {
-
-constexpr DWORD kDeadlineMs = 10000;
 
 class ForeignExceptions : public FrameTest
 {

@@ -1,5 +1,6 @@
 // Which lock an operation holds while it works. Told from the state of the locks and not from who
 // is faster, so that a lock that is missing shows every time.
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/held_lock.h"
 #include "tests/effect/effect_fixture.h"
 
@@ -28,8 +29,6 @@ struct ObjectLockOf
 };
 template struct ObjectLockOf<&CComObjectRootEx<CComMultiThreadModel>::m_critsec>;
 auto& ObjectLock(CComObjectRootEx<CComMultiThreadModel>& object);
-
-constexpr DWORD kDeadlineMs = 20000;
 
 // Whether `operation` comes to wait for the lock before it ends. Told from the lock's count, which
 // changes when somebody waits.

@@ -2,6 +2,7 @@
 #include "contract/entry_points.h"
 #include "contract/host_interfaces.h"
 #include "effect/iplugin.h"
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/renderers/renderer_variant.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/module/plugin_module.h"
@@ -148,7 +149,7 @@ TEST(Unload, TheModuleSaysWhetherItIsNeededWhileFourThreadsCreateAndRelease)
             threads[index] = std::make_unique<TestThread>(
                 [&, index] { CreateAndRelease(module, stages.of[index], gate, stop); });
         }
-        const ULONGLONG deadline = ::GetTickCount64() + 60000;
+        const ULONGLONG deadline = ::GetTickCount64() + kDeadlineMs;
         while (neededAnswers < kCertainAnswers && ::GetTickCount64() < deadline)
         {
             const auto before = stages.Steps();
@@ -361,7 +362,7 @@ TEST(Unload, ThreadsThatThrewInsideAndLiveOnLeaveNothing)
                     ::WaitForSingleObject(mayEnd, INFINITE);
                 });
             }
-            EXPECT_EQ(::WaitForSingleObject(allThrew, 60000), WAIT_OBJECT_0);
+            EXPECT_EQ(::WaitForSingleObject(allThrew, kDeadlineMs), WAIT_OBJECT_0);
             module.reset();
             ::SetEvent(mayEnd);
         }

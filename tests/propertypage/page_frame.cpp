@@ -1,11 +1,11 @@
 #include "tests/propertypage/page_frame.h"
+#include "tests/doubles/deadline.h"
 
 #include <stdexcept>
 
 namespace
 {
 
-constexpr ULONGLONG kPatienceMs = 10000;
 constexpr ULONGLONG kStillMs = 100;
 
 void SendMouse(DWORD flags)
@@ -65,11 +65,11 @@ bool HandleMessagesUntil(const std::function<bool()>& condition)
             return true;
         }
         const ULONGLONG passed = ::GetTickCount64() - start;
-        if (passed >= kPatienceMs)
+        if (passed >= kDeadlineMs)
         {
             return false;
         }
-        ::MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(kPatienceMs - passed),
+        ::MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(kDeadlineMs - passed),
                                     QS_ALLINPUT);
     }
 }
@@ -89,7 +89,7 @@ void MovePointer(HWND page, Geometry::Point point)
         const ULONGLONG now = ::GetTickCount64();
         if (movedAt == 0 || pointer.x != wanted.x || pointer.y != wanted.y)
         {
-            if (now - start > kPatienceMs || ::SetCursorPos(wanted.x, wanted.y) == FALSE)
+            if (now - start > kDeadlineMs || ::SetCursorPos(wanted.x, wanted.y) == FALSE)
             {
                 throw std::runtime_error("cannot move the pointer");
             }

@@ -2,6 +2,7 @@
 // and of pages. Afterwards the process holds what it held before. A hundredth of it runs with the
 // tests; GLAZEL_SOAK_PERCENT=100, which ./soak.sh sets, runs all.
 #include "support/win32/com_scope.h"
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/tools/glazelhost/plugin/real_effect.h"
 #include "tools/glazelhost/host_error.h"
@@ -28,7 +29,6 @@ namespace
 constexpr unsigned kFrames = 100000;
 constexpr unsigned kEffects = 20000;
 constexpr unsigned kPages = 2000;
-constexpr DWORD kDeadlineMs = 60000; // nothing that is done once takes as long
 // The heap keeps what several threads' records took at once. A loss shows in the blocks first.
 constexpr std::size_t kMemorySlack = std::size_t{64} << 20;
 

@@ -1,4 +1,5 @@
 // IDispatch over registered type libraries: one that nobody registers, and the system's own.
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/failing_allocation.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/platform/atl/sample_objects.h"
@@ -16,8 +17,6 @@ constexpr GUID kUnregisteredLibrary{0x51A0F8A1, 0x0201, 0x4C0E, {0x9A, 0x11, 0x5
 constexpr GUID kStandardOle{0x00020430, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 constexpr IID kFontDisp{0xBEF6E003, 0xA874, 0x101A, {0x8B, 0xBA, 0x00, 0xAA, 0x00, 0x30, 0x0C, 0xAB}};
 // clang-format on
-
-constexpr DWORD kDeadlineMs = 10000;
 
 template <const IID* piid, const GUID* plibid, WORD wMajor>
 class CDispatching : public CComObjectRootEx<CComMultiThreadModel>,

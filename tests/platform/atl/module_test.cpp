@@ -1,6 +1,7 @@
 // The module's lock count and the class objects that it keeps.
 #include "tests/platform/atl/sample_objects.h"
 
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/test_thread.h"
 
 #include <atomic>
@@ -25,7 +26,7 @@ public:
     CCountedFactory()
     {
         ++g_factoriesMade;
-        const ULONGLONG deadline = ::GetTickCount64() + 5000;
+        const ULONGLONG deadline = ::GetTickCount64() + kDeadlineMs;
         while (g_askers < g_askersToAwait && ::GetTickCount64() < deadline)
         {
             ::SwitchToThread();
@@ -168,7 +169,7 @@ public:
             void* none = nullptr;
             _pModule->GetClassObject(CLSID_Sample, IID_IUnknown, &none);
         });
-        answered = thread->Join(10000);
+        answered = thread->Join(kDeadlineMs);
     }
     static inline std::unique_ptr<TestThread> thread;
     static inline bool answered = false;

@@ -1,4 +1,5 @@
 // Interface pointers and critical sections.
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/platform/atl/sample_objects.h"
 
@@ -124,7 +125,7 @@ TEST(CriticalSection, IsRecursiveAndKeepsOtherThreadsOut)
         });
         EXPECT_EQ(::WaitForSingleObject(entered, 50), DWORD{WAIT_TIMEOUT});
         guard.unlock();
-        EXPECT_TRUE(thread.Join(10000));
+        EXPECT_TRUE(thread.Join(kDeadlineMs));
     }
     EXPECT_EQ(::WaitForSingleObject(entered, 0), DWORD{WAIT_OBJECT_0});
     ::CloseHandle(entered);

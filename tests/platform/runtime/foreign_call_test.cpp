@@ -1,5 +1,6 @@
 #include "platform/runtime/foreign_call.h"
 #include "tests/doubles/child_test.h"
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/foreign_exception.h"
 #include "tests/doubles/test_thread.h"
 
@@ -102,7 +103,7 @@ TEST(ForeignCall, AThousandEndedCallsLeaveTheStackAsItWas)
             }));
         }
     });
-    EXPECT_TRUE(thread.Join(60000));
+    EXPECT_TRUE(thread.Join(kDeadlineMs));
 }
 
 namespace

@@ -3,6 +3,7 @@
 
 #include "reference_renderer/editor/editor_control.h"
 #include "reference_renderer/editor/resource.h"
+#include "tests/doubles/deadline.h"
 
 #include <windows.h>
 
@@ -15,7 +16,6 @@
 namespace ReferenceRenderer
 {
 
-inline constexpr DWORD kDeadlineMs = 20000;
 inline constexpr std::int32_t kStillOpen = -1000; // no result of any editor
 
 // Waits until `condition` holds; false when it does not before the deadline. Looks again every few

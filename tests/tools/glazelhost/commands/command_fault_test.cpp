@@ -9,6 +9,7 @@
 #include "support/win32/file_handle.h"
 #include "support/win32/slim_lock.h"
 #include "support/win32/utf8.h"
+#include "tests/doubles/deadline.h"
 #include "tests/doubles/test_thread.h"
 #include "tests/tools/glazelhost/commands/io_faults.h"
 #include "tests/tools/glazelhost/media/sample_images.h"
@@ -38,7 +39,6 @@ namespace
 
 constexpr int kWidth = 4;
 constexpr int kHeight = 3;
-constexpr DWORD kDeadlineMs = 60000;
 
 // The folder of every job: its inputs, and something under the name of each output.
 class Inputs

@@ -1,6 +1,7 @@
 #include "tools/glazelhost/surface/host_surface.h"
 
 #include "platform/atl/atlcomcli.h"
+#include "tests/doubles/deadline.h"
 #include "tools/glazelhost/surface/lock_bounds.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +16,6 @@ namespace
 {
 
 constexpr ULONG kAtOnce = 0;
-constexpr ULONG kDeadlineMs = 10000;
 
 CComPtr<CHostSurface> Surface(SurfaceFormat format = SurfaceFormat::Straight8)
 {
