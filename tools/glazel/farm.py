@@ -52,7 +52,6 @@ _AGAIN = "run the same command again: what is whole is not rendered again"
 
 def run(options: Namespace, words: list[str], report: Report) -> None:
     """`words`: those of the command line that `options` were read from."""
-    started = time.monotonic()
     if options.how == "piece":  # of the job in the folder that stands where INPUT does
         return Farm(Path(options.input)).render_piece(int(options.output), report)
     if options.how == "join":
@@ -68,6 +67,7 @@ def run(options: Namespace, words: list[str], report: Report) -> None:
     folder = Path(os.path.abspath(options.folder or job.output + ".farm"))
     state, numbers = _begin(job, words, report)
     prepare.programs()
+    started = time.monotonic()
     with _owned(folder):
         farm = Farm(folder)
         if farm.state and (len(farm.missing()) < len(farm.pieces) or farm.tasks()):

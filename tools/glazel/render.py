@@ -26,11 +26,11 @@ _LONGEST_HEADER = 1024  # of a Y4M stream
 
 
 def render(job: Job, report: Report) -> None:
-    started = time.monotonic()
     plan = planned(job)
     tell(job, report, plan.notes, plan.losses)
     if not job.part:  # whoever cut the job into pieces has seen to it
         prepare.programs()
+    started = time.monotonic()
     # The host program alone takes care of its output itself.
     alone = not plan.raw_in and not plan.raw_out
     target, place, media, encoding = plan.target, job.output, plan.source.upright(), plan.encoding

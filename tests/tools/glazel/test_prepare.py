@@ -15,8 +15,9 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.path.insert(0, str(ROOT / "tools"))
-from glazel import prepare, system  # noqa: E402
+from glazel import prepare, render, system  # noqa: E402
 from glazel.failure import Failure  # noqa: E402
+from glazel.report import Report  # noqa: E402
 
 STEPS = """#!/bin/sh
 echo "${{0##*/}} $1 $2" >> '{tree}/steps'
@@ -130,6 +131,29 @@ def test_a_signal_ends_a_step_and_every_command_with_one_line(tree, number):
     assert said.splitlines()[-1] == f"glazel: interrupted by signal {number}", said
     assert "Traceback" not in said
     assert not os.path.exists(f"/proc/{int(begun.read_text())}")
+
+
+def test_what_a_render_took_is_told_without_what_its_programs_took_to_build(monkeypatch, capsys):
+    clock = types.SimpleNamespace(now=0.0)
+
+    def passing(seconds, result=None):
+        def step(*_words, **_more):
+            clock.now += seconds
+            return result
+        return step
+
+    picture = types.SimpleNamespace(upright=lambda: None)
+    plan = types.SimpleNamespace(raw_in=False, raw_out=False, target="out.png", source=picture,
+                                 encoding=None, notes=(), losses={}, head=b"", decode=[])
+    job = types.SimpleNamespace(part=None, input="in.png", output="out.png", skip_bad_frames=False)
+    run = types.SimpleNamespace(run=passing(3, 1), left_out=None)
+    for name, value in {"planned": lambda _job: plan, "host_words": lambda *_words: [],
+                        "Run": lambda *_words, **_more: run,
+                        "time": types.SimpleNamespace(monotonic=lambda: clock.now)}.items():
+        monkeypatch.setattr(render, name, value)
+    monkeypatch.setattr(prepare, "programs", passing(200))
+    render.render(job, Report("plain"))
+    assert capsys.readouterr().err == "glazel: out.png: 1 frame in 3.0 s\n"
 
 
 def test_wine_has_its_services_where_a_desktop_is_needed_or_the_user_says_so(monkeypatch):
