@@ -154,6 +154,48 @@ def facts(path):
     return kept.facts(probing.with_times(probing.probe(str(path), pattern, numbers)))
 
 
+@pytest.mark.parametrize("pixels, source, words, target, back, most", [
+    ("gbrap", "i.mkv", ("-c:v", "magicyuv"), "o.mkv", "gbrap", 0),
+    ("gbrap", "i.png", (), "o.exr", "gbrapf32le", 1e-6),
+    ("gbrap10le", "i.mkv", FFV1, "o.mkv", "gbrap10le", 0),
+    ("gbrap12le", "i.mkv", FFV1, "o.mkv", "gbrap12le", 0),
+    ("gbrap16le", "i.png", (), "o.exr", "gbrapf32le", 1e-6),
+    ("gbrap16le", "i.mkv", FFV1, "o.mkv", "gbrap16le", 0),
+    ("gbrapf32le", "i.exr", (), "o.mkv", "gbrap16le", 0.6),
+    ("gbrapf32le", "i.exr", ("-format", "half"), "o.exr", "gbrapf32le", 0),
+    ("gbrp16le", "i.mkv", FFV1, "o.mkv", "gbrp16le", 0),
+    ("yuva444p", "i.mkv", FFV1, "o.mkv", "yuva444p", 0),
+    ("yuva420p10le", "i.mkv", FFV1, "o.mkv", "yuva420p10le", 0),
+    ("gray10le", "i.mkv", (*FFV1, "-color_range", "tv"), "o.mkv", "gray10le", 0),
+    ("gray12le", "i.mkv", (*FFV1, "-color_range", "pc"), "o.mkv", "gray12le", 0)])
+def test_every_code_comes_back(pixels, source, words, target, back, most, unchanging, tmp_path):
+    """Filters take alpha for a code of limited range, and gray for one of full range."""
+    def most_of(name):
+        number = probing.pixel_formats()[name]
+        kind = "<f4" if number.is_float else "<u1" if number.depth == 8 else "<u2"
+        return (1 if number.is_float else (1 << number.depth) - 1), kind
+
+    (top, kind), (new_top, new_kind) = most_of(pixels), most_of(back)
+    codes = np.arange(2049) / 2048 if top == 1 else np.arange(top + 1)  # halves hold these floats
+    codes = codes[64:941] if "tv" in words else codes
+    plane = np.resize(codes, (-(-codes.size // 4096) * 16, 256)).astype(kind)
+    # Of YCbCr alpha alone is looked at: the colours of most codes are none.
+    gray = np.full(plane.size * (6 if "420" in pixels else 12) // 4, top // 2, kind)
+    count = 1 if "gray" in pixels else 4 if "gbra" in pixels else 3
+    planes = [np.roll(plane, place) for place in range(count)]  # none may stand for another
+    planes = [gray, plane] if "yuva" in pixels else planes
+    ffmpeg("-f", "rawvideo", "-pix_fmt", pixels, "-s", f"256x{len(plane)}", "-i", "-", *words,
+           tmp_path / source, data=b"".join(part.tobytes() for part in planes))
+    result = run([ROOT / "glazel", "render", tmp_path / source, tmp_path / target,
+                  "--look", unchanging])
+    assert result.code == 0, result.lines
+    decoded = ffmpeg("-i", tmp_path / target, "-f", "rawvideo", "-pix_fmt", back, "-")
+    looked_at = 1 if "yuva" in pixels else len(planes)
+    after = np.frombuffer(decoded, new_kind)[-plane.size * looked_at:].reshape(-1, *plane.shape)
+    before = np.array(planes[-looked_at:]) / top
+    assert np.abs(after / new_top - before).max() * new_top <= most
+
+
 def test_everything_beside_the_picture_is_kept(unchanging, tmp_path):
     (tmp_path / "words.srt").write_text("1\n00:00:00,000 --> 00:00:00,200\nHello\n")
     (tmp_path / "chapters").write_text(";FFMETADATA1\ntitle=Film\n[CHAPTER]\nTIMEBASE=1/1000\n"

@@ -4,6 +4,7 @@ colours is said at both ends, because what is left out is guessed differently by
 
 from __future__ import annotations
 
+import math
 from dataclasses import replace
 from typing import NamedTuple
 
@@ -14,6 +15,7 @@ _EXACT = "accurate_rnd+full_chroma_int+full_chroma_inp"
 _HD_WIDTH, _HD_HEIGHT = 1280, 576  # larger pictures of which nobody says it have the matrix of HD
 _PALETTES = ("rgb8", "bgr8", "rgb4_byte", "bgr4_byte", "pal8")  # formats that GIF's encoder takes
 _RGB = ("gbr", "full")
+_RGB_PLACES = "102000"  # green, blue and red of what extractplanes gives: red, green and blue
 
 
 def _names(text: str) -> dict[str, str]:
@@ -65,7 +67,10 @@ OPAQUE_FLOATS = Raw("gbrf32", "gbrpf32le", "gbrpf32le", 32)
 def raw_for(number: PixelFormat, depth: str | None, matrix: str) -> Raw:
     """8 bits go as they are. Of what is deeper, codes of YCbCr go as such or as floats, since a
     third of them stand for colours outside RGB, which whole numbers would cut; RGB loses nothing in
-    16 bits, and alpha keeps its scale only there."""
+    16 bits, and alpha keeps its scale only there. Between floats and whole numbers the host program
+    converts alpha: filters take it for limited range."""
+    if number.is_float and number.alpha:
+        return FLOATS
     if depth == "8" or (depth is None and number.depth <= 8):
         return _planes_of(BGRA8, number, matrix)
     whole = (number.rgb or number.gray or number.alpha) and not number.is_float
@@ -87,6 +92,8 @@ def _planes_of(raw: Raw, number: PixelFormat, matrix: str) -> Raw:
 
 def raw_back(raw: Raw, target: PixelFormat, matrix: str) -> Raw:
     """What comes back of frames that went as `raw`, for samples of `target`."""
+    if target.alpha and (target.is_float or raw == FLOATS):
+        return FLOATS if target.is_float else BGRA16
     if raw == BGRA16:
         return raw
     return _planes_of(BGRA8 if raw.bits == 8 else FLOATS, target, matrix)
@@ -146,6 +153,41 @@ def _inside(raw: Raw, ends: tuple[str, str]) -> tuple[str, str]:
     return (ends[0], "limited") if raw.planes.startswith("yuv") else _RGB
 
 
+def _opaque(planes: str) -> str:
+    return planes.replace("gbrap", "gbrp").replace("yuva", "yuv")
+
+
+def _with_alpha(number: PixelFormat) -> str:
+    """Planes that hold `number`, which has alpha, in its own depth."""
+    if number.name.startswith(("gbrap", "yuva")):
+        return number.name.replace("be", "le")
+    return "gbrap" if number.depth <= 8 else "gbrap16le"
+
+
+def _plain(bits: int) -> str:
+    return "gbrp" if bits <= 8 else f"gbrp{bits}le"
+
+
+def _apart(planes: str, bits: int, steps: list[str], target: str, goal: int) -> list[str]:
+    """`steps` for the colours alone, from planes with alpha of so many bits to others. Filters take
+    alpha for a code of limited range, which gets zeros behind its bits where it becomes deeper: here
+    it is changed as a colour of full range is."""
+    alpha = f"mergeplanes=0x030303:{_plain(bits)},{_zscale(_RGB, _RGB, False)}"
+    begin = f"split[c][a];[a]{alpha},format={_plain(goal)},extractplanes=g[k];[c]"
+    names, places = ("y+u+v", "001020") if target.startswith("yuv") else ("r+g+b", _RGB_PLACES)
+    end = f"format={_opaque(target)},extractplanes={names}[1][2][3]"
+    end += f";[1][2][3][k]mergeplanes=0x{places}30:{target}"
+    return [f"{begin}mergeplanes=0x000102:{_opaque(planes)}", *steps, end]
+
+
+def _in_planes(pixels: str, planes: str) -> str:
+    """A conversion of pixels of 8 bits to planes changes alpha by one; this does not."""
+    if planes != "gbrap" or pixels == planes:
+        return f"format={planes}"
+    lone = "[red][green][blue][clear]"
+    return f"format=bgra,extractplanes=r+g+b+a{lone};{lone}mergeplanes=0x{_RGB_PLACES}30:gbrap"
+
+
 def _tags(colour: Colour) -> str:
     """Matrices of constant luminance are worked out with these; equal on both sides they convert
     nothing."""
@@ -188,25 +230,32 @@ def decode_filters(media: Media, colour: Colour, raw: Raw) -> list[str]:
     number = media.format
     dither = number.depth > 8 and raw.bits == 8
     last = [f"format={raw.planes}", f"format={raw.pixels}"][: 2 if raw.pixels != raw.planes else 1]
-    if number.gray:
+    if number.gray and (number.alpha or number.is_float):
         return [f"scale=in_range={_range(colour)}:out_range=full:flags={_EXACT}", *last]
+    if number.gray:  # as luma: then zscale converts, which is exact
+        same = f"scale=in_range={_range(colour)}:out_range={_range(colour)}"
+        depth = f"{number.depth}le" if number.depth > 8 else ""
+        steps = [same, f"format=yuv444p{depth}", _zscale(("709", _range(colour)), _RGB, dither)]
+        return [*steps, *last]
     if number.rgb and number.depth <= 8 and raw is BGRA8:
         return last[1:]
-    if number.rgb and number.depth == 16 and raw is BGRA16:
+    if number.rgb and number.depth == 16 and raw is BGRA16 and not number.name.startswith("gbrp"):
         return last
+    apart = number.alpha and not number.is_float and number.depth != raw.bits
+    planes = _with_alpha(number)
+    if apart:
+        number = replace(number, name=_opaque(planes), alpha=False)
     if number.rgb:
-        steps = [f"format={planar(number)}", _zscale(_RGB, _RGB, dither), last[0]]
+        steps = [f"format={planar(number)}", _zscale(_RGB, _RGB, dither)]
     else:
         place = _place(media, colour, number, "cin")
         source = _MATRICES[colour.matrix], _range(colour)
-        inside = _inside(raw, source)
-        turn = _zscale(source, inside, dither, place, _tags(colour))
-        steps = _by_fields(media, number, [*_planes(media, colour, number), turn, last[0]])
-    if number.alpha and raw is BGRA16 and number.depth in (9, 10):
-        # It has been shifted up, not scaled: opaque would be 65472.
-        top = ((1 << number.depth) - 1) << (16 - number.depth)
-        steps += [f"colorchannelmixer=aa={65535 / top:.9f}"]
-    return steps + last[1:]
+        turn = _zscale(source, _inside(raw, source), dither, place, _tags(colour))
+        steps = [*_planes(media, colour, number), turn]
+    if apart:
+        steps = _apart(planes, max(8, number.depth), steps, raw.planes, raw.bits)
+        steps.insert(0, _in_planes(media.format.name, planes))
+    return [*_by_fields(media, number, [*steps, last[0]]), *last[1:]]
 
 
 def encode_filters(media: Media, colour: Colour, raw: Raw, target: PixelFormat) -> list[str]:
@@ -215,25 +264,35 @@ def encode_filters(media: Media, colour: Colour, raw: Raw, target: PixelFormat) 
         palette = "split[a][b];[a]palettegen=stats_mode=single[p];[b][p]paletteuse=new=1"
         return ["format=bgra", palette]
     last = f"format={target.name}"
+    if target.rgb and target.depth == raw.bits == 8 and target.name != "gbrap":
+        return [last]
     bits = min(media.format.depth, raw.bits, 16)
     dither = target.depth < bits and not target.is_float
-    steps = ["format=gbrp" if raw.bits == 8 and not target.alpha else f"format={raw.planes}"]
+    planes = "gbrp" if raw.bits == 8 and not target.alpha else raw.planes
+    begin, number = _in_planes(raw.pixels, planes), target
+    apart = target.alpha and not target.gray and not target.is_float and target.depth != raw.bits
+    goal = _with_alpha(target)
+    if apart:
+        number = replace(target, name=_opaque(goal), alpha=False)
     if target.rgb:
-        if raw.bits == 8 and target.depth == 8:
-            return [last]
         usual = "gbrap" if target.depth == 8 else "gbrap16le"
-        through = target.name if target.name in PLANAR else usual
-        if raw is not BGRA16 or through != raw.planes:
-            steps += [_zscale(_RGB, _RGB, dither), f"format={through}"]
-        return steps + ([last] if through != target.name else [])
-    ends = _MATRICES[colour.matrix], _range(colour)
-    place = _place(media, colour, target, "c")
-    turn = _zscale(_inside(raw, ends), ends, dither, place, _tags(colour))
-    if target.gray:
-        plane = f"{target.depth}le" if target.depth > 8 else ""
-        return [*steps, turn, f"format=yuv444p{plane}", "extractplanes=y", f"format=gray{plane}"]
-    steps += [turn, *reversed(_planes(media, colour, target))]
-    steps = _by_fields(media, target, steps)
+        through = number.name if number.name in PLANAR else usual
+        steps = [_zscale(_RGB, _RGB, dither), f"format={through}"] if through != planes else []
+    else:
+        ends = _MATRICES[colour.matrix], _range(colour)
+        place = _place(media, colour, number, "c")
+        turn = _zscale(_inside(raw, ends), ends, dither, place, _tags(colour))
+        if target.gray:
+            plane = f"{target.depth}le" if target.depth > 8 else ""
+            luma = [f"format=yuv444p{plane}", "extractplanes=y", f"format=gray{plane}"]
+            return [begin, turn, *luma]
+        steps = [turn, *reversed(_planes(media, colour, number))]
+    if target.rgb and media.half:
+        # The encoder drops the bits that are too many: with half a last bit more, or less, it rounds.
+        steps += [f"exposure={math.log2(1 + 2**-12):.9f}"]
+    if apart:
+        steps = _apart(planes, raw.bits, steps, goal, target.depth)
+    steps = _by_fields(media, target, [begin, *steps])
     return steps + ([last] if last not in steps else [])
 
 
