@@ -47,6 +47,27 @@ from glazel.__main__ import main
 sys.exit(main(sys.argv[1:]))
 """
 
+# Kills the host program as soon as it has told that it is done, and says how that one ended.
+KILLED_WHEN_DONE = """
+import os, signal, sys
+from glazel import pipeline
+
+def hear(self, line):
+    enough = heard(self, line)
+    if self.frames is not None:
+        os.kill(self.children[1].process.pid, signal.SIGKILL)
+    return enough
+
+def judge(self, ended):
+    print([child.process.returncode for child in ended if child.stage == "host program"])
+    judged(self, ended)
+
+heard, pipeline.Run._hear = pipeline.Run._hear, hear
+judged, pipeline.Run._judge = pipeline.Run._judge, judge
+from glazel.__main__ import main
+sys.exit(main(sys.argv[1:]))
+"""
+
 
 @pytest.fixture(scope="module")
 def clip(tmp_path_factory):
@@ -147,6 +168,16 @@ def test_a_stage_that_is_killed_is_never_taken_for_the_end(stage, number, clip, 
     assert not alive(pids)
     assert os.listdir(tmp_path) == ["out.mkv"]
     assert (tmp_path / "out.mkv").read_text() == "mine"
+
+
+def test_a_host_program_that_crashes_when_all_is_done_has_done_all(clip, tmp_path):
+    result = subprocess.run(
+        ["/usr/bin/python3", "-B", "-c", KILLED_WHEN_DONE, "render", clip, tmp_path / "out.mkv",
+         "--look", WARM, "--frames", "1-50", "--codec", "ffv1"], capture_output=True, check=False,
+        timeout=DEADLINE, env=environment() | {"PYTHONPATH": str(ROOT / "tools")})
+    assert result.stdout == b"[-9]\n" and result.returncode == 0, result.stderr
+    frames = ffmpeg("-i", tmp_path / "out.mkv", "-f", "framemd5", "-").decode().splitlines()
+    assert len([line for line in frames if line[0] != "#"]) == 50
 
 
 def test_a_file_that_cannot_grow_is_an_error(clip, tmp_path):

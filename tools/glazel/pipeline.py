@@ -23,6 +23,7 @@ from .report import Report
 _TAIL = 1 << 16  # bytes of a child's words that are kept
 _POLL = 0.01  # seconds
 _LONGEST_WAIT = 5.0  # for the words of a child that has ended
+_LAST_WORDS = 0.5  # for those of one that was killed
 _MOST_STARTS = 3
 _MMCO = "mmco: unref short failure"
 
@@ -67,9 +68,9 @@ class Child:
     def finish(self) -> int:
         """Its exit code."""
         code = self.process.wait()
-        if not self.killed and code >= 0:
+        if not self.killed:
             # Programs of Wine's desktop that started along the way may hold the pipe much longer.
-            self._said_all.wait(_LONGEST_WAIT)
+            self._said_all.wait(_LONGEST_WAIT if code >= 0 else _LAST_WORDS)
             self._said_all.set()  # once is enough
         return code
 
@@ -193,7 +194,8 @@ class Run:
                 return False
             code = child.finish()
             if child.stage == "host program":
-                return not self.job.skip_bad_frames or self.frames is None
+                skips = self.job.skip_bad_frames and self.frames is not None
+                return not skips and not self._died_at_its_end(code)
             # A decoder whose reader wanted no more is fine; or the reader will say what is wrong.
             left_alone = b"Broken pipe" in child.words and not child.complaints()
             return child.stage != "decoder" or code < 0 or not left_alone
@@ -208,9 +210,16 @@ class Run:
         self._end()
         return [child for child in ended if not child.killed]
 
+    def _died_at_its_end(self, code: int) -> bool:
+        """Of the host program, whose work is done and whole then: Wine now and then crashes while a
+        program's threads end. What it tells of frames that it left out would come later."""
+        return code < 0 and self.frames is not None and not self.job.skip_bad_frames
+
     def _judge(self, ended: list[Child]) -> None:
         job, skip = self.job, self.job.skip_bad_frames
         codes = {child.stage: child.process.returncode for child in ended}
+        if self._died_at_its_end(codes.get("host program", 0)):
+            codes["host program"] = 0
         said = {child.stage: child.complaints() for child in ended}
         for stage, code in codes.items():
             if code < 0:
