@@ -176,6 +176,11 @@ void EditorWindow::ShowView(View view)
     m_view = view;
     RememberView(view);
     Lay();
+    for (std::size_t of = 0; of < kViewCount; ++of)
+    {
+        const HWND button = ::GetDlgItem(Window(), IDC_VIEW + static_cast<int>(of));
+        ::InvalidateRect(button, nullptr, FALSE);
+    }
     ::SetFocus(m_actions.Controls().Slider(FirstIn(view))); // what had it may be hidden
 }
 

@@ -85,6 +85,27 @@ TEST_F(EditorGrading, AViewShowsItsControlsAndNoOthers)
     }
 }
 
+TEST_F(EditorGrading, OnlyTheButtonOfTheViewThatIsShownIsLit)
+{
+    OpenEditor editor = Open();
+    const auto face = [&editor](View view) {
+        const HWND button = editor.Child(IDC_VIEW + static_cast<int>(view));
+        ::UpdateWindow(button); // draws nothing that is not to be drawn anew
+        const HDC dc = ::GetDC(button);
+        const COLORREF colour = ::GetPixel(dc, 5, 5);
+        ::ReleaseDC(button, dc);
+        return colour;
+    };
+    for (const View shown : {View::Wheels, View::Cdl, View::Light, View::Wheels})
+    {
+        editor.ShowView(shown);
+        for (const View other : {View::Light, View::Wheels, View::Cdl})
+        {
+            EXPECT_EQ(face(other) == face(shown), other == shown);
+        }
+    }
+}
+
 TEST_F(EditorGrading, ContrastShowsInThePictureAndGoesBackInOneStep)
 {
     OpenEditor editor = Open();
