@@ -342,6 +342,11 @@ def test_a_crash_and_a_hang_are_results_and_not_the_end(tmp_path):
         assert len(result.lines) == 1, result.lines
 
 
+def test_a_page_that_is_none_fails_its_checks_and_crashes_none():
+    for group in ("plugin.page", "plugin.page_window"):
+        assert states(validate(BIN / "fake_effect.dll", "--only", group)) == {group: "FAILED"}
+
+
 @pytest.mark.parametrize("kind, groups", [("renderer", ("renderer.exports", "renderer.start")),
                                           ("plug_in", ("plugin.exports", "plugin.factory"))])
 @pytest.mark.parametrize("animal, state", WHEN_LOADED.items())

@@ -294,6 +294,11 @@ void CheckPageWindow(Check& check)
 {
     const JudgedPlugIn plugIn(check);
     const CComPtr<IUnknown> effect = plugIn.module.CreateEffect();
+    CComPtr<IPropertyPage> page = PageOf(check, plugIn);
+    if (!page)
+    {
+        return;
+    }
     const HWND parent = ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 600, 200, nullptr,
                                           nullptr, nullptr, nullptr);
     if (parent == nullptr)
@@ -301,7 +306,6 @@ void CheckPageWindow(Check& check)
         check.Skip("there is no desktop here");
         return;
     }
-    CComPtr<IPropertyPage> page = PageOf(check, plugIn);
     CSilentSite site;
     IUnknown* object = effect;
     std::ignore = page->SetPageSite(&site);
