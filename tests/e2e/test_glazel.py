@@ -2,7 +2,9 @@
 
 import pathlib
 import re
+import struct
 import subprocess
+import zlib
 
 import numpy as np
 import pytest
@@ -346,6 +348,20 @@ def test_strict_refuses_what_cannot_be_kept_before_rendering(folder, clip):
     result = script("pcm.mkv", "out.mp4", "--look", WARM, "--strict", cwd=folder)
     assert result.code == 1 and "sound 1" in result.lines[-1]
     assert left(folder, "pcm.mkv", clip) == set()
+
+
+@pytest.mark.parametrize("red, told", [(64000, []), (70800, ["chromaticities"])])
+def test_the_chromaticities_of_a_png_are_no_mastering_display(red, told, folder):
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=s=32x16,format=rgb24", "-frames:v", 1, folder / "plain.png")
+    data = (folder / "plain.png").read_bytes()
+    body = b"cHRM" + struct.pack(">8I", 31270, 32900, red, 33000, 30000, 60000, 15000, 6000)
+    chunk = struct.pack(">I", 32) + body + struct.pack(">I", zlib.crc32(body))
+    (folder / "plain.png").write_bytes(data[:33] + chunk + data[33:])
+    for target, words in (("o.exr", ()), ("o.mkv", ("--codec", "hevc"))):
+        result = script("plain.png", target, "--look", WARM, *words, cwd=folder)
+        assert result.code == 0, result.lines
+        lost = [line.split(": ")[2] for line in result.lines if line.endswith("is lost")]
+        assert lost == told, result.lines
 
 
 def test_frames_of_a_variable_rate_keep_their_times(folder):

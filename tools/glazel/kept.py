@@ -22,11 +22,14 @@ _CHROMA = {"gray": 0, "4:1:1": 1, "4:2:0": 1, "4:2:2": 2, "4:4:4": 3, "RGB": 3}
 _OF_YCBCR = ("colour matrix", "colour range", "chroma place")
 
 
+def _points(values: dict[str, str]) -> str:
+    return " ".join(f"{key}={float(Fraction(v)):.4g}" for key, v in sorted(values.items()))
+
+
 def facts(media: Media) -> Facts:
     """Everything that a render should keep."""
     number, colour = media.format, media.colour
     says_range = not number.rgb and (colour.full_range or colour.range_said)
-    shown = sorted(media.mastering.items())
     found: Facts = {
         "size": f"{media.width} x {media.height}",
         "depth": "float" if number.is_float else f"{number.depth} bits",
@@ -41,7 +44,8 @@ def facts(media: Media) -> Facts:
         "colour transfer": colour.transfer,
         "colour matrix": colour.matrix,
         "chroma place": colour.place if colour.place != "left" else "",
-        "mastering display": " ".join(f"{key}={float(Fraction(v)):.4g}" for key, v in shown),
+        "mastering display": _points(media.mastering),
+        "chromaticities": _points(media.chromaticities),
         "light level": "{}, {}".format(*media.light) if media.light else "",
         "metadata of single frames": "yes" if media.dynamic else "",
         "timecode": media.timecode,
@@ -68,6 +72,7 @@ def predicted(media: Media, container: Container, choice: Choice, colour: Colour
         fields="" if choice.codec in NO_FIELDS else media.fields,
         times=() if container.even else media.times,
         mastering=media.mastering if hdr else {},
+        chromaticities={},
         light=media.light if hdr else None,
         dynamic=False,
         timecode=media.timecode if "timecode" in container.holds else "",

@@ -17,6 +17,8 @@ from .names import Pattern, extension, ffmpeg_name, is_picture
 # Codecs whose codes are limited where they say nothing; gray of others is full, as ffmpeg takes it.
 _LIMITED = ("h264", "hevc", "av1", "vp9", "mpeg2video", "mpeg4", "prores")
 _WITH_ALPHA = {"vp8": "libvpx", "vp9": "libvpx-vp9"}  # ffmpeg's own decoders leave it out
+_SRGB = {"red_x": 0.64, "red_y": 0.33, "green_x": 0.3, "green_y": 0.6, "blue_x": 0.15}
+_SRGB |= {"blue_y": 0.06, "white_point_x": 0.3127, "white_point_y": 0.329}
 _ONE_PICTURE = ["-f", "image2", "-pattern_type", "none"]
 # Tags that say how the file was made, not what is in it.
 _OWN_TAGS = re.compile(
@@ -143,6 +145,7 @@ class Media:
     fields: str = ""  # tff, bff or progressive (empty)
     turned: str = ""  # what ffmpeg does to the picture to make it upright, in words
     mastering: dict[str, str] = field(default_factory=dict)
+    chromaticities: dict[str, str] = field(default_factory=dict)  # empty too for those of sRGB
     light: tuple[int, int] | None = None  # largest and average content light level
     timecode: str = ""
     tracks: tuple[Track, ...] = ()
@@ -265,6 +268,9 @@ def _media(
     rotation = -int(matrices[0]["rotation"]) % 360 if matrices else 0
     light = sides.get("Content light level metadata")
     mastering = sides.get("Mastering display metadata", {})
+    points = {k: v for k, v in mastering.items() if k != "side_data_type"}
+    is_display = "max_luminance" in points  # else ffmpeg has made it of what a PNG says of itself
+    is_usual = all(abs(float(_fraction(points.get(k))) - v) < 0.001 for k, v in _SRGB.items())
     # The timecode and the chapters are facts of their own.
     others = [s for s in report["streams"] if s is not stream]
     others = [s for s in others if s.get("codec_tag_string") not in ("tmcd", "text")]
@@ -285,7 +291,8 @@ def _media(
         aspect=_fraction(said("sample_aspect_ratio")) or Fraction(1),
         fields=_fields(stream, frame),
         turned=f"{rotation} degrees" if rotation else "mirrored" if matrices else "",
-        mastering={k: v for k, v in mastering.items() if k != "side_data_type"},
+        mastering=points if is_display else {},
+        chromaticities={} if is_display or is_usual else points,
         light=(light["max_content"], light["max_average"]) if light else None,
         timecode=next(filter(None, codes), ""),
         tracks=tuple(map(_track, others)),
