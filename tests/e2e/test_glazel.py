@@ -350,9 +350,99 @@ def test_strict_refuses_what_cannot_be_kept_before_rendering(folder, clip):
     assert left(folder, "pcm.mkv", clip) == set()
 
 
+SOURCES = {  # what ffmpeg makes them of
+    "plain.png": "testsrc2=s=32x16,format=rgb24",
+    "opaque.png": "testsrc2=s=32x16,format=rgba",
+    "opaque16.png": "testsrc2=s=32x16,format=rgba64be",
+    "clear.png": "color=red@0:s=32x16,format=rgba",
+    "gray.png": "testsrc2=s=32x16,format=gray",
+    "deep.png": "testsrc2=s=32x16,format=rgb48",
+    "deep.tif": "testsrc2=s=32x16,format=rgb48",
+    "deep.bgra": "testsrc2=s=32x16,format=bgra64le",
+    "float.exr": "testsrc2=s=32x16,format=gbrpf32le",
+    "ten.mkv": "testsrc2=s=32x16:d=0.1,format=yuv422p10le",
+    "clear.mov": "color=red@0.4:s=32x16:d=0.1,format=rgba",
+    "few.gif": "testsrc2=s=32x16:d=0.1",
+    "s_%d.png": "color=red:s=32x16:d=0.12,format=rgba,geq=r='r(X,Y)':a='if(eq(N,1),9,255)'",
+}
+RAW = ("--size", "32x16", "--input-format", "bgra16")
+
+
+def make_source(folder, name):
+    codec = {"mkv": ("-c:v", "ffv1"), "mov": ("-c:v", "png"), "bgra": ("-f", "rawvideo")}
+    one = () if "%" in name or ":d=" in SOURCES[name] else ("-frames:v", 1)
+    ffmpeg("-f", "lavfi", "-i", SOURCES[name], *one, *codec.get(name.rpartition(".")[2], ()),
+           folder / name)
+    return [path.name for path in folder.iterdir()]
+
+
+@pytest.mark.parametrize("source, target, words, lost", [
+    ("clear.png", "o.jpg", (), "transparency, which a JPEG does not hold"),
+    ("s_%d.png", "o_%d.jpg", (), "transparency, which a JPEG does not hold"),
+    ("clear.mov", "o_%d.jpg", (), "transparency, which a JPEG does not hold"),
+    ("deep.png", "o.jpg", (), "depth: 16 bits becomes 8 bits"),
+    ("deep.png", "o.png", ("--bits", 8), "depth: 16 bits becomes 8 bits"),
+    ("deep.png", "o.png", ("--depth", 8), "depth: 16 bits becomes 8 bits"),
+    ("deep.png", "o.gif", (), "depth: 16 bits becomes 8 bits"),
+    ("deep.tif", "o.bmp", (), "depth: 16 bits becomes 8 bits"),
+    ("deep.bgra", "o.bmp", RAW, "depth: 16 bits becomes 8 bits"),
+    ("float.exr", "o.png", (), "depth: float becomes 16 bits"),
+    ("float.exr", "o.tif", ("--bits", 16), "depth: float becomes 16 bits"),
+    ("float.exr", "o.jpg", (), "depth: float becomes 8 bits"),
+    ("ten.mkv", "o_%d.jpg", (), "depth: 10 bits becomes 8 bits"),
+    ("ten.mkv", "o_%d.png", ("--depth", 8), "depth: 10 bits becomes 8 bits"),
+    ("clear.mov", "o.gif", (), "alpha: yes becomes none or all"),
+    ("plain.png", "o.gif", (), "colours: any becomes 256 at most")])
+def test_a_loss_is_told_once_and_with_strict_nothing_is_written(source, target, words, lost, folder):
+    made = make_source(folder, source)
+    result = script(source, target, "--look", WARM, *words, "--strict", cwd=folder)
+    assert result.code == 1 and "not everything can be kept" in result.lines[-1], result.lines
+    assert any(lost in line for line in result.lines) and left(folder, *made) == set()
+    result = script(source, target, "--look", WARM, *words, cwd=folder)
+    assert result.code == 0 and left(folder, *made), result.lines
+    assert len([line for line in result.lines if lost in line]) == 1, result.lines
+
+
+def test_a_loss_of_raw_frames_on_standard_input_is_told(folder):
+    make_source(folder, "deep.bgra")
+    data = (folder / "deep.bgra").read_bytes()
+    words = [GLAZEL, "render", "-", "o.png", "--look", WARM, *RAW, "--strict"]
+    assert run(words, data, cwd=folder).code == 0
+    result = run([*words, "--overwrite", "--bits", 8], data, cwd=folder)
+    assert result.code == 1 and "depth: 16 bits becomes 8 bits" in result.lines[-1]
+
+
+@pytest.mark.parametrize("source, target", [
+    ("plain.png", "o.jpg"), ("opaque.png", "o.jpg"), ("gray.png", "o.gif"), ("deep.png", "o.tif"),
+    ("deep.tif", "o.png"), ("float.exr", "o.tif"), ("ten.mkv", "o_%d.png"), ("ten.mkv", "o_%d.tif"),
+    ("clear.mov", "o_%d.bmp"), ("few.gif", "o.gif"), ("few.gif", "o_%d.jpg"), ("s_%d.png", "o_%d.png")])
+def test_what_keeps_all_passes_with_strict(source, target, folder):
+    make_source(folder, source)
+    result = script(source, target, "--look", WARM, "--strict", cwd=folder)
+    assert result.code == 0, result.lines
+    assert not any("lost" in line or "becomes" in line or "warning" in line for line in result.lines)
+
+
+def test_an_opaque_channel_of_deep_pictures_is_no_loss(folder):
+    make_source(folder, "opaque16.png")
+    result = script("opaque16.png", "o.jpg", "--look", WARM, cwd=folder)
+    assert result.code == 0 and not any("transparency" in line for line in result.lines)
+
+
+def test_a_strict_sequence_refuses_names_that_are_taken_before_rendering(folder):
+    made = make_source(folder, "s_%d.png")
+    (folder / "o_2.png").write_bytes(b"old")
+    result = script("s_%d.png", "o_%d.png", "--look", WARM, "--strict", cwd=folder)
+    assert result.code == 1 and "o_2.png: it exists already" in result.only_line()
+    assert left(folder, *made) == {"o_2.png"}
+    words = ("--look", WARM, "--strict", "--frames", "3")
+    assert script("s_%d.png", "o_%d.png", *words, cwd=folder).code == 0
+    assert left(folder, *made) == {"o_2.png", "o_3.png"}
+
+
 @pytest.mark.parametrize("red, told", [(64000, []), (70800, ["chromaticities"])])
 def test_the_chromaticities_of_a_png_are_no_mastering_display(red, told, folder):
-    ffmpeg("-f", "lavfi", "-i", "testsrc2=s=32x16,format=rgb24", "-frames:v", 1, folder / "plain.png")
+    make_source(folder, "plain.png")
     data = (folder / "plain.png").read_bytes()
     body = b"cHRM" + struct.pack(">8I", 31270, 32900, red, 33000, 30000, 60000, 15000, 6000)
     chunk = struct.pack(">I", 32) + body + struct.pack(">I", zlib.crc32(body))

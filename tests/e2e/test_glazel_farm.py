@@ -165,6 +165,15 @@ def test_a_sequence_is_split_into_ranges(kind, words, tmp_path):
         assert (tmp_path / "farm" / name).read_bytes() == (tmp_path / "whole" / name).read_bytes()
 
 
+def test_strict_holds_in_the_pieces_too(tmp_path):
+    ffmpeg("-f", "lavfi", "-i", "color=red:size=32x24,format=rgba,geq=r='r(X,Y)':"
+           "a='if(eq(N,3),9,255)'", "-frames:v", 4, tmp_path / "in_%d.png")
+    words = ("in_%d.png", "o_%d.jpg", "--look", WARM, "--chunks", 2, "--folder", "pieces")
+    result = farm(*words, "--strict", cwd=tmp_path)
+    assert result.code == 1 and "its transparency" in result.lines[-1], result.lines
+    assert not list(tmp_path.glob("o_*.jpg"))
+
+
 def test_a_sequence_with_a_hole_is_refused(tmp_path):
     for number in (1, 2, 4):
         ffmpeg("-f", "lavfi", "-i", "testsrc2=size=32x24", "-frames:v", 1, "-update", 1,

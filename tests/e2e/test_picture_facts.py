@@ -191,6 +191,9 @@ def test_a_bmp_keeps_the_resolution_and_says_that_the_profile_is_left_out(tmp_pa
         in said[0]
     succeed(render(tmp_path / "b.bmp", tmp_path / "c.png"))
     assert facts(tmp_path / "c.png")[1] == (300, 150)
+    result = render(made, tmp_path / "d.bmp", "--strict")
+    assert result.code == 1 and "colour profile" in result.lines[-1]
+    assert not (tmp_path / "d.bmp").exists()
 
 
 def test_what_is_left_out_of_a_sequence_is_said_once(tmp_path):

@@ -272,7 +272,9 @@ class Farm:
         counted |= {name: Fraction(counted[name]) for name in ("rate", "clock") if counted}
         part = Part(counted, self.state["origin"], False)
         job = replace(job, output=str(target), frames=self.state["pieces"][piece - 1], part=part)
-        job = replace(job, overwrite=True, strict=False)
+        # What the whole loses has been told; what pictures hold only the host program sees.
+        host = (*job.host, "--strict") if job.strict and is_many else job.host
+        job = replace(job, host=host, overwrite=True, strict=False)
         with _own_wine():
             seek = bool(counted) and probe(job.input).container.split(",")[0] in _SEEKS
             try:

@@ -6,8 +6,8 @@ from __future__ import annotations
 from dataclasses import replace
 from fractions import Fraction
 
-from .formats import Choice, Container, HDR_ENCODERS, NO_COLOURS, NO_FIELDS
-from .probe import Colour, Media
+from .formats import CONTAINERS, Choice, Container, HDR_ENCODERS, NO_COLOURS, NO_FIELDS
+from .probe import Colour, Media, pixel_formats
 
 Facts = dict[str, str]
 _KINDS = {
@@ -19,6 +19,7 @@ _KINDS = {
     "video": "second video",
 }
 _CHROMA = {"gray": 0, "4:1:1": 1, "4:2:0": 1, "4:2:2": 2, "4:4:4": 3, "RGB": 3}
+_FEW = "256 at most"
 _OF_YCBCR = ("colour matrix", "colour range", "chroma place")
 
 
@@ -30,11 +31,13 @@ def facts(media: Media) -> Facts:
     """Everything that a render should keep."""
     number, colour = media.format, media.colour
     says_range = not number.rgb and (colour.full_range or colour.range_said)
+    is_few = media.codec == "gif" or number.name == "pal8" or (number.gray and number.depth <= 8)
     found: Facts = {
         "size": f"{media.width} x {media.height}",
         "depth": "float" if number.is_float else f"{number.depth} bits",
         "chroma": number.chroma(),
-        "alpha": "yes" if number.alpha else "",
+        "alpha": ("none or all" if media.codec == "gif" else "yes") if number.alpha else "",
+        "colours": _FEW if is_few else "any",
         "pixel aspect": str(media.aspect) if media.aspect != 1 else "",
         "fields": media.fields,
         "rotation": media.turned,
@@ -67,6 +70,7 @@ def predicted(media: Media, container: Container, choice: Choice, colour: Colour
     any_tag = "any" in container.tags
     return replace(
         media,
+        codec=choice.codec,
         format=choice.format,
         colour=colour if has_colours else Colour(full_range=colour.full_range),
         fields="" if choice.codec in NO_FIELDS else media.fields,
@@ -84,6 +88,15 @@ def predicted(media: Media, container: Container, choice: Choice, colour: Colour
     )
 
 
+def pictured(media: Media, bits: int) -> Media:
+    """What pictures hold that the host program writes of raw frames of `media`, which is upright.
+    Of alpha it tells itself: it looks whether there is any."""
+    pixels = pixel_formats()[{8: "gbrp", 16: "gbrp16le", 32: "gbrpf32le"}[bits]]
+    choice = Choice("png", "", replace(pixels, alpha=media.format.alpha))
+    held = predicted(media, CONTAINERS["qoi"], choice, Colour(full_range=True))
+    return replace(held, aspect=Fraction(1), tracks=())
+
+
 def _is_loss(name: str, before: str, after: Facts) -> bool:
     now = after.get(name, "")
     if now == before or (name in _OF_YCBCR and after["chroma"] == "RGB"):
@@ -92,6 +105,8 @@ def _is_loss(name: str, before: str, after: Facts) -> bool:
         return _CHROMA.get(now, 1) < _CHROMA.get(before, 1)
     if name == "depth":
         return now != "float" and (before == "float" or int(now[:-5]) < int(before[:-5]))
+    if name in ("alpha", "colours"):
+        return now not in ("yes", "any")
     return name != "chroma place" or after["chroma"] not in ("4:4:4", "gray")
 
 

@@ -191,7 +191,22 @@ def make_plan(job: Job, source: Media, decoded: bool, encoded: bool) -> Plan:
             losses.setdefault("times of single frames", "times of single frames: an even rate now")
             plan = replace(plan, expected=None)
         plan = replace(plan, raw_out=encoding.raw, encoding=encoding, losses=losses)
+    elif not job.raw_out and is_picture(job.output):
+        plan = replace(plan, losses=losses_of_pictures(job, source.upright(), media, raw.bits))
     return plan
+
+
+def losses_of_pictures(job: Job, source: Media, media: Media, bits: int) -> dict[str, str]:
+    """Of raw frames of `bits` that the host program turns into pictures; `media` is what is left of
+    `source` by then."""
+    asked = dict(zip(job.host, job.host[1:])).get("--bits")
+    kind = extension(job.output)
+    if bits == 8 or job.depth == "8" or kind not in ("png", "tif", "tiff"):
+        bits = 8
+    elif kind == "png":
+        bits = 16
+    held = kept.pictured(media, int(asked or bits))
+    return kept.losses(kept.facts(source), kept.facts(held))
 
 
 def _choose_frames(job: Job, media: Media) -> tuple[int | None, Media]:
@@ -401,6 +416,7 @@ def host_words(job: Job, plan: Plan, output: str) -> list[str]:
         words += ["--fps", str(job.fps or media.rate)]
     words += ["--depth", job.depth] if job.depth else []
     words += ["--skip-bad-frames"] if job.skip_bad_frames else []
+    words += ["--strict"] if job.strict and not plan.raw_out else []
     words += ["--overwrite"] if job.overwrite else []  # what --save-project names too
     if job.frames is not None:
         chosen: list[int] = []

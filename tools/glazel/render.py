@@ -18,7 +18,7 @@ from .names import is_picture, missing
 from .output import Unfinished
 from .pipeline import Run
 from .plan import SEQUENCE, Encoding, Job, Plan, chosen_frames, container_of, encode_command
-from .plan import host_words, make_plan, wanted_frames
+from .plan import host_words, losses_of_pictures, make_plan, wanted_frames
 from .probe import Media, complaints, pixel_formats, probe, tool, with_times
 from .report import Report
 
@@ -31,8 +31,10 @@ def render(job: Job, report: Report) -> None:
     if not job.part:  # whoever cut the job into pieces has seen to it
         prepare.programs()
     started = time.monotonic()
-    # The host program alone takes care of its output itself.
+    # The host program alone takes care of its output itself; but of a sequence it gives each picture
+    # its name at once, which a later loss cannot take back.
     alone = not plan.raw_in and not plan.raw_out
+    alone = alone and not (isinstance(plan.target, Pattern) and job.strict)
     target, place, media, encoding = plan.target, job.output, plan.source.upright(), plan.encoding
     unfinished: Unfinished | None = None
     with ExitStack() as held:
@@ -100,7 +102,15 @@ def planned(job: Job) -> Plan:
     if encoded:
         container_of(job.output)
     if not decoded and not encoded:
-        return Plan(Media(pattern=pattern), target=target)
+        losses: dict[str, str] = {}
+        if job.raw_in and is_picture(job.output):
+            source = _of_host(job, None, [])
+            losses = losses_of_pictures(job, source, source, source.format.depth)
+        if job.strict and isinstance(target, Pattern) and numbers:
+            first = max(numbers[0], job.first or 0)
+            for number in chosen_frames(job.frames, first, numbers[-1] - first + 1):
+                check_target(target.path(number), job.overwrite)
+        return Plan(Media(pattern=pattern), target=target, losses=losses)
     head = _header() if piped_in and decoded else b""
     if pattern:
         numbers = wanted(job, pattern, numbers)

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace GlazelHost
@@ -82,6 +84,22 @@ void TellOfDither(const RenderCommand& command, const FrameSink& sink, SampleTyp
         reporter.Warn("--dither: it changes nothing, as the output has " + std::to_string(bits) +
                       " bits a channel; give --bits 8");
     }
+}
+
+std::string BitsText(int bits)
+{
+    constexpr int kFloat = 32;
+    return bits == kFloat ? "float" : std::to_string(bits) + " bits";
+}
+
+// Between two files: what is behind a pipe knows better what became of the bits. None: nothing.
+std::optional<std::string> LossOfDepth(const RenderCommand& command, int before, int after)
+{
+    const bool isPiped =
+        command.source.path == kStandardStream || command.sink.path == kStandardStream;
+    return isPiped || after >= before
+               ? std::nullopt
+               : std::optional("depth: " + BitsText(before) + " becomes " + BitsText(after));
 }
 
 // Takes the frames that are wanted from the source through the effect to the sink.
@@ -249,6 +267,11 @@ void RunCommand(const RenderCommand& command, Reporter& reporter)
     const std::unique_ptr<FrameSink> sink = OpenSink(command.sink, written);
     const SampleType depth = DepthOf(command.depth, info);
     const std::string output = NameOf(command.sink.path, "standard output");
+    const auto loss = LossOfDepth(command, info.bitsPerChannel, sink->BitsPerChannel(depth));
+    if (loss && command.sink.strict)
+    {
+        RefuseLoss(output, *loss);
+    }
 
     RendererLibrary renderer(command.tools.rendererFolder);
     renderer.Require();
@@ -259,6 +282,10 @@ void RunCommand(const RenderCommand& command, Reporter& reporter)
     // Said when all that could stop the job at once has been passed: an error then stands alone.
     reporter.Note(NameOf(command.source.path, "standard input") + ": " + info.description +
                   ", rendered in " + look.Manner());
+    if (loss)
+    {
+        reporter.Note(output + ": " + *loss);
+    }
     look.Tell(reporter);
     TellOfDither(command, *sink, depth, reporter);
     FrameLoop frames(command, source, *sink, look, depth, reporter);

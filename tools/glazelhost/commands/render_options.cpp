@@ -52,6 +52,8 @@ void AddRenderPlaces(CLI::App& command, RenderCommand& render, RenderWords& word
     command.add_option("OUTPUT", render.sink.path, "where to put it")->required()->type_name("");
     command.add_flag("--overwrite", render.sink.overwrite,
                      "replace an output, or a project, that exists");
+    command.add_flag("--strict", render.sink.strict,
+                     "fail when the output cannot hold all that the input has");
     command
         .add_option("--frames", words.frames, "frames to render: 1-10,15,20-40x2 (default: all)")
         ->type_name("LIST");

@@ -110,6 +110,13 @@ public:
     virtual void Finish() = 0;
 };
 
+// Throws HostError for what the output cannot hold, where that is not to be borne.
+[[noreturn]] inline void RefuseLoss(const std::string& outputName, const std::string& loss)
+{
+    throw HostError(outputName, "not everything can be kept: " + loss,
+                    "choose another kind of file, or leave --strict out");
+}
+
 // Throws HostError when no frame was written: an output without frames is not one.
 inline void CheckNotEmpty(const std::string& outputName, bool anyFrame)
 {

@@ -45,6 +45,7 @@ struct SinkOptions
     std::optional<StreamFormat> format; // none: by extension; "-" needs one
     LumaWeights lumaWeights;            // of a raw stream of YCbCr
     bool overwrite = false;             // an output that exists is an error otherwise
+    bool strict = false;                // what a picture cannot hold is an error, not a remark
     // Bits a channel of a picture: 8, 16 or 32 (float, TIFF alone). None: JPEG and BMP 8; others 8
     // for a Byte image; for a Float image PNG 16, TIFF 16 when the source had 16, else 32.
     std::optional<int> bits;

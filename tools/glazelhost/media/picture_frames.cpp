@@ -11,6 +11,8 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
 
 namespace GlazelHost
@@ -29,6 +31,26 @@ bool IsMissing(const std::string& path)
 {
     return ::GetFileAttributesW(WindowsPath(path).c_str()) == INVALID_FILE_ATTRIBUTES &&
            ::GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
+template <typename Sample>
+bool IsAnyBelow(const Image& image, Sample opaque) noexcept
+{
+    const std::size_t count = image.pixels.size() / sizeof opaque;
+    const std::span samples(reinterpret_cast<const Sample*>(image.pixels.data()), count);
+    std::size_t alpha = 3;
+    while (alpha < count && samples[alpha] >= opaque)
+    {
+        alpha += 4;
+    }
+    return alpha < count;
+}
+
+// A channel of alpha that is opaque everywhere says nothing that could be lost.
+bool IsTransparentAnywhere(const Image& image) noexcept
+{
+    return image.hasAlpha && (image.type == SampleType::Byte ? IsAnyBelow<std::uint8_t>(image, 255)
+                                                             : IsAnyBelow(image, 1.0F));
 }
 
 } // namespace
@@ -225,12 +247,16 @@ void PictureSink::Remark(const Image& image)
 {
     std::vector<std::string> clauses =
         image.facts ? LeftOut(m_kind, *image.facts) : std::vector<std::string>();
-    if (image.hasAlpha && m_kind == FileKind::Jpeg)
+    if (m_kind == FileKind::Jpeg && IsTransparentAnywhere(image))
     {
         clauses.emplace_back("its transparency, which a JPEG does not hold");
     }
     for (const std::string& clause : clauses)
     {
+        if (m_options.strict)
+        {
+            RefuseLoss(m_options.path, "left out of the picture is " + clause);
+        }
         if (m_said.insert(clause).second)
         {
             m_remarks.push_back(m_options.path + ": left out of the picture is " + clause);
