@@ -337,6 +337,34 @@ def test_y4m_goes_through_pipes(folder, clip):
     assert shown[0] == shown[1] and shown[0].count(b"\n0,") == 24
 
 
+@pytest.mark.parametrize("way", ["file", "pipe"])
+def test_y4m_that_breaks_off_in_a_frame_is_told_and_rendered_on_demand(way, folder):
+    data = ffmpeg("-f", "lavfi", "-i", "testsrc2=size=64x32", "-frames:v", 10, "-f", "yuv4mpegpipe",
+                  "-")
+    length = 64 * 32 * 3 // 2
+    cut = data[:-3 * (length + len(b"FRAME\n")) - 100]
+    (folder / "cut.y4m").write_bytes(cut)
+
+    def rendered(*words):
+        (folder / "out.mkv").unlink(missing_ok=True)
+        words = ("out.mkv", "--look", WARM, "--quiet", *words)
+        if way == "file":
+            return script("cut.y4m", *words, cwd=folder)
+        return run([GLAZEL, "render", "-", *words, "--expect", 10, "--strict"], cut, cwd=folder)
+
+    told = f"the data ends in frame 7: 100 of its {length} bytes are missing"
+    for words in ((), ("--frames", "5-")):
+        result = rendered(*words)
+        assert result.code == 1 and told in result.only_line(), result.lines
+        assert left(folder, "cut.y4m") == set()
+    result = rendered("--skip-bad-frames")
+    assert result.code == 1 and told in result.only_line(), result.lines
+    assert ffmpeg("-i", folder / "out.mkv", "-f", "framemd5", "-").count(b"\n0,") == 6
+    result = rendered("--frames", "2,5-6")
+    assert result.code == 0, result.lines
+    assert ffmpeg("-i", folder / "out.mkv", "-f", "framemd5", "-").count(b"\n0,") == 3
+
+
 def test_an_input_without_a_picture_is_refused(folder):
     ffmpeg("-f", "lavfi", "-i", "sine", "-t", 1, folder / "sound.wav")
     result = script("sound.wav", "out.mp4", "--look", WARM, cwd=folder)

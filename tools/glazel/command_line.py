@@ -45,7 +45,7 @@ _OPTIONS = """
 --input-format bgra8|bgra16|gbraf32|gbr8|gbrf32|y4m  what standard input holds (default: y4m)
 --input-light display|linear  what the numbers of raw input are (default: display)
 --output-format bgra8|bgra16|gbraf32|gbr8|gbrf32|y4m  what standard output gets (default: y4m)
---expect N            frames to expect of raw input, for the time left
+--expect N            frames to expect of a pipe or raw input, for the time left
 --progress auto|bar|plain|json|none  how to show progress (default: auto)
 --quiet               say nothing but errors
 --jobs N              so many at a time (default: half of the processor's cores)
@@ -297,6 +297,8 @@ def render_job(options: argparse.Namespace) -> Job:
     names = f"{_HOSTS} {_TOOLS} save-project" + (" output-format" if raw_out else "")
     if raw_in or options.input.endswith((".bgra", ".raw")):
         names += f" {_RAW}"
+    elif options.input == "-":
+        names += " expect"
     host: list[str] = []
     for name in names.split():
         value = given.get(name.replace("-", "_"))

@@ -16,9 +16,10 @@ from typing import Any
 
 from . import interrupts, system
 from .failure import FAILED, Failure, WRONG_USAGE
-from .plan import Job
+from .plan import Job, reach
 from .probe import complaints
 from .report import Report
+from .y4m import Cut, Follower
 
 _TAIL = 1 << 16  # bytes of a child's words that are kept
 _POLL = 0.01  # seconds
@@ -78,6 +79,14 @@ class Child:
         return complaints(self.words)
 
 
+def undecodable(job: Job, reason: str) -> Failure:
+    if job.skip_bad_frames:
+        remedy = "the rest was rendered; check the file"
+        return Failure(job.input, f"not all of it could be decoded: {reason}", remedy)
+    remedy = "check it; glazel render --skip-bad-frames renders what can be read"
+    return Failure(job.input, f"decoding failed: {reason}", remedy)
+
+
 @dataclass
 class Run:
     """What to start. `encoder` makes the command once the size of the frames is known."""
@@ -89,6 +98,8 @@ class Run:
     encoder: Callable[[tuple[int, int]], list[str]] | None = None
     size: tuple[int, int] | None = None
     head: bytes = b""  # of standard input, read already
+    follower: Follower | None = None  # of the rest of it
+    cut: Cut | None = None  # where the input breaks off, though the decoder takes it for whole
     told: Callable[[str], str] = str  # what the children say, as a person is to read it
     children: list[Child] = field(default_factory=list)
     frames: int | None = None  # once the host program is done
@@ -185,6 +196,9 @@ class Run:
             file.write(self.head)
             while block := os.read(0, 1 << 20):
                 file.write(block)
+                if self.follower:
+                    self.follower.take(block)
+            self.cut = self.follower.cut() if self.follower else None  # before the decoder's end
 
     def _wait(self) -> list[Child]:
         """Those that have ended of themselves, once all have or one has failed."""
@@ -234,12 +248,12 @@ class Run:
         bad = said.get("decoder", [])
         if "-ss" in self.decoder:  # said of frames before the wanted ones
             bad = [text for text in bad if _MMCO not in text]
+        if self.cut and reach(job, self.cut.frame):
+            bad.append(str(self.cut))
         if bad and not skip:
-            remedy = "check it; glazel render --skip-bad-frames renders what can be read"
-            raise Failure(job.input, f"decoding failed: {bad[0]}", remedy)
+            raise undecodable(job, bad[0])
         if bad:
-            why, remedy = f"not all of it could be decoded: {bad[0]}", "check the file"
-            self.left_out = Failure(job.input, why, f"the rest was rendered; {remedy}")
+            self.left_out = undecodable(job, bad[0])
         if code := codes.get("host program", 0):
             words = next(child.words for child in ended if child.stage == "host program")
             if not words:

@@ -18,6 +18,7 @@ from .failure import Failure, WRONG_USAGE
 from .formats import CONTAINERS, Choice, Container, choose, encoder_options
 from .names import Pattern, extension, ffmpeg_name, is_picture
 from .probe import Colour, Media, Track
+from .y4m import Cut
 
 _TEXTS = ("subrip", "ass", "ssa", "mov_text", "webvtt", "text")
 _MADE_BY = {"libopus": "opus", "libmp3lame": "mp3", "srt": "subrip"}
@@ -100,6 +101,13 @@ def wanted_frames(job: Job, first: int, count: int) -> list[int]:
     return numbers
 
 
+def reach(job: Job, number: int) -> bool:
+    """Whether that frame or one behind it is to be rendered."""
+    if job.frames is None:
+        return True
+    return any(last is None or last >= number for _, last, _ in parse_frames(job.frames))
+
+
 def runs(numbers: list[int]) -> str:
     """As --frames takes them."""
     parts: list[list[int]] = []  # first, last and step
@@ -150,6 +158,7 @@ class Plan:
     losses: dict[str, str] = field(default_factory=dict)
     target: str | Pattern = ""  # the output's name or names
     head: bytes = b""  # what was read of standard input
+    cut: Cut | None = None  # where a file of Y4M breaks off
 
 
 def container_of(output: str) -> Container:

@@ -78,6 +78,11 @@ class PixelFormat:
     def is_float(self) -> bool:
         return "f32" in self.name or "f16" in self.name
 
+    def frame_size(self, width: int, height: int) -> int:
+        """Bytes of a frame in planes of whole samples."""
+        chroma = 0 if self.gray else 2 * -(-width >> self.sub_w) * -(-height >> self.sub_h)
+        return (width * height * (2 if self.alpha else 1) + chroma) * (2 if self.depth > 8 else 1)
+
     def chroma(self) -> str:
         names = {(1, 1): "4:2:0", (1, 0): "4:2:2", (0, 0): "4:4:4", (2, 0): "4:1:1"}
         shared = names.get((self.sub_w, self.sub_h), "other chroma")

@@ -16,13 +16,14 @@ from .formats import RAW_FILES
 from .names import HOST_PICTURES, Pattern, check_apart, check_target, extension, input_pattern
 from .names import is_picture, missing
 from .output import Unfinished
-from .pipeline import Run
+from .pipeline import Run, undecodable
 from .plan import SEQUENCE, Encoding, Job, Plan, chosen_frames, container_of, encode_command
-from .plan import host_words, losses_of_pictures, make_plan, wanted_frames
+from .plan import host_words, losses_of_pictures, make_plan, reach, wanted_frames
 from .probe import Media, complaints, pixel_formats, probe, tool, with_times
 from .report import Report
+from .y4m import LONGEST_HEADER, Follower, cut_of
 
-_LONGEST_HEADER = 1024  # of a Y4M stream
+_Y4M = "yuv4mpegpipe"  # as ffmpeg calls it
 
 
 def render(job: Job, report: Report) -> None:
@@ -60,6 +61,7 @@ def render(job: Job, report: Report) -> None:
             return with_final_names(text, os.path.dirname(place), target, plan.first)
 
         run = Run(job, report, host_words(job, plan, place), told=told, head=plan.head)
+        run.cut, run.follower = plan.cut, Follower(plan.source) if plan.head else None
         run.decoder = [w for w in plan.decode if w != "-xerror" or not job.skip_bad_frames]
         run.size = (media.width, media.height) if plan.raw_in else None
         if encoding:
@@ -120,7 +122,10 @@ def planned(job: Job) -> Plan:
         source = replace(probe(job.input), **job.part.counted)
     else:
         source = with_times(probe(job.input, pattern, numbers, head))
-    plan = replace(make_plan(job, source, decoded, encoded), target=target, head=head)
+    cut = cut_of(job.input, source) if source.container == _Y4M and not head else None
+    if cut and reach(job, cut.frame) and not job.skip_bad_frames:
+        raise undecodable(job, str(cut))
+    plan = replace(make_plan(job, source, decoded, encoded), target=target, head=head, cut=cut)
     _check_picture(job, plan, plan.expected or 1)
     for name in _final_names(job, plan, plan.expected or 0):
         check_target(name, job.overwrite)
@@ -148,7 +153,7 @@ def _host_reads(path: str) -> bool:
 def _header() -> bytes:
     """The first line of standard input; byte by byte, for the rest is the decoder's."""
     head = b""
-    while not head.endswith(b"\n") and len(head) < _LONGEST_HEADER and (byte := os.read(0, 1)):
+    while not head.endswith(b"\n") and len(head) < LONGEST_HEADER and (byte := os.read(0, 1)):
         head += byte
     if not head.startswith(b"YUV4MPEG2 "):
         remedy = "give --size WxH for raw frames, or pipe Y4M: ffmpeg ... -f yuv4mpegpipe -"

@@ -12,7 +12,7 @@ import pytest
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.path.insert(0, str(ROOT / "tools"))
 from glazel import (colour, command_line, formats, kept, names, output, plan, probe, render,  # noqa: E402
-                    system)
+                    system, y4m)
 from glazel.failure import Failure  # noqa: E402
 
 
@@ -73,6 +73,34 @@ def test_chroma_of_fields_is_converted_field_by_field():
     for text in (" ".join(made.decode), made.encoding.script()):
         assert "setfield=bff,separatefields" in text and "weave=first_field=bottom" in text
     assert "separatefields" not in " ".join(planned(media("yuv422p", fields="bff")).decode)
+
+
+@pytest.mark.parametrize("pixels", ["gray", "gray10le", "yuv411p", "yuv420p", "yuv422p",
+                                    "yuv444p", "yuva444p", "yuv420p10le", "yuv422p12le"])
+def test_what_y4m_lacks_of_its_last_frame_is_known(pixels, tmp_path):
+    words = f"-f lavfi -i color=s=6x3,format=gbrp,format={pixels} -frames:v 3 -strict -1"
+    data = subprocess.run(["ffmpeg", "-v", "error", *words.split(), "-f", "yuv4mpegpipe", "-"],
+                          capture_output=True, check=True).stdout
+    data = data.replace(b"FRAME\n", b"FRAME Ip\n")
+    start = data.index(b"\n") + 1
+    whole = (len(data) - start) // 3
+    length = whole - len(b"FRAME Ip\n")
+    source = media(pixels, width=6, height=3)
+    for lacks in range(1 + whole):
+        (tmp_path / "a.y4m").write_bytes(data[:len(data) - lacks])
+        follower = y4m.Follower(source)
+        for at in range(start, len(data) - lacks, 7):
+            follower.take(data[at:min(at + 7, len(data) - lacks)])
+        expected = y4m.Cut(3, min(lacks, length), length) if 0 < lacks < whole else None
+        assert follower.cut() == y4m.cut_of(tmp_path / "a.y4m", source) == expected
+
+
+def test_what_is_no_y4m_is_left_to_ffmpeg():
+    for line in (b"what", b"FRAME " + bytes(1000)):
+        follower = y4m.Follower(media())
+        follower.take(line)
+        follower.take(b"is that?")
+        assert follower.cut() is None
 
 
 @pytest.mark.parametrize("codec, dither", [("mpeg2video", "error_diffusion"), ("ffv1", "none")])
@@ -169,6 +197,12 @@ def test_words_for_other_programs_may_begin_like_options():
     words = ["--sbatch", "--time=10", "--encoder-options", "-an", "--look", "", "in", "out"]
     options = command_line.parse("farm", ["local", *words])
     assert (options.sbatch, options.encoder_options) == ("--time=10", "-an")
+
+
+def test_frames_to_expect_are_those_of_any_pipe():
+    for words in ((), ("--size", "4x4")):
+        given = command_line.parse("render", ["-", "-", "--preset", "x", "--expect", "10", *words])
+        assert "--expect" in command_line.render_job(given).host
 
 
 def test_sound_in_mxf_is_of_48_kilohertz():

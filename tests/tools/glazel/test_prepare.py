@@ -144,7 +144,7 @@ def test_what_a_render_took_is_told_without_what_its_programs_took_to_build(monk
 
     picture = types.SimpleNamespace(upright=lambda: None)
     plan = types.SimpleNamespace(raw_in=False, raw_out=False, target="out.png", source=picture,
-                                 encoding=None, notes=(), losses={}, head=b"", decode=[])
+                                 encoding=None, notes=(), losses={}, head=b"", cut=None, decode=[])
     job = types.SimpleNamespace(part=None, input="in.png", output="out.png", skip_bad_frames=False)
     run = types.SimpleNamespace(run=passing(3, 1), left_out=None)
     for name, value in {"planned": lambda _job: plan, "host_words": lambda *_words: [],
