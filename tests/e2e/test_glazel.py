@@ -327,6 +327,33 @@ def test_no_picture_of_a_sequence_is_its_own_output(kind, target, folder):
     assert result.code == 0, result.lines
 
 
+@pytest.mark.parametrize("kind", ["png", "exr", "dpx", "tga"])
+def test_pictures_that_are_not_wanted_need_not_be_good_nor_there(kind, folder):
+    inside = folder / "100%d it's"
+    inside.mkdir()
+    for number in range(1, 9):
+        ffmpeg("-f", "lavfi", "-i", f"color=0x{number}05030:s=32x16", "-frames:v", 1, "-update", 1,
+               inside / f"s_{number:04}.{kind}")
+
+    def rendered(name, *words):
+        (folder / name).mkdir()
+        result = script(inside / f"s_%04d.{kind}", f"{name}/o_%04d.{kind}", "--key", f"0f={WARM}",
+                        "--key", f"8f={COOL}", *words, cwd=folder)
+        assert result.code == 0, result.lines
+        return {path.name: path.read_bytes() for path in (folder / name).iterdir()}
+
+    whole = rendered("whole")
+    assert len(set(whole.values())) == 8
+    (inside / f"s_0004.{kind}").unlink()
+    (inside / f"s_0007.{kind}").write_bytes(b"damaged")
+    for name, words, numbers in (("a", "1-3", (1, 2, 3)), ("b", "1-3,5-6,8", (1, 2, 3, 5, 6, 8))):
+        kept = [f"o_{number:04}.{kind}" for number in numbers]
+        assert rendered(name, "--frames", words) == {name: whole[name] for name in kept}
+    result = script(inside / f"s_%04d.{kind}", f"c_%04d.{kind}", "--look", WARM, "--frames", "2-4",
+                    "--quiet", cwd=folder)
+    assert result.code == 1 and f"s_0004.{kind}" in result.lines[-1], result.lines
+
+
 def test_y4m_goes_through_pipes(folder, clip):
     data = ffmpeg("-i", clip, "-an", "-f", "yuv4mpegpipe", "-")
     result = run([GLAZEL, "render", "-", "-", "--look", WARM, "--quiet"], data, cwd=folder)

@@ -174,12 +174,22 @@ def test_strict_holds_in_the_pieces_too(tmp_path):
     assert not list(tmp_path.glob("o_*.jpg"))
 
 
-def test_a_sequence_with_a_hole_is_refused(tmp_path):
-    for number in (1, 2, 4):
-        ffmpeg("-f", "lavfi", "-i", "testsrc2=size=32x24", "-frames:v", 1, "-update", 1,
-               tmp_path / f"in_{number}.png")
-    result = farm("in_%d.png", "o_%d.png", "--look", WARM, "--quiet", cwd=tmp_path)
-    assert result.code == 1 and "in_3.png" in result.only_line()
+@pytest.mark.parametrize("kind", ["exr", "png"])
+def test_a_sequence_with_a_hole_is_refused_unless_it_is_left_out(kind, tmp_path):
+    for number in (1, 2, 4, 5):
+        ffmpeg("-f", "lavfi", "-i", f"color=0x{number}05030:s=32x16", "-frames:v", 1, "-update", 1,
+               tmp_path / f"in_{number}.{kind}")
+    words = ("--key", f"0f={WARM}", "--key", f"5f={COOL}")
+    result = farm(f"in_%d.{kind}", f"o_%d.{kind}", *words, "--quiet", cwd=tmp_path)
+    assert result.code == 1 and f"in_3.{kind}" in result.only_line()
+    words += ("--frames", "1-2,4-5")
+    assert run([GLAZEL, "render", f"in_%d.{kind}", f"w_%d.{kind}", *words], cwd=tmp_path).code == 0
+    for chunks in (1, 3):
+        result = farm(f"in_%d.{kind}", f"o{chunks}_%d.{kind}", *words, "--chunks", chunks,
+                      cwd=tmp_path)
+        assert result.code == 0, result.lines
+        made = [(tmp_path / f"o{chunks}_{number}.{kind}").read_bytes() for number in (1, 2, 4, 5)]
+        assert made == [(tmp_path / f"w_{number}.{kind}").read_bytes() for number in (1, 2, 4, 5)]
 
 
 @pytest.mark.parametrize("source, target, more, code, part", [

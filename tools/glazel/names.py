@@ -14,6 +14,8 @@ _NUMBER = re.compile(r"%(?:0(\d{1,2}))?d|(#+)")
 # The host program reads and writes the first of these itself.
 HOST_PICTURES = frozenset("png jpg jpeg tif tiff bmp".split())
 PICTURES = HOST_PICTURES.union("exr dpx ppm pgm pam pfm phm qoi webp tga jp2 j2k jxl avif".split())
+# What ffmpeg needs before -i for a list of pictures on its standard input.
+LISTED = ("-f", "concat", "-safe", "0", "-protocol_whitelist", "file,pipe,fd")
 
 
 def ffmpeg_name(path: str) -> str:
@@ -61,6 +63,16 @@ class Pattern:
     def for_ffmpeg(self) -> str:
         """It expands folders too."""
         return os.path.join(self.folder.replace("%", "%%"), os.path.basename(self.for_host()))
+
+    def listed(self, numbers: list[int]) -> bytes:
+        """A list for ffmpeg of these pictures; in place of one left out between them comes the one
+        before, so that places in the list go with the numbers. Durations keep the times rising."""
+        lines = list[str]()
+        for number, following in zip(numbers, [*numbers[1:], numbers[-1] + 1]):
+            name = ffmpeg_name(self.path(number)).replace("'", r"'\''")
+            rows = f"file '{name}'", "option pattern_type none", "duration 0.04"
+            lines += rows * (following - number)
+        return os.fsencode("\n".join(lines) + "\n")
 
     def numbers(self) -> list[int]:
         """Of the files that there are, in order."""

@@ -97,8 +97,8 @@ class Run:
     decoder: list[str] = field(default_factory=list)
     encoder: Callable[[tuple[int, int]], list[str]] | None = None
     size: tuple[int, int] | None = None
-    head: bytes = b""  # of standard input, read already
-    follower: Follower | None = None  # of the rest of it
+    head: bytes = b""  # what the decoder reads first; the rest is standard input, if that is INPUT
+    follower: Follower | None = None  # of that rest
     cut: Cut | None = None  # where the input breaks off, though the decoder takes it for whole
     told: Callable[[str], str] = str  # what the children say, as a person is to read it
     children: list[Child] = field(default_factory=list)
@@ -168,7 +168,7 @@ class Run:
             if self.decoder:
                 source, write = pipe()
                 given: Any = subprocess.DEVNULL
-                if self.job.input == "-":
+                if self.head:
                     given, behind = pipe()
                     threading.Thread(target=self._copy, args=[os.dup(behind)], daemon=True).start()
                 start("decoder", self.decoder, stdin=given, stdout=write)
@@ -191,14 +191,14 @@ class Run:
                     start("encoder", self.encoder(self.size), stdin=frames, stdout=last)
 
     def _copy(self, target: int) -> None:
-        """Standard input with what was read of it in front."""
         with suppress(OSError), os.fdopen(target, "wb", 0) as file:  # the decoder says why it ends
             file.write(self.head)
-            while block := os.read(0, 1 << 20):
+            while self.job.input == "-" and (block := os.read(0, 1 << 20)):
                 file.write(block)
                 if self.follower:
                     self.follower.take(block)
-            self.cut = self.follower.cut() if self.follower else None  # before the decoder's end
+            if self.follower:
+                self.cut = self.follower.cut()  # before the decoder's end
 
     def _wait(self) -> list[Child]:
         """Those that have ended of themselves, once all have or one has failed."""

@@ -157,7 +157,7 @@ class Plan:
     notes: tuple[str, ...] = ()
     losses: dict[str, str] = field(default_factory=dict)
     target: str | Pattern = ""  # the output's name or names
-    head: bytes = b""  # what was read of standard input
+    head: bytes = b""  # what was read of standard input, or a list of pictures for the decoder
     cut: Cut | None = None  # where a file of Y4M breaks off
 
 

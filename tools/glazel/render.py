@@ -13,8 +13,8 @@ from pathlib import Path
 from . import kept, prepare
 from .failure import Failure
 from .formats import RAW_FILES
-from .names import HOST_PICTURES, Pattern, check_apart, check_target, extension, input_pattern
-from .names import is_picture, missing
+from .names import HOST_PICTURES, LISTED, Pattern, check_apart, check_target, extension
+from .names import input_pattern, is_picture, missing
 from .output import Unfinished
 from .pipeline import Run, undecodable
 from .plan import SEQUENCE, Encoding, Job, Plan, chosen_frames, container_of, encode_command
@@ -61,7 +61,8 @@ def render(job: Job, report: Report) -> None:
             return with_final_names(text, os.path.dirname(place), target, plan.first)
 
         run = Run(job, report, host_words(job, plan, place), told=told, head=plan.head)
-        run.cut, run.follower = plan.cut, Follower(plan.source) if plan.head else None
+        run.cut = plan.cut
+        run.follower = Follower(plan.source) if plan.head and job.input == "-" else None
         run.decoder = [w for w in plan.decode if w != "-xerror" or not job.skip_bad_frames]
         run.size = (media.width, media.height) if plan.raw_in else None
         if encoding:
@@ -113,19 +114,25 @@ def planned(job: Job) -> Plan:
             for number in chosen_frames(job.frames, first, numbers[-1] - first + 1):
                 check_target(target.path(number), job.overwrite)
         return Plan(Media(pattern=pattern), target=target, losses=losses)
-    head = _header() if piped_in and decoded else b""
+    head, listed = _header() if piped_in and decoded else b"", b""
     if pattern:
-        numbers = wanted(job, pattern, numbers)
+        there, numbers = numbers, wanted(job, pattern, numbers)
+        chosen = chosen_frames(job.frames, numbers[0], len(numbers))
+        if decoded and not chosen == numbers == [n for n in there if n >= numbers[0]]:
+            listed = pattern.listed(chosen)  # ffmpeg itself would come upon others, or upon a gap
     if not decoded:
         source = _of_host(job, pattern, numbers)
     elif job.part and not pattern:
         source = replace(probe(job.input), **job.part.counted)
     else:
         source = with_times(probe(job.input, pattern, numbers, head))
+    if listed:
+        source = replace(source, options=LISTED, source="-")
     cut = cut_of(job.input, source) if source.container == _Y4M and not head else None
     if cut and reach(job, cut.frame) and not job.skip_bad_frames:
         raise undecodable(job, str(cut))
-    plan = replace(make_plan(job, source, decoded, encoded), target=target, head=head, cut=cut)
+    plan = replace(make_plan(job, source, decoded, encoded), target=target, cut=cut)
+    plan = replace(plan, head=head or listed)
     _check_picture(job, plan, plan.expected or 1)
     for name in _final_names(job, plan, plan.expected or 0):
         check_target(name, job.overwrite)
