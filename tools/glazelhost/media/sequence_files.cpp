@@ -3,6 +3,7 @@
 #include "support/win32/file_handle.h"
 #include "support/win32/utf8.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/media/file_identity.h"
 #include "tools/glazelhost/media/windows_path.h"
 #include "tools/glazelhost/windows_text.h"
 
@@ -10,6 +11,18 @@
 
 namespace GlazelHost
 {
+
+namespace
+{
+
+// Whether the file stands under it for the system too: its name may have other capitals.
+bool IsUnderNumber(const SequencePattern& pattern, std::int64_t number, const std::string& name)
+{
+    const std::string path = pattern.PathOf(number);
+    return path == pattern.Folder() + name || IsThere(path);
+}
+
+} // namespace
 
 std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
 {
@@ -19,7 +32,8 @@ std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
     };
     std::vector<std::int64_t> numbers;
     WIN32_FIND_DATAW found{};
-    const FindHandle search(::FindFirstFileW(WindowsPath(pattern.Folder() + '*').c_str(), &found));
+    const std::wstring all = WindowsPath(pattern.Folder() + '.') + L"\\*";
+    const FindHandle search(::FindFirstFileW(all.c_str(), &found));
     if (search.get() == INVALID_HANDLE_VALUE)
     {
         const DWORD error = ::GetLastError();
@@ -31,8 +45,10 @@ std::vector<std::int64_t> NumbersOfFiles(const SequencePattern& pattern)
     }
     do
     {
-        const auto number = pattern.NumberOf(Utf8(found.cFileName));
-        if (number && (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+        const std::string name = Utf8(found.cFileName);
+        const auto number = pattern.NumberOf(name);
+        if (number && (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
+            IsUnderNumber(pattern, *number, name))
         {
             numbers.push_back(*number);
         }

@@ -22,7 +22,7 @@ public:
     // `number` >= 0.
     std::string PathOf(std::int64_t number) const;
     // The number of a file of this name (without folder); none for foreign names. The letters of
-    // the name count without case, as the file system takes them.
+    // the name count without case, as Windows takes them.
     std::optional<std::int64_t> NumberOf(std::string_view fileName) const;
 
     const std::string& Path() const noexcept { return m_path; }

@@ -5,6 +5,7 @@
 #include "support/win32/window_glue.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/light_choice.h"
+#include "tools/glazelhost/media/windows_path.h"
 #include "tools/glazelhost/page/page_site.h"
 #include "tools/glazelhost/page/unix_shell.h"
 #include "tools/glazelhost/plugin/look.h"

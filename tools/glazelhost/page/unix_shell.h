@@ -12,7 +12,4 @@ namespace GlazelHost
 // where this program was started by itself.
 std::optional<std::string> UnixCommand();
 
-// `path` as other programs name the file there; `path` itself where that cannot be said.
-std::string UnixPath(const std::string& path);
-
 } // namespace GlazelHost

@@ -2,9 +2,9 @@
 
 #include "support/win32/utf8.h"
 #include "tools/glazelhost/host_error.h"
+#include "tools/glazelhost/media/file_identity.h"
 #include "tools/glazelhost/media/file_stream.h"
 #include "tools/glazelhost/media/safe_output.h"
-#include "tools/glazelhost/plugin/library_file.h"
 
 #include <array>
 #include <tuple>
@@ -75,7 +75,7 @@ void CheckStorable(const std::string& look, std::span<const std::byte> record,
 void CheckProjectTarget(const std::string& path, bool overwrite)
 {
     CheckOutputTarget(path, overwrite);
-    if (!FileExists(path))
+    if (!IsThere(path))
     {
         return;
     }

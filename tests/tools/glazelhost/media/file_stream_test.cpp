@@ -1,5 +1,6 @@
 #include "tools/glazelhost/media/file_stream.h"
 
+#include "support/win32/utf8.h"
 #include "tests/tools/glazelhost/media/scratch_folder.h"
 #include "tools/glazelhost/media/windows_path.h"
 
@@ -99,7 +100,23 @@ TEST(FileStream, NamesThatNoFileCanHaveAreWrongUsage)
 
 TEST(FileStream, NamesInEveryScriptReachTheSystem)
 {
-    EXPECT_EQ(WindowsPath("f\xc3\xbcr \xe6\x98\xa0.png"), L"f\u00fcr \u6620.png");
+    EXPECT_TRUE(WindowsPath("f\xc3\xbcr \xe6\x98\xa0.png").ends_with(L"f\u00fcr \u6620.png"));
+}
+
+TEST(FileStream, PathsOfWindowsStayAsTheyAreAndThoseOfUnixAreFoundByTheirExactName)
+{
+    for (const std::string path : {R"(C:\a\B.png)", "C:B.png", R"(\\server\a.png)", R"(\\?\C:\B)"})
+    {
+        EXPECT_EQ(WindowsPath(path), Wide(path));
+    }
+    const bool isUnix = HasUnixPaths();
+    for (const std::string path : {R"(/a\../B.png)", R"(z:/a\../B.png)"})
+    {
+        EXPECT_EQ(WindowsPath(path), isUnix ? LR"(\\?\unix/a/../B.png)" : Wide(path));
+    }
+    const std::wstring relative = WindowsPath("a/B.png");
+    EXPECT_TRUE(relative.ends_with(L"a/B.png"));
+    EXPECT_EQ(relative.starts_with(LR"(\\?\unix/)"), isUnix);
 }
 
 TEST(FileStream, TheFolderOfAPathKeepsItsSeparator)

@@ -8,8 +8,8 @@
 #include "tests/tools/glazelhost/plugin/real_effect.h"
 #include "tools/glazelhost/host_error.h"
 #include "tools/glazelhost/media/open_frames.h"
+#include "tools/glazelhost/media/windows_path.h"
 #include "tools/glazelhost/page/page_window.h"
-#include "tools/glazelhost/page/unix_shell.h"
 #include "tools/glazelhost/ui/reporter.h"
 
 #include <dlgs.h>
