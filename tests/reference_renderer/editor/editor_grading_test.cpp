@@ -106,6 +106,26 @@ TEST_F(EditorGrading, OnlyTheButtonOfTheViewThatIsShownIsLit)
     }
 }
 
+TEST_F(EditorGrading, ANumberWithItsSignAndAllItsDecimalsFitsIntoItsBox)
+{
+    OpenEditor editor = Open();
+    editor.ShowView(View::Cdl);
+    const HWND number = editor.Number(Control::OffsetGreen);
+    RECT room{};
+    ::SendMessageW(number, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&room));
+    const HDC dc = ::GetDC(number);
+    const auto font = reinterpret_cast<HGDIOBJ>(::SendMessageW(number, WM_GETFONT, 0, 0));
+    const HGDIOBJ before = ::SelectObject(dc, font);
+    for (const std::wstring_view text : {L"-0.44444", L"-12.3456"})
+    {
+        SIZE size{};
+        ::GetTextExtentPoint32W(dc, text.data(), static_cast<int>(text.size()), &size);
+        EXPECT_LE(size.cx, room.right - room.left);
+    }
+    ::SelectObject(dc, before);
+    ::ReleaseDC(number, dc);
+}
+
 TEST_F(EditorGrading, ContrastShowsInThePictureAndGoesBackInOneStep)
 {
     OpenEditor editor = Open();
