@@ -32,11 +32,11 @@ class Follower:
         self.frames = 0  # that have begun
         self.missing = 0  # of the last of them
         self._line = b""  # what there is of the one before the next
-        self._lost = False
+        self.lost = False  # nothing behind is counted
 
     def take(self, data: bytes) -> None:
         at = 0
-        while at < len(data) and not self._lost:
+        while at < len(data) and not self.lost:
             if self.missing:
                 step = min(self.missing, len(data) - at)
                 self.missing -= step
@@ -46,12 +46,12 @@ class Follower:
             self._line += data[at : end or len(data)]
             at = end or len(data)
             known = self._line.startswith(_FRAME[: len(self._line)])
-            self._lost = not known or len(self._line) > _LONGEST_LINE
+            self.lost = not known or len(self._line) > _LONGEST_LINE
             if end:
                 self.frames, self.missing, self._line = self.frames + 1, self.length, b""
 
     def cut(self) -> Cut | None:
-        if self._lost:
+        if self.lost:
             return None
         if self._line:
             return Cut(self.frames + 1, self.length, self.length)
@@ -63,7 +63,7 @@ def cut_of(path: str, media: Media) -> Cut | None:
     with open(path, "rb") as file:
         size = os.fstat(file.fileno()).st_size
         file.readline(LONGEST_HEADER)
-        while line := file.read(_LONGEST_LINE):
+        while not follower.lost and (line := file.read(_LONGEST_LINE)):
             follower.take(line)
             step = min(follower.missing, size - file.tell())
             file.seek(step, os.SEEK_CUR)
